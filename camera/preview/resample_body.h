@@ -1,0 +1,39 @@
+// The loops behind ResampleRows, compiled for every level.
+#pragma once
+
+#include "camera/preview/resample_rows.h"
+
+namespace vek::VEK_LEVEL {
+namespace {
+
+void nearest(const Vek8u* __restrict row, Vek32u phase, Vek32u step, ptrdiff_t n,
+             Vek8u* __restrict dst) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    dst[i] = row[phase >> 16];
+    phase += step;
+  }
+}
+
+/// `fraction` is 0..65535, so the product stays within 255 * 65535.
+Vek32s blend(Vek32s a, Vek32s b, Vek32s fraction) {
+  return a + (((b - a) * fraction) >> 16);
+}
+
+void bilinear(const Vek8u* __restrict top, const Vek8u* __restrict bottom, Vek32s fy,
+              ptrdiff_t lastColumn, Vek32u phase, Vek32u step, ptrdiff_t n, Vek8u* __restrict dst) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const ptrdiff_t left = phase >> 16;
+    const ptrdiff_t right = left < lastColumn ? left + 1 : left;
+    const Vek32s fx = static_cast<Vek32s>(phase & 0xFFFF);
+    const Vek32s upper = blend(top[left], top[right], fx);
+    const Vek32s lower = blend(bottom[left], bottom[right], fx);
+    dst[i] = static_cast<Vek8u>(blend(upper, lower, fy));
+    phase += step;
+  }
+}
+
+}  // namespace
+
+constexpr ResampleRows resampleRows = {nearest, bilinear};
+
+}  // namespace vek::VEK_LEVEL

@@ -1,0 +1,1 @@
+#include "camera/preview/resample_body.h"

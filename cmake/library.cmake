@@ -1,0 +1,34 @@
+# The shared and the static library over one set of objects, their installation and package files.
+set(vek_objects $<TARGET_OBJECTS:vek_portable>)
+foreach(level IN LISTS VEK_LEVELS)
+  list(APPEND vek_objects $<TARGET_OBJECTS:vek_${level}>)
+endforeach()
+
+add_library(vek SHARED ${vek_objects})
+add_library(vek_static STATIC ${vek_objects})
+add_library(vek::vek ALIAS vek)
+add_library(vek::static ALIAS vek_static)
+set_target_properties(vek PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0 EXPORT_NAME vek)
+set_target_properties(vek_static PROPERTIES OUTPUT_NAME vek EXPORT_NAME static)
+foreach(target vek vek_static)
+  # Linked as C: the library needs the C library alone.
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C)
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endforeach()
+if(NOT VEK_SANITIZE)
+  # -nostartfiles leaves out the C start files' writable data and load-time code; ours has none.
+  target_link_options(vek PRIVATE -nostartfiles LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
+    LINKER:-z,noexecstack)
+endif()
+
+include(CMakePackageConfigHelpers)
+set(vek_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vek)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+configure_file(cmake/vek.pc.in vek.pc @ONLY)
+install(TARGETS vek vek_static EXPORT vekTargets)
+install(DIRECTORY include/vek DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT vekTargets NAMESPACE vek:: FILE vekConfig.cmake DESTINATION ${vek_package_dir})
+install(FILES ${PROJECT_BINARY_DIR}/vekConfigVersion.cmake DESTINATION ${vek_package_dir})
+install(FILES ${PROJECT_BINARY_DIR}/vek.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

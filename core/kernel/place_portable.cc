@@ -1,0 +1,1 @@
+#include "core/kernel/place_body.h"

@@ -1,0 +1,90 @@
+/** @file camera.h
+ *  The camera sub-library: automatic exposure, automatic white balance, the raw Bayer pipeline, and
+ *  the preview operations that resize, rotate and convert YCbCr images.
+ *
+ *  Every argument fault of every function here, null pointers included, is answered with
+ *  vekStsBadArgErr unless the function's comment names another status.
+ */
+#ifndef VEK_CAMERA_H
+#define VEK_CAMERA_H
+
+#include "vek/vek.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ==== Automatic exposure ===================================================================== */
+
+/* ==== Automatic white balance ================================================================ */
+
+/* ==== Raw Bayer pipeline ===================================================================== */
+
+/* ==== Preview: resize, rotate, convert ======================================================= */
+
+/* Common to the preview functions.
+ *
+ * Planes: Y, Cb, Cr in this order. 4:2:0 chroma has half the width and half the height of the luma
+ * (rounded down), 4:2:2 chroma half the width and the full height.
+ *
+ * Scaled size: dstWidth x dstHeight is the size of the scaled image before it is turned, as the
+ * source is oriented. After a quarter turn the destination holds dstHeight columns and dstWidth
+ * rows.
+ *
+ * Sampling steps: xStep and yStep are unsigned 16.16 distances between samples in the source (65536
+ * is one source sample; 2:1 reduction is 131072). The caller chooses them; the largest horizontal
+ * step that is accepted is ((srcWidth & ~1) - 1) * 65536 / ((dstWidth & ~1) - 1), the product taken
+ * modulo 2^32 and read as signed, the quotient truncated; the vertical limit likewise. Source and
+ * destination sizes of 1 are refused.
+ *
+ * Interpolation: 0 takes the nearest luma sample, 1 blends the four around the sampling point;
+ * chroma is always the nearest sample. A blend reads no sample whose weight is 0.
+ */
+
+/** Orientations, for the `rotation` arguments. (x, y) is a pixel of the scaled W x H image. */
+enum {
+  vekiRotNone = 0,         /**< to row y, column x */
+  vekiRot90Ccw = 1,        /**< quarter turn counter-clockwise: to row W-1-x, column y */
+  vekiRot90Cw = 2,         /**< quarter turn clockwise: to row x, column H-1-y */
+  vekiRot180 = 3,          /**< half turn: to row H-1-y, column W-1-x */
+  vekiMirrorLeftRight = 4, /**< to row y, column W-1-x */
+  vekiMirrorTopBottom = 5  /**< to row H-1-y, column x */
+};
+
+/** Resizes a planar YCbCr 4:2:0 image, turns it and converts it to packed RGB.
+ *
+ *  dstFormat: 4 RGB565, 5 RGB555 (bit 15 zero), 6 RGB444 (bits 15..12 zero), each one little-endian
+ *  16-bit word a pixel with red in the highest field; 7 three bytes B, G, R.
+ *
+ *  Conversion (studio-range BT.601 in 8 fractional bits): with y = 298 (Y - 16), b = Cb - 128,
+ *  r = Cr - 128: R = y + 409 r, G = y - 100 b - 208 r, B = y + 516 b, each shifted right by 16
+ * minus the field's bits (toward minus infinity, no rounding term) and clamped to the field. White
+ *  (Y = 235) therefore becomes 254 in the 24-bit format.
+ *
+ *  Pixels are sampled in 2 x 2 blocks that share one chroma sample. Luma of pixel (x, y) is sampled
+ * at (x * xStep, y * yStep); chroma of block (x / 2, y / 2) at column (x / 2) * xStep, rounded to
+ *  nearest, and row y * yStep / 2, rounded to nearest. With interpolation 1 and a lower row of a
+ * block that would start at or below the last source row, that row repeats the upper one. With an
+ * odd dstWidth the last column repeats its left neighbour; with an odd dstHeight the last row
+ * repeats the one above it.
+ *
+ *  Alignment: pDst 8 bytes, pSrc[0] 4, pSrc[1] and pSrc[2] 2; srcStep[0] 4, srcStep[1] and
+ * srcStep[2] 2; dstStep 8 for the 16-bit formats and 2 for the 24-bit one.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if, in this order: pSrc is null; pDst is null; a pointer
+ * is misaligned; a size is below 1; a sampling step is below 1 or above its limit; a row step is
+ *  misaligned, below 1, or (source) below the row's bytes; dstFormat is not 4..7, interpolation not
+ * 0 or 1, rotation not 0..5; dstStep is misaligned or holds fewer pixels than the destination row;
+ *  srcStep or a source plane is null. */
+VEK_API VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3],
+                                                    const int srcStep[3], int srcWidth,
+                                                    int srcHeight, Vek8u* pDst, int dstStep,
+                                                    int dstWidth, int dstHeight, int dstFormat,
+                                                    int interpolation, int rotation, int xStep,
+                                                    int yStep);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VEK_CAMERA_H */

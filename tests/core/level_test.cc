@@ -1,0 +1,28 @@
+#include "core/level.h"
+
+#include <gtest/gtest.h>
+
+#include "camera/preview/csc_rows.h"
+#include "tests/support/levels.h"
+
+namespace vek::test {
+namespace {
+
+TEST(Level, EveryLevelBelowTheHighestRuns) {
+  ASSERT_FALSE(levels().empty());
+  EXPECT_EQ(levels().front(), Level::portable);
+  for (size_t i = 0; i < levels().size(); ++i) EXPECT_EQ(levels()[i], allLevels[i]);
+  EXPECT_EQ(cpuLevel(), levels().back());
+}
+
+TEST(Level, ScopeSelectsAndRestores) {
+  const Level before = cpuLevel();
+  for (Level level : levels()) {
+    const LevelScope scope(level);
+    EXPECT_EQ(&select(cscRows), cscRows.at[static_cast<size_t>(level)]) << name(level);
+  }
+  EXPECT_EQ(cpuLevel(), before);
+}
+
+}  // namespace
+}  // namespace vek::test
