@@ -1,0 +1,12 @@
+#include "camera/raw/rggb_body.h"
+
+namespace vek::VEK_LEVEL {
+
+constexpr RggbRows rggbRows = {
+    mapRow,
+    {_veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::row>,
+     _veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::column>,
+     _veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::block>},
+    {quadRow<ChromaShare::row>, quadRow<ChromaShare::column>, quadRow<ChromaShare::block>}};
+
+}  // namespace vek::VEK_LEVEL
