@@ -1,3 +1,4 @@
+#include "camera/raw/map_body.h"
 #include "camera/raw/rggb_body.h"
 
 namespace vek::portable {
