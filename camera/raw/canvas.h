@@ -94,8 +94,8 @@ class Canvas {
   }
 
  private:
-  static constexpr int turnedBlocks = 128;
-  static constexpr int turnedRows = 32;
+  static constexpr int turnedBlocks = 256;
+  static constexpr int turnedRows = 16;
   static constexpr int tileBlocks = turnedBlocks * turnedRows;
   static_assert(tileBlocks >= maxStripBlocks);
 
