@@ -40,4 +40,7 @@ void placeTile(const Vek8u* tile, ptrdiff_t tileStep, ptrdiff_t cols, ptrdiff_t 
 }
 
 }  // namespace
+
+constexpr PlaceRows placeRows = {placeTile<1>, placeTile<2>, placeTile<3>};
+
 }  // namespace vek::VEK_LEVEL
