@@ -189,8 +189,9 @@ TEST(RawFrame, KnownValues) {
 TEST(RawFrame, ReplacesDeadPixelsInListOrder) {
   const int width = 16, height = 8;
   // With the sample that each one ends up with. Addresses are linear: column 16 is in the next row.
-  const int dead[][4] = {{5, 0, 3, 0},  {5, 1, 3, 1}, {1, 1, 1, 1}, {0, 7, 0, 5},  {4, 9, 4, 7},
-                         {4, 11, 4, 7}, {3, 8, 3, 6}, {3, 6, 3, 4}, {7, 16, 7, 14}};
+  const int dead[][4] = {{5, 0, 3, 0}, {2, 1, 0, 1}, {6, 2, 6, 0},  {5, 1, 3, 1},
+                         {1, 1, 1, 1}, {0, 7, 0, 5}, {4, 9, 4, 7},  {4, 11, 4, 7},
+                         {3, 8, 3, 6}, {3, 6, 3, 4}, {7, 16, 7, 14}};
   for (int offset : {0, 3}) {
     std::vector<VekiDeadPixel> list;
     for (const auto& pixel : dead) list.push_back({pixel[0] + offset, pixel[1]});
