@@ -8,7 +8,7 @@ namespace {
 /// Registers convert(src, srcStep, dst, dstStep, size) from three bytes a pixel to `dstBytes`.
 template <class Convert>
 void addModel(const char* name, int dstBytes, Convert convert) {
-  add(name, 3 + dstBytes, [=](VekiSize size) {
+  add(name, 3 + dstBytes, [=](VekiSize size) -> Call {
     const Image src(3 * size.width, size.height), dst(dstBytes * size.width, size.height);
     return [=] { convert(src.data(), src.step(), dst.data(), dst.step(), size); };
   });
