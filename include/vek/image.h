@@ -99,8 +99,8 @@ VEK_API VekStatus vekiLUVToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDs
  *  A colour without saturation has hue 0; black has saturation 0. Where two channels share the maximum
  *  red decides before green before blue.
  *
- *  Each result is the exact rational value rounded to nearest, halves up: the error against double
- *  precision is at most 0.5. A round trip RGB - HSV - RGB or RGB - HLS - RGB changes a channel by at
+ *  Forward, each result is the exact rational value rounded to nearest, halves up, and so within 0.5 of
+ *  double precision; the inverse is within 0.52. A round trip RGB - HSV - RGB or RGB - HLS - RGB changes a channel by at
  *  most 3 or 4 respectively.
  *
  *  Returns vekStsNullPtrErr if pDst or pSrc is null; vekStsSizeErr if width or height is below 1;
