@@ -26,6 +26,9 @@ include(CMakePackageConfigHelpers)
 set(vek_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vek)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekConfigVersion.cmake
   COMPATIBILITY SameMinorVersion)
+# Found relative to itself, so that an installed tree can be moved.
+file(RELATIVE_PATH vek_prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+  ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/vek.pc.in vek.pc @ONLY)
 install(TARGETS vek vek_static EXPORT vekTargets)
 install(DIRECTORY include/vek DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
