@@ -11,7 +11,8 @@ namespace {
 template <class Call>
 void addCall(const std::string& name, Call call) {
   benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(call());
+    auto run = call;
+    for (auto _ : state) benchmark::DoNotOptimize(run());
   });
 }
 

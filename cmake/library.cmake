@@ -18,7 +18,8 @@ foreach(target vek vek_static)
 endforeach()
 if(NOT VEK_SANITIZE)
   # -nostartfiles leaves out the C start files' writable data and load-time code; ours has none.
-  target_link_options(vek PRIVATE -nostartfiles LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
+  # --as-needed drops the C++ runtime, which CMake adds for C++ objects.
+  target_link_options(vek PRIVATE -nostartfiles LINKER:--as-needed LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
     LINKER:-z,noexecstack)
 endif()
 
