@@ -17,7 +17,7 @@ struct Source420 {
 void addYcc420Rgb(const char* variant, int format, int interpolation, int rotation) {
   const int pixelBytes = format == 7 ? 3 : 2;
   add(std::string("vekiYCbCr420RszCscRotRGB_8u_P3C3R/") + variant, 1.5 + pixelBytes,
-      [=](VekiSize size) {
+      [=](VekiSize size) -> Call {
         const Source420 src(size);
         const int across = rotation == 1 ? size.height : size.width;
         const Image dst(across * pixelBytes, rotation == 1 ? size.width : size.height);
