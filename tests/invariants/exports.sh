@@ -1,6 +1,7 @@
 #!/bin/sh
 # What libvek exports is what include/ declares with VEK_API, both ways and of the same kind; the
-# static library defines nothing else outside namespace vek; every exported function is benchmarked.
+# static library defines no other name than in namespace vek or with the prefix vek; every exported
+# function is benchmarked.
 # usage: exports.sh <C compiler> <nm> <source directory> <libvek.so> <libvek.a>
 set -eu
 export LC_ALL=C
@@ -39,11 +40,11 @@ none "exported, not declared in include/" "$work/undeclared"
 
 sed 's/ .*//' "$work/declared" >"$work/names"
 "$nm" -g --defined-only "$static" | awk 'NF == 3 { print $3 }' | sort -u |
-  comm -13 "$work/names" - | grep -v '^_ZNK\{0,1\}3vek' >"$work/outside" || true
-none "global names of the static library outside namespace vek" "$work/outside"
+  comm -13 "$work/names" - | grep -vE '^(_ZNK?3)?vek' >"$work/outside" || true
+none "foreign global names in the static library" "$work/outside"
 
 sed -n 's/ function$//p' "$work/declared" >"$work/functions"
-find "$source/bench" -name '*.cc' -exec grep -hoE '[A-Za-z0-9_]+' {} + | sort -u |
+find "$source/bench" -name '*_bench.cc' -exec grep -hoE '[A-Za-z0-9_]+' {} + | sort -u |
   comm -23 "$work/functions" - >"$work/unmeasured"
 none "exported functions without a benchmark in bench/" "$work/unmeasured"
 
