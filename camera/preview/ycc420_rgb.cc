@@ -129,7 +129,7 @@ void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scal
   const bool turned = isQuarterTurn(rotation);
   const int tileColumns = turned ? turnedStripColumns : stripColumns;
   const int tileRows = turned ? turnedStripRows : 2;
-  const ptrdiff_t tileStep = ptrdiff_t{tileColumns} * pixelBytes;
+  const ptrdiff_t tileStep = tileColumns * pixelBytes;
 
   alignas(64) Vek8u luma[stripColumns];
   alignas(64) Vek8u blue[stripColumns / 2];
@@ -155,7 +155,7 @@ void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scal
         convert(lumaRow(resample, src, scaling, phase, x0, columns, luma), cb, cr, columns, out);
         const Vek32u nextPhase = phase + scaling.yStep;
         if (scaling.bilinear && nextPhase >= lastRowPhase) {
-          memcpy(nextOut, out, static_cast<size_t>(columns) * static_cast<size_t>(pixelBytes));
+          memcpy(nextOut, out, static_cast<size_t>(columns * pixelBytes));
         } else {
           convert(lumaRow(resample, src, scaling, nextPhase, x0, columns, luma), cb, cr, columns,
                   nextOut);
