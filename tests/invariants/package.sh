@@ -1,6 +1,6 @@
 #!/bin/sh
-# A C99 program finds and uses the library: installed through pkg-config and find_package, and as a
-# subdirectory of its project.
+# C99 programs find and use the library: the README's example through pkg-config, the consumer project
+# through find_package and with the library as a subdirectory.
 # usage: package.sh <cmake> <generator> <C compiler> <C++ compiler> <source directory> <build
 #        directory> <library directory under the prefix> [subdirectory]
 set -eu
@@ -31,7 +31,9 @@ consumer installed -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release
 
 command -v pkg-config >/dev/null || { echo "pkg-config is not installed"; exit 77; }
 export PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig"
+# shellcheck disable=SC2016  # Markdown's own quotes
+sed -n '/^```c$/,/^```$/p' "$source/README.md" | sed '/^```/d' >"$work/example.c"
 # shellcheck disable=SC2046  # flags are words
-"$cc" -std=c99 -Wall -Wextra -Wpedantic -Werror $(pkg-config --cflags vek) -o "$work/program" \
-  "$source/tests/invariants/consumer/main.c" $(pkg-config --libs vek)
-LD_LIBRARY_PATH="$prefix/$libdir" "$work/program"
+"$cc" -std=c99 -Wall -Wextra -Wpedantic -Werror $(pkg-config --cflags vek) -o "$work/example" \
+  "$work/example.c" $(pkg-config --libs vek)
+LD_LIBRARY_PATH="$prefix/$libdir" "$work/example"
