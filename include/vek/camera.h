@@ -85,9 +85,10 @@ VEK_API VekStatus vekiFree_AE_10RGGB_8u_C1R(VekiAEState* pState);
  *  Two moves exist. Brighter: while *pScaleCtrl is below scaleMax it is multiplied by
  *  scaleMultiplier; otherwise stepSize is added to *pStepCtrl, up to stepMax. Darker: while
  *  *pScaleCtrl is above scaleMin it is divided by scaleMultiplier (truncated); otherwise stepSize
- *  is subtracted from *pStepCtrl, down to stepMin. Multiplying and dividing do not clamp, and the
- *  product is kept modulo 65536, so *pScaleCtrl can leave its limits. The next call refuses such a
- *  value: the caller clamps *pScaleCtrl between frames.
+ *  is subtracted from *pStepCtrl, down to stepMin. Control values are stored modulo 65536.
+ *  Multiplying and dividing do not clamp, and the product is kept modulo 65536, so *pScaleCtrl can
+ *  leave its limits. The next call refuses such a value: the caller clamps *pScaleCtrl between
+ *  frames.
  *
  *  Mode 0: bin 1023 (saturated samples) counts for nothing. hi and lo are the highest and the
  *  lowest populated bin (0 and 1023 if there is none), mean is the truncated mean sample (0 if all
