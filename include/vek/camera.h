@@ -16,7 +16,211 @@ extern "C" {
 
 /* ==== Automatic exposure ===================================================================== */
 
+/* Meters the green samples of one 10-bit RGGB frame per call and moves two control values of the
+ * caller's towards a target brightness. The caller programs the sensor with them and hands them to
+ * the next call. vekiInitAlloc_AE_10RGGB_8u_C1R makes a state once, vekiAE_10RGGB_8u_C1R is called
+ * for every frame, vekiFree_AE_10RGGB_8u_C1R releases the state.
+ *
+ * Raw frames, here and in the white balance: 16-bit samples that hold 10-bit values; even rows are
+ * R G R G ..., odd rows G B G B .... A quad is the 2 x 2 samples whose first one is at an even row
+ * and an even column.
+ */
+
+/** Metering modes. */
+enum {
+  vekiAEHistogram = 0,    /**< a histogram of all green samples */
+  vekiAEWholeFrame = 1,   /**< the average of the whole region */
+  vekiAEFiveZones = 2,    /**< five fixed, overlapping zones with fixed weights */
+  vekiAECentre = 3,       /**< a centred window of about 10/64 of the width and of the height */
+  vekiAECallerWindows = 4 /**< weighted windows of the caller's */
+};
+
+/** What an exposure state is made from. The record is read once and not kept. */
+typedef struct VekiAEParams {
+  Vek32s mode; /**< one of the metering modes */
+
+  /* Mode 4 alone. The state keeps both pointers: the arrays must stay alive and unchanged until the
+   * state is released. */
+  const VekiRect* pWindows; /**< pixels from the region's origin; everything even, sizes above 0 */
+  const Vek16u* pWeights;   /**< one per window, not 0, in 1/65536: a sum of 65535 makes a mean */
+  Vek32s numWindows;        /**< at least 1 */
+
+  /* Mode 0 alone, but checked in every mode. */
+  Vek16u histCountThresh;  /**< a bin is populated from this count on */
+  Vek16u histSpreadThresh; /**< 0..1023: a dark frame's populated bins span less than this */
+  Vek16u darkThresh;       /**< 0..1023: a dark frame has no populated bin from this one on */
+  Vek16u brightThresh;     /**< 0..1023: a bright frame has none up to this one */
+
+  Vek16u target;    /**< 0..1023, target brightness; see the scale of each mode below */
+  Vek16u tolerance; /**< 0..1023 */
+
+  Vek16u scaleMultiplier; /**< not 0: factor of the scale-controlled value */
+  Vek16u stepSize;        /**< not 0: step of the step-controlled value */
+  Vek32s scaleMin;        /**< limits of the scale-controlled value, scaleMin < scaleMax */
+  Vek32s scaleMax;
+  Vek32s stepMin; /**< limits of the step-controlled value, stepMin < stepMax */
+  Vek32s stepMax;
+} VekiAEParams;
+
+/** State of the automatic exposure. Calls that share one must not run at the same time. */
+typedef struct VekiAEState VekiAEState;
+
+/** Makes an exposure state from *pParams and stores it in *ppState.
+ *
+ *  Returns vekStsNoErr; vekStsBadArgErr if, in this order: a pointer is null; mode is not 0..4; in
+ *  mode 4 pWindows is null, numWindows is below 1, or a window's x or y is negative or odd, its
+ *  width or height is below 1 or odd, or its weight is 0 (pWeights null: likewise);
+ *  histSpreadThresh, darkThresh, brightThresh, target or tolerance is above 1023; scaleMax is not
+ *  above scaleMin, or stepMax not above stepMin; scaleMultiplier or stepSize is 0. Then
+ *  vekStsMemAllocErr if vekiMalloc returned null. On an error nothing stays allocated and *ppState
+ *  is untouched. */
+VEK_API VekStatus vekiInitAlloc_AE_10RGGB_8u_C1R(const VekiAEParams* pParams,
+                                                 VekiAEState** ppState);
+
+/** Releases an exposure state; null is accepted. Returns vekStsNoErr. */
+VEK_API VekStatus vekiFree_AE_10RGGB_8u_C1R(VekiAEState* pState);
+
+/** Meters one frame and moves *pStepCtrl and *pScaleCtrl.
+ *
+ *  Two moves exist. Brighter: while *pScaleCtrl is below scaleMax it is multiplied by
+ *  scaleMultiplier; otherwise stepSize is added to *pStepCtrl, up to stepMax. Darker: while
+ *  *pScaleCtrl is above scaleMin it is divided by scaleMultiplier (truncated); otherwise stepSize
+ *  is subtracted from *pStepCtrl, down to stepMin. Control values are stored modulo 65536.
+ *  Multiplying and dividing do not clamp, and the product is kept modulo 65536, so *pScaleCtrl can
+ *  leave its limits. The next call refuses such a value: the caller clamps *pScaleCtrl between
+ *  frames.
+ *
+ *  Mode 0: bin 1023 (saturated samples) counts for nothing. hi and lo are the highest and the
+ *  lowest populated bin (0 and 1023 if there is none), mean is the truncated mean sample (0 if all
+ *  are saturated). With hi < darkThresh and hi - lo < histSpreadThresh the frame is moved brighter;
+ *  else with lo > brightThresh it is moved darker. Else *pScaleCtrl is set: if mean differs from
+ *  target by tolerance or more, to target * *pScaleCtrl / mean, otherwise to mean * *pScaleCtrl /
+ *  target (this inverse inside the band is intended), truncated, modulo 65536, then clamped to the
+ *  limits. A mean of 0 to divide by gives scaleMax for a black frame and scaleMin for a saturated
+ *  one; a target of 0 to divide by leaves the value.
+ *
+ *  Modes 1 to 4: a window measures the truncated mean over its quads of the SUM of both greens,
+ *  0..2046, and the brightness is the weighted sum of the windows' means, rounded half up. It is
+ *  compared as it is with target - tolerance and target + tolerance, both modulo 65536: below the
+ *  first the frame is moved brighter (always, if tolerance exceeds target), above the second
+ *  darker. A sum over a window is modulo 2^32. Only whole quads are summed; the divisor is the
+ *  window's width * height / 4, truncated, and a window for which that is 0 measures 0.
+ *
+ *  With W2, W4, W34 a half, a quarter and three quarters (half + quarter) of the width, each
+ *  truncated and rounded down to even, and H2, H4, H34 of the height, mode 2 meters x, y, width,
+ *  height (weight): 0, 0, W, H4 (17476); 0, H4, W4, H2 (8738); W34, H4, W2, H4 (8738); 0, H34, W,
+ *  H4 (17476); W4, H4, W2, H2 (13107). Mode 3 meters the window at 27/64 of the width and height,
+ *  10/64 of them large, truncated and rounded down to even.
+ *
+ *  Memory: mode 0 rounds the width up to a multiple of 4 and the height to a multiple of 2, and
+ *  counts the samples found there; mode 2's third zone runs past the region's right edge by about a
+ *  quarter of its width, into the padding and the beginning of the next row. All of this must be
+ *  readable. In mode 0 samples are reduced to their low 10 bits.
+ *
+ *  pSrc and srcStep are multiples of 4 bytes.
+ *
+ *  Returns vekStsAeAtLimit if afterwards a control value equals one of its limits, moved or not;
+ *  else vekStsNoErr; vekStsBadArgErr if, in this order: pSrc is null or misaligned; another pointer
+ *  is null; srcStep is misaligned or below 2 * width; width or height is below 1; *pStepCtrl or
+ *  *pScaleCtrl is outside its limits; in mode 4 a window leaves the region. */
+VEK_API VekStatus vekiAE_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize roiSize,
+                                       Vek16u* pStepCtrl, Vek16u* pScaleCtrl, VekiAEState* pState);
+
 /* ==== Automatic white balance ================================================================ */
+
+/* Measures the ratios of red and blue to green in weighted windows of one 10-bit RGGB frame per
+ * call, and moves three channel gains of the caller's towards reference ratios.
+ * vekiInitAlloc_AWB_10RGGB_8u_C1R makes a state once, vekiAWB_10RGGB_8u_C1R is called for every
+ * frame, vekiFree_AWB_10RGGB_8u_C1R releases the state.
+ *
+ * Ratios are in 1/1024: 1024 says that the channel's mean equals the green mean. Gains have the
+ * caller's unit: they are only scaled and limited.
+ */
+
+/** What a window measures. */
+enum {
+  vekiAWBGrayWorld = 0,  /**< all of its samples */
+  vekiAWBWhitePoints = 1 /**< its nearly neutral quads of moderate brightness */
+};
+
+/** What a white-balance state is made from. The record is read once and not kept. */
+typedef struct VekiAWBParams {
+  Vek32s method; /**< vekiAWBGrayWorld or vekiAWBWhitePoints */
+
+  /* The state keeps both pointers: the arrays must stay alive and unchanged until the state is
+   * released. */
+  Vek32s numWindows;        /**< at least 1 */
+  const VekiRect* pWindows; /**< x, width multiples of 4; y, height multiples of 8; below 2^23
+                                 pixels */
+  const Vek8u* pWeights;    /**< one per window, not 0 */
+
+  Vek16u refRatioR; /**< reference ratios, in 1/1024 */
+  Vek16u refRatioB;
+  Vek16u holdTolR; /**< with both ratios closer to the references than this, nothing changes */
+  Vek16u holdTolB;
+  Vek16u validTolR; /**< with a gain-corrected ratio this far off or farther, the default gains */
+  Vek16u validTolB; /**< become the target */
+
+  /* White points alone, but checked with both methods. With Gs = G1 + G2 and Ga = (Gs + 1) >> 1 a
+   * quad counts if |R - Ga| < wpdLimit1, |B - Ga| < wpdLimit2, |Gs - (R + B)| < wpdLimit3 and
+   * 4 * wpdLow < Gs + R + B < 4 * wpdHigh. */
+  Vek16u wpdLimit1;     /**< 1..1023 */
+  Vek16u wpdLimit2;     /**< 1..1023 */
+  Vek16u wpdLimit3;     /**< 1..2047 */
+  Vek16u wpdLow;        /**< at least 1 */
+  Vek16u wpdHigh;       /**< above wpdLow, at most 1023 */
+  Vek32s minWhiteCount; /**< a window with fewer samples in such quads is not used */
+
+  Vek16u maxGainStep; /**< at least 1: the most that a call changes a gain by */
+  Vek16u gainMin;     /**< limits of the gains */
+  Vek16u gainMax;
+  Vek16u defaultGainR; /**< each within gainMin..gainMax */
+  Vek16u defaultGainG;
+  Vek16u defaultGainB;
+} VekiAWBParams;
+
+/** State of the automatic white balance; no call changes it. */
+typedef struct VekiAWBState VekiAWBState;
+
+/** Makes a white-balance state from *pParams and stores it in *ppState.
+ *
+ *  Returns vekStsNoErr; vekStsBadArgErr if, in this order: a pointer is null; method is not 0 or 1;
+ *  numWindows is below 1; pWindows is null; a window's x is negative or no multiple of 4, its y
+ *  negative or no multiple of 8, its width below 1 or no multiple of 4, its height below 1 or no
+ *  multiple of 8, it has 2^23 pixels or more, or its weight is 0 (pWeights null: likewise); a
+ *  white-point limit or maxGainStep is out of its range; a default gain is below gainMin or above
+ *  gainMax. Then vekStsMemAllocErr if vekiMalloc returned null. On an error *ppState is untouched.
+ */
+VEK_API VekStatus vekiInitAlloc_AWB_10RGGB_8u_C1R(const VekiAWBParams* pParams,
+                                                  VekiAWBState** ppState);
+
+/** Releases a white-balance state. Returns vekStsNoErr, or vekStsBadArgErr for null. */
+VEK_API VekStatus vekiFree_AWB_10RGGB_8u_C1R(VekiAWBState* pState);
+
+/** Measures one frame and moves *pGainR, *pGainG and *pGainB.
+ *
+ *  1. A window's ratios are 1024 * 2 R / G and 1024 * 2 B / G of its sums (G holds both greens),
+ *     truncated, computed with the sums scaled by a power of two so that everything stays within 32
+ *     bits. A window without green, or with too few white points, is not used. The frame's ratios
+ *     are the weighted means, truncated; sums and products are modulo 2^32.
+ *  2. If |ratioR - refRatioR| < holdTolR and |ratioB - refRatioB| < holdTolB, the gains stay.
+ *  3. The measurement is valid if ratioR * gainG / gainR and ratioB * gainG / gainB are closer to
+ *     the references than validTolR and validTolB (a gain of 0 makes the quotient 0). The targets
+ *     are then refRatioR * gainR / ratioR, gainG, and refRatioB * gainB / ratioB, truncated and
+ *     modulo 65536 (the gain itself where the ratio is 0); otherwise the default gains.
+ *  4. Each gain moves towards its target by at most maxGainStep and is then limited to
+ *     gainMin..gainMax.
+ *
+ *  pSrc and srcStep are multiples of 8 bytes. Samples outside the windows are not read.
+ *
+ *  Returns vekStsAwbNoData if no window could be used (the gains stay); vekStsAwbGainAtLimit if a
+ *  gain was moved or left at gainMin or gainMax in step 4; else vekStsNoErr. vekStsBadArgErr if, in
+ *  this order: pSrc is null or misaligned; a gain pointer is null; srcStep is below 2 * width or
+ *  misaligned; width or height is below 1; pState is null; a gain is below gainMin or above
+ *  gainMax; a window leaves the region. */
+VEK_API VekStatus vekiAWB_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize roiSize,
+                                        Vek16u* pGainR, Vek16u* pGainG, Vek16u* pGainB,
+                                        const VekiAWBState* pState);
 
 /* ==== Raw Bayer pipeline ===================================================================== */
 
