@@ -5,22 +5,45 @@
 namespace vek::bench {
 namespace {
 
-struct Source420 {
+/// Y, Cb and Cr; chroma has half the columns.
+struct Planes {
   Image y, cb, cr;
 
-  explicit Source420(VekiSize size)
+  Planes(VekiSize size, int chromaHeight)
       : y(size.width, size.height),
-        cb(size.width / 2, size.height / 2),
-        cr(size.width / 2, size.height / 2) {}
+        cb(size.width / 2, chromaHeight),
+        cr(size.width / 2, chromaHeight) {}
 };
+
+VekiSize turned(VekiSize size, int rotation) {
+  return rotation == 1 || rotation == 2 ? VekiSize{size.height, size.width} : size;
+}
+
+void addYcc420(const char* variant, int reduction, int interpolation, int rotation) {
+  add(std::string("vekiYCbCr420RszRot_8u_P3R/") + variant, 1.5 + 1.5 / reduction / reduction,
+      [=](VekiSize size) {
+        const VekiSize scaled = {size.width / reduction, size.height / reduction};
+        const VekiSize out = turned(scaled, rotation);
+        const Planes src(size, size.height / 2), dst(out, out.height / 2);
+        return [=] {
+          const Vek8u* const planes[3] = {src.y.data(), src.cb.data(), src.cr.data()};
+          const int steps[3] = {src.y.step(), src.cb.step(), src.cr.step()};
+          Vek8u* const dstPlanes[3] = {dst.y.data(), dst.cb.data(), dst.cr.data()};
+          const int dstSteps[3] = {dst.y.step(), dst.cb.step(), dst.cr.step()};
+          vekiYCbCr420RszRot_8u_P3R(planes, steps, size.width, size.height, dstPlanes, dstSteps,
+                                    scaled.width, scaled.height, interpolation, rotation,
+                                    65536 * reduction, 65536 * reduction);
+        };
+      });
+}
 
 void addYcc420Rgb(const char* variant, int format, int interpolation, int rotation) {
   const int pixelBytes = format == 7 ? 3 : 2;
   add(std::string("vekiYCbCr420RszCscRotRGB_8u_P3C3R/") + variant, 1.5 + pixelBytes,
       [=](VekiSize size) {
-        const Source420 src(size);
-        const int across = rotation == 1 ? size.height : size.width;
-        const Image dst(across * pixelBytes, rotation == 1 ? size.width : size.height);
+        const Planes src(size, size.height / 2);
+        const VekiSize out = turned(size, rotation);
+        const Image dst(out.width * pixelBytes, out.height);
         return [=] {
           const Vek8u* const planes[3] = {src.y.data(), src.cb.data(), src.cr.data()};
           const int steps[3] = {src.y.step(), src.cb.step(), src.cr.step()};
@@ -32,6 +55,11 @@ void addYcc420Rgb(const char* variant, int format, int interpolation, int rotati
 }
 
 [[maybe_unused]] const bool registered = [] {
+  addYcc420("copy", 1, 0, 0);
+  addYcc420("turned", 1, 0, 1);
+  addYcc420("half", 2, 1, 0);
+  addYcc420("half-turned", 2, 1, 1);
+  addYcc420("quarter-nearest", 4, 0, 0);
   addYcc420Rgb("565", 4, 0, 0);
   addYcc420Rgb("888", 7, 0, 0);
   addYcc420Rgb("565-turned", 4, 0, 1);

@@ -51,6 +51,42 @@ enum {
   vekiMirrorTopBottom = 5  /**< to row H-1-y, column x */
 };
 
+/** Resizes a planar YCbCr 4:2:0 image and turns it; the result is planar YCbCr 4:2:0 again.
+ *
+ *  Scaled chroma is dstWidth/2 x dstHeight/2 and is oriented like the luma. dstWidth and dstHeight
+ *  are even.
+ *
+ *  Sampling: luma pixel (x, y) at column x * xStep and row y * yStep. Interpolation 0 rounds both
+ *  to the nearest sample. Interpolation 1 blends a + (((b - a) * fx) >> 16) in both rows, fx being
+ *  the fraction of the column, and then those two with the fraction of the row (shifts toward minus
+ *  infinity); a row at or below the last source row is blended 1/65536 above it. Chroma sample
+ *  (i, j) is the one nearest to column i * xStep and row j * yStep of its plane.
+ *
+ *  Exact reductions: with rotation 0 and dstWidth x dstHeight equal to half or a quarter of the
+ *  source (each rounded down), the sampling steps are checked but not used. Interpolation 1 stores
+ *  (a + b + c + d + 4) >> 2 modulo 256 (so four samples of 255 give 0) of each 2 x 2 block, or of
+ *  the middle 2 x 2 samples of each 4 x 4 block. Interpolation 0 takes one sample of each block,
+ *  column 1 of row 0 (2:1) or column 1 of row 1 (4:1); Cr is then read with the row step of Cb,
+ *  and from row 0 of each block also in the 4:1 case. pSrc[2] must reach as far as that reads: row
+ *  y of the reduced Cr plane begins at pSrc[2] + 2 * y * srcStep[1], or 4 * y * srcStep[1].
+ *
+ *  With rotation 5 the rows of the Cr plane are written dstStep[1] bytes apart, upwards from row
+ *  dstHeight/2 - 1 (which lies dstStep[2] * (dstHeight/2 - 1) bytes behind pDst[2]): let the two
+ *  chroma steps be equal, or provide that memory.
+ *
+ *  Alignment: pSrc[0..2] 8 bytes, pDst[0] 4, pDst[1] and pDst[2] 2; srcStep[0..2] 8, dstStep[0] 4,
+ *  dstStep[1] and dstStep[2] 2.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if, in this order: a pointer is null; a pointer is
+ *  misaligned; a size is below 1; a sampling step is below 1 or above its limit; a row step is
+ *  misaligned; dstWidth or dstHeight is odd; a row step is below 1; a source row step is below the
+ *  row's bytes; interpolation is not 0 or 1, rotation not 0..5; a destination row step is below the
+ *  bytes of the turned row. */
+VEK_API VekStatus vekiYCbCr420RszRot_8u_P3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                            int srcWidth, int srcHeight, Vek8u* const pDst[3],
+                                            const int dstStep[3], int dstWidth, int dstHeight,
+                                            int interpolation, int rotation, int xStep, int yStep);
+
 /** Resizes a planar YCbCr 4:2:0 image, turns it and converts it to packed RGB.
  *
  *  dstFormat: 4 RGB565, 5 RGB555 (bit 15 zero), 6 RGB444 (bits 15..12 zero), each one little-endian

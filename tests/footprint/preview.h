@@ -18,31 +18,76 @@ struct Resize {
   int xStep, yStep;
 
   bool turned() const { return rotation == 1 || rotation == 2; }
+
+  /// The factor, 2 or 4, at which the 4:2:0 resize works on whole blocks; otherwise 0.
+  int exactReduction() const {
+    for (int shift : {1, 2}) {
+      if (rotation == 0 && srcWidth >> shift == dstWidth && srcHeight >> shift == dstHeight) {
+        return 1 << shift;
+      }
+    }
+    return 0;
+  }
 };
+
+/// What a preview function reads and writes: three planes, and one or three.
+struct Planes {
+  Area src[3];
+  Area dst[3];
+};
+
+/// How many samples the phases reach: that of the last of `count` samples, plus one.
+inline ptrdiff_t reach(int64_t count, int64_t step, int64_t offset, int shift = 16) {
+  return static_cast<ptrdiff_t>(((count - 1) * step + offset) >> shift) + 1;
+}
+
+/// The same within `size` samples. A blend (interpolation 1) reads the next sample, but none
+/// outside the image.
+inline ptrdiff_t lumaReach(const Resize& a, int64_t count, int64_t step, int size) {
+  return std::min<ptrdiff_t>(size, reach(count, step, a.interpolation == 0 ? 32768 : 65536));
+}
 
 /// vekiYCbCr420RszCscRotRGB_8u_P3C3R: samples up to the last ones that the phases reach.
-struct Csc420 {
-  Area src[3];
-  Area dst;
-};
-
-inline Csc420 ycc420Rgb(const Resize& a, int dstStep, int pixelBytes) {
-  const auto last = [](int64_t count, int64_t step, int64_t offset, int shift) {
-    return static_cast<ptrdiff_t>(((count - 1) * step + offset) >> shift) + 1;
-  };
+inline Planes ycc420Rgb(const Resize& a, int dstStep, int pixelBytes) {
   const int width = a.dstWidth & ~1, height = a.dstHeight & ~1;
-  // A blend reads the next column and row, but none outside the image.
-  const int64_t offset = a.interpolation == 0 ? 32768 : 65536;
-  const ptrdiff_t columns = std::min<ptrdiff_t>(a.srcWidth, last(width, a.xStep, offset, 16));
-  const ptrdiff_t rows = std::min<ptrdiff_t>(a.srcHeight, last(height, a.yStep, offset, 16));
-  const ptrdiff_t chromaColumns = last(width / 2, a.xStep, 32768, 16);
-  const ptrdiff_t chromaRows = last(height - 1, a.yStep, 65536, 17);
+  const ptrdiff_t chromaColumns = reach(width / 2, a.xStep, 32768);
+  const ptrdiff_t chromaRows = reach(height - 1, a.yStep, 65536, 17);
   const ptrdiff_t across = a.turned() ? a.dstHeight : a.dstWidth;
   const ptrdiff_t down = a.turned() ? a.dstWidth : a.dstHeight;
-  return {{{columns, rows, a.srcStep[0]},
+  return {{{lumaReach(a, width, a.xStep, a.srcWidth), lumaReach(a, height, a.yStep, a.srcHeight),
+            a.srcStep[0]},
            {chromaColumns, chromaRows, a.srcStep[1]},
            {chromaColumns, chromaRows, a.srcStep[2]}},
-          {across * pixelBytes, down, dstStep}};
+          {{across * pixelBytes, down, dstStep}}};
+}
+
+/// vekiYCbCr420RszRot_8u_P3R. Exact reductions without interpolation walk Cr in the rows of Cb;
+/// mirrored top-bottom, Cr is written in the row distance of Cb.
+inline Planes ycc420(const Resize& a, const int dstStep[3]) {
+  Planes p;
+  const int factor = a.exactReduction();
+  for (int i = 0; i < 3; ++i) {
+    const int width = i == 0 ? a.dstWidth : a.dstWidth / 2;
+    const int height = i == 0 ? a.dstHeight : a.dstHeight / 2;
+    if (factor != 0) {
+      const int inset = factor == 4 ? 1 : 0;
+      const bool average = a.interpolation == 1;
+      const bool red = i == 2 && !average;
+      p.src[i] = {factor * (width - 1) + 2 + inset * average,
+                  factor * (height - 1) + 1 + average + (red ? 0 : inset), a.srcStep[red ? 1 : i]};
+    } else if (i == 0) {
+      p.src[i] = {lumaReach(a, width, a.xStep, a.srcWidth),
+                  lumaReach(a, height, a.yStep, a.srcHeight), a.srcStep[0]};
+    } else {
+      p.src[i] = {reach(width, a.xStep, 32768), reach(height, a.yStep, 32768), a.srcStep[i]};
+    }
+    p.dst[i] = {a.turned() ? height : width, a.turned() ? width : height, dstStep[i]};
+  }
+  if (a.rotation == 5) {
+    p.dst[2].first = (a.dstHeight / 2 - 1) * dstStep[2];
+    p.dst[2].step = -dstStep[1];
+  }
+  return p;
 }
 
 }  // namespace vek::test::footprint
