@@ -19,22 +19,35 @@ VekiSize turned(VekiSize size, int rotation) {
   return rotation == 1 || rotation == 2 ? VekiSize{size.height, size.width} : size;
 }
 
+using ResizePlanes = decltype(&vekiYCbCr420RszRot_8u_P3R);
+
+/// `chromaRows` luma rows share a chroma row; reductions are by `reduction` in both directions.
+void addPlanar(const char* name, ResizePlanes resize, int chromaRows, int reduction,
+               int interpolation, int rotation) {
+  const double samples = 1 + 1.0 / chromaRows;
+  add(name, samples + samples / reduction / reduction, [=](VekiSize size) {
+    const VekiSize scaled = {size.width / reduction, size.height / reduction};
+    const VekiSize out = turned(scaled, rotation);
+    const Planes src(size, size.height / chromaRows), dst(out, out.height / chromaRows);
+    return [=] {
+      const Vek8u* const planes[3] = {src.y.data(), src.cb.data(), src.cr.data()};
+      const int steps[3] = {src.y.step(), src.cb.step(), src.cr.step()};
+      Vek8u* const dstPlanes[3] = {dst.y.data(), dst.cb.data(), dst.cr.data()};
+      const int dstSteps[3] = {dst.y.step(), dst.cb.step(), dst.cr.step()};
+      resize(planes, steps, size.width, size.height, dstPlanes, dstSteps, scaled.width,
+             scaled.height, interpolation, rotation, 65536 * reduction, 65536 * reduction);
+    };
+  });
+}
+
 void addYcc420(const char* variant, int reduction, int interpolation, int rotation) {
-  add(std::string("vekiYCbCr420RszRot_8u_P3R/") + variant, 1.5 + 1.5 / reduction / reduction,
-      [=](VekiSize size) {
-        const VekiSize scaled = {size.width / reduction, size.height / reduction};
-        const VekiSize out = turned(scaled, rotation);
-        const Planes src(size, size.height / 2), dst(out, out.height / 2);
-        return [=] {
-          const Vek8u* const planes[3] = {src.y.data(), src.cb.data(), src.cr.data()};
-          const int steps[3] = {src.y.step(), src.cb.step(), src.cr.step()};
-          Vek8u* const dstPlanes[3] = {dst.y.data(), dst.cb.data(), dst.cr.data()};
-          const int dstSteps[3] = {dst.y.step(), dst.cb.step(), dst.cr.step()};
-          vekiYCbCr420RszRot_8u_P3R(planes, steps, size.width, size.height, dstPlanes, dstSteps,
-                                    scaled.width, scaled.height, interpolation, rotation,
-                                    65536 * reduction, 65536 * reduction);
-        };
-      });
+  addPlanar(("vekiYCbCr420RszRot_8u_P3R/" + std::string(variant)).c_str(),
+            vekiYCbCr420RszRot_8u_P3R, 2, reduction, interpolation, rotation);
+}
+
+void addYcc422(const char* variant, int reduction, int interpolation, int rotation) {
+  addPlanar(("vekiYCbCr422RszRot_8u_P3R/" + std::string(variant)).c_str(),
+            vekiYCbCr422RszRot_8u_P3R, 1, reduction, interpolation, rotation);
 }
 
 void addYcc420Rgb(const char* variant, int format, int interpolation, int rotation) {
@@ -60,6 +73,9 @@ void addYcc420Rgb(const char* variant, int format, int interpolation, int rotati
   addYcc420("half", 2, 1, 0);
   addYcc420("half-turned", 2, 1, 1);
   addYcc420("quarter-nearest", 4, 0, 0);
+  addYcc422("copy", 1, 0, 0);
+  addYcc422("turned", 1, 0, 1);
+  addYcc422("half-bilinear", 2, 1, 0);
   addYcc420Rgb("565", 4, 0, 0);
   addYcc420Rgb("888", 7, 0, 0);
   addYcc420Rgb("565-turned", 4, 0, 1);

@@ -23,12 +23,18 @@ inline bool stepTooLarge(int step, int srcSize, int dstSize) {
   return step > static_cast<Vek32s>(last << 16) / ((dstSize & ~1) - 1);
 }
 
-/// What a resize takes from its arguments. Phases are 32-bit: the step limits keep them inside the
-/// source, but where a function says otherwise.
+/// What a resize takes from its arguments.
 struct Scaling {
   int width, height;  ///< scaled size, as the source is oriented
   bool bilinear;
   Vek32u xStep, yStep;
+
+  Scaling(int dstWidth, int dstHeight, int interpolation, int xSampling, int ySampling)
+      : width(dstWidth),
+        height(dstHeight),
+        bilinear(interpolation == 1),
+        xStep(static_cast<Vek32u>(xSampling)),
+        yStep(static_cast<Vek32u>(ySampling)) {}
 };
 
 /// Row phase from which a bilinear blend has no row below: that of the last row.

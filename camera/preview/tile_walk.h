@@ -29,17 +29,16 @@ struct RowRange {
 /// Calls makeTile(x, y, columns, rows, out, step) for tiles that cover `rows` of the scaled image,
 /// top to bottom and left to right. It writes the tile's pixels as the source is oriented, rows
 /// `step` bytes apart, straight into the destination where that is possible. x and y - rows.first
-/// are even. If neither coordinate runs along destination rows, a tile is part of one row, so that
-/// pixels are written in exactly the order of the walk.
+/// are even. If neither coordinate runs along destination rows, a tile is part of one row:
+/// pixels that meet are then written in the order of the walk.
 template <class MakeTile>
 void walkTiles(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdiff_t width,
                RowRange rows, MakeTile makeTile) {
   const PlaceTile place = select(placeRows).of(static_cast<int>(pixelBytes));
-  const bool direct = at.dx == pixelBytes;
-  const bool turned = !direct && at.dx != -pixelBytes;
+  const bool direct = !at.turned && at.dx == pixelBytes;
   const bool columnsBecomeRows = at.dy == pixelBytes || at.dy == -pixelBytes;
-  const ptrdiff_t tileColumns = turned ? turnedTileSide : stripColumns;
-  const ptrdiff_t tileRows = !turned ? stripRows : columnsBecomeRows ? turnedTileSide : 1;
+  const ptrdiff_t tileColumns = at.turned ? turnedTileSide : stripColumns;
+  const ptrdiff_t tileRows = !at.turned ? stripRows : columnsBecomeRows ? turnedTileSide : 1;
   const ptrdiff_t tileStep = tileColumns * pixelBytes;
   alignas(64) Vek8u tile[maxTilePixels * maxPixelBytes];
 

@@ -1,9 +1,8 @@
 // YCbCr 4:2:0 resize and rotate.
 #include "vek/camera.h"
 
+#include "camera/preview/plane_resize.h"
 #include "camera/preview/reduce_rows.h"
-#include "camera/preview/sampling.h"
-#include "camera/preview/tile_walk.h"
 #include "core/check.h"
 #include "core/region.h"
 
@@ -43,11 +42,6 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int 
   return vekStsNoErr;
 }
 
-struct Planes420 {
-  Plane<const Vek8u> src[3];
-  Plane<Vek8u> dst[3];
-};
-
 /// The factor, 2 or 4, of an exact reduction; 0 for every other resize.
 int exactReduction(int srcWidth, int srcHeight, const Scaling& scaling) {
   for (int shift : {1, 2}) {
@@ -78,7 +72,7 @@ void pickPlane(Plane<const Vek8u> src, Plane<Vek8u> dst, int factor, ptrdiff_t r
   }
 }
 
-void reduce(const Planes420& planes, const Scaling& scaling, int factor) {
+void reduce(const PlanarResize& planes, const Scaling& scaling, int factor) {
   for (int i = 0; i < 3; ++i) {
     const int width = i == 0 ? scaling.width : scaling.width / 2;
     const int height = i == 0 ? scaling.height : scaling.height / 2;
@@ -92,57 +86,35 @@ void reduce(const Planes420& planes, const Scaling& scaling, int factor) {
   }
 }
 
-/// Samples a plane at the nearest columns and rows and turns it.
-void resizeNearest(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
-                   const Scaling& scaling, int width, int height) {
-  const ResampleRows& rows = select(resampleRows);
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
-                            ptrdiff_t step) {
-    for (ptrdiff_t end = y + count; y < end; ++y, out += step) {
-      const Vek32u phase = halfSample + static_cast<Vek32u>(y) * scaling.yStep;
-      putRow(nearestRow(rows, src.row(phase >> 16), scaling.xStep, x, n, out), n, out);
-    }
-  };
-  walkTiles(dst, at, 1, width, {0, height}, makeTile);
-}
-
-/// Blends luma. A row that would start at or below the last source row starts just above it.
-void resizeBilinear(Plane<const Vek8u> src, int srcWidth, int srcHeight, Vek8u* dst,
-                    const Orientation& at, const Scaling& scaling) {
-  const ResampleRows& rows = select(resampleRows);
-  const Vek32u lastPhase = lastRowPhase(srcHeight);
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
-                            ptrdiff_t step) {
-    for (ptrdiff_t end = y + count; y < end; ++y, out += step) {
-      Vek32u phase = static_cast<Vek32u>(y) * scaling.yStep;
-      if (phase >= lastPhase) phase = lastPhase - 1;
-      putRow(bilinearRow(rows, src, srcWidth - 1, phase, scaling.xStep, x, n, out), n, out);
-    }
-  };
-  walkTiles(dst, at, 1, scaling.width, {0, scaling.height}, makeTile);
-}
-
-void _vekiYCbCr420RszRot_8u_P3R(const Planes420& planes, int srcWidth, int srcHeight,
+void _vekiYCbCr420RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int srcHeight,
                                 const Scaling& scaling, int rotation) {
   if (rotation == vekiRotNone) {
     const int factor = exactReduction(srcWidth, srcHeight, scaling);
     if (factor != 0) return reduce(planes, scaling, factor);
   }
-  const int width = scaling.width, height = scaling.height;
-  const auto place = [&](int i) {
-    return i == 0 ? orientation(rotation, width, height, 1, planes.dst[0].step)
-                  : orientation(rotation, width / 2, height / 2, 1, planes.dst[i].step);
+  const auto sourceRow = [&](ptrdiff_t y) {
+    return (halfSample + static_cast<Vek32u>(y) * scaling.yStep) >> 16;
   };
-  if (scaling.bilinear) {
-    resizeBilinear(planes.src[0], srcWidth, srcHeight, planes.dst[0].data, place(0), scaling);
-  } else {
-    resizeNearest(planes.src[0], planes.dst[0].data, place(0), scaling, width, height);
+  // A row that would start at or below the last source row starts just above it.
+  const Vek32u lastPhase = lastRowPhase(srcHeight);
+  const auto rowPhase = [&](ptrdiff_t y) {
+    const Vek32u phase = static_cast<Vek32u>(y) * scaling.yStep;
+    return phase < lastPhase ? phase : lastPhase - 1;
+  };
+  for (int i = 0; i < 3; ++i) {
+    const int width = i == 0 ? scaling.width : scaling.width / 2;
+    const int height = i == 0 ? scaling.height : scaling.height / 2;
+    const Plane<const Vek8u> src = planes.src[i];
+    const Plane<Vek8u> dst = planes.dst[i];
+    Orientation at = orientation(rotation, width, height, 1, dst.step);
+    // Mirrored top-bottom, the rows of Cr are as far apart as those of Cb.
+    if (rotation == vekiMirrorTopBottom && i == 2) at.dy = -planes.dst[1].step;
+    if (i == 0 && scaling.bilinear) {
+      resizeBilinear(src, srcWidth, dst.data, at, scaling.xStep, width, {0, height}, rowPhase);
+    } else {
+      resizeNearest(src, dst.data, at, scaling.xStep, width, {0, height}, sourceRow);
+    }
   }
-  Orientation red = place(2);
-  // Mirrored top-bottom, the rows of Cr are as far apart as those of Cb.
-  if (rotation == vekiMirrorTopBottom) red.dy = -planes.dst[1].step;
-  resizeNearest(planes.src[1], planes.dst[1].data, place(1), scaling, width / 2, height / 2);
-  resizeNearest(planes.src[2], planes.dst[2].data, red, scaling, width / 2, height / 2);
 }
 
 }  // namespace
@@ -156,13 +128,8 @@ extern "C" VekStatus vekiYCbCr420RszRot_8u_P3R(const Vek8u* const pSrc[3], const
   const VekStatus status = vek::check(pSrc, srcStep, srcWidth, srcHeight, pDst, dstStep, dstWidth,
                                       dstHeight, interpolation, rotation, xStep, yStep);
   if (status != vekStsNoErr) return status;
-  vek::Planes420 planes;
-  for (int i = 0; i < 3; ++i) {
-    planes.src[i] = {pSrc[i], srcStep[i]};
-    planes.dst[i] = {pDst[i], dstStep[i]};
-  }
-  const vek::Scaling scaling = {dstWidth, dstHeight, interpolation == 1, static_cast<Vek32u>(xStep),
-                                static_cast<Vek32u>(yStep)};
-  vek::_vekiYCbCr420RszRot_8u_P3R(planes, srcWidth, srcHeight, scaling, rotation);
+  const vek::Scaling scaling(dstWidth, dstHeight, interpolation, xStep, yStep);
+  vek::_vekiYCbCr420RszRot_8u_P3R({pSrc, srcStep, pDst, dstStep}, srcWidth, srcHeight, scaling,
+                                  rotation);
   return vekStsNoErr;
 }

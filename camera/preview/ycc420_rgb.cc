@@ -132,8 +132,7 @@ extern "C" VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3
   if (status != vekStsNoErr) return status;
   const vek::Image420 src = {vek::Plane{pSrc[0], srcStep[0]}, vek::Plane{pSrc[1], srcStep[1]},
                              vek::Plane{pSrc[2], srcStep[2]}, srcWidth, srcHeight};
-  const vek::Scaling scaling = {dstWidth, dstHeight, interpolation == 1, static_cast<Vek32u>(xStep),
-                                static_cast<Vek32u>(yStep)};
+  const vek::Scaling scaling(dstWidth, dstHeight, interpolation, xStep, yStep);
   vek::_vekiYCbCr420RszCscRotRGB_8u_P3C3R(src, scaling, pDst, dstStep, dstFormat, rotation);
   return vekStsNoErr;
 }

@@ -87,6 +87,44 @@ VEK_API VekStatus vekiYCbCr420RszRot_8u_P3R(const Vek8u* const pSrc[3], const in
                                             const int dstStep[3], int dstWidth, int dstHeight,
                                             int interpolation, int rotation, int xStep, int yStep);
 
+/** Resizes a planar YCbCr 4:2:2 image and turns it; the result is planar YCbCr 4:2:2 again.
+ *
+ *  Scaled chroma is dstWidth/2 x dstHeight samples. After a quarter turn the destination chroma is
+ *  subsampled along its own rows: dstHeight/2 columns and dstWidth rows, where the samples of scaled
+ *  rows 2k and 2k + 1 alternate in one destination column (rotation 1: column k, bottom to top;
+ *  rotation 2: column dstHeight/2-1-k, top to bottom). dstWidth is even; there are no exact
+ *  reductions.
+ *
+ *  Sampling: luma as in vekiYCbCr420RszRot_8u_P3R, but of the rows only the odd ones are kept 1/65536
+ *  above the last source row, and row 1 is not. Chroma sample (i, y) is the one nearest to column
+ *  i * xStep of its plane and to the row at which luma row y is sampled.
+ *
+ *  With an odd dstHeight the rows are still made in pairs: a row with the index dstHeight is sampled
+ *  and written too. The caller provides the memory:
+ *  - destination, rotation 0 and 4: one row more below each of the three planes;
+ *  - rotation 3 and 5: one row more above each plane, in front of pDst[i];
+ *  - rotation 1: one luma column more at the right of each row (within the row step), and one chroma
+ *    column more at the right;
+ *  - rotation 2: one luma column more at the left, its first byte just in front of pDst[0], and one
+ *    chroma column more at the left, in front of pDst[1] and pDst[2];
+ *  - source: yStep limits the first dstHeight - 1 rows only. Rows dstHeight - 1 and dstHeight sample
+ *    at those indices times yStep, which may be below the image; with interpolation 1 row dstHeight
+ *    is kept inside.
+ *  The extra row is written last; where row steps make it meet samples of the image, as an extra
+ *  chroma column does if dstStep[1] is dstHeight/2, it replaces them.
+ *
+ *  Alignment: pSrc[0] and pDst[0] 4 bytes, srcStep[0] and dstStep[0] 4; chroma none.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if, in this order: a pointer is null; pDst[0] or pSrc[0]
+ *  is misaligned; dstWidth is odd; a sampling step is below 1 or above its limit; a size is below 1;
+ *  a luma row step is misaligned; a row step is below 1; a source row step is below the row's bytes;
+ *  a destination row step is below the bytes of the turned row; interpolation is not 0 or 1,
+ *  rotation not 0..5. */
+VEK_API VekStatus vekiYCbCr422RszRot_8u_P3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                            int srcWidth, int srcHeight, Vek8u* const pDst[3],
+                                            const int dstStep[3], int dstWidth, int dstHeight,
+                                            int interpolation, int rotation, int xStep, int yStep);
+
 /** Resizes a planar YCbCr 4:2:0 image, turns it and converts it to packed RGB.
  *
  *  dstFormat: 4 RGB565, 5 RGB555 (bit 15 zero), 6 RGB444 (bits 15..12 zero), each one little-endian

@@ -90,4 +90,35 @@ inline Planes ycc420(const Resize& a, const int dstStep[3]) {
   return p;
 }
 
+/// vekiYCbCr422RszRot_8u_P3R. An odd height is rounded up: a row, or after a quarter turn a column,
+/// beyond the scaled image is sampled and written.
+inline Planes ycc422(const Resize& a, const int dstStep[3]) {
+  const ptrdiff_t height = a.dstHeight, rows = (height + 1) & ~ptrdiff_t{1};
+  ptrdiff_t lumaRows = 0, chromaRows = 0;
+  for (ptrdiff_t y = 0; y < rows; ++y) {
+    int64_t phase = int64_t{y} * a.yStep;
+    if (a.interpolation == 1 && y % 2 == 1 && y > 1) {
+      phase = std::min(phase, ((int64_t{a.srcHeight} - 1) << 16) - 1);
+    }
+    chromaRows = std::max(chromaRows, reach(2, phase, 32768));
+    lumaRows = std::max(lumaRows, reach(2, phase, a.interpolation == 0 ? 32768 : 65535));
+  }
+  Planes p;
+  for (int i = 0; i < 3; ++i) {
+    const ptrdiff_t width = i == 0 ? a.dstWidth : a.dstWidth / 2, step = dstStep[i];
+    p.src[i] = i == 0 ? Area{lumaReach(a, width, a.xStep, a.srcWidth), lumaRows, a.srcStep[0]}
+                      : Area{reach(width, a.xStep, 32768), chromaRows, a.srcStep[i]};
+    if (a.turned()) {
+      const int shift = i == 0 ? 0 : 1;
+      const ptrdiff_t extra = (rows >> shift) - (height >> shift);
+      p.dst[i] = {rows >> shift, a.dstWidth, step, a.rotation == 2 ? -extra : 0};
+    } else if (a.rotation == 3 || a.rotation == 5) {
+      p.dst[i] = {width, rows, -step, (height - 1) * step};
+    } else {
+      p.dst[i] = {width, rows, step};
+    }
+  }
+  return p;
+}
+
 }  // namespace vek::test::footprint
