@@ -22,7 +22,7 @@ VekiSize turned(VekiSize size, int rotation) {
 using ResizePlanes = decltype(&vekiYCbCr420RszRot_8u_P3R);
 
 /// `chromaRows` luma rows share a chroma row; reductions are by `reduction` in both directions.
-void addPlanar(const char* name, ResizePlanes resize, int chromaRows, int reduction,
+void addPlanar(const std::string& name, ResizePlanes resize, int chromaRows, int reduction,
                int interpolation, int rotation) {
   const double samples = 1 + 1.0 / chromaRows;
   add(name, samples + samples / reduction / reduction, [=](VekiSize size) {
@@ -41,30 +41,42 @@ void addPlanar(const char* name, ResizePlanes resize, int chromaRows, int reduct
 }
 
 void addYcc420(const char* variant, int reduction, int interpolation, int rotation) {
-  addPlanar(("vekiYCbCr420RszRot_8u_P3R/" + std::string(variant)).c_str(),
-            vekiYCbCr420RszRot_8u_P3R, 2, reduction, interpolation, rotation);
+  addPlanar("vekiYCbCr420RszRot_8u_P3R/" + std::string(variant), vekiYCbCr420RszRot_8u_P3R, 2,
+            reduction, interpolation, rotation);
 }
 
 void addYcc422(const char* variant, int reduction, int interpolation, int rotation) {
-  addPlanar(("vekiYCbCr422RszRot_8u_P3R/" + std::string(variant)).c_str(),
-            vekiYCbCr422RszRot_8u_P3R, 1, reduction, interpolation, rotation);
+  addPlanar("vekiYCbCr422RszRot_8u_P3R/" + std::string(variant), vekiYCbCr422RszRot_8u_P3R, 1,
+            reduction, interpolation, rotation);
+}
+
+using ResizeRgb = decltype(&vekiYCbCr420RszCscRotRGB_8u_P3C3R);
+
+void addRgb(const std::string& name, ResizeRgb resize, int chromaRows, int format, int pixelBytes,
+            int interpolation, int rotation) {
+  add(name, 1 + 1.0 / chromaRows + pixelBytes, [=](VekiSize size) {
+    const Planes src(size, size.height / chromaRows);
+    const VekiSize out = turned(size, rotation);
+    const Image dst(out.width * pixelBytes, out.height);
+    return [=] {
+      const Vek8u* const planes[3] = {src.y.data(), src.cb.data(), src.cr.data()};
+      const int steps[3] = {src.y.step(), src.cb.step(), src.cr.step()};
+      resize(planes, steps, size.width, size.height, dst.data(), dst.step(), size.width,
+             size.height, format, interpolation, rotation, 65536, 65536);
+    };
+  });
 }
 
 void addYcc420Rgb(const char* variant, int format, int interpolation, int rotation) {
-  const int pixelBytes = format == 7 ? 3 : 2;
-  add(std::string("vekiYCbCr420RszCscRotRGB_8u_P3C3R/") + variant, 1.5 + pixelBytes,
-      [=](VekiSize size) {
-        const Planes src(size, size.height / 2);
-        const VekiSize out = turned(size, rotation);
-        const Image dst(out.width * pixelBytes, out.height);
-        return [=] {
-          const Vek8u* const planes[3] = {src.y.data(), src.cb.data(), src.cr.data()};
-          const int steps[3] = {src.y.step(), src.cb.step(), src.cr.step()};
-          vekiYCbCr420RszCscRotRGB_8u_P3C3R(planes, steps, size.width, size.height, dst.data(),
-                                            dst.step(), size.width, size.height, format,
-                                            interpolation, rotation, 65536, 65536);
-        };
-      });
+  addRgb("vekiYCbCr420RszCscRotRGB_8u_P3C3R/" + std::string(variant),
+         vekiYCbCr420RszCscRotRGB_8u_P3C3R, 2, format, format == 7 ? 3 : 2, interpolation,
+         rotation);
+}
+
+void addYcc422Rgb(const char* variant, int format, int interpolation, int rotation) {
+  addRgb("vekiYCbCr422RszCscRotRGB_8u_P3C3R/" + std::string(variant),
+         vekiYCbCr422RszCscRotRGB_8u_P3C3R, 1, format, format == 3 ? 3 : 2, interpolation,
+         rotation);
 }
 
 [[maybe_unused]] const bool registered = [] {
@@ -79,6 +91,10 @@ void addYcc420Rgb(const char* variant, int format, int interpolation, int rotati
   addYcc420Rgb("565", 4, 0, 0);
   addYcc420Rgb("888", 7, 0, 0);
   addYcc420Rgb("565-turned", 4, 0, 1);
+  addYcc420Rgb("888-turned", 7, 0, 1);
+  addYcc422Rgb("565", 0, 0, 0);
+  addYcc422Rgb("565-bilinear", 0, 1, 0);
+  addYcc422Rgb("888-turned", 3, 0, 2);
   return true;
 }();
 

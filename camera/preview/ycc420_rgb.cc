@@ -47,19 +47,6 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int 
   return vekStsNoErr;
 }
 
-CscRow rowKernel(const CscRows& rows, int dstFormat) {
-  switch (dstFormat) {
-    case rgb565:
-      return rows.rgb565;
-    case rgb555:
-      return rows.rgb555;
-    case rgb444:
-      return rows.rgb444;
-    default:
-      return rows.bgr24;
-  }
-}
-
 const Vek8u* lumaRow(const ResampleRows& rows, const Image420& src, const Scaling& scaling,
                      Vek32u rowPhase, ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
   if (scaling.bilinear) {
@@ -88,7 +75,7 @@ void repeatOddEdges(const Scaling& scaling, Vek8u* first, Orientation at, int pi
 void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scaling, Vek8u* pDst,
                                         int dstStep, int dstFormat, int rotation) {
   const ResampleRows& resample = select(resampleRows);
-  const CscRow convert = rowKernel(select(cscRows), dstFormat);
+  const CscRow convert = select(cscRows).of(dstFormat - rgb565);
   const int pixelBytes = dstFormat == bgr24 ? 3 : 2;
   const Orientation at = orientation(rotation, scaling.width, scaling.height, pixelBytes, dstStep);
   const Vek32u lastPhase = lastRowPhase(src.height);

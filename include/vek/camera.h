@@ -32,8 +32,8 @@ extern "C" {
  * rows.
  *
  * Sampling steps: xStep and yStep are unsigned 16.16 distances between samples in the source (65536
- * is one source sample; 2:1 reduction is 131072). The caller chooses them; the largest horizontal
- * step that is accepted is ((srcWidth & ~1) - 1) * 65536 / ((dstWidth & ~1) - 1), the product taken
+ * is one source sample; 2:1 reduction is 131072). The caller chooses them. Unless a function says
+ * otherwise, the largest horizontal step that is accepted is ((srcWidth & ~1) - 1) * 65536 / ((dstWidth & ~1) - 1), the product taken
  * modulo 2^32 and read as signed, the quotient truncated; the vertical limit likewise. Source and
  * destination sizes of 1 are refused.
  *
@@ -151,6 +151,48 @@ VEK_API VekStatus vekiYCbCr422RszRot_8u_P3R(const Vek8u* const pSrc[3], const in
  * 0 or 1, rotation not 0..5; dstStep is misaligned or holds fewer pixels than the destination row;
  *  srcStep or a source plane is null. */
 VEK_API VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3],
+                                                    const int srcStep[3], int srcWidth,
+                                                    int srcHeight, Vek8u* pDst, int dstStep,
+                                                    int dstWidth, int dstHeight, int dstFormat,
+                                                    int interpolation, int rotation, int xStep,
+                                                    int yStep);
+
+/** Resizes a planar YCbCr 4:2:2 image, turns it and converts it to packed RGB.
+ *
+ *  dstFormat: 0 RGB565, 1 RGB555, 2 RGB444, 3 three bytes B, G, R; layouts and conversion as in
+ *  vekiYCbCr420RszCscRotRGB_8u_P3C3R (whose codes are 4 to 7). pDst may be at any address.
+ *
+ *  Rows of all three planes advance together: the chroma rows lie srcStep[0] / 2 bytes apart;
+ *  srcStep[1] and srcStep[2] are checked but not used.
+ *
+ *  Size: in the 16-bit formats dstWidth pixels are made in each of dstHeight rows. Quarter turns put
+ *  pixel (x, y) at pDst + (H-1-x + y(H-W)) dstStep + 2y (rotation 1) or pDst + 2(W-1-y) + (x +
+ *  y(W-H)) dstStep (rotation 2): a coherent picture if dstWidth equals dstHeight, and otherwise
+ *  pixels scattered over that memory, which the caller provides. In the 24-bit format dstWidth x
+ *  dstHeight is the destination's own size, so that quarter turns make dstHeight pixels in each of
+ *  dstWidth rows. With W x H the destination's size, rotations 0, 3, 4, 5 and all of the 24-bit
+ *  format write rows of W pixels; dstStep is not compared with them.
+ *
+ *  Sampling: row y at y * yStep, kept 1/65536 above row srcHeight (interpolation 1: above row
+ *  srcHeight - 1) from where it reaches that row. Interpolation 0 takes luma at the column
+ *  (x * xStep + 32768) >> 16 and the row rounded down. Interpolation 1 blends as
+ *  vekiYCbCr420RszRot_8u_P3R does, at x * xStep. Odd x are kept 1/65536 left of column srcWidth
+ *  (interpolation 1: of column srcWidth - 1) from where they reach it. Even x are not kept: let
+ *  their sampling points lie inside the image, or provide the samples to the right of it that they
+ *  read. Both pixels of a pair take the chroma of the row rounded down and of chroma column
+ *  ((x / 2) * xStep + 32768) >> 16, kept left of srcWidth / 2 (interpolation 1: of
+ *  (srcWidth - 1) / 2); with an odd srcWidth that may be column (srcWidth - 1) / 2. A source one
+ *  column wide or one row high is sampled there, with no blend across.
+ *
+ *  Alignment: srcStep[0] 4 bytes, srcStep[1] and srcStep[2] 2, dstStep 8 in the 16-bit formats; in
+ *  the 24-bit format bit 1 of dstStep is clear (odd steps are accepted). Pointers: none.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if, in this order: a pointer is null; a sampling step is
+ *  below 1; a source row step is misaligned; a row step is below 1; srcStep[0] is below srcWidth,
+ *  srcStep[1] or srcStep[2] below half of it; dstFormat is not 0..3, interpolation not 0 or 1,
+ *  rotation not 0..5; dstStep is misaligned. The sizes are not checked: with one below 1 the result
+ *  is vekStsNoErr, and nothing is touched. */
+VEK_API VekStatus vekiYCbCr422RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3],
                                                     const int srcStep[3], int srcWidth,
                                                     int srcHeight, Vek8u* pDst, int dstStep,
                                                     int dstWidth, int dstHeight, int dstFormat,

@@ -121,4 +121,33 @@ inline Planes ycc422(const Resize& a, const int dstStep[3]) {
   return p;
 }
 
+/// vekiYCbCr422RszCscRotRGB_8u_P3C3R, but for 16-bit quarter turns with unequal sizes. Columns of
+/// even luma samples go wherever their phases lead; the size is the destination's own.
+inline Planes ycc422Rgb(const Resize& a, int dstStep, int pixelBytes) {
+  const bool swapped = pixelBytes == 3 && a.turned();
+  const int width = swapped ? a.dstHeight : a.dstWidth;
+  const int height = swapped ? a.dstWidth : a.dstHeight;
+  const int blended = a.interpolation;
+  const int64_t right = int64_t{a.srcWidth - blended} << 16;
+  const auto held = [](int64_t phase, int64_t limit) {
+    return std::max<int64_t>(0, std::min(phase, limit - 1));
+  };
+  const auto samples = [&](int64_t phase) {
+    return static_cast<ptrdiff_t>((phase + (blended ? 65535 : 0)) >> 16) + 1;
+  };
+  ptrdiff_t columns = 0;
+  for (int x = 0; x < width; ++x) {
+    const int64_t free = int64_t{x} * a.xStep + (blended ? 0 : 32768);
+    const int64_t phase = x % 2 == 0 ? free : held(free, right);
+    // Inside the image a blend may read the right neighbour even where it has no weight.
+    const ptrdiff_t inside = std::min<ptrdiff_t>(a.srcWidth, (phase >> 16) + 1 + blended);
+    columns = std::max({columns, samples(phase), inside});
+  }
+  const int64_t lastRow = held(int64_t{height - 1} * a.yStep, int64_t{a.srcHeight - blended} << 16);
+  const int64_t lastChroma = held(32768 + int64_t{(width - 1) / 2} * a.xStep, right / 2);
+  const Area chroma = {(lastChroma >> 16) + 1, (lastRow >> 16) + 1, a.srcStep[0] / 2};
+  return {{{columns, samples(lastRow), a.srcStep[0]}, chroma, chroma},
+          {{a.dstWidth * pixelBytes, a.dstHeight, dstStep}}};
+}
+
 }  // namespace vek::test::footprint

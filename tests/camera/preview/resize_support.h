@@ -1,8 +1,10 @@
 // What the tests of the resize functions share: random arguments and the naive bilinear blend.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <ostream>
+#include <vector>
 
 #include "tests/footprint/preview.h"
 #include "tests/support/random.h"
@@ -75,6 +77,28 @@ inline int bilinear(const uint8_t* plane, ptrdiff_t step, int64_t p, int64_t q, 
   const uint8_t* at = plane + (p >> 16) * step + (q >> 16);
   const int top = across(at);
   return blend(top, fy == 0 ? top : across(at + step), fy);
+}
+
+/// Formats 565, 555, 444 and 24-bit, counted from 0.
+inline int pixelBytes(int format) {
+  return format == 3 ? 3 : 2;
+}
+
+/// One converted pixel in memory, by the formula.
+inline std::vector<uint8_t> convert(int y, int cb, int cr, int format) {
+  const int bits[4][3] = {{5, 6, 5}, {5, 5, 5}, {4, 4, 4}, {8, 8, 8}};
+  const int luma = (y - 16) * 298;
+  const int raw[3] = {luma + 409 * (cr - 128), luma - 100 * (cb - 128) - 208 * (cr - 128),
+                      luma + 516 * (cb - 128)};
+  int c[3];
+  for (int i = 0; i < 3; ++i) {
+    const int n = bits[format][i];
+    c[i] = std::clamp(raw[i] >> (16 - n), 0, (1 << n) - 1);
+  }
+  if (format == 3) return {uint8_t(c[2]), uint8_t(c[1]), uint8_t(c[0])};
+  const int green = bits[format][1], blue = bits[format][2];
+  const int word = c[0] << (green + blue) | c[1] << blue | c[2];
+  return {uint8_t(word & 255), uint8_t(word >> 8)};
 }
 
 }  // namespace vek::test
