@@ -68,6 +68,4 @@ void average(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict acc) {
 
 }  // namespace
 
-constexpr ReduceRows reduceRows = {pick, sumBlocks, splitPairs, halve, average};
-
 }  // namespace vek::VEK_LEVEL

@@ -15,8 +15,12 @@ namespace vek {
 /// cache lines of the destination.
 inline constexpr ptrdiff_t stripColumns = 1024;
 inline constexpr ptrdiff_t stripRows = 2;
-inline constexpr ptrdiff_t turnedColumns = 128;
-inline constexpr ptrdiff_t maxTileBytes = 12288;
+inline constexpr ptrdiff_t maxTurnedColumns = 256;
+inline constexpr ptrdiff_t maxTileBytes = 16384;
+
+constexpr ptrdiff_t turnedColumns(ptrdiff_t pixelBytes) {
+  return pixelBytes == 3 ? 128 : maxTurnedColumns;
+}
 
 constexpr ptrdiff_t turnedRows(ptrdiff_t pixelBytes) {
   return pixelBytes == 1 ? 64 : 32;
@@ -38,7 +42,7 @@ void walkTiles(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdiff_
   const PlaceTile place = select(placeRows).of(static_cast<int>(pixelBytes));
   const bool direct = !at.turned && at.dx == pixelBytes;
   const bool columnsBecomeRows = at.dy == pixelBytes || at.dy == -pixelBytes;
-  const ptrdiff_t tileColumns = at.turned ? turnedColumns : stripColumns;
+  const ptrdiff_t tileColumns = at.turned ? turnedColumns(pixelBytes) : stripColumns;
   const ptrdiff_t tileRows = !at.turned          ? stripRows
                              : columnsBecomeRows ? turnedRows(pixelBytes)
                                                  : 1;

@@ -38,8 +38,8 @@ template <class SourceRow>
 void resizeTurnedChroma(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, Vek32u xStep,
                         ptrdiff_t width, RowRange rowPairs, SourceRow sourceRow) {
   const ResampleRows& kernels = select(resampleRows);
-  alignas(64) Vek8u even[turnedColumns / 2];
-  alignas(64) Vek8u odd[turnedColumns / 2];
+  alignas(64) Vek8u even[maxTurnedColumns / 2];
+  alignas(64) Vek8u odd[maxTurnedColumns / 2];
   const auto makeTile = [&](ptrdiff_t x, ptrdiff_t pair, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
                             ptrdiff_t step) {
     for (const ptrdiff_t end = pair + count; pair < end; ++pair, out += step) {

@@ -49,13 +49,6 @@ void store(UWords low, UWords high, Vek8u* dst) {
   hn::StoreU(hn::ConcatEven(bytes, hn::BitCast(bytes, high), hn::BitCast(bytes, low)), bytes, dst);
 }
 
-/// Runs body(i) for blocks of samples that cover 0 .. n - 1; the last may overlap its neighbour.
-template <class Body>
-void forEachSampleBlock(ptrdiff_t n, Body body) {
-  for (ptrdiff_t i = 0; i + block < n; i += block) body(i);
-  body(n - block);
-}
-
 void nearestVectors(const Vek8u* __restrict row, Vek32u phase, Vek32u step, ptrdiff_t n,
                     Vek8u* __restrict dst) {
   const ptrdiff_t last = (phase + static_cast<Vek32u>(n - 1) * step) >> 16;
@@ -66,7 +59,8 @@ void nearestVectors(const Vek8u* __restrict row, Vek32u phase, Vek32u step, ptrd
     const Columns at = columnsFrom(phase + static_cast<Vek32u>(i) * step, step, last);
     return lookUp(hn::LoadU(bytes, row + at.first), at.offset);
   };
-  forEachSampleBlock(n, [&](ptrdiff_t i) { store(eight(i), eight(i + block / 2), dst + i); });
+  forEachOverlappingBlock(n, block,
+                          [&](ptrdiff_t i) { store(eight(i), eight(i + block / 2), dst + i); });
 }
 
 /// a + (((b - a) * fraction) >> 16). The high product takes the fraction as signed; where that made
@@ -99,7 +93,8 @@ void bilinearVectors(const Vek8u* __restrict top, const Vek8u* __restrict bottom
     };
     return hn::BitCast(uwords, blendWords(across(top), across(bottom), rowFraction));
   };
-  forEachSampleBlock(n, [&](ptrdiff_t i) { store(eight(i), eight(i + block / 2), dst + i); });
+  forEachOverlappingBlock(n, block,
+                          [&](ptrdiff_t i) { store(eight(i), eight(i + block / 2), dst + i); });
 }
 
 }  // namespace

@@ -37,13 +37,6 @@ void turnPixels(const Turn& t) {
   }
 }
 
-/// Starts of the blocks of `size` that cover 0 .. n - 1; the last one may overlap its neighbour.
-template <class Body>
-void forEachStart(ptrdiff_t n, ptrdiff_t size, Body body) {
-  for (ptrdiff_t i = 0; i + size < n; i += size) body(i);
-  body(n - size);
-}
-
 /// Transposes `side` vectors of `side` lanes: each round interleaves the first half of the rows
 /// with the second.
 template <class Tag, int side>
@@ -65,8 +58,8 @@ void turnBlocks(const Turn& t) {
   constexpr int side = 16 / sizeof(Lane);
   constexpr ptrdiff_t size = sizeof(Lane);
   if (t.cols < side || t.rows < side) return turnPixels<size>(t);
-  forEachStart(t.cols, side, [&](ptrdiff_t x) {
-    forEachStart(t.rows, side, [&](ptrdiff_t y) {
+  forEachOverlappingBlock(t.cols, side, [&](ptrdiff_t x) {
+    forEachOverlappingBlock(t.rows, side, [&](ptrdiff_t y) {
       const Vek8u* from = t.tile + y * t.tileStep + x * size;
       Vek8u* to = t.dst + x * t.dx + y * size;
       hn::Vec<decltype(lanes)> rows[side];
@@ -93,11 +86,11 @@ void turnTriples(const Turn& t) {
   alignas(16) static constexpr Vek8u narrow[16] = {0,  1,  2,  4,  5,  6,  8,  9,
                                                    10, 12, 13, 14, 15, 15, 15, 15};
   const Block narrowing = hn::Load(bytes, narrow);
-  forEachStart(t.cols, side, [&](ptrdiff_t x) {
+  forEachOverlappingBlock(t.cols, side, [&](ptrdiff_t x) {
     const ptrdiff_t early = x + wide <= t.cols ? 0 : 4;
     const Block widening =
         hn::Add(hn::Load(bytes, widen), hn::Set(bytes, static_cast<Vek8u>(early)));
-    forEachStart(t.rows, side, [&](ptrdiff_t y) {
+    forEachOverlappingBlock(t.rows, side, [&](ptrdiff_t y) {
       const Vek8u* from = t.tile + y * t.tileStep + x * size - early;
       Vek8u* to = t.dst + x * t.dx + y * size;
       hn::Vec<decltype(lanes)> rows[side];
