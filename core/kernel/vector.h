@@ -58,5 +58,13 @@ void forEachBlock(ptrdiff_t n, Body body, Out<outCount, outPixels> out,
          static_cast<size_t>((rest * outCount + outPixels - 1) / outPixels));
 }
 
+/// Runs body(i) for blocks of `size` elements that cover 0 .. n - 1, n >= size; the last one may
+/// overlap its neighbour. For kernels that do not work in place.
+template <class Body>
+void forEachOverlappingBlock(ptrdiff_t n, ptrdiff_t size, Body body) {
+  for (ptrdiff_t i = 0; i + size < n; i += size) body(i);
+  body(n - size);
+}
+
 }  // namespace
 }  // namespace vek::VEK_LEVEL
