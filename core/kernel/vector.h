@@ -67,14 +67,15 @@ struct LastBlock<block, Out<count, pixels>> {
 
 /// Runs body(pointers...) on successive blocks of exactly `block` pixels of the streams. The last,
 /// shorter block runs on copies, so that a body never sees a partial block and no byte outside the
-/// row is touched. In place is fine as long as the body loads its block before it stores.
+/// row is touched. In place is fine as long as the body loads its block before it stores. The body
+/// is inlined into the loop however long it is, and once: the last block is a call of its own.
 template <int block, class Body, class... Streams>
-void forEachBlock(ptrdiff_t n, Body body, Streams... streams) {
+[[gnu::noinline, gnu::flatten]] void forEachBlock(ptrdiff_t n, Body body, Streams... streams) {
   ptrdiff_t x = 0;
   for (; x + block <= n; x += block) body(streams.at(x)...);
   if (x == n) return;
   const auto runLast = [&](auto&&... last) {
-    body(last.data...);
+    forEachBlock<block>(block, body, Streams{last.data}...);
     (last.finish(), ...);
   };
   runLast(LastBlock<block, Streams>(streams, x, n - x)...);

@@ -19,6 +19,8 @@ constexpr Bytes bytes;
 constexpr Words words;
 constexpr hn::Rebind<Vek8u, Words> halfBytes;
 constexpr hn::RebindToUnsigned<Words> uwords;
+constexpr hn::RepartitionToWide<Words> ints;
+using VInts = hn::Vec<decltype(ints)>;
 using VUwords = hn::Vec<decltype(uwords)>;
 constexpr int block = static_cast<int>(hn::MaxLanes(bytes));
 
@@ -48,8 +50,12 @@ VWords join(VWords low, VWords high) {
   return hn::Or(low, hn::ShiftLeft<8>(high));
 }
 
+VBytes joinBytes(Pairs v) {
+  return hn::BitCast(bytes, join(v.even, v.odd));
+}
+
 void storeBytes(Pairs v, Vek8u* dst) {
-  hn::StoreU(hn::BitCast(bytes, join(v.even, v.odd)), bytes, dst);
+  hn::StoreU(joinBytes(v), bytes, dst);
 }
 
 void storeHalf(VWords v, Vek8u* dst) {
@@ -124,6 +130,66 @@ Pairs component(const Pixels& p) {
           component<m, k, bits>(p.first.odd, p.second.odd, p.third.odd)};
 }
 
+/// a0 * b0 + a1 * b1 of the two words in each 32-bit lane.
+VInts dot(VWords a, VWords b) {
+#if HWY_ARCH_X86
+  VInts unused = hn::Zero(ints);
+  return hn::ReorderWidenMulAccumulate(ints, a, b, hn::Zero(ints), unused);
+#else
+  const VInts a2 = hn::BitCast(ints, a), b2 = hn::BitCast(ints, b);
+  const VInts low =
+      hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(a2)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b2)));
+  return hn::Add(low, hn::Mul(hn::ShiftRight<16>(a2), hn::ShiftRight<16>(b2)));
+#endif
+}
+
+VWords twoWords(Vek32s first, Vek32s second) {
+  return hn::BitCast(words, hn::Set(ints, (first & 0xFFFF) | second * 65536));
+}
+
+/// The first two samples side by side in 32-bit lanes, and the third beside a constant.
+struct SideBySide {
+  VWords firstTwo[2], third[2];
+};
+
+/// Offsets ride along as the product of a constant word with one that fits 16 bits.
+template <const Matrix& m>
+constexpr Vek32s offsetUnit =
+    m.offset[0] % 512 == 0 && m.offset[1] % 512 == 0 && m.offset[2] % 512 == 0 ? 512 : 1;
+
+template <const Matrix& m>
+SideBySide sideBySide(VWords a, VWords b, VWords c) {
+  const VWords unit = word(offsetUnit<m>);
+  a = hn::Sub(a, word(m.centre[0]));
+  b = hn::Sub(b, word(m.centre[1]));
+  c = hn::Sub(c, word(m.centre[2]));
+  return {{hn::InterleaveLower(words, a, b), hn::InterleaveUpper(words, a, b)},
+          {hn::InterleaveLower(words, c, unit), hn::InterleaveUpper(words, c, unit)}};
+}
+
+template <const Matrix& m, int k>
+VWords component(const SideBySide& p) {
+  constexpr const Vek32s(&f)[3] = m.factor[k];
+  const VWords firstTwo = twoWords(f[0], f[1]);
+  const VWords third = twoWords(f[2], m.offset[k] / offsetUnit<m>);
+  const VInts low = hn::Add(dot(p.firstTwo[0], firstTwo), dot(p.third[0], third));
+  const VInts high = hn::Add(dot(p.firstTwo[1], firstTwo), dot(p.third[1], third));
+  const VWords value =
+      hn::ReorderDemote2To(words, hn::ShiftRight<10>(low), hn::ShiftRight<10>(high));
+  return inRange<m, k>() ? value : clampTo<8>(value);
+}
+
+/// All outputs with 8 bits: with a sample of each kind for every pixel and all factors at work,
+/// exact 32-bit sums take fewer instructions than split factors.
+template <const Matrix& m>
+Pixels transform(const Pixels& p) {
+  const SideBySide even = sideBySide<m>(p.first.even, p.second.even, p.third.even);
+  const SideBySide odd = sideBySide<m>(p.first.odd, p.second.odd, p.third.odd);
+  return {{component<m, 0>(even), component<m, 0>(odd)},
+          {component<m, 1>(even), component<m, 1>(odd)},
+          {component<m, 2>(even), component<m, 2>(odd)}};
+}
+
 template <class Format>
 VWords packWord(VWords r, VWords g, VWords b) {
   return hn::Or(hn::Or(hn::ShiftLeft<Format::rPos>(r), hn::ShiftLeft<Format::gPos>(g)),
@@ -131,22 +197,38 @@ VWords packWord(VWords r, VWords g, VWords b) {
 }
 
 template <const Matrix& m, class Format>
+Pixels outputs(const Pixels& p) {
+  return {component<m, 0, Format::rBits>(p), component<m, 1, Format::gBits>(p),
+          component<m, 2, Format::bBits>(p)};
+}
+
+template <class Format>
 void store(const Pixels& p, Vek8u* dst) {
-  const Pairs r = component<m, 0, Format::rBits>(p);
-  const Pairs g = component<m, 1, Format::gBits>(p);
-  const Pairs b = component<m, 2, Format::bBits>(p);
   if constexpr (Format::bytes == 2) {
-    hn::StoreInterleaved2(packWord<Format>(r.even, g.even, b.even),
-                          packWord<Format>(r.odd, g.odd, b.odd), words,
+    hn::StoreInterleaved2(packWord<Format>(p.first.even, p.second.even, p.third.even),
+                          packWord<Format>(p.first.odd, p.second.odd, p.third.odd), words,
                           reinterpret_cast<Vek16s*>(dst));
   } else {
-    hn::StoreInterleaved3(hn::BitCast(bytes, join(r.even, r.odd)),
-                          hn::BitCast(bytes, join(g.even, g.odd)),
-                          hn::BitCast(bytes, join(b.even, b.odd)), bytes, dst);
+    hn::StoreInterleaved3(joinBytes(p.first), joinBytes(p.second), joinBytes(p.third), bytes, dst);
+  }
+}
+
+/// Whether transform() is the faster way: 8-bit outputs, no shared chroma, and a luma factor other
+/// than 1.
+template <class Source, const Matrix& m, class Format>
+constexpr bool wide = Format::bytes == 3 && !Source::shared && m.factor[0][0] != 1024;
+
+template <class Source, const Matrix& m, class Format>
+void convertBlock(const Pixels& p, Vek8u* dst) {
+  if constexpr (wide<Source, m, Format>) {
+    store<Format>(transform<m>(p), dst);
+  } else {
+    store<Format>(outputs<m, Format>(p), dst);
   }
 }
 
 struct Planes444 {
+  static constexpr bool shared = false;
   using Chroma = In<1>;
 
   static Pixels load(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
@@ -155,6 +237,7 @@ struct Planes444 {
 };
 
 struct Planes422 {
+  static constexpr bool shared = true;
   using Chroma = In<1, 2>;
 
   static Pixels load(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
@@ -163,12 +246,14 @@ struct Planes422 {
 };
 
 struct Interleaved444 {
+  static constexpr bool shared = false;
   using Stream = In<3>;
 
   static Pixels load(const Vek8u* src) { return loadRgb(src); }
 };
 
 struct Interleaved422 {
+  static constexpr bool shared = true;
   using Stream = In<4, 2>;
 
   static Pixels load(const Vek8u* src) {
@@ -183,24 +268,26 @@ template <class Source, const Matrix& m, class Format>
 void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
   using Chroma = typename Source::Chroma;
   const auto body = [](Vek8u* out, const Vek8u* a, const Vek8u* b, const Vek8u* c) {
-    store<m, Format>(Source::load(a, b, c), out);
+    convertBlock<Source, m, Format>(Source::load(a, b, c), out);
   };
   forEachBlock<block>(n, body, Out<Format::bytes>{dst}, In<1>{y}, Chroma{u}, Chroma{v});
 }
 
 template <class Source, const Matrix& m, class Format>
 void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
-  const auto body = [](Vek8u* out, const Vek8u* in) { store<m, Format>(Source::load(in), out); };
+  const auto body = [](Vek8u* out, const Vek8u* in) {
+    convertBlock<Source, m, Format>(Source::load(in), out);
+  };
   forEachBlock<block>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
 }
 
 template <const Matrix& m>
 void toPlanes444(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
   const auto body = [](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
-    const Pixels p = loadRgb(in);
-    storeBytes(component<m, 0>(p), a);
-    storeBytes(component<m, 1>(p), b);
-    storeBytes(component<m, 2>(p), c);
+    const Pixels p = transform<m>(loadRgb(in));
+    storeBytes(p.first, a);
+    storeBytes(p.second, b);
+    storeBytes(p.third, c);
   };
   forEachBlock<block>(n, body, In<3>{src}, Out<1>{y}, Out<1>{u}, Out<1>{v});
 }
