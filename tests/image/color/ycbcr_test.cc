@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/footprint/color.h"
+#include "tests/footprint/ycbcr.h"
 #include "tests/support/differential.h"
 
 namespace vek::test {
