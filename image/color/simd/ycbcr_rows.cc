@@ -5,80 +5,46 @@
 #if VEK_HAVE_HIGHWAY
 
 #include "core/kernel/pixel_format.h"
+#include "image/color/pixel_lanes.h"
 #include "image/color/ycbcr_matrices.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-using Bytes = hn::ScalableTag<Vek8u>;
-using Words = hn::ScalableTag<Vek16s>;
-using VBytes = hn::Vec<Bytes>;
-using VWords = hn::Vec<Words>;
-constexpr Bytes bytes;
-constexpr Words words;
-constexpr hn::Rebind<Vek8u, Words> halfBytes;
-constexpr hn::RebindToUnsigned<Words> uwords;
-constexpr hn::RepartitionToWide<Words> ints;
-using VInts = hn::Vec<decltype(ints)>;
-using VUwords = hn::Vec<decltype(uwords)>;
-constexpr int block = static_cast<int>(hn::MaxLanes(bytes));
+constexpr hn::Rebind<Vek8u, hn::ScalableTag<Vek16s>> halfByteLanes;
 
-/// One sample of the even and of the odd pixels of a block, one per 16-bit lane.
-struct Pairs {
-  VWords even, odd;
+/// The samples of a block, those of its even and of its odd pixels. Chroma that pixels share is the
+/// same vector in both, and what is computed from it is computed once.
+struct Block {
+  PixelWords even, odd;
 };
 
-/// The three samples of a block. Chroma that pixels share is the same vector in both halves, and
-/// what is computed from it is computed once.
-struct Pixels {
-  Pairs first, second, third;
-};
-
-VWords word(Vek32s value) {
-  return hn::Set(words, static_cast<Vek16s>(value));
+VWord word(Vek32s value) {
+  return wordConstant(static_cast<Vek16s>(value));
 }
 
-Pairs split(VBytes v) {
-  const VUwords both = hn::BitCast(uwords, v);
-  return {hn::BitCast(words, hn::And(both, hn::Set(uwords, 0xFF))),
-          hn::BitCast(words, hn::ShiftRight<8>(both))};
+Block split(VBytes a, VBytes b, VBytes c) {
+  return {{evenBytes(a), evenBytes(b), evenBytes(c)}, {oddBytes(a), oddBytes(b), oddBytes(c)}};
 }
 
-/// Bytes of two words in 0..255: `low` before `high`.
-VWords join(VWords low, VWords high) {
-  return hn::Or(low, hn::ShiftLeft<8>(high));
-}
-
-VBytes joinBytes(Pairs v) {
-  return hn::BitCast(bytes, join(v.even, v.odd));
-}
-
-void storeBytes(Pairs v, Vek8u* dst) {
-  hn::StoreU(joinBytes(v), bytes, dst);
-}
-
-void storeHalf(VWords v, Vek8u* dst) {
-  hn::StoreU(hn::DemoteTo(halfBytes, v), halfBytes, dst);
-}
-
-Pairs loadShared(const Vek8u* src) {
-  const VWords v = hn::PromoteTo(words, hn::LoadU(halfBytes, src));
-  return {v, v};
-}
-
-Pixels loadRgb(const Vek8u* src) {
+Block loadTriples(const Vek8u* src) {
   VBytes a, b, c;
-  hn::LoadInterleaved3(bytes, src, a, b, c);
-  return {split(a), split(b), split(c)};
+  hn::LoadInterleaved3(byteLanes, src, a, b, c);
+  return split(a, b, c);
 }
 
-/// acc + v * factor
-template <Vek32s factor>
-VWords plusTimes(VWords acc, VWords v) {
-  if constexpr (factor == 0) return acc;
-  if constexpr (factor == 1) return hn::Add(acc, v);
-  return hn::Add(acc, hn::Mul(v, word(factor)));
+void storeBytes(VWord even, VWord odd, Vek8u* dst) {
+  hn::StoreU(joinBytes(even, odd), byteLanes, dst);
+}
+
+void storeHalf(VWord v, Vek8u* dst) {
+  hn::StoreU(hn::DemoteTo(halfByteLanes, v), halfByteLanes, dst);
+}
+
+/// Two streams of words, one word of each in turn.
+void storeWords(VWord first, VWord second, Vek8u* dst) {
+  hn::StoreInterleaved2(first, second, wordLanes, reinterpret_cast<Vek16s*>(dst));
 }
 
 /// Whether output k of the matrix needs no clamping.
@@ -95,8 +61,22 @@ constexpr bool inRange() {
 }
 
 template <int bits>
-VWords clampTo(VWords v) {
-  return hn::Min(hn::Max(v, hn::Zero(words)), word((1 << bits) - 1));
+VWord clampTo(VWord v) {
+  return hn::Min(hn::Max(v, word(0)), word((1 << bits) - 1));
+}
+
+template <const Matrix& m>
+PixelWords centre(PixelWords p) {
+  return {hn::Sub(p.c0, word(m.centre[0])), hn::Sub(p.c1, word(m.centre[1])),
+          hn::Sub(p.c2, word(m.centre[2]))};
+}
+
+/// acc + v * factor
+template <Vek32s factor>
+VWord plusTimes(VWord acc, VWord v) {
+  if constexpr (factor == 0) return acc;
+  if constexpr (factor == 1) return hn::Add(acc, v);
+  return hn::Add(acc, hn::Mul(v, word(factor)));
 }
 
 /// Output k of the matrix, reduced to `bits` bits. Each factor is split as w = 16 h + l with 0 <= l
@@ -104,52 +84,46 @@ VWords clampTo(VWords v) {
 /// H leaves 16 bits only upwards, for blue from YCbCr or YUV (74 * 239 + 129 * 127 = 34069), and
 /// saturates far above what every field clamps to.
 template <const Matrix& m, int k, int bits = 8>
-VWords component(VWords a, VWords b, VWords c) {
+VWord component(PixelWords sample) {
   constexpr Vek32s offset = m.offset[k];
   constexpr const Vek32s(&f)[3] = m.factor[k];
-  a = hn::Sub(a, word(m.centre[0]));
-  b = hn::Sub(b, word(m.centre[1]));
-  c = hn::Sub(c, word(m.centre[2]));
-  const VWords restHigh = plusTimes<(f[2] >> 4)>(plusTimes<(f[1] >> 4)>(word(offset >> 4), b), c);
-  const VWords restLow = plusTimes<(f[2] & 15)>(plusTimes<(f[1] & 15)>(word(offset & 15), b), c);
-  VWords value;
+  const PixelWords p = centre<m>(sample);
+  const VWord restHigh =
+      plusTimes<(f[2] >> 4)>(plusTimes<(f[1] >> 4)>(word(offset >> 4), p.c1), p.c2);
+  const VWord restLow =
+      plusTimes<(f[2] & 15)>(plusTimes<(f[1] & 15)>(word(offset & 15), p.c1), p.c2);
+  VWord value;
   if constexpr (f[0] == 1024) {
-    const VWords rest = hn::ShiftRight<6>(hn::Add(restHigh, hn::ShiftRight<4>(restLow)));
-    value = hn::ShiftRight<8 - bits>(hn::Add(a, rest));
+    const VWord rest = hn::ShiftRight<6>(hn::Add(restHigh, hn::ShiftRight<4>(restLow)));
+    value = hn::ShiftRight<8 - bits>(hn::Add(p.c0, rest));
   } else {
-    const VWords high = hn::SaturatedAdd(hn::Mul(a, word(f[0] >> 4)), restHigh);
-    const VWords low = hn::ShiftRight<4>(plusTimes<(f[0] & 15)>(restLow, a));
+    const VWord high = hn::SaturatedAdd(hn::Mul(p.c0, word(f[0] >> 4)), restHigh);
+    const VWord low = hn::ShiftRight<4>(plusTimes<(f[0] & 15)>(restLow, p.c0));
     value = hn::ShiftRight<14 - bits>(hn::SaturatedAdd(high, low));
   }
   return inRange<m, k>() ? value : clampTo<bits>(value);
 }
 
-template <const Matrix& m, int k, int bits = 8>
-Pairs component(const Pixels& p) {
-  return {component<m, k, bits>(p.first.even, p.second.even, p.third.even),
-          component<m, k, bits>(p.first.odd, p.second.odd, p.third.odd)};
-}
-
 /// a0 * b0 + a1 * b1 of the two words in each 32-bit lane.
-VInts dot(VWords a, VWords b) {
+VInt dot(VWord a, VWord b) {
 #if HWY_ARCH_X86
-  VInts unused = hn::Zero(ints);
-  return hn::ReorderWidenMulAccumulate(ints, a, b, hn::Zero(ints), unused);
+  VInt unused = constant(0);
+  return hn::ReorderWidenMulAccumulate(intLanes, a, b, constant(0), unused);
 #else
-  const VInts a2 = hn::BitCast(ints, a), b2 = hn::BitCast(ints, b);
-  const VInts low =
+  const VInt a2 = hn::BitCast(intLanes, a), b2 = hn::BitCast(intLanes, b);
+  const VInt low =
       hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(a2)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b2)));
   return hn::Add(low, hn::Mul(hn::ShiftRight<16>(a2), hn::ShiftRight<16>(b2)));
 #endif
 }
 
-VWords twoWords(Vek32s first, Vek32s second) {
-  return hn::BitCast(words, hn::Set(ints, (first & 0xFFFF) | second * 65536));
+VWord twoWords(Vek32s first, Vek32s second) {
+  return hn::BitCast(wordLanes, constant((first & 0xFFFF) | second * 65536));
 }
 
 /// The first two samples side by side in 32-bit lanes, and the third beside a constant.
 struct SideBySide {
-  VWords firstTwo[2], third[2];
+  VWord firstTwo[2], third[2];
 };
 
 /// Offsets ride along as the product of a constant word with one that fits 16 bits.
@@ -157,192 +131,181 @@ template <const Matrix& m>
 constexpr Vek32s offsetUnit =
     m.offset[0] % 512 == 0 && m.offset[1] % 512 == 0 && m.offset[2] % 512 == 0 ? 512 : 1;
 
-template <const Matrix& m>
-SideBySide sideBySide(VWords a, VWords b, VWords c) {
-  const VWords unit = word(offsetUnit<m>);
-  a = hn::Sub(a, word(m.centre[0]));
-  b = hn::Sub(b, word(m.centre[1]));
-  c = hn::Sub(c, word(m.centre[2]));
-  return {{hn::InterleaveLower(words, a, b), hn::InterleaveUpper(words, a, b)},
-          {hn::InterleaveLower(words, c, unit), hn::InterleaveUpper(words, c, unit)}};
-}
-
 template <const Matrix& m, int k>
-VWords component(const SideBySide& p) {
-  constexpr const Vek32s(&f)[3] = m.factor[k];
-  const VWords firstTwo = twoWords(f[0], f[1]);
-  const VWords third = twoWords(f[2], m.offset[k] / offsetUnit<m>);
-  const VInts low = hn::Add(dot(p.firstTwo[0], firstTwo), dot(p.third[0], third));
-  const VInts high = hn::Add(dot(p.firstTwo[1], firstTwo), dot(p.third[1], third));
-  const VWords value =
-      hn::ReorderDemote2To(words, hn::ShiftRight<10>(low), hn::ShiftRight<10>(high));
+VWord component(const SideBySide& p) {
+  const VWord firstTwo = twoWords(m.factor[k][0], m.factor[k][1]);
+  const VWord third = twoWords(m.factor[k][2], m.offset[k] / offsetUnit<m>);
+  const VInt lower = hn::Add(dot(p.firstTwo[0], firstTwo), dot(p.third[0], third));
+  const VInt upper = hn::Add(dot(p.firstTwo[1], firstTwo), dot(p.third[1], third));
+  const VWord value =
+      hn::ReorderDemote2To(wordLanes, hn::ShiftRight<10>(lower), hn::ShiftRight<10>(upper));
   return inRange<m, k>() ? value : clampTo<8>(value);
 }
 
-/// All outputs with 8 bits: with a sample of each kind for every pixel and all factors at work,
+/// All outputs with 8 bits. Where each pixel has samples of its own and all factors are at work,
 /// exact 32-bit sums take fewer instructions than split factors.
 template <const Matrix& m>
-Pixels transform(const Pixels& p) {
-  const SideBySide even = sideBySide<m>(p.first.even, p.second.even, p.third.even);
-  const SideBySide odd = sideBySide<m>(p.first.odd, p.second.odd, p.third.odd);
-  return {{component<m, 0>(even), component<m, 0>(odd)},
-          {component<m, 1>(even), component<m, 1>(odd)},
-          {component<m, 2>(even), component<m, 2>(odd)}};
-}
-
-template <class Format>
-VWords packWord(VWords r, VWords g, VWords b) {
-  return hn::Or(hn::Or(hn::ShiftLeft<Format::rPos>(r), hn::ShiftLeft<Format::gPos>(g)),
-                hn::ShiftLeft<Format::bPos>(b));
-}
-
-template <const Matrix& m, class Format>
-Pixels outputs(const Pixels& p) {
-  return {component<m, 0, Format::rBits>(p), component<m, 1, Format::gBits>(p),
-          component<m, 2, Format::bBits>(p)};
-}
-
-template <class Format>
-void store(const Pixels& p, Vek8u* dst) {
-  if constexpr (Format::bytes == 2) {
-    hn::StoreInterleaved2(packWord<Format>(p.first.even, p.second.even, p.third.even),
-                          packWord<Format>(p.first.odd, p.second.odd, p.third.odd), words,
-                          reinterpret_cast<Vek16s*>(dst));
-  } else {
-    hn::StoreInterleaved3(joinBytes(p.first), joinBytes(p.second), joinBytes(p.third), bytes, dst);
-  }
-}
-
-/// Whether transform() is the faster way: 8-bit outputs, no shared chroma, and a luma factor other
-/// than 1.
-template <class Source, const Matrix& m, class Format>
-constexpr bool wide = Format::bytes == 3 && !Source::shared && m.factor[0][0] != 1024;
-
-template <class Source, const Matrix& m, class Format>
-void convertBlock(const Pixels& p, Vek8u* dst) {
-  if constexpr (wide<Source, m, Format>) {
-    store<Format>(transform<m>(p), dst);
-  } else {
-    store<Format>(outputs<m, Format>(p), dst);
-  }
+PixelWords transform(PixelWords sample) {
+  const PixelWords p = centre<m>(sample);
+  const VWord unit = word(offsetUnit<m>);
+  const SideBySide s = {
+      {hn::InterleaveLower(wordLanes, p.c0, p.c1), hn::InterleaveUpper(wordLanes, p.c0, p.c1)},
+      {hn::InterleaveLower(wordLanes, p.c2, unit), hn::InterleaveUpper(wordLanes, p.c2, unit)}};
+  return {component<m, 0>(s), component<m, 1>(s), component<m, 2>(s)};
 }
 
 struct Planes444 {
-  static constexpr bool shared = false;
   using Chroma = In<1>;
+  static constexpr bool shared = false;
 
-  static Pixels load(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
-    return {split(hn::LoadU(bytes, y)), split(hn::LoadU(bytes, u)), split(hn::LoadU(bytes, v))};
+  static Block load(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
+    return split(hn::LoadU(byteLanes, y), hn::LoadU(byteLanes, u), hn::LoadU(byteLanes, v));
   }
 };
 
 struct Planes422 {
-  static constexpr bool shared = true;
   using Chroma = In<1, 2>;
+  static constexpr bool shared = true;
 
-  static Pixels load(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
-    return {split(hn::LoadU(bytes, y)), loadShared(u), loadShared(v)};
+  static Block load(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
+    const VBytes luma = hn::LoadU(byteLanes, y);
+    const VWord b = hn::PromoteTo(wordLanes, hn::LoadU(halfByteLanes, u));
+    const VWord r = hn::PromoteTo(wordLanes, hn::LoadU(halfByteLanes, v));
+    return {{evenBytes(luma), b, r}, {oddBytes(luma), b, r}};
   }
 };
 
 struct Interleaved444 {
-  static constexpr bool shared = false;
   using Stream = In<3>;
+  static constexpr bool shared = false;
 
-  static Pixels load(const Vek8u* src) { return loadRgb(src); }
+  static Block load(const Vek8u* src) { return loadTriples(src); }
 };
 
 struct Interleaved422 {
-  static constexpr bool shared = true;
   using Stream = In<4, 2>;
+  static constexpr bool shared = true;
 
-  static Pixels load(const Vek8u* src) {
-    VWords left, right;  // Y0 and Cb, Y1 and Cr
-    hn::LoadInterleaved2(words, reinterpret_cast<const Vek16s*>(src), left, right);
-    const Pairs l = split(hn::BitCast(bytes, left)), r = split(hn::BitCast(bytes, right));
-    return {{l.even, r.even}, {l.odd, l.odd}, {r.odd, r.odd}};
+  static Block load(const Vek8u* src) {
+    VWord left, right;  // Y0 and Cb, Y1 and Cr
+    hn::LoadInterleaved2(wordLanes, reinterpret_cast<const Vek16s*>(src), left, right);
+    const VBytes l = hn::BitCast(byteLanes, left), r = hn::BitCast(byteLanes, right);
+    const VWord b = oddBytes(l), v = oddBytes(r);
+    return {{evenBytes(l), b, v}, {evenBytes(r), b, v}};
   }
 };
+
+template <class Format>
+VWord packWord(PixelWords p) {
+  return hn::Or(hn::Or(hn::ShiftLeft<Format::rPos>(p.c0), hn::ShiftLeft<Format::gPos>(p.c1)),
+                hn::ShiftLeft<Format::bPos>(p.c2));
+}
+
+template <class Format>
+void store(PixelWords even, PixelWords odd, Vek8u* dst) {
+  if constexpr (Format::bytes == 2) {
+    storeWords(packWord<Format>(even), packWord<Format>(odd), dst);
+  } else {
+    hn::StoreInterleaved3(joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1),
+                          joinBytes(even.c2, odd.c2), byteLanes, dst);
+  }
+}
+
+template <class Source, const Matrix& m, class Format>
+void convert(const Block& p, Vek8u* dst) {
+  constexpr bool oneTerm = m.factor[0][0] == 1024;  // luma is added as it is
+  if constexpr (Format::bytes == 3 && !Source::shared && !oneTerm) {
+    store<Format>(transform<m>(p.even), transform<m>(p.odd), dst);
+  } else {
+    const auto outputs = [](PixelWords q) {
+      return PixelWords{component<m, 0, Format::rBits>(q), component<m, 1, Format::gBits>(q),
+                        component<m, 2, Format::bBits>(q)};
+    };
+    store<Format>(outputs(p.even), outputs(p.odd), dst);
+  }
+}
 
 template <class Source, const Matrix& m, class Format>
 void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
   using Chroma = typename Source::Chroma;
   const auto body = [](Vek8u* out, const Vek8u* a, const Vek8u* b, const Vek8u* c) {
-    convertBlock<Source, m, Format>(Source::load(a, b, c), out);
+    convert<Source, m, Format>(Source::load(a, b, c), out);
   };
-  forEachBlock<block>(n, body, Out<Format::bytes>{dst}, In<1>{y}, Chroma{u}, Chroma{v});
+  forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, In<1>{y}, Chroma{u}, Chroma{v});
 }
 
 template <class Source, const Matrix& m, class Format>
 void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   const auto body = [](Vek8u* out, const Vek8u* in) {
-    convertBlock<Source, m, Format>(Source::load(in), out);
+    convert<Source, m, Format>(Source::load(in), out);
   };
-  forEachBlock<block>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
+  forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
 }
 
 template <const Matrix& m>
 void toPlanes444(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
   const auto body = [](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
-    const Pixels p = transform<m>(loadRgb(in));
-    storeBytes(p.first, a);
-    storeBytes(p.second, b);
-    storeBytes(p.third, c);
+    const Block p = loadTriples(in);
+    const PixelWords even = transform<m>(p.even), odd = transform<m>(p.odd);
+    storeBytes(even.c0, odd.c0, a);
+    storeBytes(even.c1, odd.c1, b);
+    storeBytes(even.c2, odd.c2, c);
   };
-  forEachBlock<block>(n, body, In<3>{src}, Out<1>{y}, Out<1>{u}, Out<1>{v});
+  forEachBlock<pixelBlock>(n, body, In<3>{src}, Out<1>{y}, Out<1>{u}, Out<1>{v});
 }
 
 // Spaces to reduce chroma in.
 
-struct Rgb {
-  VWords r, g, b;
-};
-
 struct ReducedYcbcr {
-  static constexpr const Matrix& matrix = RGB_YCbCr_Q10_C2;
-
-  static VWords second(Rgb p) { return component<matrix, 1>(p.r, p.g, p.b); }
-  static VWords third(Rgb p) { return component<matrix, 2>(p.r, p.g, p.b); }
+  static VWord luma(PixelWords rgb) { return component<RGB_YCbCr_Q10_C2, 0>(rgb); }
+  static VWord second(PixelWords rgb) { return component<RGB_YCbCr_Q10_C2, 1>(rgb); }
+  static VWord third(PixelWords rgb) { return component<RGB_YCbCr_Q10_C2, 2>(rgb); }
 };
 
 struct ReducedYuv {
-  static constexpr const Matrix& matrix = RGB_YUV_Q10_C2;
-
-  static VWords second(Rgb p) { return difference<uFactor>(hn::Sub(p.b, luma(p))); }
-  static VWords third(Rgb p) { return difference<vFactor>(hn::Sub(p.r, luma(p))); }
+  static VWord luma(PixelWords rgb) { return component<RGB_YUV_Q10_C2, 0>(rgb); }
+  static VWord second(PixelWords rgb) { return difference<uFactor>(hn::Sub(rgb.c2, luma(rgb))); }
+  static VWord third(PixelWords rgb) { return difference<vFactor>(hn::Sub(rgb.c0, luma(rgb))); }
 
  private:
-  static VWords luma(Rgb p) { return component<matrix, 0>(p.r, p.g, p.b); }
-
   /// factor * d >> 10 is the high half of (64 * factor) * d; a 64-fold factor of 32768 or more is
   /// 65536 less as a signed word, which takes d from the high half.
   template <Vek32s factor>
-  static VWords difference(VWords d) {
+  static VWord difference(VWord d) {
     constexpr bool wraps = 64 * factor > 32767;
-    VWords v = hn::MulHigh(d, word(64 * factor - (wraps ? 65536 : 0)));
+    VWord v = hn::MulHigh(d, word(64 * factor - (wraps ? 65536 : 0)));
     if constexpr (wraps) v = hn::Add(v, d);
     return clampTo<8>(hn::Add(v, word(128)));
   }
 };
 
-VWords sum(Pairs p) {
-  return hn::Add(p.even, p.odd);
-}
-
-/// The rounded averages of the pairs of one row, of the blocks of two.
-Rgb average(const Pixels& p) {
-  const VWords half = word(1);
-  return {hn::ShiftRight<1>(hn::Add(sum(p.first), half)),
-          hn::ShiftRight<1>(hn::Add(sum(p.second), half)),
-          hn::ShiftRight<1>(hn::Add(sum(p.third), half))};
-}
-
-Rgb average(const Pixels& top, const Pixels& bottom) {
-  const auto mean = [](Pairs a, Pairs b) {
-    return hn::ShiftRight<2>(hn::Add(hn::Add(sum(a), sum(b)), word(2)));
+/// The rounded averages of the pairs of one row, and of the 2 x 2 blocks of two.
+PixelWords average(const Block& row) {
+  const auto mean = [](VWord a, VWord b) {
+    return hn::ShiftRight<1>(hn::Add(hn::Add(a, b), word(1)));
   };
-  return {mean(top.first, bottom.first), mean(top.second, bottom.second),
-          mean(top.third, bottom.third)};
+  return {mean(row.even.c0, row.odd.c0), mean(row.even.c1, row.odd.c1),
+          mean(row.even.c2, row.odd.c2)};
+}
+
+PixelWords average(const Block& top, const Block& bottom) {
+  const auto mean = [](VWord a, VWord b, VWord c, VWord d) {
+    return hn::ShiftRight<2>(hn::Add(hn::Add(hn::Add(a, b), hn::Add(c, d)), word(2)));
+  };
+  return {mean(top.even.c0, top.odd.c0, bottom.even.c0, bottom.odd.c0),
+          mean(top.even.c1, top.odd.c1, bottom.even.c1, bottom.odd.c1),
+          mean(top.even.c2, top.odd.c2, bottom.even.c2, bottom.odd.c2)};
+}
+
+template <class Space>
+void storeLuma(const Block& p, Vek8u* dst) {
+  storeBytes(Space::luma(p.even), Space::luma(p.odd), dst);
+}
+
+template <class Space>
+void storeChroma(PixelWords shared, Vek8u* second, Vek8u* third) {
+  storeHalf(Space::second(shared), second);
+  storeHalf(Space::third(shared), third);
 }
 
 /// A last pixel without a partner, as a pair: averages then give the pixel itself.
@@ -355,36 +318,32 @@ struct LonePair {
 template <class Space>
 void toInterleaved422(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   const auto body = [](const Vek8u* in, Vek8u* out) {
-    const Pixels p = loadRgb(in);
-    const Pairs luma = component<Space::matrix, 0>(p);
-    const Rgb shared = average(p);
-    hn::StoreInterleaved2(join(luma.even, Space::second(shared)),
-                          join(luma.odd, Space::third(shared)), words,
-                          reinterpret_cast<Vek16s*>(out));
+    const Block p = loadTriples(in);
+    const PixelWords shared = average(p);
+    storeWords(hn::Or(Space::luma(p.even), hn::ShiftLeft<8>(Space::second(shared))),
+               hn::Or(Space::luma(p.odd), hn::ShiftLeft<8>(Space::third(shared))), out);
   };
   const ptrdiff_t even = n & ~ptrdiff_t{1};
-  forEachBlock<block>(even, body, In<3>{src}, Out<4, 2>{dst});
+  forEachBlock<pixelBlock>(even, body, In<3>{src}, Out<4, 2>{dst});
   if (even == n) return;
   const LonePair last(src + 3 * even);
-  forEachBlock<block>(2, body, In<3>{last.rgb}, Out<4, 2>{dst + 2 * even});
+  forEachBlock<pixelBlock>(2, body, In<3>{last.rgb}, Out<4, 2>{dst + 2 * even});
 }
 
 template <class Space>
 void toPlanes422(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
   const auto body = [](const Vek8u* in, Vek8u* luma, Vek8u* second, Vek8u* third) {
-    const Pixels p = loadRgb(in);
-    storeBytes(component<Space::matrix, 0>(p), luma);
-    const Rgb shared = average(p);
-    storeHalf(Space::second(shared), second);
-    storeHalf(Space::third(shared), third);
+    const Block p = loadTriples(in);
+    storeLuma<Space>(p, luma);
+    storeChroma<Space>(average(p), second, third);
   };
   const ptrdiff_t even = n & ~ptrdiff_t{1};
-  forEachBlock<block>(even, body, In<3>{src}, Out<1>{y}, Out<1, 2>{u}, Out<1, 2>{v});
+  forEachBlock<pixelBlock>(even, body, In<3>{src}, Out<1>{y}, Out<1, 2>{u}, Out<1, 2>{v});
   if (even == n) return;
   const LonePair last(src + 3 * even);
   Vek8u luma[2];
-  forEachBlock<block>(2, body, In<3>{last.rgb}, Out<1>{luma}, Out<1, 2>{u + even / 2},
-                      Out<1, 2>{v + even / 2});
+  forEachBlock<pixelBlock>(2, body, In<3>{last.rgb}, Out<1>{luma}, Out<1, 2>{u + even / 2},
+                           Out<1, 2>{v + even / 2});
   y[even] = luma[0];
 }
 
@@ -393,21 +352,19 @@ void toPlanes420(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop
                  Vek8u* u, Vek8u* v) {
   const auto body = [](const Vek8u* upper, const Vek8u* lower, Vek8u* upperLuma, Vek8u* lowerLuma,
                        Vek8u* second, Vek8u* third) {
-    const Pixels a = loadRgb(upper), b = loadRgb(lower);
-    storeBytes(component<Space::matrix, 0>(a), upperLuma);
-    storeBytes(component<Space::matrix, 0>(b), lowerLuma);
-    const Rgb shared = average(a, b);
-    storeHalf(Space::second(shared), second);
-    storeHalf(Space::third(shared), third);
+    const Block a = loadTriples(upper), b = loadTriples(lower);
+    storeLuma<Space>(a, upperLuma);
+    storeLuma<Space>(b, lowerLuma);
+    storeChroma<Space>(average(a, b), second, third);
   };
   const ptrdiff_t even = n & ~ptrdiff_t{1};
-  forEachBlock<block>(even, body, In<3>{top}, In<3>{bottom}, Out<1>{yTop}, Out<1>{yBottom},
-                      Out<1, 2>{u}, Out<1, 2>{v});
+  forEachBlock<pixelBlock>(even, body, In<3>{top}, In<3>{bottom}, Out<1>{yTop}, Out<1>{yBottom},
+                           Out<1, 2>{u}, Out<1, 2>{v});
   if (even == n) return;
   const LonePair lastTop(top + 3 * even), lastBottom(bottom + 3 * even);
   Vek8u upperLuma[2], lowerLuma[2];
-  forEachBlock<block>(2, body, In<3>{lastTop.rgb}, In<3>{lastBottom.rgb}, Out<1>{upperLuma},
-                      Out<1>{lowerLuma}, Out<1, 2>{u + even / 2}, Out<1, 2>{v + even / 2});
+  forEachBlock<pixelBlock>(2, body, In<3>{lastTop.rgb}, In<3>{lastBottom.rgb}, Out<1>{upperLuma},
+                           Out<1>{lowerLuma}, Out<1, 2>{u + even / 2}, Out<1, 2>{v + even / 2});
   yTop[even] = upperLuma[0];
   yBottom[even] = lowerLuma[0];
 }
