@@ -47,19 +47,6 @@ void storeWords(VWord first, VWord second, Vek8u* dst) {
   hn::StoreInterleaved2(first, second, wordLanes, reinterpret_cast<Vek16s*>(dst));
 }
 
-/// Whether output k of the matrix needs no clamping.
-template <const Matrix& m, int k>
-constexpr bool inRange() {
-  Vek32s low = m.offset[k], high = m.offset[k];
-  for (int i = 0; i < 3; ++i) {
-    const Vek32s at0 = m.factor[k][i] * -m.centre[i];
-    const Vek32s at255 = m.factor[k][i] * (255 - m.centre[i]);
-    low += at0 < at255 ? at0 : at255;
-    high += at0 < at255 ? at255 : at0;
-  }
-  return low >= 0 && high < 256 << 10;
-}
-
 template <int bits>
 VWord clampTo(VWord v) {
   return hn::Min(hn::Max(v, word(0)), word((1 << bits) - 1));
@@ -79,11 +66,12 @@ VWord plusTimes(VWord acc, VWord v) {
   return hn::Add(acc, hn::Mul(v, word(factor)));
 }
 
-/// Output k of the matrix, reduced to `bits` bits. Each factor is split as w = 16 h + l with 0 <= l
-/// < 16, and floor((16 H + L) / 2^n) = (H + floor(L / 16)) >> (n - 4). L is at most 45 * 255 + 15.
-/// H leaves 16 bits only upwards, for blue from YCbCr or YUV (74 * 239 + 129 * 127 = 34069), and
-/// saturates far above what every field clamps to.
-template <const Matrix& m, int k, int bits = 8>
+/// Output k of an inverse matrix, reduced to `bits` bits. Each factor is split as w = 16 h + l with
+/// 0
+/// <= l < 16, and floor((16 H + L) / 2^n) = (H + floor(L / 16)) >> (n - 4). |L| is at most 8 * 239
+/// + 30 * 128 + 15. H leaves 16 bits only upwards, for blue from YCbCr (74 * 239 + 129 * 127 =
+/// 34069), and saturates far above what every field clamps to.
+template <const Matrix& m, int k, int bits>
 VWord component(PixelWords sample) {
   constexpr Vek32s offset = m.offset[k];
   constexpr const Vek32s(&f)[3] = m.factor[k];
@@ -101,7 +89,7 @@ VWord component(PixelWords sample) {
     const VWord low = hn::ShiftRight<4>(plusTimes<(f[0] & 15)>(restLow, p.c0));
     value = hn::ShiftRight<14 - bits>(hn::SaturatedAdd(high, low));
   }
-  return inRange<m, k>() ? value : clampTo<bits>(value);
+  return clampTo<bits>(value);
 }
 
 /// a0 * b0 + a1 * b1 of the two words in each 32-bit lane.
@@ -131,6 +119,19 @@ template <const Matrix& m>
 constexpr Vek32s offsetUnit =
     m.offset[0] % 512 == 0 && m.offset[1] % 512 == 0 && m.offset[2] % 512 == 0 ? 512 : 1;
 
+/// Whether output k of the matrix needs no clamping.
+template <const Matrix& m, int k>
+constexpr bool inRange() {
+  Vek32s low = m.offset[k], high = m.offset[k];
+  for (int i = 0; i < 3; ++i) {
+    const Vek32s at0 = m.factor[k][i] * -m.centre[i];
+    const Vek32s at255 = m.factor[k][i] * (255 - m.centre[i]);
+    low += at0 < at255 ? at0 : at255;
+    high += at0 < at255 ? at255 : at0;
+  }
+  return low >= 0 && high < 256 << 10;
+}
+
 template <const Matrix& m, int k>
 VWord component(const SideBySide& p) {
   const VWord firstTwo = twoWords(m.factor[k][0], m.factor[k][1]);
@@ -142,7 +143,7 @@ VWord component(const SideBySide& p) {
   return inRange<m, k>() ? value : clampTo<8>(value);
 }
 
-/// All outputs with 8 bits. Where each pixel has samples of its own and all factors are at work,
+/// All outputs with 8 bits. Where each pixel has samples of its own and most factors are at work,
 /// exact 32-bit sums take fewer instructions than split factors.
 template <const Matrix& m>
 PixelWords transform(PixelWords sample) {
@@ -257,13 +258,13 @@ void toPlanes444(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
 // Spaces to reduce chroma in.
 
 struct ReducedYcbcr {
-  static VWord luma(PixelWords rgb) { return component<RGB_YCbCr_Q10_C2, 0>(rgb); }
-  static VWord second(PixelWords rgb) { return component<RGB_YCbCr_Q10_C2, 1>(rgb); }
-  static VWord third(PixelWords rgb) { return component<RGB_YCbCr_Q10_C2, 2>(rgb); }
+  static VWord luma(PixelWords rgb) { return transform<RGB_YCbCr_Q10_C2>(rgb).c0; }
+  static VWord second(PixelWords rgb) { return transform<RGB_YCbCr_Q10_C2>(rgb).c1; }
+  static VWord third(PixelWords rgb) { return transform<RGB_YCbCr_Q10_C2>(rgb).c2; }
 };
 
 struct ReducedYuv {
-  static VWord luma(PixelWords rgb) { return component<RGB_YUV_Q10_C2, 0>(rgb); }
+  static VWord luma(PixelWords rgb) { return transform<RGB_YUV_Q10_C2>(rgb).c0; }
   static VWord second(PixelWords rgb) { return difference<uFactor>(hn::Sub(rgb.c2, luma(rgb))); }
   static VWord third(PixelWords rgb) { return difference<vFactor>(hn::Sub(rgb.c0, luma(rgb))); }
 
