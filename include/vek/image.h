@@ -16,6 +16,234 @@ extern "C" {
 
 /* ==== Colour: YCbCr and YUV ================================================================== */
 
+/* Spaces and the arithmetic that leads to and from them. All of it is exact integer arithmetic; >>
+ * is a shift toward minus infinity, sat8 clamps to 0..255.
+ *
+ * YCbCr is studio-range BT.601: Y 16..235, Cb and Cr 16..240 around 128.
+ *   Y  = ( 263 R + 516 G + 100 B +  16896) >> 10
+ *   Cb = (-152 R - 298 G + 450 B + 131584) >> 10
+ *   Cr = ( 450 R - 377 G -  73 B + 131584) >> 10     (the offsets hold one half: rounded)
+ * and back, rounded, in the function on interleaved 4:4:4 images only (vekiYCbCrToRGB_8u_C3R):
+ *   R = sat8((1192 Y + 1634 Cr - 227749) >> 10)
+ *   G = sat8((1192 Y - 401 Cb - 833 Cr + 139383) >> 10)
+ *   B = sat8((1192 Y + 2065 Cb - 282930) >> 10)
+ * and back, truncated, in every other function, with y = Y - 16, b = Cb - 128, r = Cr - 128:
+ *   R = sat8((1192 y + 1634 r) >> 10)
+ *   G = sat8((1192 y - 833 r - 401 b) >> 10)
+ *   B = sat8((1192 y + 2065 b) >> 10)
+ *
+ * YUV is full-range: Y 0..255, U = 128 + 0.492 (B - Y), V = 128 + 0.877 (R - Y), truncated.
+ *   Y = (306 R + 601 G + 117 B) >> 10
+ * With a chroma sample for each pixel (4:4:4):
+ *   U = 128 + ((-151 R - 296 G + 446 B) >> 10)       (grey gives U = 127: the row sums to -1)
+ *   V = sat8(128 + ((630 R - 527 G - 102 B) >> 10))
+ *   R = sat8((1024 Y + 1167 V - 148910) >> 10)
+ *   G = sat8((1024 Y - 403 U - 595 V + 128307) >> 10)
+ *   B = sat8((1024 Y + 2081 U - 265826) >> 10)       (rounded)
+ * With chroma that pixels share (4:2:2, 4:2:0), and for 16-bit pixels, with u = U - 128, v = V -
+ * 128: U = sat8(128 + ((504 (B - Y)) >> 10)) V = sat8(128 + ((898 (R - Y)) >> 10)) R = sat8(Y +
+ * ((1167 v) >> 10)) G = sat8(Y + ((-403 u - 595 v) >> 10)) B = sat8(Y + ((2081 u) >> 10))
+ * (truncated)
+ *
+ * Shared chroma. In 4:2:2 one chroma pair serves the pixels 2k and 2k + 1 of a row, in 4:2:0 the
+ * 2 x 2 block of rows 2j, 2j + 1 and columns 2k, 2k + 1: co-sited with none of them, used for each
+ * as it is. An odd last column or row has its chroma for itself. Toward 4:2:2 and 4:2:0 the chroma
+ * is computed, with the formulas above, from the average of the R, the G and the B of the pixels
+ * that share it, each rounded half up: (a + b + 1) >> 1 or (a + b + c + d + 2) >> 2, over the one
+ * or two pixels that exist at an odd edge. For YUV the Y in the differences is that of the averaged
+ * colour.
+ *
+ * Layouts. Interleaved RGB is R, G, B; interleaved YCbCr is Y, Cb, Cr; interleaved YUV is Y, U, V:
+ * three bytes a pixel. Interleaved 4:2:2 (C2) is four bytes for two pixels: Y0, Cb, Y1, Cr, or Y0,
+ * U, Y1, V (the resize-and-rotate functions of camera.h have another order). A row of odd width
+ * still ends in a full group, so rows hold 4 * ceil(width / 2) bytes; the place of the missing Y1
+ * is written as a repetition of Y0, and what it holds does not matter when it is read. Planes are
+ * given in the order Y, Cb, Cr or Y, U, V. Chroma planes have ceil(width / 2) samples a row in
+ * 4:2:2 and 4:2:0, and in 4:2:0 ceil(height / 2) rows.
+ *
+ * 16-bit pixels are little-endian words: RGB565 has R in bits 15..11, G in 10..5, B in 4..0; RGB555
+ * has bit 15 zero, R 14..10, G 9..5, B 4..0; RGB444 has bits 15..12 zero, R 11..8, G 7..4, B 3..0;
+ * the BGR formats exchange R and B. A field holds the top bits of its component's 8-bit value:
+ * low bits are dropped, never rounded, so that white is 0xFFFF, 0x7FFF and 0x0FFF.
+ *
+ * Common to all functions below: sources and destinations have any alignment (the destination of
+ * 16-bit pixels, too, may lie at an odd address or have an odd step), and must not overlap. Only
+ * the bytes of the region's rows are read and written. Apart from the argument checks, whose order
+ * differs from group to group, nothing fails: vekStsNoErr. */
+
+/** Planar 4:2:0 to 16-bit pixels. srcStep holds the steps of the three planes.
+ *
+ *  Checks, in this order: pSrc, one of its planes or srcStep null: vekStsNullPtrErr; a source step
+ *  below 1: vekStsStepErr; pDst null: vekStsNullPtrErr; dstStep below 1: vekStsStepErr; width or
+ *  height below 1: vekStsSizeErr. */
+VEK_API VekStatus vekiYCbCr420ToRGB565_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                   Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr420ToRGB555_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                   Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr420ToRGB444_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                   Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr420ToBGR565_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                   Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr420ToBGR555_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                   Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr420ToBGR444_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                   Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToRGB565_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                 Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToRGB555_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                 Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToRGB444_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                 Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToBGR565_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                 Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToBGR555_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                 Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToBGR444_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                 Vek16u* pDst, int dstStep, VekiSize roiSize);
+
+/** Planar 4:4:4 YCbCr to 16-bit pixels. srcStep is the step of all three planes.
+ *
+ *  Checks, in this order: pDst, pSrc or one of its planes null: vekStsNullPtrErr; srcStep or
+ * dstStep below 1: vekStsStepErr; width or height below 1: vekStsSizeErr. */
+VEK_API VekStatus vekiYCbCrToRGB565_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
+                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB555_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
+                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB444_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
+                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR565_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
+                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR555_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
+                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR444_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
+                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
+
+/** Interleaved 4:2:2 (C2C3) or 4:4:4 (C3) YCbCr to 16-bit pixels.
+ *
+ *  Checks, in this order: pDst or pSrc null: vekStsNullPtrErr; srcStep or dstStep below 1:
+ *  vekStsStepErr; width or height below 1: vekStsSizeErr. */
+VEK_API VekStatus vekiYCbCr422ToRGB565_8u16u_C2C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                                   int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr422ToRGB555_8u16u_C2C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                                   int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr422ToRGB444_8u16u_C2C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                                   int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr422ToBGR565_8u16u_C2C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                                   int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr422ToBGR555_8u16u_C2C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                                   int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr422ToBGR444_8u16u_C2C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                                   int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB565_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                              int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB555_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                              int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB444_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                              int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR565_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                              int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR555_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                              int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR444_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                              int dstStep, VekiSize roiSize);
+
+/** Interleaved RGB to interleaved YCbCr or YUV, 4:4:4 (C3) or 4:2:2 (C2), and back.
+ *
+ *  Checks, in this order: pDst or pSrc null: vekStsNullPtrErr; width or height below 1:
+ *  vekStsSizeErr; srcStep or dstStep below 1: vekStsStepErr. */
+VEK_API VekStatus vekiRGBToYCbCr_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                        VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                        VekiSize roiSize);
+VEK_API VekStatus vekiRGBToYCbCr422_8u_C3C2R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                             int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCr422ToRGB_8u_C2C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                             int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiRGBToYUV_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                      VekiSize roiSize);
+VEK_API VekStatus vekiYUVToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                      VekiSize roiSize);
+VEK_API VekStatus vekiRGBToYUV422_8u_C3C2R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                           VekiSize roiSize);
+VEK_API VekStatus vekiYUV422ToRGB_8u_C2C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                           VekiSize roiSize);
+
+/** Interleaved RGB to planar 4:2:0 or 4:2:2 YUV. dstStep holds the steps of the three planes.
+ *
+ *  Checks, in this order: width or height below 1: vekStsSizeErr; pSrc null: vekStsNullPtrErr;
+ *  srcStep below 1: vekStsStepErr; dstStep, pDst or one of its planes null: vekStsNullPtrErr; a
+ *  destination step below 1: vekStsStepErr. */
+VEK_API VekStatus vekiRGBToYUV420_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3],
+                                           const int dstStep[3], VekiSize roiSize);
+VEK_API VekStatus vekiRGBToYUV422_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3],
+                                           const int dstStep[3], VekiSize roiSize);
+
+/** Planar 4:2:0 or 4:2:2 YUV to interleaved RGB. srcStep holds the steps of the three planes.
+ *
+ *  Checks, in this order: width or height below 1: vekStsSizeErr; srcStep, pSrc, one of its planes
+ *  or pDst null: vekStsNullPtrErr; a source step or dstStep below 1: vekStsStepErr. */
+VEK_API VekStatus vekiYUV420ToRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                           Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV422ToRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                           Vek8u* pDst, int dstStep, VekiSize roiSize);
+
+/** Interleaved RGB to planar 4:4:4 YUV. dstStep is the step of all three planes.
+ *
+ *  Checks, in this order: pDst, one of its planes or pSrc null: vekStsNullPtrErr; width or height
+ *  below 1: vekStsSizeErr; srcStep or dstStep below 1: vekStsStepErr. */
+VEK_API VekStatus vekiRGBToYUV_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3],
+                                        int dstStep, VekiSize roiSize);
+
+/** Planar 4:4:4 YUV to interleaved RGB. srcStep is the step of all three planes.
+ *
+ *  Checks, in this order: width or height below 1: vekStsSizeErr; pSrc or one of its planes null:
+ *  vekStsNullPtrErr; srcStep below 1: vekStsStepErr; pDst null: vekStsNullPtrErr; dstStep below 1:
+ *  vekStsStepErr. */
+VEK_API VekStatus vekiYUVToRGB_8u_P3C3R(const Vek8u* const pSrc[3], int srcStep, Vek8u* pDst,
+                                        int dstStep, VekiSize roiSize);
+
+/** The planar 4:2:0 and 4:2:2 YUV conversions on images without padding: RGB rows are 3 * width
+ *  bytes apart, Y rows width bytes, U and V rows ceil(width / 2) bytes. The results are those of
+ *  the functions with steps.
+ *
+ *  Checks, in this order: a pointer or plane null: vekStsNullPtrErr; width or height below 1:
+ *  vekStsSizeErr. */
+VEK_API VekStatus vekiRGBToYUV420_8u_C3P3(const Vek8u* pSrc, Vek8u* const pDst[3],
+                                          VekiSize roiSize);
+VEK_API VekStatus vekiRGBToYUV422_8u_C3P3(const Vek8u* pSrc, Vek8u* const pDst[3],
+                                          VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToRGB_8u_P3C3(const Vek8u* const pSrc[3], Vek8u* pDst,
+                                          VekiSize roiSize);
+VEK_API VekStatus vekiYUV422ToRGB_8u_P3C3(const Vek8u* const pSrc[3], Vek8u* pDst,
+                                          VekiSize roiSize);
+
+/* Coefficients of the conversions above, with 10 fractional bits (Q10), and the same factors with
+ * 16 fractional bits, which no function reads. */
+
+/** Rows of Y, Cb, Cr over (R, G, B); then the three offsets 16.5 * 1024 and 128.5 * 1024. */
+VEK_API extern const Vek32s RGB_YCbCr_Q10[12];
+/** The same in 16 bits: Y row; Cb row; G and B terms of Cr (its R term is Cb's B term 28770);
+ *  16.5 * 65536; 128.5 * 65536; 0x01010000. */
+VEK_API extern const Vek32s RGB_YCbCr[11];
+/** Y gain 1.164; Cr to R 1.596; Cr to G -0.813; Cb to G -0.392; Cb to B 2.017. */
+VEK_API extern const Vek16s YCbCr_RGB_Q10[5];
+VEK_API extern const Vek32s YCbCr_RGB[5];
+/** R, G and B in Y: 0.299, 0.587, 0.114; B - Y in U: 0.492; R - Y in V: 0.877. */
+VEK_API extern const Vek16s RGB_YUV_Q10[5];
+VEK_API extern const Vek32s RGB_YUV[5];
+/** V to R 1.140; U to G -0.394; V to G -0.581; U to B 2.032. */
+VEK_API extern const Vek16s YUV_RGB_Q10[4];
+VEK_API extern const Vek32s YUV_RGB[4];
+
+/** Clamp tables: entry i of each is i clamped to 0..15 (SAT16_DK), 0..31 (SAT32_DK), 0..63
+ *  (SAT64_DK) and 0..255 (SAT_DK). The pointers lead to the entries of index 0. Indices may run
+ * from -24 to 47, -48 to 95, -96 to 191 and -376 to 751; the tables lie back to back in this order.
+ */
+VEK_API extern const Vek8u* const SAT16_DK;
+VEK_API extern const Vek8u* const SAT32_DK;
+VEK_API extern const Vek8u* const SAT64_DK;
+VEK_API extern const Vek8u* const SAT_DK;
+
 /* ==== Colour: gray, twist, XYZ, YCC, LUV, HLS, HSV =========================================== */
 
 /* All functions here convert 8-bit pixels; three-channel pixels are three bytes in the order of the
