@@ -94,6 +94,113 @@ VEK_API VekStatus vekiMulCScale_8u_C3R(const Vek8u* pSrc, int srcStep, const Vek
 
 /* ==== Logic, shifts, thresholds, set, copy =================================================== */
 
+/** Bitwise logic: srcA & srcB, srcA | srcB, srcA ^ srcB; src & value, src | value, src ^ value; and
+ *  ~src.
+ *
+ *  Returns vekStsNoErr, or, in this order: vekStsNullPtrErr if an image or (C3) value is null;
+ *  vekStsStepErr if a step is below 1; vekStsSizeErr if the width or the height is below 1. */
+VEK_API VekStatus vekiAnd_8u_C1R(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB, int srcBStep,
+                                 Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiAnd_8u_C3R(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB, int srcBStep,
+                                 Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiOr_8u_C1R(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB, int srcBStep,
+                                Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiOr_8u_C3R(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB, int srcBStep,
+                                Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiXor_8u_C1R(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB, int srcBStep,
+                                 Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiXor_8u_C3R(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB, int srcBStep,
+                                 Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiAndC_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u value, Vek8u* pDst,
+                                  int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiAndC_8u_C3R(const Vek8u* pSrc, int srcStep, const Vek8u value[3], Vek8u* pDst,
+                                  int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiOrC_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u value, Vek8u* pDst,
+                                 int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiOrC_8u_C3R(const Vek8u* pSrc, int srcStep, const Vek8u value[3], Vek8u* pDst,
+                                 int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiXorC_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u value, Vek8u* pDst,
+                                  int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiXorC_8u_C3R(const Vek8u* pSrc, int srcStep, const Vek8u value[3], Vek8u* pDst,
+                                  int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiNot_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                 VekiSize roiSize);
+VEK_API VekStatus vekiNot_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                 VekiSize roiSize);
+
+/** Logical shifts: src >> value, and src << value without the bits that leave the byte (no
+ *  saturation). An amount of 8 or more leaves 0. Checks as for the logic. */
+VEK_API VekStatus vekiRShiftC_8u_C1R(const Vek8u* pSrc, int srcStep, Vek32u value, Vek8u* pDst,
+                                     int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiRShiftC_8u_C3R(const Vek8u* pSrc, int srcStep, const Vek32u value[3],
+                                     Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiLShiftC_8u_C1R(const Vek8u* pSrc, int srcStep, Vek32u value, Vek8u* pDst,
+                                     int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiLShiftC_8u_C3R(const Vek8u* pSrc, int srcStep, const Vek32u value[3],
+                                     Vek8u* pDst, int dstStep, VekiSize roiSize);
+
+/** Thresholds: samples above (GT) or below (LT) a threshold are replaced by it, or (Val) by a
+ * value. Comparisons are strict: a sample equal to its threshold stays.
+ *
+ *  GT:          src > threshold ? threshold : src
+ *  LT:          src < threshold ? threshold : src
+ *  GTVal:       src > threshold ? value : src
+ *  LTVal:       src < threshold ? value : src
+ *  LTValGTVal:  src < thresholdLT ? valueLT : src > thresholdGT ? valueGT : src
+ *
+ *  Steps are not tested; they may be 0 or negative (rows upwards from the pointer), and rows are
+ *  processed in their order.
+ *
+ *  Returns vekStsNoErr, or, in this order: vekStsNullPtrErr if an image or (C3) a threshold or
+ *  value is null; vekStsSizeErr if the width or the height is below 1; for LTValGTVal
+ *  vekStsThresholdErr if thresholdGT is below thresholdLT (C3: in any channel). */
+VEK_API VekStatus vekiThreshold_GT_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, Vek8u threshold);
+VEK_API VekStatus vekiThreshold_GT_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, const Vek8u threshold[3]);
+VEK_API VekStatus vekiThreshold_LT_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, Vek8u threshold);
+VEK_API VekStatus vekiThreshold_LT_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, const Vek8u threshold[3]);
+VEK_API VekStatus vekiThreshold_GTVal_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                             int dstStep, VekiSize roiSize, Vek8u threshold,
+                                             Vek8u value);
+VEK_API VekStatus vekiThreshold_GTVal_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                             int dstStep, VekiSize roiSize,
+                                             const Vek8u threshold[3], const Vek8u value[3]);
+VEK_API VekStatus vekiThreshold_LTVal_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                             int dstStep, VekiSize roiSize, Vek8u threshold,
+                                             Vek8u value);
+VEK_API VekStatus vekiThreshold_LTVal_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                             int dstStep, VekiSize roiSize,
+                                             const Vek8u threshold[3], const Vek8u value[3]);
+VEK_API VekStatus vekiThreshold_LTValGTVal_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                                  int dstStep, VekiSize roiSize, Vek8u thresholdLT,
+                                                  Vek8u valueLT, Vek8u thresholdGT, Vek8u valueGT);
+VEK_API VekStatus vekiThreshold_LTValGTVal_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                                  int dstStep, VekiSize roiSize,
+                                                  const Vek8u thresholdLT[3],
+                                                  const Vek8u valueLT[3],
+                                                  const Vek8u thresholdGT[3],
+                                                  const Vek8u valueGT[3]);
+
+/** Fills the region with a value, or with a pixel of three values.
+ *
+ *  Returns vekStsNoErr, or, in this order: vekStsNullPtrErr if pDst is null; vekStsSizeErr if the
+ *  width or the height is below 1; vekStsStepErr if dstStep is below 1; (C3) vekStsNullPtrErr if
+ *  value is null. */
+VEK_API VekStatus vekiSet_8u_C1R(Vek8u value, Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiSet_8u_C3R(const Vek8u value[3], Vek8u* pDst, int dstStep, VekiSize roiSize);
+
+/** Copies the region.
+ *
+ *  Returns vekStsNoErr, or, in this order: vekStsNullPtrErr if an image is null; vekStsSizeErr if
+ *  the width or the height is below 1; vekStsStepErr if a step is below 1. */
+VEK_API VekStatus vekiCopy_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                  VekiSize roiSize);
+VEK_API VekStatus vekiCopy_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                  VekiSize roiSize);
+
 /* ==== Linear filters ========================================================================= */
 
 /* ==== Median, morphology, mirror, gamma ====================================================== */
