@@ -207,6 +207,92 @@ VEK_API VekStatus vekiCopy_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, i
 
 /* ==== Norms ================================================================================== */
 
+/* Common to the norms.
+ *
+ * A norm is taken of samples v: the largest (Inf), the sum of v (L1), or the square root of the sum
+ * of v * v (L2). pNorm receives one value (C1), or one for each channel in channel order (C3),
+ * multiplied by 2^-scaleFactor; every int is a valid scale factor. */
+
+/** Norms of an image: v = src.
+ *
+ *  Scaling of Inf and L1: scaleFactor >= 0 shifts the norm right and scaleFactor < 0 left, both
+ *  without rounding or saturation. The amount counts modulo 256; bits shifted out of the 32-bit
+ *  result are lost, a left shift by 32 or more gives 0, and a right shift by 32 or more leaves the
+ *  top bit of the norm (bit 31, never set in Inf). Sums of L1 count modulo 2^32.
+ *
+ *  Scaling of L2: the exact root * 2^-scaleFactor, rounded to nearest, halves up. A result above
+ *  2147483647 becomes that, with vekStsSqrtWrn.
+ *
+ *  Returns vekStsNoErr, or, in this order: vekStsNullPtrErr if pNorm or pSrc is null; vekStsSizeErr
+ *  if the width or the height is below 1; vekStsStepErr if srcStep is below 1. With the results
+ *  written: vekStsSqrtWrn (L2). */
+VEK_API VekStatus vekiNorm_Inf_8u_C1RSfs(const Vek8u* pSrc, int srcStep, VekiSize roiSize,
+                                         Vek32s* pNorm, int scaleFactor);
+VEK_API VekStatus vekiNorm_Inf_8u_C3RSfs(const Vek8u* pSrc, int srcStep, VekiSize roiSize,
+                                         Vek32s* pNorm, int scaleFactor);
+VEK_API VekStatus vekiNorm_L1_8u_C1RSfs(const Vek8u* pSrc, int srcStep, VekiSize roiSize,
+                                        Vek32s* pNorm, int scaleFactor);
+VEK_API VekStatus vekiNorm_L1_8u_C3RSfs(const Vek8u* pSrc, int srcStep, VekiSize roiSize,
+                                        Vek32s* pNorm, int scaleFactor);
+VEK_API VekStatus vekiNorm_L2_8u_C1RSfs(const Vek8u* pSrc, int srcStep, VekiSize roiSize,
+                                        Vek32s* pNorm, int scaleFactor);
+VEK_API VekStatus vekiNorm_L2_8u_C3RSfs(const Vek8u* pSrc, int srcStep, VekiSize roiSize,
+                                        Vek32s* pNorm, int scaleFactor);
+
+/** Norms of the difference of two images: v = |srcA - srcB|. Scaling and statuses as above; checked
+ *  are pSrcB, pSrcA and pNorm, then the size, then srcAStep and srcBStep. */
+VEK_API VekStatus vekiNormDiff_Inf_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                             int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                             int scaleFactor);
+VEK_API VekStatus vekiNormDiff_Inf_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                             int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                             int scaleFactor);
+VEK_API VekStatus vekiNormDiff_L1_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                            int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                            int scaleFactor);
+VEK_API VekStatus vekiNormDiff_L1_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                            int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                            int scaleFactor);
+VEK_API VekStatus vekiNormDiff_L2_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                            int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                            int scaleFactor);
+VEK_API VekStatus vekiNormDiff_L2_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                            int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                            int scaleFactor);
+
+/** Relative norms: d, the norm of srcA - srcB, divided by r, that of srcB.
+ *
+ *  r = 0 gives 2147483647 and, whatever the other channels give, vekStsDivByZero; else d = 0 gives
+ *  0. Else, with s for scaleFactor:
+ *  - Inf, s >= 0: (d * 256 / r + 128) >> (s + 8), the quotient truncated;
+ *  - Inf, s < 0: d / r * 2^-s, truncated to halves, then rounded half up; at most 2147483647;
+ *  - L1 (sums modulo 2^32): d / r * 2^-s, truncated to halves, then rounded half up; the low 32
+ *    bits of that. With s > 1 d is shifted right by s - 1 before it is divided. Where d * 2^(1 - s)
+ *    would have more than 63 bits, d is shifted left to 63 bits and r right by the rest;
+ *    2147483647 if nothing is left of r;
+ *  - L2: the exact root of the quotient of the sums * 2^-s, rounded to nearest, halves up. A result
+ *    above 2147483647 becomes that, with vekStsSqrtWrn.
+ *
+ *  Checks as for the norms of a difference. */
+VEK_API VekStatus vekiNormRel_Inf_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                            int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                            int scaleFactor);
+VEK_API VekStatus vekiNormRel_Inf_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                            int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                            int scaleFactor);
+VEK_API VekStatus vekiNormRel_L1_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                           int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                           int scaleFactor);
+VEK_API VekStatus vekiNormRel_L1_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                           int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                           int scaleFactor);
+VEK_API VekStatus vekiNormRel_L2_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                           int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                           int scaleFactor);
+VEK_API VekStatus vekiNormRel_L2_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
+                                           int srcBStep, VekiSize roiSize, Vek32s* pNorm,
+                                           int scaleFactor);
+
 #ifdef __cplusplus
 }
 #endif
