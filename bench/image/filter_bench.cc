@@ -45,8 +45,52 @@ void addBox(VekiSize mask) {
   addForm("vekiFilterBox_8u_C3R/", vekiFilterBox_8u_C3R, 3);
 }
 
+/// Kernels that fit sums of 16 bits (a binomial one) and of 32, with and without a power of two.
+struct Kernel {
+  const char* variant;
+  std::vector<Vek32s> entries;
+  int divisor;
+};
+
+const Kernel kernels3[] = {{"smooth", {1, 2, 1, 2, 4, 2, 1, 2, 1}, 16},
+                           {"sharp", {-90, -90, -90, -90, 1000, -90, -90, -90, -90}, 280}};
+const Kernel kernels5[] = {{"mean", std::vector<Vek32s>(25, 1), 25},
+                           {"wide", std::vector<Vek32s>(25, 100), 2500}};
+const Kernel lines[] = {
+    {"3", {1, 2, 1}, 4}, {"5", {1, 4, 6, 4, 1}, 16}, {"15", std::vector<Vek32s>(15, 70), 1050}};
+
+void addFilter2D(const Kernel& kernel, int side) {
+  const auto addForm = [&](const char* name, auto filter, int channels) {
+    addFilter(name + label({side, side}) + kernel.variant, channels, side,
+              [=](auto src, int srcStep, auto dst, int dstStep, VekiSize size) {
+                filter(src, srcStep, dst, dstStep, size, kernel.entries.data(), {side, side},
+                       centre({side, side}), kernel.divisor);
+              });
+  };
+  addForm("vekiFilter_8u_C1R/", vekiFilter_8u_C1R, 1);
+  addForm("vekiFilter_8u_C3R/", vekiFilter_8u_C3R, 3);
+}
+
+void addFilter1D(const Kernel& kernel) {
+  const auto addForm = [&](const char* name, auto filter, int channels) {
+    addFilter(std::string(name) + kernel.variant, channels, 15,
+              [=](auto src, int srcStep, auto dst, int dstStep, VekiSize size) {
+                const int count = static_cast<int>(kernel.entries.size());
+                filter(src, srcStep, dst, dstStep, size, kernel.entries.data(), count, count / 2,
+                       kernel.divisor);
+              });
+  };
+  addForm("vekiFilterRow_8u_C1R/", vekiFilterRow_8u_C1R, 1);
+  addForm("vekiFilterRow_8u_C3R/", vekiFilterRow_8u_C3R, 3);
+  addForm("vekiFilterColumn_8u_C1R/", vekiFilterColumn_8u_C1R, 1);
+  addForm("vekiFilterColumn_8u_C3R/", vekiFilterColumn_8u_C3R, 3);
+}
+
 [[maybe_unused]] const bool registered = [] {
   for (int side : {3, 15, 31}) addBox({side, side});
+  for (const Kernel& kernel : kernels3) addFilter2D(kernel, 3);
+  for (const Kernel& kernel : kernels5) addFilter2D(kernel, 5);
+  for (const Kernel& kernel : lines) addFilter1D(kernel);
   return true;
 }();
 

@@ -52,6 +52,49 @@ VEK_API VekStatus vekiFilterBox_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pD
 VEK_API VekStatus vekiFilterBox_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                        VekiSize roiSize, VekiSize maskSize, VekiPoint anchor);
 
+/* Convolutions.
+ *
+ * A sum is divided by `divisor` in fixed point. For a power of two 2^k that is (sum + 2^(k - 1)) >>
+ * k, for 1 the sum itself, for any other divisor (sum * m + 2^31) >> 32 with m = 2^32 / divisor
+ * rounded to nearest (exact halves down); then the result is saturated to 0..255. Sums and products
+ * do not overflow for any kernel.
+ *
+ * The kernel is only read, so it may lie in read-only memory and be shared by threads; each of its
+ * entries must lie in -32768..32767. About 3 KB of stack.
+ *
+ * All return vekStsNoErr or, in this order: vekStsNullPtrErr (an image or the kernel is null);
+ * vekStsStepErr (a step below 1); vekStsSizeErr (an empty region, or a kernel width, height or
+ * kernelSize below 2); vekStsAnchorErr (the anchor lies outside the kernel); vekStsDivisorErr (a
+ * divisor below 1); vekStsCoeffRangeErr (an entry outside its range; entries are read only after
+ * all other checks).
+ */
+
+/** Convolution with a kernel of kernelSize.width x kernelSize.height entries, row after row. The
+ *  sum is taken over K[j][i] * source(x + anchor.x - i, y + anchor.y - j): the neighbourhood's
+ *  first column is x + anchor.x - width + 1, its first row y + anchor.y - height + 1. */
+VEK_API VekStatus vekiFilter_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                    VekiSize roiSize, const Vek32s* pKernel, VekiSize kernelSize,
+                                    VekiPoint anchor, int divisor);
+VEK_API VekStatus vekiFilter_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                    VekiSize roiSize, const Vek32s* pKernel, VekiSize kernelSize,
+                                    VekiPoint anchor, int divisor);
+
+/** Convolution along rows: the sum over K[i] * source(x + anchor - i, y). */
+VEK_API VekStatus vekiFilterRow_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                       VekiSize roiSize, const Vek32s* pKernel, int kernelSize,
+                                       int anchor, int divisor);
+VEK_API VekStatus vekiFilterRow_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                       VekiSize roiSize, const Vek32s* pKernel, int kernelSize,
+                                       int anchor, int divisor);
+
+/** Convolution along columns: the sum over K[i] * source(x, y + anchor - i). */
+VEK_API VekStatus vekiFilterColumn_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, const Vek32s* pKernel, int kernelSize,
+                                          int anchor, int divisor);
+VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, const Vek32s* pKernel, int kernelSize,
+                                          int anchor, int divisor);
+
 /* ==== Median, morphology, mirror, gamma ====================================================== */
 
 /* ==== Norms ================================================================================== */
