@@ -86,11 +86,35 @@ void addFilter1D(const Kernel& kernel) {
   addForm("vekiFilterColumn_8u_C3R/", vekiFilterColumn_8u_C3R, 3);
 }
 
+/// Functions without parameters besides the images, and those with one number.
+template <class Filter, class... Parameter>
+void addPlain(const std::string& name, Filter filter, int channels, int border,
+              Parameter... parameter) {
+  addFilter(name, channels, border,
+            [=](auto src, int srcStep, auto dst, int dstStep, VekiSize size) {
+              filter(src, srcStep, dst, dstStep, size, parameter...);
+            });
+}
+
+void addMirror(const char* variant, int flip) {
+  addPlain(std::string("vekiMirror_8u_C1R/") + variant, vekiMirror_8u_C1R, 1, 0, flip);
+  addPlain(std::string("vekiMirror_8u_C3R/") + variant, vekiMirror_8u_C3R, 3, 0, flip);
+}
+
 [[maybe_unused]] const bool registered = [] {
   for (int side : {3, 15, 31}) addBox({side, side});
   for (const Kernel& kernel : kernels3) addFilter2D(kernel, 3);
   for (const Kernel& kernel : kernels5) addFilter2D(kernel, 5);
   for (const Kernel& kernel : lines) addFilter1D(kernel);
+  addPlain("vekiErode3x3_8u_C1R", vekiErode3x3_8u_C1R, 1, 1);
+  addPlain("vekiErode3x3_8u_C3R", vekiErode3x3_8u_C3R, 3, 1);
+  addPlain("vekiDilate3x3_8u_C1R", vekiDilate3x3_8u_C1R, 1, 1);
+  addPlain("vekiDilate3x3_8u_C3R", vekiDilate3x3_8u_C3R, 3, 1);
+  addMirror("rows", vekiMirrorHorizontalAxis);
+  addMirror("columns", vekiMirrorVerticalAxis);
+  addMirror("both", vekiMirrorBothAxes);
+  addPlain("vekiGammaFwd_8u_C3R", vekiGammaFwd_8u_C3R, 3, 0);
+  addPlain("vekiGammaInv_8u_C3R", vekiGammaInv_8u_C3R, 3, 0);
   return true;
 }();
 

@@ -97,6 +97,51 @@ VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u*
 
 /* ==== Median, morphology, mirror, gamma ====================================================== */
 
+/** Erosion and dilation: the least and the greatest sample of the 3 x 3 neighbourhood centred on
+ *  the destination pixel, in each channel. About 4 KB of stack.
+ *
+ *  Return vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsStepErr (a step below 1);
+ *  vekStsSizeErr (an empty region). */
+VEK_API VekStatus vekiErode3x3_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                      VekiSize roiSize);
+VEK_API VekStatus vekiErode3x3_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                      VekiSize roiSize);
+VEK_API VekStatus vekiDilate3x3_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                       VekiSize roiSize);
+VEK_API VekStatus vekiDilate3x3_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                       VekiSize roiSize);
+
+/** Axes, for the `flip` arguments. */
+enum {
+  vekiMirrorHorizontalAxis = 0, /**< rows in reverse order */
+  vekiMirrorVerticalAxis = 1,   /**< columns in reverse order */
+  vekiMirrorBothAxes = 2        /**< both: half a turn */
+};
+
+/** Copies the region mirrored about an axis. Three-channel pixels move whole. Reads the region
+ *  alone; not in place. Less than 1 KB of stack.
+ *
+ *  Return vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (a step, the width or the
+ *  height below 1: steps are answered like sizes here); vekStsMirrorFlipErr (`flip` is not one of
+ *  the three). */
+VEK_API VekStatus vekiMirror_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                    VekiSize roiSize, int flip);
+VEK_API VekStatus vekiMirror_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                    VekiSize roiSize, int flip);
+
+/** Video gamma by the transfer function of ITU-R BT.709, every byte through a table of 256.
+ *  Forward, from linear light L = i / 255: V = 4.5 L below 0.018, 1.099 L^0.45 - 0.099 from there
+ *  on. Inverse, from V = i / 255: L = V / 4.5 below 0.081, ((V + 0.099) / 1.099)^(1 / 0.45) from
+ *  there on. Results are multiplied by 255 and rounded to nearest (exact halves to even). Reads the
+ *  region alone; works in place. About 1 KB of stack.
+ *
+ *  Return vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (the width, the height or
+ *  a step below 1: steps are answered like sizes here). */
+VEK_API VekStatus vekiGammaFwd_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                      VekiSize roiSize);
+VEK_API VekStatus vekiGammaInv_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                      VekiSize roiSize);
+
 /* ==== Norms ================================================================================== */
 
 #ifdef __cplusplus

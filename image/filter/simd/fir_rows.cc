@@ -47,6 +47,21 @@ class Scaler {
   int shift_;
 };
 
+/// Sums of up to 2^15 - 1, before saturation to 255. With the rounding term of a shift of up to 15
+/// they still fit unsigned words.
+VWords scaleWords(VWords sums, const FirScale& scale, const Scaler& scaler) {
+  constexpr hn::RebindToUnsigned<decltype(words)> uwords;
+  if (scale.shift == 0) return sums;
+  if (scale.shift <= 15) {
+    const auto half = hn::Set(words, static_cast<Vek16s>(1 << (scale.shift - 1)));
+    const auto rounded = hn::Add(hn::Max(sums, hn::Zero(words)), half);
+    return hn::BitCast(words, hn::ShiftRightSame(hn::BitCast(uwords, rounded), scale.shift));
+  }
+  const VDwords low = scaler(hn::PromoteTo(dwords, hn::LowerHalf(halfWords, sums)));
+  const VDwords high = scaler(hn::PromoteTo(dwords, hn::UpperHalf(halfWords, sums)));
+  return hn::Combine(words, hn::DemoteTo(halfWords, high), hn::DemoteTo(halfWords, low));
+}
+
 /// sum |K| * 255 < 2^15: all arithmetic in words.
 void sums16(const Vek8u* src, const FirTaps& taps, const FirScale& scale, ptrdiff_t n, Vek8u* dst) {
   const ptrdiff_t lanes = static_cast<ptrdiff_t>(hn::Lanes(words));
@@ -66,13 +81,8 @@ void sums16(const Vek8u* src, const FirTaps& taps, const FirScale& scale, ptrdif
       }
     }
     for (int p = 0; p < parts; ++p) {
-      VWords result = sums[p];
-      if (scale.shift != 0) {
-        const auto low = scaler(hn::PromoteTo(dwords, hn::LowerHalf(halfWords, result)));
-        const auto high = scaler(hn::PromoteTo(dwords, hn::UpperHalf(halfWords, result)));
-        result = hn::Combine(words, hn::DemoteTo(halfWords, high), hn::DemoteTo(halfWords, low));
-      }
-      hn::StoreU(hn::DemoteTo(bytes, result), bytes, dst + x + p * lanes);
+      hn::StoreU(hn::DemoteTo(bytes, scaleWords(sums[p], scale, scaler)), bytes,
+                 dst + x + p * lanes);
     }
   });
 }
