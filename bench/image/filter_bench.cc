@@ -34,15 +34,13 @@ std::string label(VekiSize mask) {
   return std::to_string(mask.width) + "x" + std::to_string(mask.height);
 }
 
-void addBox(VekiSize mask) {
-  const auto addForm = [=](const char* name, auto filter, int channels) {
-    addFilter(name + label(mask), channels, mask.width,
-              [=](auto src, int srcStep, auto dst, int dstStep, VekiSize size) {
-                filter(src, srcStep, dst, dstStep, size, mask, centre(mask));
-              });
-  };
-  addForm("vekiFilterBox_8u_C1R/", vekiFilterBox_8u_C1R, 1);
-  addForm("vekiFilterBox_8u_C3R/", vekiFilterBox_8u_C3R, 3);
+/// Filters that take a mask and an anchor.
+template <class Filter>
+void addMasked(const std::string& name, Filter filter, int channels, VekiSize mask) {
+  addFilter(name + label(mask), channels, mask.width,
+            [=](auto src, int srcStep, auto dst, int dstStep, VekiSize size) {
+              filter(src, srcStep, dst, dstStep, size, mask, centre(mask));
+            });
 }
 
 /// Kernels that fit sums of 16 bits (a binomial one) and of 32, with and without a power of two.
@@ -102,7 +100,14 @@ void addMirror(const char* variant, int flip) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  for (int side : {3, 15, 31}) addBox({side, side});
+  for (int side : {3, 15, 31}) {
+    addMasked("vekiFilterBox_8u_C1R/", vekiFilterBox_8u_C1R, 1, {side, side});
+    addMasked("vekiFilterBox_8u_C3R/", vekiFilterBox_8u_C3R, 3, {side, side});
+  }
+  for (int side : {3, 5, 7, 9, 11, 13, 15, 31}) {
+    addMasked("vekiFilterMedian_8u_C1R/", vekiFilterMedian_8u_C1R, 1, {side, side});
+    addMasked("vekiFilterMedian_8u_C3R/", vekiFilterMedian_8u_C3R, 3, {side, side});
+  }
   for (const Kernel& kernel : kernels3) addFilter2D(kernel, 3);
   for (const Kernel& kernel : kernels5) addFilter2D(kernel, 5);
   for (const Kernel& kernel : lines) addFilter1D(kernel);

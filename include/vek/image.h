@@ -97,6 +97,22 @@ VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u*
 
 /* ==== Median, morphology, mirror, gamma ====================================================== */
 
+/** Median filter: in each channel, the middle one of the samples of the maskSize.width x
+ *  maskSize.height neighbourhood whose pixel at `anchor` lies on the destination pixel (see
+ *  vekiFilterBox). Both mask dimensions are odd; the height is at most 255, the width has no limit.
+ *
+ *  Square masks of 3 to 15 go through sorting networks (in regions of at least one vector's width);
+ *  others through histograms, with a time per pixel that does not depend on the mask up to a width
+ *  of 129 and grows with its height beyond. Uses about 58 KB of stack.
+ *
+ *  Return vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (an empty region);
+ *  vekStsStepErr (a step below 1); vekStsMaskSizeErr (a mask dimension below 1 or even, or a height
+ *  above 256); vekStsAnchorErr (the anchor lies outside the mask). */
+VEK_API VekStatus vekiFilterMedian_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, VekiSize maskSize, VekiPoint anchor);
+VEK_API VekStatus vekiFilterMedian_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, VekiSize maskSize, VekiPoint anchor);
+
 /** Erosion and dilation: the least and the greatest sample of the 3 x 3 neighbourhood centred on
  *  the destination pixel, in each channel. About 4 KB of stack.
  *
