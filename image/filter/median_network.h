@@ -3,7 +3,7 @@
 //
 // Each column of the mask is sorted once for all windows that contain it, and so are pairs (and
 // fours) of neighbouring columns. A window of 5 merges two pairs and takes the median of the result
-// and its fifth column; 7 is 4 + 2 + 1, 9 is 8 + 1, 15 is 8 + 4 + 2 + 1. Everything is unrolled:
+// and its fifth column; 7 is 4 + 2 + 1, 9 is 8 + 1, 13 is 8 + 4 + 1. Everything is unrolled:
 // the compiler drops the comparisons whose outcome no median can depend on.
 #pragma once
 
@@ -73,28 +73,30 @@ template <class Block, int rank, int n>
   return result;
 }
 
-/// Bytes of a row that are filtered at a time, and the room that their sorted columns take.
-constexpr ptrdiff_t networkStrip = 192;
-constexpr ptrdiff_t networkRow = networkStrip + 14 * 3 + 86;
+/// Bytes of a row that are filtered at a time, so that its sorted columns fit the first cache.
+constexpr ptrdiff_t networkStrip(int side) {
+  return side == 3 ? 2048 : side == 5 ? 1024 : side == 7 ? 512 : 192;
+}
 
-/// One sorted sequence per byte of a strip, rank by rank.
-template <int n>
+/// Sorted sequences of n values, one per byte of a strip, rank by rank. They reach beyond the strip
+/// by the mask (36 bytes at most), the last vector, and the distance of neighbours that are merged.
+template <int side, int n>
 struct SortedRows {
-  static constexpr int count = n;
-  alignas(64) Vek8u at[n][networkRow];
+  static constexpr ptrdiff_t room = networkStrip(side) + 128;
+  alignas(64) Vek8u at[n][room];
 };
 
-template <class Block, int n>
-[[gnu::always_inline]] inline void loadSorted(const SortedRows<n>& rows, ptrdiff_t x,
+template <class Block, int side, int n>
+[[gnu::always_inline]] inline void loadSorted(const SortedRows<side, n>& rows, ptrdiff_t x,
                                               typename Block::Value* v) {
   unrolled<n>([&](auto i) { v[i] = Block::load(rows.at[i] + x); });
 }
 
 /// merged(x) = the union of sorted(x) and sorted(x + distance). Garbage behind the strip's last
 /// sequence stays behind it.
-template <class Block, int n>
-[[gnu::noinline]] void mergeNeighbours(const SortedRows<n>& sorted, ptrdiff_t distance,
-                                       ptrdiff_t count, SortedRows<2 * n>& merged) {
+template <class Block, int side, int n>
+[[gnu::noinline]] void mergeNeighbours(const SortedRows<side, n>& sorted, ptrdiff_t distance,
+                                       ptrdiff_t count, SortedRows<side, 2 * n>& merged) {
   using Value = typename Block::Value;
   for (ptrdiff_t x = 0; x < count; x += Block::size) {
     Value a[n], b[n], out[2 * n];
@@ -107,7 +109,7 @@ template <class Block, int n>
 
 template <class Block, int side>
 void sortColumns(const Vek8u* corner, ptrdiff_t srcStep, ptrdiff_t count,
-                 SortedRows<side>& sorted) {
+                 SortedRows<side, side>& sorted) {
   Block::cover(count, [&](ptrdiff_t x) {
     typename Block::Value v[side];
     unrolled<side>([&](auto j) { v[j] = Block::load(corner + j * srcStep + x); });
@@ -125,7 +127,7 @@ typename Block::Value median3(typename Block::Value a, typename Block::Value b,
 /// The greatest minimum, the median middle and the least maximum of the three columns have the
 /// window's median as their own median.
 template <class Block>
-void medians3(const SortedRows<3>& sorted, ptrdiff_t pixelBytes, ptrdiff_t n, Vek8u* dst) {
+void medians3(const SortedRows<3, 3>& sorted, ptrdiff_t pixelBytes, ptrdiff_t n, Vek8u* dst) {
   Block::cover(n, [&](ptrdiff_t x) {
     const auto load = [&](int rank, ptrdiff_t column) {
       return Block::load(sorted.at[rank] + x + column * pixelBytes);
@@ -140,9 +142,9 @@ void medians3(const SortedRows<3>& sorted, ptrdiff_t pixelBytes, ptrdiff_t n, Ve
 /// The sorted union of the last `columns` columns of a window, merged from what is at hand for 4,
 /// 2 and 1 columns; x is where the first of them starts.
 template <class Block, int side, int columns, class Fours>
-[[gnu::always_inline]] inline void mergeRest(const SortedRows<side>& ones,
-                                             const SortedRows<2 * side>& twos, const Fours& fours,
-                                             ptrdiff_t x, ptrdiff_t pixelBytes,
+[[gnu::always_inline]] inline void mergeRest(const SortedRows<side, side>& ones,
+                                             const SortedRows<side, 2 * side>& twos,
+                                             const Fours& fours, ptrdiff_t x, ptrdiff_t pixelBytes,
                                              typename Block::Value* out) {
   constexpr int head = columns >= 4 ? 4 : columns >= 2 ? 2 : 1;
   constexpr int rest = columns - head;
@@ -165,9 +167,9 @@ template <class Block, int side, int columns, class Fours>
 
 /// Medians from two halves of `half` columns each and the columns that are left.
 template <class Block, int side, class Fours, int halfCount>
-void mediansOfHalves(const SortedRows<side>& ones, const SortedRows<2 * side>& twos,
-                     const Fours& fours, const SortedRows<halfCount>& halves, ptrdiff_t pixelBytes,
-                     ptrdiff_t n, Vek8u* dst) {
+void mediansOfHalves(const SortedRows<side, side>& ones, const SortedRows<side, 2 * side>& twos,
+                     const Fours& fours, const SortedRows<side, halfCount>& halves,
+                     ptrdiff_t pixelBytes, ptrdiff_t n, Vek8u* dst) {
   using Value = typename Block::Value;
   constexpr int half = halfCount / side;
   constexpr int rest = side - 2 * half;
@@ -184,33 +186,28 @@ void mediansOfHalves(const SortedRows<side>& ones, const SortedRows<2 * side>& t
 template <class Block, int side>
 void medianNetwork(const Vek8u* corner, ptrdiff_t srcStep, ptrdiff_t pixelBytes, Vek8u* dst,
                    ptrdiff_t n) {
-  SortedRows<side> ones;
-  const auto strip = [&](ptrdiff_t x, ptrdiff_t count) {
+  SortedRows<side, side> ones;
+  [[maybe_unused]] SortedRows<side, side == 3 ? 1 : 2 * side> twos;
+  [[maybe_unused]] SortedRows < side, side<8 ? 1 : 4 * side> fours;
+  ptrdiff_t x = 0;
+  while (x < n) {
+    // The last strip is never shorter than a block: it overlaps the one before.
+    if (n - x < Block::size) x = n - Block::size;
+    const ptrdiff_t count = n - x < networkStrip(side) ? n - x : networkStrip(side);
     const ptrdiff_t columns = count + (side - 1) * pixelBytes;
     sortColumns<Block>(corner + x, srcStep, columns, ones);
     if constexpr (side == 3) {
       medians3<Block>(ones, pixelBytes, count, dst + x);
     } else {
-      SortedRows<2 * side> twos;
       mergeNeighbours<Block>(ones, pixelBytes, columns - pixelBytes, twos);
       if constexpr (side < 8) {
         mediansOfHalves<Block>(ones, twos, 0, twos, pixelBytes, count, dst + x);
       } else {
-        SortedRows<4 * side> fours;
         mergeNeighbours<Block>(twos, 2 * pixelBytes, columns - 3 * pixelBytes, fours);
         mediansOfHalves<Block>(ones, twos, fours, fours, pixelBytes, count, dst + x);
       }
     }
-  };
-  // The last strip may overlap the one before: it is never shorter than a block.
-  for (ptrdiff_t x = 0; x < n; x += networkStrip) {
-    if (n - x >= networkStrip) {
-      strip(x, networkStrip);
-    } else if (n - x >= Block::size) {
-      strip(x, n - x);
-    } else {
-      strip(n - Block::size, Block::size);
-    }
+    x += count;
   }
 }
 

@@ -23,7 +23,7 @@ struct Sample {
 }  // namespace
 
 constexpr MedianRows medianRows = {
-    medianNetwork<Sample, 3>, medianNetwork<Sample, 5>, {}, Sample::size,
-    columnHistograms,         runningHistogram};
+    medianNetwork<Sample, 3>,     medianNetwork<Sample, 5>, {}, Sample::size,
+    columnHistograms<PlainCount>, runningHistogram};
 
 }  // namespace vek::portable

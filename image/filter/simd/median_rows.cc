@@ -26,16 +26,28 @@ struct Vector {
   }
 };
 
+struct VectorCount {
+  static int notAbove(const Totals<Vek16u>& totals, Vek16u rank) {
+    constexpr hn::CappedTag<Vek16u, 16> words;
+    constexpr size_t lanes = hn::MaxLanes(words);
+    size_t count = 0;
+    for (size_t i = 0; i < 16; i += lanes) {
+      const auto above = hn::Gt(hn::LoadU(words, totals.upTo + i), hn::Set(words, rank));
+      count += lanes - hn::CountTrue(words, above);
+    }
+    return static_cast<int>(count);
+  }
+};
+
 }  // namespace
 
-constexpr MedianRows medianRows = {
-    medianNetwork<Vector, 3>,
-    medianNetwork<Vector, 5>,
-    {medianNetwork<Vector, 7>, medianNetwork<Vector, 9>, medianNetwork<Vector, 11>,
-     medianNetwork<Vector, 13>, medianNetwork<Vector, 15>},
-    Vector::size,
-    columnHistograms,
-    runningHistogram};
+constexpr MedianRows medianRows = {medianNetwork<Vector, 3>,
+                                   medianNetwork<Vector, 5>,
+                                   {medianNetwork<Vector, 7>, medianNetwork<Vector, 9>,
+                                    medianNetwork<Vector, 11>, medianNetwork<Vector, 13>},
+                                   Vector::size,
+                                   columnHistograms<VectorCount>,
+                                   runningHistogram};
 
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
@@ -48,7 +60,7 @@ constexpr MedianRows medianRows = {portable::medianRows.MedianFilter3x3_8u,
                                    portable::medianRows.MedianFilter5x5_8u,
                                    {},
                                    1,
-                                   columnHistograms,
+                                   columnHistograms<PlainCount>,
                                    runningHistogram};
 
 }  // namespace vek::VEK_LEVEL

@@ -33,10 +33,11 @@ TEST(FilterMedian, SquareMasks) {
                     allPatterns[random.in(0, 5)]);
     }
     // Longer than one strip, ending in less than a vector.
-    for (int width : {193, 200, 230}) {
-      compareMedian({1, {width, 2}, {side, side}, {0, 0}, 400, 400}, random, Pattern::noise);
+    for (int width : {193, 230, 2080}) {
+      compareMedian({1, {width, 2}, {side, side}, {0, 0}, 2100, 2100}, random, Pattern::noise);
     }
-    compareMedian({3, {129, 2}, {side, side}, {side - 1, 0}, 500, 390}, random, Pattern::extremes);
+    compareMedian({3, {355, 2}, {side, side}, {side - 1, 0}, 1200, 1100}, random,
+                  Pattern::extremes);
   }
 }
 
