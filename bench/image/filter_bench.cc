@@ -111,6 +111,8 @@ void addMirror(const char* variant, int flip) {
   for (const Kernel& kernel : kernels3) addFilter2D(kernel, 3);
   for (const Kernel& kernel : kernels5) addFilter2D(kernel, 5);
   for (const Kernel& kernel : lines) addFilter1D(kernel);
+  addPlain("vekiFilterMedianColor_8u_C3R/3x3", vekiFilterMedianColor_8u_C3R, 3, 1, vekiMask3x3);
+  addPlain("vekiFilterMedianColor_8u_C3R/5x5", vekiFilterMedianColor_8u_C3R, 3, 2, vekiMask5x5);
   addPlain("vekiErode3x3_8u_C1R", vekiErode3x3_8u_C1R, 1, 1);
   addPlain("vekiErode3x3_8u_C3R", vekiErode3x3_8u_C3R, 3, 1);
   addPlain("vekiDilate3x3_8u_C1R", vekiDilate3x3_8u_C1R, 1, 1);

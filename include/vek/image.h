@@ -113,6 +113,19 @@ VEK_API VekStatus vekiFilterMedian_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u*
 VEK_API VekStatus vekiFilterMedian_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                           VekiSize roiSize, VekiSize maskSize, VekiPoint anchor);
 
+/** Masks, for vekiFilterMedianColor_8u_C3R. */
+enum { vekiMask3x3 = 33, vekiMask5x5 = 55 };
+
+/** Vector median: each destination pixel becomes the pixel of the 3 x 3 or 5 x 5 neighbourhood
+ *  centred on it whose sum of distances to all pixels of the neighbourhood is least. The distance
+ *  of two pixels is the sum of the absolute differences of their channels. Among equals the first
+ *  wins, counted row after row from the top left. Uses about 36 KB of stack.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (an empty region);
+ *  vekStsStepErr (a step below 1); vekStsMaskSizeErr (`mask` is not one of the two). */
+VEK_API VekStatus vekiFilterMedianColor_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                               int dstStep, VekiSize roiSize, int mask);
+
 /** Erosion and dilation: the least and the greatest sample of the 3 x 3 neighbourhood centred on
  *  the destination pixel, in each channel. About 4 KB of stack.
  *

@@ -88,5 +88,54 @@ TEST(FilterMedian, RefusesBadArguments) {
   EXPECT_EQ(vekiFilterMedian_8u_C1R(src, 0, nullptr, 0, {0, 0}, {2, 2}, {9, 9}), vekStsNullPtrErr);
 }
 
+/// The channel `c` of the winner, by the direct definition.
+template <class At>
+uint8_t colorMedian(At at, int side, int c) {
+  const auto distance = [&](int p, int q) {
+    int sum = 0;
+    for (int k = 0; k < 3; ++k) {
+      sum += std::abs(at(p % side, p / side, k) - at(q % side, q / side, k));
+    }
+    return sum;
+  };
+  int winner = 0, least = 1 << 30;
+  for (int p = 0; p < side * side; ++p) {
+    int score = 0;
+    for (int q = 0; q < side * side; ++q) score += distance(p, q);
+    if (score < least) winner = p, least = score;
+  }
+  return static_cast<uint8_t>(at(winner % side, winner / side, c));
+}
+
+/// Few distinct values give many ties.
+TEST(FilterMedianColor, EqualsTheDirectDefinition) {
+  Random random(baseSeed() + 2);
+  for (int round = 0; round < 80 && !HasFailure(); ++round) {
+    const int side = random.in(0, 1) * 2 + 3;
+    Neighbourhood a = randomNeighbourhood(random, 3, {side, side}, 130, 8);
+    a.anchor = {side / 2, side / 2};
+    compareWithNaive(
+        a, random, allPatterns[random.in(0, 5)],
+        [&](auto at, int c) { return colorMedian(at, side, c); },
+        [&](auto src, auto dst) {
+          return vekiFilterMedianColor_8u_C3R(src, a.srcStep, dst, a.dstStep, a.roi, side * 11);
+        });
+  }
+}
+
+TEST(FilterMedianColor, RefusesBadArguments) {
+  Vek8u src[400] = {}, dst[64] = {};
+  const Vek8u* in = src + 100;
+  const auto call = [&](const Vek8u* from, int srcStep, int dstStep, VekiSize roi, int mask) {
+    return vekiFilterMedianColor_8u_C3R(from, srcStep, dst, dstStep, roi, mask);
+  };
+  EXPECT_EQ(call(in, 24, 8, {2, 2}, 33), vekStsNoErr);
+  EXPECT_EQ(call(in, 24, 8, {2, 2}, 35), vekStsMaskSizeErr);
+  EXPECT_EQ(call(in, -24, 8, {2, 2}, 35), vekStsStepErr);
+  EXPECT_EQ(call(in, 24, 0, {2, 0}, 35), vekStsSizeErr);
+  EXPECT_EQ(call(nullptr, 24, 8, {0, 2}, 33), vekStsNullPtrErr);
+  EXPECT_EQ(vekiFilterMedianColor_8u_C3R(in, 24, nullptr, 8, {2, 2}, 33), vekStsNullPtrErr);
+}
+
 }  // namespace
 }  // namespace vek::test

@@ -1,0 +1,1 @@
+#include "image/filter/median_color_body.h"
