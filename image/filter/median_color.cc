@@ -15,10 +15,11 @@ extern "C" VekStatus vekiFilterMedianColor_8u_C3R(const Vek8u* pSrc, int srcStep
       mask == vekiMask3x3 ? rows.ColorMedianFilter3x3_8u : rows.ColorMedianFilter5x5_8u;
   const ptrdiff_t border = mask == vekiMask3x3 ? 1 : 2;
   const Vek8u* corner = pSrc - border * srcStep - border * 3;
-  for (ptrdiff_t x = 0; x < roiSize.width; x += vek::colorMedianStrip) {
+  const ptrdiff_t strip = vek::colorMedianColumns - 2 * border;
+  for (ptrdiff_t x = 0; x < roiSize.width; x += strip) {
     const ptrdiff_t rest = roiSize.width - x;
-    filter({corner + 3 * x, srcStep, pDst + 3 * x, dstStep,
-            rest < vek::colorMedianStrip ? rest : vek::colorMedianStrip, roiSize.height});
+    filter({corner + 3 * x, srcStep, pDst + 3 * x, dstStep, rest < strip ? rest : strip,
+            roiSize.height});
   }
   return vekStsNoErr;
 }

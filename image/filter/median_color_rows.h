@@ -15,12 +15,12 @@ struct ColorMedianRegion {
   ptrdiff_t srcStep;
   Vek8u* dst;
   ptrdiff_t dstStep;
-  ptrdiff_t columns;  ///< at most colorMedianStrip
+  ptrdiff_t columns;  ///< at most colorMedianColumns less the mask's border
   ptrdiff_t rows;
 };
 
-/// With a mask's border of up to four columns a strip fills 64 columns.
-inline constexpr ptrdiff_t colorMedianStrip = 60;
+/// Columns of the source that a strip reads.
+inline constexpr ptrdiff_t colorMedianColumns = 64;
 
 /// Each destination pixel is the pixel of its neighbourhood with the least sum of distances to all
 /// others; the first one, row after row, among equals. The distance is the sum of the absolute

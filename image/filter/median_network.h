@@ -10,19 +10,11 @@
 #include "vek/vek.h"
 
 #include <stddef.h>
-#include <utility>
+
+#include "image/filter/unrolled.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
-
-/// body(constant 0), body(constant 1) ... body(constant count - 1).
-template <int count, class Body>
-[[gnu::always_inline]] inline void unrolled(Body body) {
-  [&]<int... i>(std::integer_sequence<int, i...>) __attribute__((always_inline)) {
-    (body(std::integral_constant<int, i>()), ...);
-  }
-  (std::make_integer_sequence<int, count>());
-}
 
 /// Batcher's odd-even merge of the sorted a[0], a[step] ... (m values) and b (n values).
 template <class Block, int m, int n, int step = 1>
