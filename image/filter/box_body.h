@@ -68,26 +68,54 @@ void slideWindows(Sum* __restrict differences, Sum* __restrict first,
   }
 }
 
-/// Sums up a block of differences, then scales it: the second loop is the one that vectorises.
 template <class Sum>
-void averageWindows(const Sum* __restrict differences, const Sum* __restrict first,
-                    ptrdiff_t pixelBytes, ptrdiff_t n, Vek32u factor, Vek8u* __restrict dst) {
-  constexpr ptrdiff_t block = 384;  // a multiple of three
-  Sum window[3 + block];
-  for (ptrdiff_t c = 0; c < pixelBytes; ++c) window[c] = first[c];
-  for (ptrdiff_t x = 0; x < n; x += block) {
-    const ptrdiff_t count = n - x < block ? n - x : block;
-    const ptrdiff_t summed = n - x - pixelBytes < block ? n - x - pixelBytes : block;
-    for (ptrdiff_t i = 0; i < summed; ++i) {
-      window[i + pixelBytes] = window[i] + differences[x + i];
-    }
-    for (ptrdiff_t i = 0; i < count; ++i) dst[x + i] = boxMean(window[i], factor);
-    for (ptrdiff_t c = 0; c < pixelBytes; ++c) window[c] = window[block + c];
-  }
+[[maybe_unused]] void scaleSums(const Sum* __restrict sums, ptrdiff_t n, Vek32u factor,
+                                Vek8u* __restrict dst) {
+  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = boxMean(sums[i], factor);
 }
 
-template <class Sum>
-constexpr WideBoxRows<Sum> wideBoxRows = {slideWindows<Sum>, averageWindows<Sum>};
+/// Bytes whose sums are formed at a time: whole pixels.
+constexpr ptrdiff_t sumBlock = 768;
+
+/// sums[i] = the running sum of its channel; `next` carries them from call to call. Only the first
+/// 16 pixels are summed one after the other: each other one adds 16 differences to the sum 16
+/// pixels before, four and four, in loops without a chain that a vector could not take.
+template <int pixelBytes, class Sum>
+void sumDifferences(const Sum* __restrict differences, ptrdiff_t n, Sum* __restrict next,
+                    Sum* __restrict sums) {
+  constexpr ptrdiff_t four = 4 * pixelBytes, sixteen = 16 * pixelBytes;
+  const ptrdiff_t head = n < sixteen ? n : sixteen;
+  for (ptrdiff_t i = 0; i < head; ++i) {
+    sums[i] = i < pixelBytes ? next[i] : sums[i - pixelBytes] + differences[i - pixelBytes];
+  }
+  if (n > sixteen) {
+    Sum fours[sumBlock];
+    for (ptrdiff_t i = 0; i < n - four; ++i) {
+      fours[i] = differences[i] + differences[i + pixelBytes] + differences[i + 2 * pixelBytes] +
+                 differences[i + 3 * pixelBytes];
+    }
+    for (ptrdiff_t i = 0; i < n - sixteen; ++i) {
+      sums[i + sixteen] =
+          sums[i] + fours[i] + fours[i + four] + fours[i + 2 * four] + fours[i + 3 * four];
+    }
+  }
+  for (ptrdiff_t i = n - pixelBytes; i < n; ++i)
+    next[i - n + pixelBytes] = sums[i] + differences[i];
+}
+
+/// By blocks, so that scaling is a loop of its own, which vectors can take.
+template <class Sum, void (*scale)(const Sum*, ptrdiff_t, Vek32u, Vek8u*)>
+void averageWindows(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
+                    Vek32u factor, Vek8u* dst) {
+  const auto sumUp = pixelBytes == 1 ? sumDifferences<1, Sum> : sumDifferences<3, Sum>;
+  Sum next[3] = {first[0], first[1], first[2]};
+  Sum sums[sumBlock];
+  for (ptrdiff_t x = 0; x < n; x += sumBlock) {
+    const ptrdiff_t count = n - x < sumBlock ? n - x : sumBlock;
+    sumUp(differences + x, count, next, sums);
+    scale(sums, count, factor, dst + x);
+  }
+}
 
 }  // namespace
 }  // namespace vek::VEK_LEVEL

@@ -2,7 +2,10 @@
 
 namespace vek::portable {
 
-constexpr BoxRows boxRows = {slideColumns, averageColumns, wideBoxRows<Vek32u>,
-                             wideBoxRows<uint64_t>};
+constexpr BoxRows boxRows = {
+    slideColumns,
+    averageColumns,
+    {slideWindows<Vek32u>, averageWindows<Vek32u, scaleSums<Vek32u>>},
+    {slideWindows<uint64_t>, averageWindows<uint64_t, scaleSums<uint64_t>>}};
 
 }  // namespace vek::portable

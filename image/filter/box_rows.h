@@ -24,7 +24,7 @@ struct WideBoxRows {
   /// down: `entering` joins the `width` pixels wide windows and `leaving` (may be null) goes.
   void (*slide)(Sum* differences, Sum* first, const Vek8u* entering, const Vek8u* leaving,
                 ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n);
-  /// The n means of these windows.
+  /// The n means of these windows; the last pixel's differences are 0.
   void (*average)(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
                   Vek32u factor, Vek8u* dst);
 };

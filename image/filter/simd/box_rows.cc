@@ -12,6 +12,7 @@ namespace {
 constexpr hn::ScalableTag<Vek16u> words;
 constexpr hn::RebindToSigned<decltype(words)> swords;
 constexpr hn::Repartition<Vek32u, decltype(words)> dwords;
+constexpr hn::RebindToSigned<decltype(dwords)> sdwords;
 constexpr hn::Half<decltype(words)> halfWords;
 constexpr hn::Rebind<Vek8u, decltype(words)> bytes;
 using VWords = hn::Vec<decltype(words)>;
@@ -23,14 +24,16 @@ VWords smallMeans(VWords sums, Vek32u factor) {
   return hn::BitCast(words, hn::MulFixedPoint15(hn::BitCast(swords, sums), f));
 }
 
-VWords means(VWords sums, Vek32u factor) {
-  const auto f = hn::Set(dwords, factor);
-  const auto half = [&](auto part) {
-    const auto mean = mulHighRounded(dwords, hn::PromoteTo(dwords, part), f);
-    return hn::DemoteTo(halfWords, hn::BitCast(hn::RebindToSigned<decltype(dwords)>(), mean));
-  };
-  return hn::Combine(words, half(hn::UpperHalf(halfWords, sums)),
-                     half(hn::LowerHalf(halfWords, sums)));
+/// At most 256: packing saturates.
+hn::Vec<decltype(halfWords)> means(hn::Vec<decltype(dwords)> sums, Vek32u factor) {
+  const auto mean = mulHighRounded(dwords, sums, hn::Set(dwords, factor));
+  return hn::DemoteTo(halfWords, hn::BitCast(sdwords, mean));
+}
+
+VWords wordMeans(VWords sums, Vek32u factor) {
+  const auto low = hn::PromoteTo(dwords, hn::LowerHalf(halfWords, sums));
+  const auto high = hn::PromoteTo(dwords, hn::UpperHalf(halfWords, sums));
+  return hn::Combine(words, means(high, factor), means(low, factor));
 }
 
 template <VWords (*scale)(VWords, Vek32u)>
@@ -61,8 +64,18 @@ void average(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdi
   } else if (factor >= leastSmallFactor) {
     averageBlocks<smallMeans>(columns, width, pixelBytes, n, factor, dst);
   } else {
-    averageBlocks<means>(columns, width, pixelBytes, n, factor, dst);
+    averageBlocks<wordMeans>(columns, width, pixelBytes, n, factor, dst);
   }
+}
+
+void scaleSums32(const Vek32u* sums, ptrdiff_t n, Vek32u factor, Vek8u* dst) {
+  const ptrdiff_t lanes = static_cast<ptrdiff_t>(hn::Lanes(dwords));
+  if (n < 2 * lanes) return scaleSums<Vek32u>(sums, n, factor, dst);
+  coverRow(n, 2 * lanes, [&](ptrdiff_t x) {
+    const VWords mean = hn::Combine(words, means(hn::LoadU(dwords, sums + x + lanes), factor),
+                                    means(hn::LoadU(dwords, sums + x), factor));
+    hn::StoreU(hn::DemoteTo(bytes, hn::BitCast(swords, mean)), bytes, dst + x);
+  });
 }
 
 }  // namespace
@@ -74,13 +87,18 @@ HWY_AFTER_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 constexpr auto average = averageColumns;
-}
+constexpr auto scaleSums32 = scaleSums<Vek32u>;
+}  // namespace
 }  // namespace vek::VEK_LEVEL
 
 #endif
 
 namespace vek::VEK_LEVEL {
 
-constexpr BoxRows boxRows = {slideColumns, average, wideBoxRows<Vek32u>, wideBoxRows<uint64_t>};
+constexpr BoxRows boxRows = {
+    slideColumns,
+    average,
+    {slideWindows<Vek32u>, averageWindows<Vek32u, scaleSums32>},
+    {slideWindows<uint64_t>, averageWindows<uint64_t, scaleSums<uint64_t>>}};
 
 }  // namespace vek::VEK_LEVEL
