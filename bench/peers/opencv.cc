@@ -38,6 +38,10 @@ void addColour(const char* name, int code) {
   addColour("vekiHLSToRGB_8u_C3R", cv::COLOR_HLS2RGB_FULL);
   addColour("vekiRGBToLUV_8u_C3R", cv::COLOR_LRGB2Luv);
   addColour("vekiLUVToRGB_8u_C3R", cv::COLOR_Luv2LRGB);
+  addColour("vekiRGBToYCbCr_8u_C3R", cv::COLOR_RGB2YCrCb);
+  addColour("vekiYCbCrToRGB_8u_C3R", cv::COLOR_YCrCb2RGB);
+  addColour("vekiRGBToYUV_8u_C3R", cv::COLOR_RGB2YUV);
+  addColour("vekiYUVToRGB_8u_C3R", cv::COLOR_YUV2RGB);
   const auto transform = [](const cv::Mat& src, cv::Mat& dst) {
     const cv::Matx34f m(0.55f, 0.30f, 0.15f, 0, -0.2f, 1.16f, 0.02f, 5, 0, -0.1f, 1.1f, -1);
     cv::transform(src, dst, m);

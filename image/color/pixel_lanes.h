@@ -1,4 +1,4 @@
-// Driver for kernels that compute three-channel pixels in 32-bit lanes.
+// Drivers for kernels that compute three-channel pixels in 16-bit or 32-bit lanes.
 #pragma once
 
 #include "core/kernel/vector.h"
@@ -10,15 +10,53 @@ namespace vek::VEK_LEVEL {
 namespace {
 
 constexpr hn::ScalableTag<Vek8u> byteLanes;
+constexpr hn::ScalableTag<Vek16s> wordLanes;
 constexpr hn::ScalableTag<Vek32s> intLanes;
 constexpr hn::ScalableTag<float> floatLanes;
 using VBytes = hn::Vec<hn::ScalableTag<Vek8u>>;
+using VWord = hn::Vec<hn::ScalableTag<Vek16s>>;
 using VInt = hn::Vec<hn::ScalableTag<Vek32s>>;
 constexpr int pixelBlock = static_cast<int>(hn::MaxLanes(byteLanes));
+
+struct PixelWords {
+  VWord c0, c1, c2;
+};
 
 struct PixelLanes {
   VInt c0, c1, c2;
 };
+
+inline VWord wordConstant(Vek16s value) {
+  return hn::Set(wordLanes, value);
+}
+
+inline VWord evenBytes(VBytes v) {
+  return hn::And(hn::BitCast(wordLanes, v), wordConstant(0xFF));
+}
+
+inline VWord oddBytes(VBytes v) {
+  const hn::RebindToUnsigned<decltype(wordLanes)> unsignedLanes;
+  return hn::BitCast(wordLanes, hn::ShiftRight<8>(hn::BitCast(unsignedLanes, v)));
+}
+
+/// Bytes from results (0..255 each) for the even and the odd ones.
+inline VBytes joinBytes(VWord even, VWord odd) {
+  return hn::BitCast(byteLanes, hn::Or(even, hn::ShiftLeft<8>(odd)));
+}
+
+/// Runs fn(PixelWords) -> PixelWords on every pixel of a row.
+template <class Fn>
+void convertPixelWords(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
+  const auto body = [&fn](Vek8u* out, const Vek8u* in) {
+    VBytes a, b, c;
+    hn::LoadInterleaved3(byteLanes, in, a, b, c);
+    const PixelWords even = fn(PixelWords{evenBytes(a), evenBytes(b), evenBytes(c)});
+    const PixelWords odd = fn(PixelWords{oddBytes(a), oddBytes(b), oddBytes(c)});
+    hn::StoreInterleaved3(joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1),
+                          joinBytes(even.c2, odd.c2), byteLanes, out);
+  };
+  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+}
 
 inline VInt constant(Vek32s value) {
   return hn::Set(intLanes, value);

@@ -61,55 +61,64 @@ void lineRGBToHLS_8u_C3R(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
   });
 }
 
-constexpr int fullSquared = 255 * 255;
+constexpr hn::RebindToUnsigned<decltype(wordLanes)> unsignedWords;
 
-/// n / 255^2 rounded to nearest, for 0 <= n <= 255^3. With half added n stays below 2^24, so it is
-/// exact in float; the product is off by far less than one, which the rest then tells.
-inline VInt scaleDown(VInt n) {
-  const VInt rounded = hn::Add(n, constant(fullSquared / 2));
-  const VInt q = hn::ConvertTo(intLanes, hn::Mul(hn::ConvertTo(floatLanes, rounded),
-                                                 hn::Set(floatLanes, 1.0f / fullSquared)));
-  return mendQuotient(q, rounded, constant(fullSquared));
+/// (a b + 32768) >> 16: the high half of the product and the top bit of the low half.
+template <class V>
+V roundedHighProduct(V a, V b) {
+  const hn::DFromV<V> d;
+  const auto low = hn::BitCast(unsignedWords, hn::Mul(a, b));
+  return hn::Add(hn::MulHigh(a, b), hn::BitCast(d, hn::ShiftRight<15>(low)));
+}
+
+template <class V>
+V toSixteenBits(V parts) {
+  return hn::Add(parts, hn::ShiftRight<7>(parts));
 }
 
 /// (turned + shift) modulo one turn, both parts at most a turn.
-inline VInt wrap(VInt turned, int shift, int turn) {
-  const VInt k = hn::Add(turned, constant(shift));
-  const VInt less = hn::Sub(k, constant(turn));
-  return hn::IfThenElse(hn::Lt(less, constant(0)), k, less);
+inline VWord wrap(VWord turned, int shift, int turn) {
+  const VWord k = hn::Add(turned, wordConstant(static_cast<Vek16s>(shift)));
+  const VWord less = hn::Sub(k, wordConstant(static_cast<Vek16s>(turn)));
+  return hn::IfThenElse(hn::Lt(less, wordConstant(0)), k, less);
+}
+
+inline VWord clampBetween(Vek16s low, VWord v, Vek16s high) {
+  return hn::Max(wordConstant(low), hn::Min(v, wordConstant(high)));
 }
 
 template <int shift>
-VInt hsvChannel(VInt hue6, VInt saturation, VInt value) {
-  const VInt k = wrap(hue6, 255 * shift, 6 * 255);
-  const VInt slope = hn::Min(k, hn::Sub(constant(4 * 255), k));
-  const VInt weight = clampToByte(slope);
-  return scaleDown(hn::Mul(value, hn::Sub(constant(fullSquared), hn::Mul(saturation, weight))));
+VWord hsvChannel(VWord hue6, VWord saturation, VWord value) {
+  const VWord k = wrap(hue6, 255 * shift, 6 * 255);
+  const VWord weight = clampBetween(0, hn::Min(k, hn::Sub(wordConstant(4 * 255), k)), 255);
+  const auto lost = hn::BitCast(unsignedWords, hn::Mul(saturation, weight));
+  const auto share = hn::Sub(hn::Set(unsignedWords, 255 * 255), lost);
+  return hn::BitCast(wordLanes,
+                     roundedHighProduct(toSixteenBits(share), hn::BitCast(unsignedWords, value)));
 }
 
 void lineHSVToRGB_8u_C3R(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
-  convertPixels(src, dst, n, [](const PixelLanes& hsv) {
-    const VInt hue6 = wrap(times(hsv.c0, 6), 0, 6 * 255);
-    return PixelLanes{hsvChannel<5>(hue6, hsv.c1, hsv.c2), hsvChannel<3>(hue6, hsv.c1, hsv.c2),
+  convertPixelWords(src, dst, n, [](const PixelWords& hsv) {
+    const VWord hue6 = wrap(hn::Mul(hsv.c0, wordConstant(6)), 0, 6 * 255);
+    return PixelWords{hsvChannel<5>(hue6, hsv.c1, hsv.c2), hsvChannel<3>(hue6, hsv.c1, hsv.c2),
                       hsvChannel<1>(hue6, hsv.c1, hsv.c2)};
   });
 }
 
 template <int shift>
-VInt hlsChannel(VInt hue12, VInt light, VInt reach) {
-  const VInt k = wrap(hue12, 255 * shift, 12 * 255);
-  const VInt slope = hn::Min(hn::Sub(k, constant(3 * 255)), hn::Sub(constant(9 * 255), k));
-  const VInt weight = hn::Max(constant(-255), hn::Min(constant(255), slope));
-  return scaleDown(hn::Sub(light, hn::Mul(reach, weight)));
+VWord hlsChannel(VWord hue12, VWord light, VWord reach) {
+  const VWord k = wrap(hue12, 255 * shift, 12 * 255);
+  const VWord slope = hn::Min(hn::Sub(k, wordConstant(3 * 255)), hn::Sub(wordConstant(9 * 255), k));
+  return hn::Sub(light, roundedHighProduct(reach, clampBetween(-255, slope, 255)));
 }
 
 void lineHLSToRGB_8u_C3R(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
-  convertPixels(src, dst, n, [](const PixelLanes& hls) {
-    const VInt hue12 = wrap(times(hls.c0, 12), 0, 12 * 255);
-    const VInt reach = hn::Mul(hls.c2, hn::Min(hls.c1, hn::Sub(constant(255), hls.c1)));
-    const VInt light = times(hls.c1, fullSquared);
-    return PixelLanes{hlsChannel<0>(hue12, light, reach), hlsChannel<8>(hue12, light, reach),
-                      hlsChannel<4>(hue12, light, reach)};
+  convertPixelWords(src, dst, n, [](const PixelWords& hls) {
+    const VWord hue12 = wrap(hn::Mul(hls.c0, wordConstant(12)), 0, 12 * 255);
+    const VWord room = hn::Min(hls.c1, hn::Sub(wordConstant(255), hls.c1));
+    const VWord reach = toSixteenBits(hn::Mul(hls.c2, room));  // at most 32638
+    return PixelWords{hlsChannel<0>(hue12, hls.c1, reach), hlsChannel<8>(hue12, hls.c1, reach),
+                      hlsChannel<4>(hue12, hls.c1, reach)};
   });
 }
 

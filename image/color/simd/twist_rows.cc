@@ -10,9 +10,6 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-constexpr hn::ScalableTag<Vek16s> wordLanes;
-using VWord = hn::Vec<hn::ScalableTag<Vek16s>>;
-
 /// A pixel as two pairs of 16-bit words: (c0, c1) and (c2, 0).
 struct WordPairs {
   VWord c01, c2zero;
@@ -79,10 +76,9 @@ void grayQ14(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination& c) {
 /// The weights are split as 8 h + l: 306 = 8 * 38 + 2, 601 = 8 * 75 + 1, 117 = 8 * 14 + 5, and the
 /// sum is (H + ((L + 512) >> 3)) >> 7. Everything stays within 32704, so 16-bit lanes are exact.
 inline VWord lumaOf(VWord r, VWord g, VWord b) {
-  const auto times = [](VWord v, Vek16s factor) { return hn::Mul(v, hn::Set(wordLanes, factor)); };
+  const auto times = [](VWord v, Vek16s factor) { return hn::Mul(v, wordConstant(factor)); };
   const VWord high = hn::Add(hn::Add(times(r, 38), times(g, 75)), times(b, 14));
-  const VWord low =
-      hn::Add(hn::Add(hn::Add(r, r), g), hn::Add(times(b, 5), hn::Set(wordLanes, 512)));
+  const VWord low = hn::Add(hn::Add(hn::Add(r, r), g), hn::Add(times(b, 5), wordConstant(512)));
   return hn::ShiftRight<7>(hn::Add(high, hn::ShiftRight<3>(low)));
 }
 
@@ -90,16 +86,9 @@ void lumaRow(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
   const auto body = [](Vek8u* out, const Vek8u* in) {
     VBytes r, g, b;
     hn::LoadInterleaved3(byteLanes, in, r, g, b);
-    const auto even = [](VBytes v) {
-      return hn::And(hn::BitCast(wordLanes, v), hn::Set(wordLanes, 0xFF));
-    };
-    const auto odd = [](VBytes v) {
-      const hn::RebindToUnsigned<decltype(wordLanes)> unsignedLanes;
-      return hn::BitCast(wordLanes, hn::ShiftRight<8>(hn::BitCast(unsignedLanes, v)));
-    };
-    const VWord evens = lumaOf(even(r), even(g), even(b));
-    const VWord odds = lumaOf(odd(r), odd(g), odd(b));
-    hn::StoreU(hn::BitCast(byteLanes, hn::Or(evens, hn::ShiftLeft<8>(odds))), byteLanes, out);
+    const VWord even = lumaOf(evenBytes(r), evenBytes(g), evenBytes(b));
+    const VWord odd = lumaOf(oddBytes(r), oddBytes(g), oddBytes(b));
+    hn::StoreU(joinBytes(even, odd), byteLanes, out);
   };
   forEachBlock<pixelBlock>(n, body, Out<1>{dst}, In<3>{src});
 }
