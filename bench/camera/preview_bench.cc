@@ -25,7 +25,7 @@ using ResizePlanes = decltype(&vekiYCbCr420RszRot_8u_P3R);
 void addPlanar(const std::string& name, ResizePlanes resize, int chromaRows, int reduction,
                int interpolation, int rotation) {
   const double samples = 1 + 1.0 / chromaRows;
-  add(name, samples + samples / reduction / reduction, [=](VekiSize size) {
+  add(name, samples + samples / reduction / reduction, [=](VekiSize size) -> Call {
     const VekiSize scaled = {size.width / reduction, size.height / reduction};
     const VekiSize out = turned(scaled, rotation);
     const Planes src(size, size.height / chromaRows), dst(out, out.height / chromaRows);
@@ -56,7 +56,7 @@ using ResizeRgb = decltype(&vekiYCbCr420RszCscRotRGB_8u_P3C3R);
 /// before the turn.
 void addRgb(const std::string& name, ResizeRgb resize, int chromaRows, int format, int pixelBytes,
             int interpolation, int rotation) {
-  add(name, 1 + 1.0 / chromaRows + pixelBytes, [=](VekiSize size) {
+  add(name, 1 + 1.0 / chromaRows + pixelBytes, [=](VekiSize size) -> Call {
     const Planes src(size, size.height / chromaRows);
     const VekiSize out = turned(size, rotation);
     const VekiSize scaled = chromaRows == 1 ? out : size;
@@ -84,7 +84,7 @@ void addYcc422Rgb(const char* variant, int format, int interpolation, int rotati
 
 void addReduce(const char* variant, int factor, int interpolation, int rotation) {
   add("vekiResizeCscRotate_8u_C2R/" + std::string(variant), 2 + 2.0 / factor / factor,
-      [=](VekiSize size) {
+      [=](VekiSize size) -> Call {
         const VekiSize out = turned({size.width / factor, size.height / factor}, rotation);
         const Image src(2 * size.width, size.height), dst(2 * out.width, out.height);
         return [=] {

@@ -16,9 +16,342 @@ extern "C" {
 
 /* ==== Automatic exposure ===================================================================== */
 
+/* Meters the green samples of one 10-bit RGGB frame per call and moves two control values of the
+ * caller's towards a target brightness. The caller programs the sensor with them and hands them to
+ * the next call. vekiInitAlloc_AE_10RGGB_8u_C1R makes a state once, vekiAE_10RGGB_8u_C1R is called
+ * for every frame, vekiFree_AE_10RGGB_8u_C1R releases the state.
+ *
+ * Raw frames, here and in the white balance: 16-bit samples that hold 10-bit values; even rows are
+ * R G R G ..., odd rows G B G B .... A quad is the 2 x 2 samples whose first one is at an even row
+ * and an even column.
+ */
+
+/** Metering modes. */
+enum {
+  vekiAEHistogram = 0,    /**< a histogram of all green samples */
+  vekiAEWholeFrame = 1,   /**< the average of the whole region */
+  vekiAEFiveZones = 2,    /**< five fixed, overlapping zones with fixed weights */
+  vekiAECentre = 3,       /**< a centred window of about 10/64 of the width and of the height */
+  vekiAECallerWindows = 4 /**< weighted windows of the caller's */
+};
+
+/** What an exposure state is made from. The record is read once and not kept. */
+typedef struct VekiAEParams {
+  Vek32s mode; /**< one of the metering modes */
+
+  /* Mode 4 alone. The state keeps both pointers: the arrays must stay alive and unchanged until the
+   * state is released. */
+  const VekiRect* pWindows; /**< pixels from the region's origin; everything even, sizes above 0 */
+  const Vek16u* pWeights;   /**< one per window, not 0, in 1/65536: a sum of 65535 makes a mean */
+  Vek32s numWindows;        /**< at least 1 */
+
+  /* Mode 0 alone, but checked in every mode. */
+  Vek16u histCountThresh;  /**< a bin is populated from this count on */
+  Vek16u histSpreadThresh; /**< 0..1023: a dark frame's populated bins span less than this */
+  Vek16u darkThresh;       /**< 0..1023: a dark frame has no populated bin from this one on */
+  Vek16u brightThresh;     /**< 0..1023: a bright frame has none up to this one */
+
+  Vek16u target;    /**< 0..1023, target brightness; see the scale of each mode below */
+  Vek16u tolerance; /**< 0..1023 */
+
+  Vek16u scaleMultiplier; /**< not 0: factor of the scale-controlled value */
+  Vek16u stepSize;        /**< not 0: step of the step-controlled value */
+  Vek32s scaleMin;        /**< limits of the scale-controlled value, scaleMin < scaleMax */
+  Vek32s scaleMax;
+  Vek32s stepMin; /**< limits of the step-controlled value, stepMin < stepMax */
+  Vek32s stepMax;
+} VekiAEParams;
+
+/** State of the automatic exposure. Calls that share one must not run at the same time. */
+typedef struct VekiAEState VekiAEState;
+
+/** Makes an exposure state from *pParams and stores it in *ppState.
+ *
+ *  Returns vekStsNoErr; vekStsBadArgErr if, in this order: a pointer is null; mode is not 0..4; in
+ *  mode 4 pWindows is null, numWindows is below 1, or a window's x or y is negative or odd, its
+ *  width or height is below 1 or odd, or its weight is 0 (pWeights null: likewise);
+ *  histSpreadThresh, darkThresh, brightThresh, target or tolerance is above 1023; scaleMax is not
+ *  above scaleMin, or stepMax not above stepMin; scaleMultiplier or stepSize is 0. Then
+ *  vekStsMemAllocErr if vekiMalloc returned null. On an error nothing stays allocated and *ppState
+ *  is untouched. */
+VEK_API VekStatus vekiInitAlloc_AE_10RGGB_8u_C1R(const VekiAEParams* pParams,
+                                                 VekiAEState** ppState);
+
+/** Releases an exposure state; null is accepted. Returns vekStsNoErr. */
+VEK_API VekStatus vekiFree_AE_10RGGB_8u_C1R(VekiAEState* pState);
+
+/** Meters one frame and moves *pStepCtrl and *pScaleCtrl.
+ *
+ *  Two moves exist. Brighter: while *pScaleCtrl is below scaleMax it is multiplied by
+ *  scaleMultiplier; otherwise stepSize is added to *pStepCtrl, up to stepMax. Darker: while
+ *  *pScaleCtrl is above scaleMin it is divided by scaleMultiplier (truncated); otherwise stepSize
+ *  is subtracted from *pStepCtrl, down to stepMin. Control values are stored modulo 65536.
+ *  Multiplying and dividing do not clamp, and the product is kept modulo 65536, so *pScaleCtrl can
+ *  leave its limits. The next call refuses such a value: the caller clamps *pScaleCtrl between
+ *  frames.
+ *
+ *  Mode 0: bin 1023 (saturated samples) counts for nothing. hi and lo are the highest and the
+ *  lowest populated bin (0 and 1023 if there is none), mean is the truncated mean sample (0 if all
+ *  are saturated). With hi < darkThresh and hi - lo < histSpreadThresh the frame is moved brighter;
+ *  else with lo > brightThresh it is moved darker. Else *pScaleCtrl is set: if mean differs from
+ *  target by tolerance or more, to target * *pScaleCtrl / mean, otherwise to mean * *pScaleCtrl /
+ *  target (this inverse inside the band is intended), truncated, modulo 65536, then clamped to the
+ *  limits. A mean of 0 to divide by gives scaleMax for a black frame and scaleMin for a saturated
+ *  one; a target of 0 to divide by leaves the value.
+ *
+ *  Modes 1 to 4: a window measures the truncated mean over its quads of the SUM of both greens,
+ *  0..2046, and the brightness is the weighted sum of the windows' means, rounded half up. It is
+ *  compared as it is with target - tolerance and target + tolerance, both modulo 65536: below the
+ *  first the frame is moved brighter (always, if tolerance exceeds target), above the second
+ *  darker. A sum over a window is modulo 2^32. Only whole quads are summed; the divisor is the
+ *  window's width * height / 4, truncated, and a window for which that is 0 measures 0.
+ *
+ *  With W2, W4, W34 a half, a quarter and three quarters (half + quarter) of the width, each
+ *  truncated and rounded down to even, and H2, H4, H34 of the height, mode 2 meters x, y, width,
+ *  height (weight): 0, 0, W, H4 (17476); 0, H4, W4, H2 (8738); W34, H4, W2, H4 (8738); 0, H34, W,
+ *  H4 (17476); W4, H4, W2, H2 (13107). Mode 3 meters the window at 27/64 of the width and height,
+ *  10/64 of them large, truncated and rounded down to even.
+ *
+ *  Memory: mode 0 rounds the width up to a multiple of 4 and the height to a multiple of 2, and
+ *  counts the samples found there; mode 2's third zone runs past the region's right edge by about a
+ *  quarter of its width, into the padding and the beginning of the next row. All of this must be
+ *  readable. In mode 0 samples are reduced to their low 10 bits.
+ *
+ *  pSrc and srcStep are multiples of 4 bytes.
+ *
+ *  Returns vekStsAeAtLimit if afterwards a control value equals one of its limits, moved or not;
+ *  else vekStsNoErr; vekStsBadArgErr if, in this order: pSrc is null or misaligned; another pointer
+ *  is null; srcStep is misaligned or below 2 * width; width or height is below 1; *pStepCtrl or
+ *  *pScaleCtrl is outside its limits; in mode 4 a window leaves the region. */
+VEK_API VekStatus vekiAE_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize roiSize,
+                                       Vek16u* pStepCtrl, Vek16u* pScaleCtrl, VekiAEState* pState);
+
 /* ==== Automatic white balance ================================================================ */
 
+/* Measures the ratios of red and blue to green in weighted windows of one 10-bit RGGB frame per
+ * call, and moves three channel gains of the caller's towards reference ratios.
+ * vekiInitAlloc_AWB_10RGGB_8u_C1R makes a state once, vekiAWB_10RGGB_8u_C1R is called for every
+ * frame, vekiFree_AWB_10RGGB_8u_C1R releases the state.
+ *
+ * Ratios are in 1/1024: 1024 says that the channel's mean equals the green mean. Gains have the
+ * caller's unit: they are only scaled and limited.
+ */
+
+/** What a window measures. */
+enum {
+  vekiAWBGrayWorld = 0,  /**< all of its samples */
+  vekiAWBWhitePoints = 1 /**< its nearly neutral quads of moderate brightness */
+};
+
+/** What a white-balance state is made from. The record is read once and not kept. */
+typedef struct VekiAWBParams {
+  Vek32s method; /**< vekiAWBGrayWorld or vekiAWBWhitePoints */
+
+  /* The state keeps both pointers: the arrays must stay alive and unchanged until the state is
+   * released. */
+  Vek32s numWindows;        /**< at least 1 */
+  const VekiRect* pWindows; /**< x, width multiples of 4; y, height multiples of 8; below 2^23
+                                 pixels */
+  const Vek8u* pWeights;    /**< one per window, not 0 */
+
+  Vek16u refRatioR; /**< reference ratios, in 1/1024 */
+  Vek16u refRatioB;
+  Vek16u holdTolR; /**< with both ratios closer to the references than this, nothing changes */
+  Vek16u holdTolB;
+  Vek16u validTolR; /**< with a gain-corrected ratio this far off or farther, the default gains */
+  Vek16u validTolB; /**< become the target */
+
+  /* White points alone, but checked with both methods. With Gs = G1 + G2 and Ga = (Gs + 1) >> 1 a
+   * quad counts if |R - Ga| < wpdLimit1, |B - Ga| < wpdLimit2, |Gs - (R + B)| < wpdLimit3 and
+   * 4 * wpdLow < Gs + R + B < 4 * wpdHigh. */
+  Vek16u wpdLimit1;     /**< 1..1023 */
+  Vek16u wpdLimit2;     /**< 1..1023 */
+  Vek16u wpdLimit3;     /**< 1..2047 */
+  Vek16u wpdLow;        /**< at least 1 */
+  Vek16u wpdHigh;       /**< above wpdLow, at most 1023 */
+  Vek32s minWhiteCount; /**< a window with fewer samples in such quads is not used */
+
+  Vek16u maxGainStep; /**< at least 1: the most that a call changes a gain by */
+  Vek16u gainMin;     /**< limits of the gains */
+  Vek16u gainMax;
+  Vek16u defaultGainR; /**< each within gainMin..gainMax */
+  Vek16u defaultGainG;
+  Vek16u defaultGainB;
+} VekiAWBParams;
+
+/** State of the automatic white balance; no call changes it. */
+typedef struct VekiAWBState VekiAWBState;
+
+/** Makes a white-balance state from *pParams and stores it in *ppState.
+ *
+ *  Returns vekStsNoErr; vekStsBadArgErr if, in this order: a pointer is null; method is not 0 or 1;
+ *  numWindows is below 1; pWindows is null; a window's x is negative or no multiple of 4, its y
+ *  negative or no multiple of 8, its width below 1 or no multiple of 4, its height below 1 or no
+ *  multiple of 8, it has 2^23 pixels or more, or its weight is 0 (pWeights null: likewise); a
+ *  white-point limit or maxGainStep is out of its range; a default gain is below gainMin or above
+ *  gainMax. Then vekStsMemAllocErr if vekiMalloc returned null. On an error *ppState is untouched.
+ */
+VEK_API VekStatus vekiInitAlloc_AWB_10RGGB_8u_C1R(const VekiAWBParams* pParams,
+                                                  VekiAWBState** ppState);
+
+/** Releases a white-balance state. Returns vekStsNoErr, or vekStsBadArgErr for null. */
+VEK_API VekStatus vekiFree_AWB_10RGGB_8u_C1R(VekiAWBState* pState);
+
+/** Measures one frame and moves *pGainR, *pGainG and *pGainB.
+ *
+ *  1. A window's ratios are 1024 * 2 R / G and 1024 * 2 B / G of its sums (G holds both greens),
+ *     truncated, computed with the sums scaled by a power of two so that everything stays within 32
+ *     bits. A window without green, or with too few white points, is not used. The frame's ratios
+ *     are the weighted means, truncated; sums and products are modulo 2^32.
+ *  2. If |ratioR - refRatioR| < holdTolR and |ratioB - refRatioB| < holdTolB, the gains stay.
+ *  3. The measurement is valid if ratioR * gainG / gainR and ratioB * gainG / gainB are closer to
+ *     the references than validTolR and validTolB (a gain of 0 makes the quotient 0). The targets
+ *     are then refRatioR * gainR / ratioR, gainG, and refRatioB * gainB / ratioB, truncated and
+ *     modulo 65536 (the gain itself where the ratio is 0); otherwise the default gains.
+ *  4. Each gain moves towards its target by at most maxGainStep and is then limited to
+ *     gainMin..gainMax.
+ *
+ *  pSrc and srcStep are multiples of 8 bytes. Samples outside the windows are not read.
+ *
+ *  Returns vekStsAwbNoData if no window could be used (the gains stay); vekStsAwbGainAtLimit if a
+ *  gain was moved or left at gainMin or gainMax in step 4; else vekStsNoErr. vekStsBadArgErr if, in
+ *  this order: pSrc is null or misaligned; a gain pointer is null; srcStep is below 2 * width or
+ *  misaligned; width or height is below 1; pState is null; a gain is below gainMin or above
+ *  gainMax; a window leaves the region. */
+VEK_API VekStatus vekiAWB_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize roiSize,
+                                        Vek16u* pGainR, Vek16u* pGainG, Vek16u* pGainB,
+                                        const VekiAWBState* pState);
+
 /* ==== Raw Bayer pipeline ===================================================================== */
+
+/* One raw frame to three 8-bit planes Y, Cb, Cr in one pass: dead pixels, gamma, demosaicing,
+ * colour correction, conversion, quarter turns, reduction by 2 or 4. What does not change from
+ * frame to frame is prepared once in a state; a state is only read by the frame function, so any
+ * number of threads may use one state on distinct frames.
+ *
+ * Raw samples: 10-bit values in 16-bit words, rows R Gr R Gr ... and Gb B Gb B ...; the region's
+ * top-left sample is red. Only the low 10 bits of a sample are looked at. A quad is the 2 x 2 group
+ * R, Gr, Gb, B at an even row and an even column of the region.
+ *
+ * With g(s) the gamma table's entry for sample s, each pixel gets its R, G, B in 0..255 from mapped
+ * samples g(s), by one of three rules:
+ *
+ * - Interior rule: a component that the site itself has is taken as it is; each other one is the
+ *   average of its nearest samples, the two beside or above and below the site, (a + b + 1) >> 1,
+ * or the four around it, (a + b + c + d + 2) >> 2. A quad needs one sample around it on every side.
+ * - Edge rule: all four pixels of a quad get R = g(R), G = (g(Gr) + g(Gb) + 1) >> 1, B = g(B).
+ *   Without a valid border it serves the quads along the four edges of the region.
+ * - Reduction: a pixel of the output gets the R, G, B that the edge rule has for one quad of its
+ *   block: the block itself at scale 2, the four samples in the centre of the 4 x 4 block at scale
+ * 4 (there B is the upper left sample and R the lower right one).
+ *
+ * With C the nine Q8 coefficients of the state, every sum in 32 bits and shifted arithmetically:
+ * Y = (C00 R + C01 G + C02 B) >> 8 (no rounding term), Cb = (C10 R + C11 G + C12 B + 32768) >> 8,
+ * Cr likewise with row 2, each clamped to 0..255. Chroma is converted from the average R, G, B of
+ * the pixels that share it, component by component: two neighbours in a destination row, (a + b +
+ * 1) >> 1, in 4:2:2; the destination's 2 x 2 block, (a + b + c + d + 2) >> 2, in 4:2:0. */
+
+/** A defective sample of the sensor. */
+typedef struct VekiDeadPixel {
+  Vek32s row;
+  Vek32s column;
+} VekiDeadPixel;
+
+/** Colour part of the pipeline's parameters. */
+typedef struct VekiRggbColorParam {
+  Vek32u gammaMode;     /**< 0: built-in curve gammaCurve[0]; 1: the caller's table gammaTable[0] */
+  Vek32u gammaCurve[3]; /**< mode 0: 0 linear, 1 the standard curve; [1] and [2] are not read */
+  const Vek8u* gammaTable[3];      /**< mode 1: 1024 entries; [1] and [2] are not read */
+  const VekiDeadPixel* deadPixels; /**< in sensor coordinates; null: none */
+  Vek32s numDeadPixels;            /**< entries of deadPixels */
+  Vek32s rowOffset;                /**< sensor row of the region's first row, at least 0 */
+  Vek32s colOffset;                /**< sensor column of the region's first column, at least 0 */
+  Vek32u reserved;                 /**< must be 0 */
+  const Vek16s* colorMatrix; /**< nine Q8 coefficients (256 is 1), row-major: rows the corrected
+                                  R, G, B, columns the camera's */
+} VekiRggbColorParam;
+
+/** Geometry of the pipeline. Sizes are in samples (source) and luma pixels (destination, after the
+ *  rotation), steps in bytes. */
+typedef struct VekiRggbGeometry {
+  Vek32s srcStep;   /**< even; of any sign and size otherwise */
+  Vek32s srcWidth;  /**< even */
+  Vek32s srcHeight; /**< even */
+  Vek32s dstStep[3];
+  Vek32s dstWidth;     /**< of the region as it is seen after the rotation: all of it, half of */
+  Vek32s dstHeight;    /**< it or a quarter of it, the same in both directions (scale 1, 2, 4) */
+  Vek32s filterMode;   /**< 2 at scale 1, 3 at scales 2 and 4; nothing else depends on it */
+  Vek32s rotation;     /**< vekiRotNone, vekiRot90Ccw, vekiRot90Cw or vekiRot180 (0..3) */
+  Vek32s chromaFormat; /**< 8: 4:2:2, chroma of half the width; 9: 4:2:0, half the height as well */
+  Vek32s srcBorderValid; /**< scale 1. 0: the region is all there is, the edge rule serves its
+                            edges; otherwise one more sample is valid on every side of the region,
+                            and the interior rule serves everything */
+} VekiRggbGeometry;
+
+/** What InitAlloc prepares; its contents are the library's own. */
+typedef struct VekiRggbToYCbCrState VekiRggbToYCbCrState;
+
+/** Checks the parameters and prepares a state from them.
+ *
+ *  Coefficients: C = K * colorMatrix in Q8, each entry (sum + 128) >> 8, wrapped to 16 bits, with
+ *
+ *           R    G    B
+ *      Y   77  143   29
+ *      Cb -30  -85  128
+ *      Cr 128 -107  -21
+ *
+ *  (not the textbook's: the rows sum to 249, 13 and 0).
+ *
+ *  Built-in gamma curves: straight lines between 33 control points with inputs and outputs of
+ *  0..1024. With q the truncated 1024 * (y1 - y0) * (i - x0) / (x1 - x0) of a segment, entry i is
+ *  min(255, (1024 * y0 + q + 512) >> 12), which rounds up the last eighth of a step only: the
+ * linear curve maps 0..3 to 0, 4..7 to 1, ..., 1020..1023 to 255.
+ *
+ *  Dead pixels: with both offsets 0 the state uses the caller's array where it lies, whatever it
+ *  holds. Otherwise entries above or left of the region are dropped and the others are copied in
+ *  their order, with the offsets subtracted; entries beyond its right or bottom edge stay.
+ *
+ *  The caller's gamma table (mode 1) and a dead-pixel array used in place must live as long as the
+ *  state; everything else is copied. All memory comes from vekiMalloc. Two pieces are never
+ *  returned: the block for the state when an argument is refused, since it is taken before the
+ *  checks, and the copy of a dead-pixel list.
+ *
+ *  Returns vekStsNoErr with *ppState set. Otherwise *ppState is untouched and the result is
+ *  vekStsBadArgErr if, in this order: pParam or pGeom is null; gammaMode is above 1; gammaCurve[0]
+ *  is above 1 (mode 0); gammaTable[0] is null (mode 1); reserved is not 0; an offset is negative;
+ *  colorMatrix is null; srcStep, srcWidth or srcHeight is odd; dstWidth or dstHeight is below 1;
+ *  rotation is not 0..3; chromaFormat is not 8 or 9; the destination is neither the whole, half nor
+ *  a quarter of the turned region; dstStep[0] is below dstWidth, dstStep[1] or dstStep[2] below
+ *  dstWidth / 2; dstStep[0] is not a multiple of 8 (at scales 2 and 4: of 4), dstStep[1] or
+ *  dstStep[2] not a multiple of 4 (of 2); at scales 2 and 4 dstWidth is not a multiple of 4 or
+ *  dstHeight is odd; filterMode does not belong to the scale; a list to be copied has no entries,
+ * or its first entry inside the region is the region's top-left sample; ppState is null. It is
+ *  vekStsMemAllocErr, and all memory of this call is returned, if the arguments are fine and
+ *  vekiMalloc has given null. */
+VEK_API VekStatus vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(const VekiRggbColorParam* pParam,
+                                                         const VekiRggbGeometry* pGeom,
+                                                         VekiRggbToYCbCrState** ppState);
+
+/** Releases a state and the tables that it owns. Always returns vekStsNoErr; null is accepted. */
+VEK_API VekStatus vekiFree_10RGGBtoYCbCr_RotRsz_P3R(VekiRggbToYCbCrState* pState);
+
+/** Converts one frame.
+ *
+ *  pSrc is the region's top-left sample. First each listed dead pixel is replaced in the frame
+ *  itself, in list order: by the sample two columns to its left if its column is above 1, else by
+ *  the one two rows above if its row is above 1; in the top-left quad it stays. Row r, column c is
+ *  the sample r * (srcStep / 2) + c, without regard to the region's size: entries outside the
+ * region reach the memory that this gives. Then the region is converted as described above. Apart
+ * from listed pixels it is only read, with one sample around it if that is valid (scale 1).
+ *
+ *  Alignment: pSrc 2 bytes. Scale 1: pDst[0] 8 bytes, pDst[1] and pDst[2] 4; without a valid border
+ *  the same holds for pDst[0] + 2, pDst[1] + 1 and pDst[2] + 1 instead, where the interior starts.
+ *  Scales 2 and 4: pDst[0] 4 bytes, pDst[1] and pDst[2] 2.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr, with the frame unchanged, if, in this order: pState is
+ *  null; pSrc is null; pDst or a plane is null; a plane is misaligned. */
+VEK_API VekStatus veki10RGGBtoYCbCr_RotRsz_8u_P3R(Vek16u* pSrc, Vek8u* const pDst[3],
+                                                  const VekiRggbToYCbCrState* pState);
 
 /* ==== Preview: resize, rotate, convert ======================================================= */
 

@@ -1,0 +1,25 @@
+// The plain walk over the 2 x 2 quads of a window, compiled for every level.
+#pragma once
+
+#include "vek/vek.h"
+
+#include <stddef.h>
+
+namespace vek::VEK_LEVEL {
+namespace {
+
+/// Calls quad(red, top green, bottom green, blue) for every whole quad of a w x h window.
+template <class Quad>
+void forEachQuad(const Vek16u* pWin, int srcStep, int w, int h, Quad quad) {
+  const ptrdiff_t rowSamples = srcStep / 2;
+  for (ptrdiff_t y = 0; y + 1 < h; y += 2) {
+    const Vek16u* top = pWin + y * rowSamples;
+    const Vek16u* bottom = top + rowSamples;
+    for (ptrdiff_t x = 0; x + 1 < w; x += 2) {
+      quad(Vek32u{top[x]}, Vek32u{top[x + 1]}, Vek32u{bottom[x]}, Vek32u{bottom[x + 1]});
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vek::VEK_LEVEL

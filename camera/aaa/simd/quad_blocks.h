@@ -1,0 +1,34 @@
+// The walk over a window's quads in blocks of a vector or two.
+#pragma once
+
+#include "core/kernel/vector.h"
+
+#if VEK_HAVE_HIGHWAY
+
+namespace vek::VEK_LEVEL {
+namespace {
+
+/// Calls body(top, bottom) for every `quads` quads of a w x h window, with the addresses of their
+/// samples in both rows. The last, shorter block of a row pair comes as copies that end in zeros,
+/// so a body must not count a quad of zeros.
+template <int quads, class Body>
+void forEachQuadBlock(const Vek16u* pWin, int srcStep, int w, int h, Body body) {
+  constexpr ptrdiff_t halfQuad = 2 * sizeof(Vek16u);
+  constexpr ptrdiff_t block = quads * halfQuad;
+  const ptrdiff_t rowBytes = w / 2 * halfQuad;
+  const Vek8u* top = reinterpret_cast<const Vek8u*>(pWin);
+  for (int pairs = h / 2; pairs > 0; --pairs, top += 2 * ptrdiff_t{srcStep}) {
+    const Vek8u* bottom = top + srcStep;
+    ptrdiff_t x = 0;
+    for (; x + block <= rowBytes; x += block) body(top + x, bottom + x);
+    if (x < rowBytes) {
+      body(PaddedBlock<block>(top + x, rowBytes - x).data,
+           PaddedBlock<block>(bottom + x, rowBytes - x).data);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vek::VEK_LEVEL
+
+#endif
