@@ -101,7 +101,7 @@ VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u*
  *  maskSize.height neighbourhood whose pixel at `anchor` lies on the destination pixel (see
  *  vekiFilterBox). Both mask dimensions are odd; the height is at most 255, the width has no limit.
  *
- *  Square masks of 3 to 13 go through sorting networks (in regions of at least one vector's width);
+ *  Square masks of 3 to 11 go through sorting networks (in regions of at least one vector's width);
  *  others through histograms, with a time per pixel that does not depend on the mask up to a width
  *  of 129 and grows with its height beyond. Uses about 58 KB of stack.
  *

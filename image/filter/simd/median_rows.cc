@@ -41,13 +41,13 @@ struct VectorCount {
 
 }  // namespace
 
-constexpr MedianRows medianRows = {medianNetwork<Vector, 3>,
-                                   medianNetwork<Vector, 5>,
-                                   {medianNetwork<Vector, 7>, medianNetwork<Vector, 9>,
-                                    medianNetwork<Vector, 11>, medianNetwork<Vector, 13>},
-                                   Vector::size,
-                                   columnHistograms<VectorCount>,
-                                   runningHistogram};
+constexpr MedianRows medianRows = {
+    medianNetwork<Vector, 3>,
+    medianNetwork<Vector, 5>,
+    {medianNetwork<Vector, 7>, medianNetwork<Vector, 9>, medianNetwork<Vector, 11>},
+    Vector::size,
+    columnHistograms<VectorCount>,
+    runningHistogram};
 
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
