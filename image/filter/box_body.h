@@ -99,8 +99,8 @@ void sumDifferences(const Sum* __restrict differences, ptrdiff_t n, Sum* __restr
           sums[i] + fours[i] + fours[i + four] + fours[i + 2 * four] + fours[i + 3 * four];
     }
   }
-  for (ptrdiff_t i = n - pixelBytes; i < n; ++i)
-    next[i - n + pixelBytes] = sums[i] + differences[i];
+  const ptrdiff_t last = n - pixelBytes;
+  for (int c = 0; c < pixelBytes; ++c) next[c] = sums[last + c] + differences[last + c];
 }
 
 /// By blocks, so that scaling is a loop of its own, which vectors can take.

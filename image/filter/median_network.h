@@ -16,6 +16,22 @@
 namespace vek::VEK_LEVEL {
 namespace {
 
+/// The plain block, one sample: the loops over a strip are left to the compiler.
+struct Sample {
+  using Value = Vek8u;
+  static constexpr ptrdiff_t size = 1;
+
+  static Value load(const Vek8u* p) { return *p; }
+  static void store(Value v, Vek8u* p) { *p = v; }
+  static Value lower(Value a, Value b) { return a < b ? a : b; }
+  static Value higher(Value a, Value b) { return a > b ? a : b; }
+
+  template <class Body>
+  static void cover(ptrdiff_t n, Body body) {
+    for (ptrdiff_t x = 0; x < n; ++x) body(x);
+  }
+};
+
 /// Batcher's odd-even merge of the sorted a[0], a[step] ... (m values) and b (n values).
 template <class Block, int m, int n, int step = 1>
 [[gnu::always_inline]] inline void mergeSorted(const typename Block::Value* a,

@@ -56,12 +56,9 @@ HWY_AFTER_NAMESPACE();
 
 namespace vek::VEK_LEVEL {
 
-constexpr MedianRows medianRows = {portable::medianRows.MedianFilter3x3_8u,
-                                   portable::medianRows.MedianFilter5x5_8u,
-                                   {},
-                                   1,
-                                   columnHistograms<PlainCount>,
-                                   runningHistogram};
+constexpr MedianRows medianRows = {
+    medianNetwork<Sample, 3>,     medianNetwork<Sample, 5>, {}, Sample::size,
+    columnHistograms<PlainCount>, runningHistogram};
 
 }  // namespace vek::VEK_LEVEL
 
