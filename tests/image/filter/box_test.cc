@@ -90,7 +90,8 @@ TEST(FilterBox, HugeMasks) {
 }
 
 TEST(FilterBox, RefusesBadArguments) {
-  Vek8u src[64] = {}, dst[64] = {};
+  Vek8u image[128] = {}, dst[64] = {};
+  const Vek8u* const src = image + 32;
   struct Case {
     const Vek8u* src;
     int srcStep, dstStep;
