@@ -26,7 +26,8 @@ Plane(Bytes*, int) -> Plane<Bytes>;
 template <class Row, class... Bytes>
 void forEachRow(ptrdiff_t rowBytes, int height, Row row, Plane<Bytes>... planes) {
   ptrdiff_t rows = height;
-  if ((... && (planes.step == rowBytes))) {
+  const bool unpadded = (... && (planes.step == rowBytes));
+  if (unpadded) {
     rowBytes *= rows;
     rows = 1;
   }

@@ -26,72 +26,70 @@ VWords oddSamples(VBytes v) {
   return hn::ShiftRight<8>(hn::BitCast(words, v));
 }
 
-struct TakeLargest {
-  void operator()(uint64_t& total, uint64_t v) const { total = v > total ? v : total; }
-};
-struct TakeSum {
-  void operator()(uint64_t& total, uint64_t v) const { total += v; }
-};
-
-/// Takes the lanes of `v` into the totals of their channels. Lane i holds what came from the byte
-/// at `position` + i * `stride` of a row, so every third lane is of the same channel.
-template <int channels, class D, class Take>
-void takeLanes(D d, hn::Vec<D> v, int position, int stride, uint64_t* totals, Take take) {
-  constexpr int count = static_cast<int>(hn::MaxLanes(D()));
-  alignas(64) hn::TFromD<D> lane[count];
-  hn::Store(v, d, lane);
-  uint64_t part[channels] = {};
-  for (int i = 0; i < count; ++i) take(part[i % channels], lane[i]);
-  for (int k = 0; k < channels; ++k) take(totals[(position + k * stride) % channels], part[k]);
-}
-
-// Accumulators: add() takes a vector of values, take() hands what was added to the totals and
-// starts anew. Nothing overflows within `limit` additions. All of them keep the channels of C3
-// apart by lane; those of the sums for C1 need not, and are cheaper.
+// Accumulators. A measure adds vectors of values into the lanes of `planes` vectors; at most
+// `limit` of them, or a lane could overflow. Lane i of plane p holds what came from bytes planes *
+// i + p, so that the channels of C3 stay apart; the sums for C1 need not care, and are cheaper.
+// join() takes lanes, as `Wide`, together.
 
 constexpr ptrdiff_t unlimited = PTRDIFF_MAX;
 
-template <int channels>
-struct Largest {
-  static constexpr ptrdiff_t limit = unlimited;
-  VBytes most = hn::Zero(bytes);
-
-  void add(VBytes v) { most = hn::Max(most, v); }
-  void take(int position, uint64_t* totals) {
-    takeLanes<channels>(bytes, most, position, 1, totals, TakeLargest{});
-    most = hn::Zero(bytes);
+struct JoinLargest {
+  template <class T>
+  static void join(T& total, T v) {
+    total = v > total ? v : total;
   }
+  template <class V>
+  static V joined(V a, V b) {
+    return hn::Max(a, b);
+  }
+};
+struct JoinSum {
+  template <class T>
+  static void join(T& total, T v) {
+    total = static_cast<T>(total + v);
+  }
+  template <class V>
+  static V joined(V a, V b) {
+    return hn::Add(a, b);
+  }
+};
+
+template <int channels>
+struct Largest : JoinLargest {
+  static constexpr ptrdiff_t limit = unlimited;
+  static constexpr int planes = 1;
+  static constexpr auto lane = bytes;
+  using Wide = Vek8u;
+  VBytes plane[planes] = {hn::Zero(bytes)};
+
+  void add(VBytes v) { plane[0] = hn::Max(plane[0], v); }
 };
 
 template <int channels>
 struct Sum;
 
 template <>
-struct Sum<1> {
+struct Sum<1> : JoinSum {
   static constexpr ptrdiff_t limit = unlimited;
-  hn::Vec<decltype(qwords)> sum = hn::Zero(qwords);
+  static constexpr int planes = 1;
+  static constexpr auto lane = qwords;
+  using Wide = uint64_t;
+  hn::Vec<decltype(qwords)> plane[planes] = {hn::Zero(qwords)};
 
-  void add(VBytes v) { sum = hn::Add(sum, hn::SumsOf8(v)); }
-  void take(int, uint64_t* totals) {
-    takeLanes<1>(qwords, sum, 0, 0, totals, TakeSum{});
-    sum = hn::Zero(qwords);
-  }
+  void add(VBytes v) { plane[0] = hn::Add(plane[0], hn::SumsOf8(v)); }
 };
 
 template <>
-struct Sum<3> {
+struct Sum<3> : JoinSum {
   static constexpr ptrdiff_t limit = 257;  // 257 * 255 = 65535
-  VWords even = hn::Zero(words);
-  VWords odd = hn::Zero(words);
+  static constexpr int planes = 2;
+  static constexpr auto lane = words;
+  using Wide = Vek32u;
+  VWords plane[planes] = {hn::Zero(words), hn::Zero(words)};
 
   void add(VBytes v) {
-    even = hn::Add(even, evenSamples(v));
-    odd = hn::Add(odd, oddSamples(v));
-  }
-  void take(int position, uint64_t* totals) {
-    takeLanes<3>(words, even, position, 2, totals, TakeSum{});
-    takeLanes<3>(words, odd, position + 1, 2, totals, TakeSum{});
-    even = odd = hn::Zero(words);
+    plane[0] = hn::Add(plane[0], evenSamples(v));
+    plane[1] = hn::Add(plane[1], oddSamples(v));
   }
 };
 
@@ -99,44 +97,42 @@ template <int channels>
 struct SumOfSquares;
 
 template <>
-struct SumOfSquares<1> {
+struct SumOfSquares<1> : JoinSum {
   static constexpr ptrdiff_t limit = 16512;  // 16512 * 4 * 255 * 255 < 2^32: four bytes a lane
-  hn::Vec<decltype(sdwords)> sum = hn::Zero(sdwords);
-  hn::Vec<decltype(sdwords)> other = hn::Zero(sdwords);  // unused where a lane takes whole pairs
+  static constexpr int planes = 2;
+  static constexpr auto lane = dwords;
+  using Wide = uint64_t;
+  VDwords plane[planes] = {hn::Zero(dwords), hn::Zero(dwords)};
 
+  /// The second plane stays 0 where a lane takes both products of a pair.
   void add(VBytes v) {
     const auto even = hn::BitCast(swords, evenSamples(v));
     const auto odd = hn::BitCast(swords, oddSamples(v));
-    sum = hn::ReorderWidenMulAccumulate(sdwords, even, even, sum, other);
-    sum = hn::ReorderWidenMulAccumulate(sdwords, odd, odd, sum, other);
-  }
-  void take(int, uint64_t* totals) {
-    takeLanes<1>(dwords, hn::BitCast(dwords, sum), 0, 0, totals, TakeSum{});
-    takeLanes<1>(dwords, hn::BitCast(dwords, other), 0, 0, totals, TakeSum{});
-    sum = other = hn::Zero(sdwords);
+    auto low = hn::BitCast(sdwords, plane[0]), high = hn::BitCast(sdwords, plane[1]);
+    low = hn::ReorderWidenMulAccumulate(sdwords, even, even, low, high);
+    low = hn::ReorderWidenMulAccumulate(sdwords, odd, odd, low, high);
+    plane[0] = hn::BitCast(dwords, low);
+    plane[1] = hn::BitCast(dwords, high);
   }
 };
 
 template <>
-struct SumOfSquares<3> {
+struct SumOfSquares<3> : JoinSum {
   static constexpr ptrdiff_t limit = 66051;  // 66051 * 255 * 255 < 2^32
-  VDwords sum[4] = {hn::Zero(dwords), hn::Zero(dwords), hn::Zero(dwords), hn::Zero(dwords)};
+  static constexpr int planes = 4;
+  static constexpr auto lane = dwords;
+  using Wide = uint64_t;
+  VDwords plane[planes] = {hn::Zero(dwords), hn::Zero(dwords), hn::Zero(dwords), hn::Zero(dwords)};
 
-  /// Squares fit 16 bits; the low and the high ones of each pair go to their own sums.
+  /// Squares fit 16 bits; the low and the high ones of each pair go to their own planes.
   void add(VBytes v) {
     const VWords even = evenSamples(v), odd = oddSamples(v);
-    addPairs(hn::BitCast(dwords, hn::Mul(even, even)), sum[0], sum[2]);
-    addPairs(hn::BitCast(dwords, hn::Mul(odd, odd)), sum[1], sum[3]);
+    addPairs(hn::BitCast(dwords, hn::Mul(even, even)), plane[0], plane[2]);
+    addPairs(hn::BitCast(dwords, hn::Mul(odd, odd)), plane[1], plane[3]);
   }
   static void addPairs(VDwords squares, VDwords& low, VDwords& high) {
     low = hn::Add(low, hn::And(squares, hn::Set(dwords, 0xFFFF)));
     high = hn::Add(high, hn::ShiftRight<16>(squares));
-  }
-  void take(int position, uint64_t* totals) {
-    for (int i = 0; i < 4; ++i) {
-      takeLanes<3>(dwords, sum[i], position + i, 4, totals, TakeSum{});
-      sum[i] = hn::Zero(dwords);
-    }
   }
 };
 
@@ -182,13 +178,17 @@ struct Accumulators {
 
   template <class Values>
   void addBlocks(const Values& values, ptrdiff_t x, ptrdiff_t end) {
-    Accumulators sums = *this;  // registers for the loop
+    Accumulator a, b, c;  // registers, as the members would not be
     for (; x < end; x += block) {
-      sums.first.add(values.at(x));
-      sums.second.add(values.at(x + lanes));
-      sums.third.add(values.at(x + 2 * lanes));
+      a.add(values.at(x));
+      b.add(values.at(x + lanes));
+      c.add(values.at(x + 2 * lanes));
     }
-    *this = sums;
+    for (int p = 0; p < Accumulator::planes; ++p) {
+      first.plane[p] = Accumulator::joined(first.plane[p], a.plane[p]);
+      second.plane[p] = Accumulator::joined(second.plane[p], b.plane[p]);
+      third.plane[p] = Accumulator::joined(third.plane[p], c.plane[p]);
+    }
   }
 
   /// What is left of a row of n bytes at x, where a block would begin: one addition at most each.
@@ -205,10 +205,36 @@ struct Accumulators {
     if (rest > 0) third.add(lastBytes(values.at(n - lanes), rest));
   }
 
-  void take(uint64_t* totals) {
-    first.take(0, totals);
-    second.take(lanes, totals);
-    third.take(2 * lanes, totals);
+  /// Hands what was added to the totals and starts anew. Out of line, so that the loops keep their
+  /// accumulators in registers.
+  template <int channels>
+  HWY_NOINLINE void take(uint64_t* totals) {
+    takePlanes<channels, 0>(totals);
+    *this = {};
+  }
+
+  template <int channels, int p>
+  void takePlanes(uint64_t* totals) const {
+    constexpr auto d = Accumulator::lane;
+    constexpr size_t count = hn::MaxLanes(d);
+    alignas(64) hn::TFromD<decltype(Accumulator::lane)> stored[3 * count];
+    hn::Store(first.plane[p], d, stored);
+    hn::Store(second.plane[p], d, stored + count);
+    hn::Store(third.plane[p], d, stored + 2 * count);
+    typename Accumulator::Wide values[3 * count];
+    for (size_t i = 0; i < 3 * count; ++i) values[i] = stored[i];
+    joinHalves<static_cast<int>(3 * count / 2)>(values);
+    for (int i = 0; i < 3; ++i) {
+      Accumulator::join(totals[(i * Accumulator::planes + p) % channels], uint64_t{values[i]});
+    }
+    if constexpr (p + 1 < Accumulator::planes) takePlanes<channels, p + 1>(totals);
+  }
+
+  /// 3 * 2^k values down to 3. Values a multiple of 3 apart are of the same channel.
+  template <int half>
+  static void joinHalves(typename Accumulator::Wide* values) {
+    for (int i = 0; i < half; ++i) Accumulator::join(values[i], values[half + i]);
+    if constexpr (half > 3) joinHalves<half / 2>(values);
   }
 };
 
@@ -221,7 +247,7 @@ void accumulate(const NormRegion& region, uint64_t* totals) {
   const auto spend = [&](ptrdiff_t additions) {
     room -= additions;
     if (room > 0) return;
-    sums.take(totals);
+    sums.template take<channels>(totals);
     room = Measure<channels>::limit;
   };
   for (ptrdiff_t y = 0; y < region.rows; ++y) {
@@ -239,7 +265,7 @@ void accumulate(const NormRegion& region, uint64_t* totals) {
       spend(1);
     }
   }
-  sums.take(totals);
+  sums.template take<channels>(totals);
 }
 
 }  // namespace
