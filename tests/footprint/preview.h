@@ -145,7 +145,8 @@ inline Planes ycc422Rgb(const Resize& a, int dstStep, int pixelBytes) {
   }
   const int64_t lastRow = held(int64_t{height - 1} * a.yStep, int64_t{a.srcHeight - blended} << 16);
   const int64_t lastChroma = held(32768 + int64_t{(width - 1) / 2} * a.xStep, right / 2);
-  const Area chroma = {(lastChroma >> 16) + 1, (lastRow >> 16) + 1, a.srcStep[0] / 2};
+  const Area chroma = {static_cast<ptrdiff_t>((lastChroma >> 16) + 1),
+                       static_cast<ptrdiff_t>((lastRow >> 16) + 1), a.srcStep[0] / 2};
   return {{{columns, samples(lastRow), a.srcStep[0]}, chroma, chroma},
           {{a.dstWidth * pixelBytes, a.dstHeight, dstStep}}};
 }

@@ -19,10 +19,11 @@ inline VWord pair(VInt even, VInt odd) {
   return hn::BitCast(wordLanes, hn::Or(even, hn::ShiftLeft<16>(odd)));
 }
 
+/// `sum` is added at the end: where the products of a pair lie in between is up to the processor.
 inline VInt dotPairs(VWord a, VWord b, VInt sum) {
   VInt sum1 = hn::Zero(intLanes);
-  const VInt sum0 = hn::ReorderWidenMulAccumulate(intLanes, a, b, sum, sum1);
-  return hn::RearrangeToOddPlusEven(sum0, sum1);
+  const VInt sum0 = hn::ReorderWidenMulAccumulate(intLanes, a, b, hn::Zero(intLanes), sum1);
+  return hn::Add(sum, hn::RearrangeToOddPlusEven(sum0, sum1));
 }
 
 /// A combination ready for dot products: its weights as pairs, rounding within the offset.

@@ -11,21 +11,24 @@ namespace {
 constexpr hn::ScalableTag<Vek8u> bytes;
 using VBytes = hn::Vec<decltype(bytes)>;
 
-/// Half a table as eight parts of 16 entries; each part but the first is kept as its difference
-/// (exclusive or) from the one before.
+/// Half a table as eight parts of 16 entries. x86 looks up by an index's low four bits unless its
+/// top bit is set; there each part but the first is kept as its difference (exclusive or) from the
+/// one before. NEON looks up 0 for every index above 15 and needs no differences.
 class HalfTable {
  public:
   explicit HalfTable(const Vek8u* entries) {
     for (int part = 0; part < 8; ++part) {
       const VBytes own = hn::LoadDup128(bytes, entries + 16 * part);
-      parts_[part] =
-          part == 0 ? own : hn::Xor(own, hn::LoadDup128(bytes, entries + 16 * part - 16));
+      parts_[part] = part == 0 || !HWY_ARCH_X86
+                         ? own
+                         : hn::Xor(own, hn::LoadDup128(bytes, entries + 16 * part - 16));
     }
   }
 
-  /// Entries of the indices below 128; what other lanes get is of no use. An index takes part in
-  /// all look-ups up to its own part, and the differences add up to that part's entry: once 16 *
-  /// part is subtracted, lanes with a smaller index have their top bit set, which looks up 0.
+  /// Entries of the indices below 128; what other lanes get is of no use. On x86 an index
+  /// takes part in all look-ups up to its own part, and the differences add up to that part's
+  /// entry: once 16 * part is subtracted, lanes with a smaller index have their top bit set, which
+  /// looks up 0.
   VBytes operator()(VBytes index) const {
     VBytes result = hn::TableLookupBytesOr0(parts_[0], index);
     for (int part = 1; part < 8; ++part) {

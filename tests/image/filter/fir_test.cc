@@ -29,15 +29,16 @@ VekStatus filter(Form form, const Neighbourhood& a, const Kernel& k, const Vek8u
            row ? k.size.width : k.size.height, row ? k.anchor.x : k.anchor.y, k.divisor);
 }
 
-uint8_t scaled(int64_t sum, int divisor) {
-  __int128 value = sum;
+uint8_t scaled(int64_t value, int divisor) {
   if (divisor & (divisor - 1)) {
     const int64_t one = int64_t{1} << 32;
     const int64_t multiplier = one / divisor + (2 * (one % divisor) > divisor);
-    value = (value * multiplier + (one >> 1)) >> 32;
+    // The product may need more than 64 bits: by halves.
+    const int64_t low = ((value & (one - 1)) * multiplier + (one >> 1)) >> 32;
+    value = (value >> 32) * multiplier + low;
   } else if (divisor > 1) {
     const int shift = __builtin_ctz(static_cast<unsigned>(divisor));
-    value = (value + (1 << (shift - 1))) >> shift;
+    value = (value + (int64_t{1} << (shift - 1))) >> shift;
   }
   return value < 0 ? 0 : value > 255 ? 255 : static_cast<uint8_t>(value);
 }
