@@ -29,7 +29,7 @@ VWords oddSamples(VBytes v) {
 // Accumulators. A measure adds vectors of values into the lanes of its planes, at most `limit` of
 // them, or a lane could overflow. With k planes lane i of plane p holds what came from byte k * i +
 // p of each vector, so that the channels of C3 stay apart; the sums for C1 need not care, and are
-// cheaper. joined() takes planes together, join() lanes widened to `Wide`.
+// cheaper. joined() takes planes together, join() lanes of sums(), widened to `Wide`.
 
 constexpr ptrdiff_t unlimited = PTRDIFF_MAX;
 
@@ -63,6 +63,7 @@ struct Planes {
   Planes() {
     for (auto& p : plane) p = hn::Zero(lane);
   }
+  hn::Vec<D> sums(int p) const { return plane[p]; }
 };
 
 template <int channels>
@@ -120,15 +121,19 @@ struct SumOfSquares<3> : JoinSum, Planes<decltype(dwords), 4> {
   static constexpr ptrdiff_t limit = 66051;  // 66051 * 255 * 255 < 2^32
   using Wide = uint64_t;
 
-  /// Squares fit 16 bits; the low and the high ones of each pair go to their own planes.
+  /// Squares fit 16 bits, two in a lane: planes 2 and 3 take the upper ones, planes 0 and 1 both,
+  /// modulo 2^32.
   void add(VBytes v) {
     const VWords even = evenSamples(v), odd = oddSamples(v);
     addPairs(hn::BitCast(dwords, hn::Mul(even, even)), plane[0], plane[2]);
     addPairs(hn::BitCast(dwords, hn::Mul(odd, odd)), plane[1], plane[3]);
   }
-  static void addPairs(VDwords squares, VDwords& low, VDwords& high) {
-    low = hn::Add(low, hn::And(squares, hn::Set(dwords, 0xFFFF)));
-    high = hn::Add(high, hn::ShiftRight<16>(squares));
+  static void addPairs(VDwords squares, VDwords& both, VDwords& upper) {
+    both = hn::Add(both, squares);
+    upper = hn::Add(upper, hn::ShiftRight<16>(squares));
+  }
+  VDwords sums(int p) const {
+    return p < 2 ? hn::Sub(plane[p], hn::ShiftLeft<16>(plane[p + 2])) : plane[p];
   }
 };
 
@@ -214,9 +219,9 @@ struct Accumulators {
     constexpr auto d = Accumulator::lane;
     constexpr size_t count = hn::MaxLanes(d);
     alignas(64) hn::TFromD<decltype(Accumulator::lane)> stored[3 * count];
-    hn::Store(first.plane[p], d, stored);
-    hn::Store(second.plane[p], d, stored + count);
-    hn::Store(third.plane[p], d, stored + 2 * count);
+    hn::Store(first.sums(p), d, stored);
+    hn::Store(second.sums(p), d, stored + count);
+    hn::Store(third.sums(p), d, stored + 2 * count);
     typename Accumulator::Wide values[3 * count];
     for (size_t i = 0; i < 3 * count; ++i) values[i] = stored[i];
     joinHalves<static_cast<int>(3 * count / 2)>(values);
