@@ -26,10 +26,10 @@ VWords oddSamples(VBytes v) {
   return hn::ShiftRight<8>(hn::BitCast(words, v));
 }
 
-// Accumulators. A measure adds vectors of values into the lanes of `planes` vectors; at most
-// `limit` of them, or a lane could overflow. Lane i of plane p holds what came from bytes planes *
-// i + p, so that the channels of C3 stay apart; the sums for C1 need not care, and are cheaper.
-// join() takes lanes, as `Wide`, together.
+// Accumulators. A measure adds vectors of values into the lanes of its planes, at most `limit` of
+// them, or a lane could overflow. With k planes lane i of plane p holds what came from byte k * i +
+// p of each vector, so that the channels of C3 stay apart; the sums for C1 need not care, and are
+// cheaper. joined() takes planes together, join() lanes of sums(), widened to `Wide`.
 
 constexpr ptrdiff_t unlimited = PTRDIFF_MAX;
 
@@ -54,13 +54,22 @@ struct JoinSum {
   }
 };
 
+template <class D, int count>
+struct Planes {
+  static constexpr D lane = {};
+  static constexpr int planes = count;
+  hn::Vec<D> plane[planes];
+
+  Planes() {
+    for (auto& p : plane) p = hn::Zero(lane);
+  }
+  hn::Vec<D> sums(int p) const { return plane[p]; }
+};
+
 template <int channels>
-struct Largest : JoinLargest {
+struct Largest : JoinLargest, Planes<decltype(bytes), 1> {
   static constexpr ptrdiff_t limit = unlimited;
-  static constexpr int planes = 1;
-  static constexpr auto lane = bytes;
   using Wide = Vek8u;
-  VBytes plane[planes] = {hn::Zero(bytes)};
 
   void add(VBytes v) { plane[0] = hn::Max(plane[0], v); }
 };
@@ -69,23 +78,17 @@ template <int channels>
 struct Sum;
 
 template <>
-struct Sum<1> : JoinSum {
+struct Sum<1> : JoinSum, Planes<decltype(qwords), 1> {
   static constexpr ptrdiff_t limit = unlimited;
-  static constexpr int planes = 1;
-  static constexpr auto lane = qwords;
   using Wide = uint64_t;
-  hn::Vec<decltype(qwords)> plane[planes] = {hn::Zero(qwords)};
 
   void add(VBytes v) { plane[0] = hn::Add(plane[0], hn::SumsOf8(v)); }
 };
 
 template <>
-struct Sum<3> : JoinSum {
+struct Sum<3> : JoinSum, Planes<decltype(words), 2> {
   static constexpr ptrdiff_t limit = 257;  // 257 * 255 = 65535
-  static constexpr int planes = 2;
-  static constexpr auto lane = words;
   using Wide = Vek32u;
-  VWords plane[planes] = {hn::Zero(words), hn::Zero(words)};
 
   void add(VBytes v) {
     plane[0] = hn::Add(plane[0], evenSamples(v));
@@ -97,12 +100,9 @@ template <int channels>
 struct SumOfSquares;
 
 template <>
-struct SumOfSquares<1> : JoinSum {
+struct SumOfSquares<1> : JoinSum, Planes<decltype(dwords), 2> {
   static constexpr ptrdiff_t limit = 16512;  // 16512 * 4 * 255 * 255 < 2^32: four bytes a lane
-  static constexpr int planes = 2;
-  static constexpr auto lane = dwords;
   using Wide = uint64_t;
-  VDwords plane[planes] = {hn::Zero(dwords), hn::Zero(dwords)};
 
   /// The second plane stays 0 where a lane takes both products of a pair.
   void add(VBytes v) {
@@ -117,22 +117,23 @@ struct SumOfSquares<1> : JoinSum {
 };
 
 template <>
-struct SumOfSquares<3> : JoinSum {
+struct SumOfSquares<3> : JoinSum, Planes<decltype(dwords), 4> {
   static constexpr ptrdiff_t limit = 66051;  // 66051 * 255 * 255 < 2^32
-  static constexpr int planes = 4;
-  static constexpr auto lane = dwords;
   using Wide = uint64_t;
-  VDwords plane[planes] = {hn::Zero(dwords), hn::Zero(dwords), hn::Zero(dwords), hn::Zero(dwords)};
 
-  /// Squares fit 16 bits; the low and the high ones of each pair go to their own planes.
+  /// Squares fit 16 bits, two in a lane: planes 2 and 3 take the upper ones, planes 0 and 1 both,
+  /// modulo 2^32.
   void add(VBytes v) {
     const VWords even = evenSamples(v), odd = oddSamples(v);
     addPairs(hn::BitCast(dwords, hn::Mul(even, even)), plane[0], plane[2]);
     addPairs(hn::BitCast(dwords, hn::Mul(odd, odd)), plane[1], plane[3]);
   }
-  static void addPairs(VDwords squares, VDwords& low, VDwords& high) {
-    low = hn::Add(low, hn::And(squares, hn::Set(dwords, 0xFFFF)));
-    high = hn::Add(high, hn::ShiftRight<16>(squares));
+  static void addPairs(VDwords squares, VDwords& both, VDwords& upper) {
+    both = hn::Add(both, squares);
+    upper = hn::Add(upper, hn::ShiftRight<16>(squares));
+  }
+  VDwords sums(int p) const {
+    return p < 2 ? hn::Sub(plane[p], hn::ShiftLeft<16>(plane[p + 2])) : plane[p];
   }
 };
 
@@ -209,25 +210,24 @@ struct Accumulators {
   /// accumulators in registers.
   template <int channels>
   HWY_NOINLINE void take(uint64_t* totals) {
-    takePlanes<channels, 0>(totals);
-    *this = {};
+    for (int p = 0; p < Accumulator::planes; ++p) takePlane<channels>(p, totals);
+    *this = Accumulators();
   }
 
-  template <int channels, int p>
-  void takePlanes(uint64_t* totals) const {
+  template <int channels>
+  void takePlane(int p, uint64_t* totals) const {
     constexpr auto d = Accumulator::lane;
     constexpr size_t count = hn::MaxLanes(d);
     alignas(64) hn::TFromD<decltype(Accumulator::lane)> stored[3 * count];
-    hn::Store(first.plane[p], d, stored);
-    hn::Store(second.plane[p], d, stored + count);
-    hn::Store(third.plane[p], d, stored + 2 * count);
+    hn::Store(first.sums(p), d, stored);
+    hn::Store(second.sums(p), d, stored + count);
+    hn::Store(third.sums(p), d, stored + 2 * count);
     typename Accumulator::Wide values[3 * count];
     for (size_t i = 0; i < 3 * count; ++i) values[i] = stored[i];
     joinHalves<static_cast<int>(3 * count / 2)>(values);
     for (int i = 0; i < 3; ++i) {
       Accumulator::join(totals[(i * Accumulator::planes + p) % channels], uint64_t{values[i]});
     }
-    if constexpr (p + 1 < Accumulator::planes) takePlanes<channels, p + 1>(totals);
   }
 
   /// 3 * 2^k values down to 3. Values a multiple of 3 apart are of the same channel.
