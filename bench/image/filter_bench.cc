@@ -104,7 +104,7 @@ void addMirror(const char* variant, int flip) {
     addMasked("vekiFilterBox_8u_C1R/", vekiFilterBox_8u_C1R, 1, {side, side});
     addMasked("vekiFilterBox_8u_C3R/", vekiFilterBox_8u_C3R, 3, {side, side});
   }
-  for (int side : {3, 5, 7, 9, 11, 13, 15, 31}) {
+  for (int side : {3, 5, 7, 11, 15, 31}) {
     addMasked("vekiFilterMedian_8u_C1R/", vekiFilterMedian_8u_C1R, 1, {side, side});
     addMasked("vekiFilterMedian_8u_C3R/", vekiFilterMedian_8u_C3R, 3, {side, side});
   }

@@ -34,18 +34,20 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, cons
 /// stays just below `limit` once it reaches it; without room below the limit it stays at 0.
 struct Phases {
   Vek64s start, step, limit;
+  bool evenHeld;  ///< otherwise only odd samples are held
 
-  Vek64s at(Vek64s i) const { return start + i * step; }
-  Vek64s held(Vek64s i) const {
-    const Vek64s phase = at(i);
-    return phase < limit ? phase : limit > 0 ? limit - 1 : 0;
+  Vek64s at(Vek64s i) const {
+    const Vek64s phase = start + i * step;
+    if (phase < limit || ((i & 1) == 0 && !evenHeld)) return phase;
+    return limit > 0 ? limit - 1 : 0;
   }
 
-  /// How many of the phases from i on, `n` at most, lie below the limit and fit 32 bits.
+  /// How many of the samples from i on, `n` at most, lie below the limit at phases of 32 bits.
   ptrdiff_t regular(ptrdiff_t i, ptrdiff_t n) const {
     constexpr Vek64s most = Vek64s{1} << 32;
     const Vek64s bound = limit < most ? limit : most;
-    const Vek64s count = at(i) < bound ? (bound - 1 - at(i)) / step + 1 : 0;
+    const Vek64s phase = start + i * step;
+    const Vek64s count = phase < bound ? (bound - 1 - phase) / step + 1 : 0;
     return count < n ? static_cast<ptrdiff_t>(count) : n;
   }
 };
@@ -62,28 +64,29 @@ struct Sampler {
       : y{pSrc[0], srcStep}, cb{pSrc[1], srcStep / 2}, cr{pSrc[2], srcStep / 2}, width(srcWidth) {
     const Vek64s right = Vek64s{srcWidth - (bilinear ? 1 : 0)} << 16;
     const Vek64s bottom = Vek64s{srcHeight - (bilinear ? 1 : 0)} << 16;
-    columns = {bilinear ? 0 : Vek64s{halfSample}, xStep, right};
-    chromaColumns = {halfSample, xStep, right / 2};
-    rows = {0, yStep, bottom};
+    columns = {bilinear ? 0 : Vek64s{halfSample}, xStep, right, false};
+    chromaColumns = {halfSample, xStep, right / 2, true};
+    rows = {0, yStep, bottom, true};
   }
 };
 
-/// Luma at and beyond the right edge: only odd samples are held there.
-Vek64s edgePhase(const Phases& columns, ptrdiff_t x) {
-  return (x & 1) != 0 ? columns.held(x) : columns.at(x);
+/// `n` samples of a row at the nearest columns, beginning with sample x.
+const Vek8u* nearest(const ResampleRows& kernels, const Phases& columns, const Vek8u* row,
+                     ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
+  const ptrdiff_t regular = columns.regular(x, n);
+  const Vek8u* samples =
+      nearestRow(kernels, row, static_cast<Vek32u>(columns.step), x, regular, buffer);
+  if (regular == n) return samples;
+  putRow(samples, regular, buffer);
+  for (ptrdiff_t i = regular; i < n; ++i) buffer[i] = row[columns.at(x + i) >> 16];
+  return buffer;
 }
 
 /// `n` luma samples at the nearest columns, beginning with sample x.
 const Vek8u* nearestLuma(const ResampleRows& kernels, const Sampler& src, Vek64s rowPhase,
                          ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
-  const Vek8u* row = src.y.row(static_cast<ptrdiff_t>(rowPhase >> 16));
-  const ptrdiff_t regular = src.columns.regular(x, n);
-  const Vek8u* samples =
-      nearestRow(kernels, row, static_cast<Vek32u>(src.columns.step), x, regular, buffer);
-  if (regular == n) return samples;
-  putRow(samples, regular, buffer);
-  for (ptrdiff_t i = regular; i < n; ++i) buffer[i] = row[edgePhase(src.columns, x + i) >> 16];
-  return buffer;
+  return nearest(kernels, src.columns, src.y.row(static_cast<ptrdiff_t>(rowPhase >> 16)), x, n,
+                 buffer);
 }
 
 /// `n` luma samples blended from the four around each phase.
@@ -97,24 +100,12 @@ const Vek8u* bilinearLuma(const ResampleRows& kernels, const Sampler& src, Vek64
   if (regular == n) return samples;
   putRow(samples, regular, buffer);
   for (ptrdiff_t i = regular; i < n; ++i) {
-    const Vek64s phase = edgePhase(src.columns, x + i);
+    const Vek64s phase = src.columns.at(x + i);
     const Vek8u* left = plane.data + (phase >> 16);
     const Vek32u fx = static_cast<Vek32u>(phase & 0xFFFF);
     kernels.bilinear(left, fy == 0 ? left : left + plane.step, static_cast<Vek32s>(fy),
                      fx == 0 ? 0 : 1, fx, 0, 1, buffer + i);
   }
-  return buffer;
-}
-
-/// `n` samples of a chroma row, beginning with sample x, all held at the right edge.
-const Vek8u* chromaRow(const ResampleRows& kernels, const Phases& columns, const Vek8u* row,
-                       ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
-  const ptrdiff_t regular = columns.regular(x, n);
-  const Vek8u* samples =
-      nearestRow(kernels, row, static_cast<Vek32u>(columns.step), x, regular, buffer);
-  if (regular == n) return samples;
-  putRow(samples, regular, buffer);
-  for (ptrdiff_t i = regular; i < n; ++i) buffer[i] = row[columns.held(x + i) >> 16];
   return buffer;
 }
 
@@ -132,10 +123,10 @@ void resizeRotateCsc(const Sampler& src, CscRow convert, Vek8u* pDst, const Orie
                             ptrdiff_t step) {
     const ptrdiff_t pairs = (n + 1) / 2;
     for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
-      const Vek64s rowPhase = src.rows.held(y);
+      const Vek64s rowPhase = src.rows.at(y);
       const ptrdiff_t row = static_cast<ptrdiff_t>(rowPhase >> 16);
-      const Vek8u* cb = chromaRow(kernels, src.chromaColumns, src.cb.row(row), x / 2, pairs, blue);
-      const Vek8u* cr = chromaRow(kernels, src.chromaColumns, src.cr.row(row), x / 2, pairs, red);
+      const Vek8u* cb = nearest(kernels, src.chromaColumns, src.cb.row(row), x / 2, pairs, blue);
+      const Vek8u* cr = nearest(kernels, src.chromaColumns, src.cr.row(row), x / 2, pairs, red);
       convert(lumaRow(kernels, src, rowPhase, x, n, luma), cb, cr, n, out);
     }
   };

@@ -27,10 +27,16 @@ void slideColumns(Vek16u* __restrict columns, const Vek8u* __restrict entering,
 [[maybe_unused]] void averageColumns(const Vek16u* __restrict columns, ptrdiff_t width,
                                      ptrdiff_t pixelBytes, ptrdiff_t n, Vek32u factor,
                                      Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    Vek32u sum = 0;
-    for (ptrdiff_t k = 0; k < width; ++k) sum += columns[i + k * pixelBytes];
-    dst[i] = boxMean(sum, factor);
+  constexpr ptrdiff_t block = 256;
+  Vek16u sums[block];
+  for (ptrdiff_t x = 0; x < n; x += block) {
+    const ptrdiff_t count = n - x < block ? n - x : block;
+    for (ptrdiff_t i = 0; i < count; ++i) sums[i] = columns[x + i];
+    for (ptrdiff_t k = 1; k < width; ++k) {
+      const Vek16u* next = columns + x + k * pixelBytes;
+      for (ptrdiff_t i = 0; i < count; ++i) sums[i] = static_cast<Vek16u>(sums[i] + next[i]);
+    }
+    for (ptrdiff_t i = 0; i < count; ++i) dst[x + i] = boxMean(sums[i], factor);
   }
 }
 
@@ -99,8 +105,8 @@ void sumDifferences(const Sum* __restrict differences, ptrdiff_t n, Sum* __restr
           sums[i] + fours[i] + fours[i + four] + fours[i + 2 * four] + fours[i + 3 * four];
     }
   }
-  for (ptrdiff_t i = n - pixelBytes; i < n; ++i)
-    next[i - n + pixelBytes] = sums[i] + differences[i];
+  const ptrdiff_t last = n - pixelBytes;
+  for (int c = 0; c < pixelBytes; ++c) next[c] = sums[last + c] + differences[last + c];
 }
 
 /// By blocks, so that scaling is a loop of its own, which vectors can take.

@@ -15,8 +15,8 @@
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// All loops run over whole rows of columns, whose number the compiler knows; what lies beyond a
-/// shorter strip is computed from zeros and never used.
+/// All loops run over whole rows of columns, whose number the compiler knows; what they compute
+/// beyond a shorter strip is never used.
 constexpr int stripColumns = colorMedianColumns;
 constexpr int margin = 4;
 

@@ -67,12 +67,14 @@ void slideTotals(Totals<Vek16u>& sum, const Totals<Vek8u>& entering, const Total
   }
 }
 
-/// How many of 16 running totals do not exceed `rank`: the first value or group that does. A level
-/// with vectors has its own.
+/// How many of 16 running totals do not exceed `rank`, which the last one does. A level with
+/// vectors has its own.
 struct PlainCount {
   static int notAbove(const Totals<Vek16u>& totals, Vek16u rank) {
     int count = 0;
-    for (int i = 0; i < 16; ++i) count += totals.upTo[i] <= rank;
+    for (int step = 8; step > 0; step /= 2) {
+      count += totals.upTo[count + step - 1] <= rank ? step : 0;
+    }
     return count;
   }
 };

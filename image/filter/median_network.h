@@ -3,7 +3,7 @@
 //
 // Each column of the mask is sorted once for all windows that contain it, and so are pairs (and
 // fours) of neighbouring columns. A window of 5 merges two pairs and takes the median of the result
-// and its fifth column; 7 is 4 + 2 + 1, 9 is 8 + 1, 13 is 8 + 4 + 1. Everything is unrolled:
+// and its fifth column; 7 is 4 + 2 + 1, 9 is 8 + 1, 11 is 8 + 2 + 1. Everything is unrolled:
 // the compiler drops the comparisons whose outcome no median can depend on.
 #pragma once
 
@@ -15,6 +15,22 @@
 
 namespace vek::VEK_LEVEL {
 namespace {
+
+/// The plain block, one sample: the loops over a strip are left to the compiler.
+struct Sample {
+  using Value = Vek8u;
+  static constexpr ptrdiff_t size = 1;
+
+  static Value load(const Vek8u* p) { return *p; }
+  static void store(Value v, Vek8u* p) { *p = v; }
+  static Value lower(Value a, Value b) { return a < b ? a : b; }
+  static Value higher(Value a, Value b) { return a > b ? a : b; }
+
+  template <class Body>
+  static void cover(ptrdiff_t n, Body body) {
+    for (ptrdiff_t x = 0; x < n; ++x) body(x);
+  }
+};
 
 /// Batcher's odd-even merge of the sorted a[0], a[step] ... (m values) and b (n values).
 template <class Block, int m, int n, int step = 1>
@@ -71,7 +87,7 @@ constexpr ptrdiff_t networkStrip(int side) {
 }
 
 /// Sorted sequences of n values, one per byte of a strip, rank by rank. They reach beyond the strip
-/// by the mask (36 bytes at most), the last vector, and the distance of neighbours that are merged.
+/// by the mask (30 bytes at most), the last vector, and the distance of neighbours that are merged.
 template <int side, int n>
 struct SortedRows {
   static constexpr ptrdiff_t room = networkStrip(side) + 128;
@@ -131,37 +147,27 @@ void medians3(const SortedRows<3, 3>& sorted, ptrdiff_t pixelBytes, ptrdiff_t n,
   });
 }
 
-/// The sorted union of the last `columns` columns of a window, merged from what is at hand for 4,
-/// 2 and 1 columns; x is where the first of them starts.
-template <class Block, int side, int columns, class Fours>
+/// The sorted union of the last 1 or 3 columns of a window, which begin at x.
+template <class Block, int side, int columns>
 [[gnu::always_inline]] inline void mergeRest(const SortedRows<side, side>& ones,
-                                             const SortedRows<side, 2 * side>& twos,
-                                             const Fours& fours, ptrdiff_t x, ptrdiff_t pixelBytes,
-                                             typename Block::Value* out) {
-  constexpr int head = columns >= 4 ? 4 : columns >= 2 ? 2 : 1;
-  constexpr int rest = columns - head;
-  typename Block::Value first[head * side];
-  if constexpr (head == 4) {
-    loadSorted<Block>(fours, x, first);
-  } else if constexpr (head == 2) {
-    loadSorted<Block>(twos, x, first);
+                                             const SortedRows<side, 2 * side>& twos, ptrdiff_t x,
+                                             ptrdiff_t pixelBytes, typename Block::Value* out) {
+  static_assert(columns == 1 || columns == 3);
+  if constexpr (columns == 1) {
+    loadSorted<Block>(ones, x, out);
   } else {
-    loadSorted<Block>(ones, x, first);
-  }
-  if constexpr (rest == 0) {
-    unrolled<head * side>([&](auto i) { out[i] = first[i]; });
-  } else {
-    typename Block::Value others[rest * side];
-    mergeRest<Block, side, rest>(ones, twos, fours, x + head * pixelBytes, pixelBytes, others);
-    mergeSorted<Block, head * side, rest * side>(first, others, out);
+    typename Block::Value two[2 * side], one[side];
+    loadSorted<Block>(twos, x, two);
+    loadSorted<Block>(ones, x + 2 * pixelBytes, one);
+    mergeSorted<Block, 2 * side, side>(two, one, out);
   }
 }
 
 /// Medians from two halves of `half` columns each and the columns that are left.
-template <class Block, int side, class Fours, int halfCount>
+template <class Block, int side, int halfCount>
 void mediansOfHalves(const SortedRows<side, side>& ones, const SortedRows<side, 2 * side>& twos,
-                     const Fours& fours, const SortedRows<side, halfCount>& halves,
-                     ptrdiff_t pixelBytes, ptrdiff_t n, Vek8u* dst) {
+                     const SortedRows<side, halfCount>& halves, ptrdiff_t pixelBytes, ptrdiff_t n,
+                     Vek8u* dst) {
   using Value = typename Block::Value;
   constexpr int half = halfCount / side;
   constexpr int rest = side - 2 * half;
@@ -170,7 +176,7 @@ void mediansOfHalves(const SortedRows<side, side>& ones, const SortedRows<side, 
     loadSorted<Block>(halves, x, left);
     loadSorted<Block>(halves, x + half * pixelBytes, right);
     mergeSorted<Block, halfCount, halfCount>(left, right, most);
-    mergeRest<Block, side, rest>(ones, twos, fours, x + 2 * half * pixelBytes, pixelBytes, others);
+    mergeRest<Block, side, rest>(ones, twos, x + 2 * half * pixelBytes, pixelBytes, others);
     Block::store(rankOfTwo<Block, (side * side - 1) / 2, rest * side>(most, others), dst + x);
   });
 }
@@ -179,8 +185,9 @@ template <class Block, int side>
 void medianNetwork(const Vek8u* corner, ptrdiff_t srcStep, ptrdiff_t pixelBytes, Vek8u* dst,
                    ptrdiff_t n) {
   SortedRows<side, side> ones;
-  [[maybe_unused]] SortedRows<side, side == 3 ? 1 : 2 * side> twos;
-  [[maybe_unused]] SortedRows < side, side<8 ? 1 : 4 * side> fours;
+  constexpr int inTwos = side > 3 ? 2 * side : 1, inFours = side > 8 ? 4 * side : 1;
+  [[maybe_unused]] SortedRows<side, inTwos> twos;
+  [[maybe_unused]] SortedRows<side, inFours> fours;
   ptrdiff_t x = 0;
   while (x < n) {
     // The last strip is never shorter than a block: it overlaps the one before.
@@ -193,10 +200,10 @@ void medianNetwork(const Vek8u* corner, ptrdiff_t srcStep, ptrdiff_t pixelBytes,
     } else {
       mergeNeighbours<Block>(ones, pixelBytes, columns - pixelBytes, twos);
       if constexpr (side < 8) {
-        mediansOfHalves<Block>(ones, twos, 0, twos, pixelBytes, count, dst + x);
+        mediansOfHalves<Block>(ones, twos, twos, pixelBytes, count, dst + x);
       } else {
         mergeNeighbours<Block>(twos, 2 * pixelBytes, columns - 3 * pixelBytes, fours);
-        mediansOfHalves<Block>(ones, twos, fours, fours, pixelBytes, count, dst + x);
+        mediansOfHalves<Block>(ones, twos, fours, pixelBytes, count, dst + x);
       }
     }
     x += count;

@@ -33,7 +33,7 @@ inline constexpr ptrdiff_t medianHistograms = 192;
 struct MedianRows {
   MedianNetwork MedianFilter3x3_8u;
   MedianNetwork MedianFilter5x5_8u;
-  MedianNetwork larger[4];  ///< 7 x 7, 9 x 9, 11 x 11, 13 x 13; null where histograms are faster
+  MedianNetwork larger[3];  ///< 7 x 7, 9 x 9, 11 x 11; null where histograms are faster
   ptrdiff_t leastBytes;     ///< of a row that goes through a network
 
   /// Time per pixel does not depend on the mask; columns + maskWidth - 1 <= medianHistograms.
@@ -45,7 +45,7 @@ struct MedianRows {
   MedianNetwork network(ptrdiff_t side) const {
     if (side == 3) return MedianFilter3x3_8u;
     if (side == 5) return MedianFilter5x5_8u;
-    return side >= 7 && side <= 13 ? larger[(side - 7) / 2] : nullptr;
+    return side >= 7 && side <= 11 ? larger[(side - 7) / 2] : nullptr;
   }
 };
 

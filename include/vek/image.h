@@ -545,7 +545,7 @@ VEK_API VekStatus vekiCopy_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, i
  *  With S the sum of the n = width x height samples: up to n = 128 the mean is (S * f + 8192) >> 14
  *  with f = 16384 / n, above it is (S * f + 2^31) >> 32 with f = 2^32 / n, f rounded to nearest
  *  (exact halves down) and the mean saturated to 255. The time per pixel does not depend on the
- *  size of the mask. Uses about 30 KB of stack.
+ *  size of the mask. Uses up to 38 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsStepErr (a step below 1);
  *  vekStsSizeErr (an empty region); vekStsMaskSizeErr (a mask width or height below 2);
@@ -604,9 +604,9 @@ VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u*
  *  maskSize.height neighbourhood whose pixel at `anchor` lies on the destination pixel (see
  *  vekiFilterBox). Both mask dimensions are odd; the height is at most 255, the width has no limit.
  *
- *  Square masks of 3 to 13 go through sorting networks (in regions of at least one vector's width);
+ *  Square masks of 3 to 11 go through sorting networks (in regions of at least one vector's width);
  *  others through histograms, with a time per pixel that does not depend on the mask up to a width
- *  of 129 and grows with its height beyond. Uses about 58 KB of stack.
+ *  of 129 and grows with its height beyond. Uses up to 54 KB of stack.
  *
  *  Return vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (an empty region);
  *  vekStsStepErr (a step below 1); vekStsMaskSizeErr (a mask dimension below 1 or even, or a height
@@ -622,7 +622,7 @@ enum { vekiMask3x3 = 33, vekiMask5x5 = 55 };
 /** Vector median: each destination pixel becomes the pixel of the 3 x 3 or 5 x 5 neighbourhood
  *  centred on it whose sum of distances to all pixels of the neighbourhood is least. The distance
  *  of two pixels is the sum of the absolute differences of their channels. Among equals the first
- *  wins, counted row after row from the top left. Uses about 36 KB of stack.
+ *  wins, counted row after row from the top left. Uses up to 40 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (an empty region);
  *  vekStsStepErr (a step below 1); vekStsMaskSizeErr (`mask` is not one of the two). */
@@ -665,7 +665,7 @@ VEK_API VekStatus vekiMirror_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
  *  Forward, from linear light L = i / 255: V = 4.5 L below 0.018, 1.099 L^0.45 - 0.099 from there
  *  on. Inverse, from V = i / 255: L = V / 4.5 below 0.081, ((V + 0.099) / 1.099)^(1 / 0.45) from
  *  there on. Results are multiplied by 255 and rounded to nearest (exact halves to even). Reads the
- *  region alone; works in place. About 1 KB of stack.
+ *  region alone; works in place. About 2 KB of stack.
  *
  *  Return vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (the width, the height or
  *  a step below 1: steps are answered like sizes here). */

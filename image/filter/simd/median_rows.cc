@@ -41,13 +41,13 @@ struct VectorCount {
 
 }  // namespace
 
-constexpr MedianRows medianRows = {medianNetwork<Vector, 3>,
-                                   medianNetwork<Vector, 5>,
-                                   {medianNetwork<Vector, 7>, medianNetwork<Vector, 9>,
-                                    medianNetwork<Vector, 11>, medianNetwork<Vector, 13>},
-                                   Vector::size,
-                                   columnHistograms<VectorCount>,
-                                   runningHistogram};
+constexpr MedianRows medianRows = {
+    medianNetwork<Vector, 3>,
+    medianNetwork<Vector, 5>,
+    {medianNetwork<Vector, 7>, medianNetwork<Vector, 9>, medianNetwork<Vector, 11>},
+    Vector::size,
+    columnHistograms<VectorCount>,
+    runningHistogram};
 
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
@@ -56,12 +56,9 @@ HWY_AFTER_NAMESPACE();
 
 namespace vek::VEK_LEVEL {
 
-constexpr MedianRows medianRows = {portable::medianRows.MedianFilter3x3_8u,
-                                   portable::medianRows.MedianFilter5x5_8u,
-                                   {},
-                                   1,
-                                   columnHistograms<PlainCount>,
-                                   runningHistogram};
+constexpr MedianRows medianRows = {
+    medianNetwork<Sample, 3>,     medianNetwork<Sample, 5>, {}, Sample::size,
+    columnHistograms<PlainCount>, runningHistogram};
 
 }  // namespace vek::VEK_LEVEL
 

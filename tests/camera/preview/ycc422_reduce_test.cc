@@ -84,7 +84,7 @@ void compare(const Arguments& a, Random& random) {
 
 TEST(Ycc422Reduce, EqualsTheDefinition) {
   Random random(baseSeed());
-  for (int round = 0; round < 250 && !testing::Test::HasFailure(); ++round) {
+  for (int round = 0; round < 150 && !testing::Test::HasFailure(); ++round) {
     const int factor = 2 << random.in(0, 2);
     Arguments a = {};
     a.width = factor * random.size(150) + random.in(0, factor - 1);

@@ -66,10 +66,8 @@ TEST(FilterBox, SpansStrips) {
 
 /// Sums of more than 32 bits, and a factor of 0, over memory whose rows overlap.
 TEST(FilterBox, HugeMasks) {
-  struct Case {
-    int side, n;
-  };
-  for (const auto& [side, width] : {Case{4103, 40}, Case{92682, 3}}) {
+  for (const VekiSize& c : {VekiSize{40, 4103}, VekiSize{3, 92682}}) {
+    const int width = c.width, side = c.height;
     std::vector<Vek8u> src(static_cast<size_t>(2 * side + 3 * width + 3));
     for (size_t i = 0; i < src.size(); ++i) src[i] = i % 7 == 0 ? Vek8u(i / 7) : 255;
     std::vector<uint64_t> prefix(1);
@@ -90,7 +88,8 @@ TEST(FilterBox, HugeMasks) {
 }
 
 TEST(FilterBox, RefusesBadArguments) {
-  Vek8u src[64] = {}, dst[64] = {};
+  Vek8u image[128] = {}, dst[64] = {};
+  const Vek8u* const src = image + 32;
   struct Case {
     const Vek8u* src;
     int srcStep, dstStep;

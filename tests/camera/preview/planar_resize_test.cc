@@ -1,0 +1,334 @@
+// Planar YCbCr to planar YCbCr, 4:2:0 and 4:2:2.
+#include "vek/camera.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+#include "tests/camera/preview/resize_support.h"
+#include "tests/support/differential.h"
+
+namespace vek::test {
+namespace {
+
+/// A write pointer that visits a turned plane in source order.
+struct Walk420 {
+  ptrdiff_t start, increment, correction;
+};
+
+Walk420 walk420(int rotation, ptrdiff_t w, ptrdiff_t h, ptrdiff_t s) {
+  const Walk420 walks[6] = {{0, 1, s - w},          {(w - 1) * s, -s, w * s + 1},
+                            {h - 1, s, -w * s - 1}, {(h - 1) * s + w - 1, -1, w - s},
+                            {w - 1, -1, s + w},     {(h - 1) * s, 1, -s - w}};
+  return walks[rotation];
+}
+
+/// Writes w x h samples, sample(x, y), along a walk.
+template <class Sample>
+void writePlane(uint8_t* dst, const Walk420& way, int w, int h, Sample sample) {
+  dst += way.start;
+  for (int y = 0; y < h; ++y, dst += way.correction) {
+    for (int x = 0; x < w; ++x, dst += way.increment) *dst = static_cast<uint8_t>(sample(x, y));
+  }
+}
+
+/// One plane by the definition. Phases add up from row to row and from column to column.
+void resizePlane(int plane, const uint8_t* src, const Resize& a, uint8_t* dst, const Walk420& way) {
+  const bool luma = plane == 0;
+  const int w = luma ? a.dstWidth : a.dstWidth / 2, h = luma ? a.dstHeight : a.dstHeight / 2;
+  const int factor = a.exactReduction();
+  if (factor != 0 && a.interpolation == 1) {
+    const ptrdiff_t step = a.srcStep[plane], inset = factor == 4 ? 1 : 0;
+    return writePlane(dst, way, w, h, [&](int x, int y) {
+      const uint8_t* at = src + (factor * y + inset) * step + factor * x + inset;
+      return (at[0] + at[1] + at[step] + at[step + 1] + 4) >> 2;
+    });
+  }
+  if (factor != 0) {
+    const ptrdiff_t step = a.srcStep[plane == 2 ? 1 : plane];
+    const int row = factor == 4 && plane != 2 ? 1 : 0;
+    return writePlane(dst, way, w, h, [&](int x, int y) {
+      return src[(factor * y + row) * step + factor * x + 1];
+    });
+  }
+  const bool blended = luma && a.interpolation == 1;
+  const uint32_t bottom = static_cast<uint32_t>(a.srcHeight - 1) << 16;
+  const uint32_t right = static_cast<uint32_t>(a.srcWidth - 1) << 16;
+  uint32_t rowPhase = blended ? 0 : 32768, columnPhase = 0;
+  writePlane(dst, way, w, h, [&](int x, int y) {
+    if (x == 0 && y > 0) {
+      rowPhase += static_cast<uint32_t>(a.yStep);
+      if (blended && rowPhase >= bottom) rowPhase = bottom - 1;
+    }
+    columnPhase = x == 0 ? (blended ? 0 : 32768) : columnPhase + static_cast<uint32_t>(a.xStep);
+    if (blended) {
+      return bilinear(src, a.srcStep[0], rowPhase, columnPhase, columnPhase == right);
+    }
+    return int{
+        src[static_cast<ptrdiff_t>(rowPhase >> 16) * a.srcStep[plane] + (columnPhase >> 16)]};
+  });
+}
+
+void resize420(const Vek8u* const src[3], const Resize& a, uint8_t* const dst[3],
+               const int dstStep[3]) {
+  for (int i = 0; i < 3; ++i) {
+    const bool chroma = i != 0;
+    Walk420 way = walk420(a.rotation, a.dstWidth >> chroma, a.dstHeight >> chroma, dstStep[i]);
+    if (chroma && a.rotation == 5) way.correction = -(a.dstWidth / 2) - dstStep[1];
+    resizePlane(i, src[i], a, dst[i], way);
+  }
+}
+
+/// The write pointers of a plane for blocks of two rows and one (chroma) or two (luma) columns: the
+/// first one, the others relative to it, and how all move from block to block and from row pair to
+/// row pair.
+struct Walk422 {
+  ptrdiff_t start, right, below, increment, correction;
+};
+
+Walk422 lumaWalk(int rotation, ptrdiff_t w, ptrdiff_t h, ptrdiff_t s) {
+  const Walk422 walks[6] = {
+      {0, 1, s, 2, 2 * s - w},           {(w - 1) * s, -s, 1, -2 * s, w * s + 2},
+      {h - 1, s, -1, 2 * s, -w * s - 2}, {(h - 1) * s + w - 1, -1, -s, -2, w - 2 * s},
+      {w - 1, -1, s, -2, w + 2 * s},     {(h - 1) * s, 1, -s, 2, -(w + 2 * s)}};
+  return walks[rotation];
+}
+
+/// `w` and `h` are the luma's.
+Walk422 chromaWalk(int rotation, ptrdiff_t w, ptrdiff_t h, ptrdiff_t s) {
+  const Walk422 walks[6] = {
+      {0, 0, s, 1, 2 * s - w / 2},          {(w - 1) * s, 0, -s, -2 * s, w * s + 1},
+      {h / 2 - 1, 0, s, 2 * s, -w * s - 1}, {(h - 1) * s + w / 2 - 1, 0, -s, -1, w / 2 - 2 * s},
+      {w / 2 - 1, 0, s, -1, w / 2 + 2 * s}, {(h - 1) * s, 0, -s, 1, -(w / 2 + 2 * s)}};
+  return walks[rotation];
+}
+
+/// The three planes by the definition; all pointers and phases advance as the walk does.
+void resize422(const Vek8u* const src[3], const Resize& a, uint8_t* const dst[3],
+               const int dstStep[3]) {
+  const int64_t right = int64_t{a.srcWidth - 1} << 16, bottom = int64_t{a.srcHeight - 1} << 16;
+  const Walk422 luma = lumaWalk(a.rotation, a.dstWidth, a.dstHeight, dstStep[0]);
+  const Walk422 chroma[3] = {{},
+                             chromaWalk(a.rotation, a.dstWidth, a.dstHeight, dstStep[1]),
+                             chromaWalk(a.rotation, a.dstWidth, a.dstHeight, dstStep[2])};
+  const int half = a.interpolation == 0 ? 32768 : 0;
+  uint8_t* out[3] = {dst[0] + luma.start, dst[1] + chroma[1].start, dst[2] + chroma[2].start};
+  int64_t p0 = half, p1 = half + a.yStep;
+  for (int y = 0; y < a.dstHeight; y += 2) {
+    int64_t q0 = half, q1 = half + a.xStep, chromaColumn = 32768;
+    for (int x = 0; x < a.dstWidth; x += 2) {
+      const auto sample = [&](int64_t p, int64_t q, bool repeatRight) {
+        return static_cast<uint8_t>(a.interpolation == 0
+                                        ? src[0][(p >> 16) * a.srcStep[0] + (q >> 16)]
+                                        : bilinear(src[0], a.srcStep[0], p, q, repeatRight));
+      };
+      out[0][0] = sample(p0, q0, false);
+      out[0][luma.right] = sample(p0, q1, q1 >= right);
+      out[0][luma.below] = sample(p1, q0, false);
+      out[0][luma.below + luma.right] = sample(p1, q1, q1 >= right);
+      out[0] += luma.increment;
+      for (int i : {1, 2}) {
+        const auto row = [&](int64_t p) {
+          return src[i] + ((p + 32768 - half) >> 16) * a.srcStep[i];
+        };
+        out[i][0] = row(p0)[chromaColumn >> 16];
+        out[i][chroma[i].below] = row(p1)[chromaColumn >> 16];
+        out[i] += chroma[i].increment;
+      }
+      q0 += 2 * int64_t{a.xStep}, q1 += 2 * int64_t{a.xStep}, chromaColumn += a.xStep;
+    }
+    out[0] += luma.correction, out[1] += chroma[1].correction, out[2] += chroma[2].correction;
+    p0 += 2 * int64_t{a.yStep}, p1 += 2 * int64_t{a.yStep};
+    if (a.interpolation == 1 && p1 >= bottom) p1 = bottom - 1;
+  }
+}
+
+/// An exported function, its definition and its footprint.
+struct Function {
+  decltype(&vekiYCbCr420RszRot_8u_P3R) call;
+  decltype(&resize420) define;
+  decltype(&footprint::ycc420) footprint;
+  size_t srcAlign[3], dstAlign[3];
+};
+
+const Function ycc420 = {
+    vekiYCbCr420RszRot_8u_P3R, resize420, footprint::ycc420, {8, 8, 8}, {4, 2, 2}};
+const Function ycc422 = {
+    vekiYCbCr422RszRot_8u_P3R, resize422, footprint::ycc422, {4, 1, 1}, {4, 1, 1}};
+
+void compare(const Resize& a, const int dstStep[3], const Function& function, Random& random) {
+  SCOPED_TRACE(testing::Message() << a << " destination steps " << dstStep[0] << ", " << dstStep[1]
+                                  << ", " << dstStep[2]);
+  const auto print = function.footprint(a, dstStep);
+  std::vector<std::unique_ptr<Buffer>> planes, expected;
+  const Vek8u* src[3];
+  uint8_t* dst[3];
+  for (int i = 0; i < 3; ++i) {
+    planes.push_back(std::make_unique<Buffer>(print.src[i], function.srcAlign[i]));
+    planes[i]->fill(random, allPatterns[random.in(0, 5)]);
+    src[i] = planes[i]->data();
+    expected.push_back(std::make_unique<Buffer>(print.dst[i]));
+    dst[i] = expected[i]->data();
+  }
+  function.define(src, a, dst, dstStep);
+  std::vector<Destination> destinations;
+  for (int i = 0; i < 3; ++i) {
+    destinations.push_back({print.dst[i], function.dstAlign[i], 0, expected[i]->contents()});
+  }
+  runAtEveryLevel(destinations, [&](auto out) {
+    EXPECT_EQ(function.call(src, a.srcStep, a.srcWidth, a.srcHeight, out.data(), dstStep,
+                            a.dstWidth, a.dstHeight, a.interpolation, a.rotation, a.xStep, a.yStep),
+              0);
+  });
+}
+
+TEST(PlanarResize, EqualsTheDefinition) {
+  Random random(baseSeed());
+  for (int round = 0; round < 500 && !testing::Test::HasFailure(); ++round) {
+    const bool is420 = round % 2 == 0;
+    Resize a = is420 ? randomResize(random, 2, 2, 8, 8) : randomResize(random, 2, 1, 4, 1);
+    if (is420 && random.chance(40)) {  // 2:1 or 4:1, mostly unturned
+      const int factor = random.chance(50) ? 2 : 4;
+      a.srcWidth = factor * a.dstWidth + random.in(0, factor - 1);
+      a.srcHeight = factor * a.dstHeight + random.in(0, factor - 1);
+      randomSteps(a, random);
+      a.srcStep[0] = roundUp(a.srcWidth, 8);
+      for (int i : {1, 2}) a.srcStep[i] = roundUp(a.srcWidth / 2, 8) + 8 * random.in(0, 2);
+      if (random.chance(70)) a.rotation = 0;
+    }
+    const int across = a.turned() ? a.dstHeight : a.dstWidth, unit = is420 ? 2 : 1;
+    const int dstStep[3] = {roundUp(across, 4) + 4 * random.in(0, 2),
+                            roundUp(across / 2, unit) + unit * random.in(0, 3),
+                            roundUp(across / 2, unit) + unit * random.in(0, 3)};
+    compare(a, dstStep, is420 ? ycc420 : ycc422, random);
+  }
+}
+
+TEST(PlanarResize, SpansStripsAndTiles) {
+  Random random(baseSeed() + 1);
+  const int dstStep[3] = {1032, 516, 518};
+  for (int rotation = 0; rotation < 6; ++rotation) {
+    compare({1032, 142, {1032, 520, 528}, 1030, 140, 1, rotation, 65536, 65600}, dstStep, ycc420,
+            random);
+    compare({1032, 142, {1032, 520, 528}, 1030, 141, rotation % 2, rotation, 65536, 65536}, dstStep,
+            ycc422, random);
+  }
+}
+
+/// The steps at which the first lower row sits exactly on the last source row, and later ones
+/// below.
+TEST(PlanarResize, LowerRowsOf422AreHeldButTheFirst) {
+  Random random(baseSeed() + 2);
+  for (int height : {2, 3, 4, 5, 9}) {
+    for (int srcHeight : {2, 3, 8}) {
+      const int dstStep[3] = {12, 6, 6};
+      compare({8, srcHeight, {8, 4, 4}, 8, height, 1, 0, 65536, maxStep(srcHeight, height)},
+              dstStep, ycc422, random);
+    }
+  }
+}
+
+/// 12 x 8 to 6 x 4: the rounding constant 4 lets 255 wrap to 0.
+TEST(PlanarResize, ReductionRoundsByFour) {
+  struct Case {
+    Vek8u samples[4], average;
+  };
+  for (const Case& c : {Case{{255, 255, 255, 255}, 0}, {{1, 1, 1, 2}, 2}, {{0, 0, 0, 0}, 1}}) {
+    alignas(8) Vek8u y[8 * 16] = {}, chroma[4 * 8] = {}, out[4 * 8], cb[2 * 4], cr[2 * 4];
+    y[0] = c.samples[0], y[1] = c.samples[1], y[16] = c.samples[2], y[17] = c.samples[3];
+    const Vek8u* const src[3] = {y, chroma, chroma};
+    Vek8u* const dst[3] = {out, cb, cr};
+    const int srcStep[3] = {16, 8, 8}, dstStep[3] = {8, 4, 4};
+    ASSERT_EQ(
+        vekiYCbCr420RszRot_8u_P3R(src, srcStep, 12, 8, dst, dstStep, 6, 4, 1, 0, 131072, 131072),
+        0);
+    EXPECT_EQ(out[0], c.average);
+  }
+}
+
+TEST(PlanarResize, RefusesBadArguments) {
+  alignas(8) Vek8u memory[6][128] = {};
+  struct Args {
+    const Vek8u* src[3];
+    int srcStep[3], srcWidth, srcHeight;
+    Vek8u* dst[3];
+    int dstStep[3], dstWidth, dstHeight, interpolation, rotation, xStep, yStep;
+  };
+  const Args good420 = {{memory[0], memory[1], memory[2]},
+                        {8, 8, 8},
+                        8,
+                        8,
+                        {memory[3], memory[4], memory[5]},
+                        {8, 4, 4},
+                        8,
+                        8,
+                        0,
+                        0,
+                        65536,
+                        65536};
+  const Args good422 = {{memory[0], memory[1] + 1, memory[2] + 1},
+                        {8, 5, 5},
+                        8,
+                        8,
+                        {memory[3], memory[4] + 1, memory[5] + 1},
+                        {8, 5, 5},
+                        8,
+                        8,
+                        0,
+                        0,
+                        65536,
+                        65536};
+  const auto status = [](const Function& function, Args a, auto change) {
+    change(a);
+    return function.call(a.src, a.srcStep, a.srcWidth, a.srcHeight, a.dst, a.dstStep, a.dstWidth,
+                         a.dstHeight, a.interpolation, a.rotation, a.xStep, a.yStep);
+  };
+  const auto fails420 = [&](const char* what, auto change) {
+    EXPECT_EQ(status(ycc420, good420, change), vekStsBadArgErr) << what;
+  };
+  const auto fails422 = [&](const char* what, auto change) {
+    EXPECT_EQ(status(ycc422, good422, change), vekStsBadArgErr) << what;
+  };
+  const auto fail = [&](const char* what, auto change) {
+    fails420(what, change);
+    fails422(what, change);
+  };
+  EXPECT_EQ(status(ycc420, good420, [](Args&) {}), vekStsNoErr);
+  EXPECT_EQ(status(ycc422, good422, [](Args&) {}), vekStsNoErr);
+  EXPECT_EQ(status(ycc422, good422, [](Args& a) { a.dstHeight = 7; }), vekStsNoErr);
+  for (const Function& function : {ycc420, ycc422}) {
+    const Args& a = good420;
+    for (int null = 0; null < 4; ++null) {
+      EXPECT_EQ(function.call(null == 0 ? nullptr : a.src, null == 1 ? nullptr : a.srcStep, 8, 8,
+                              null == 2 ? nullptr : a.dst, null == 3 ? nullptr : a.dstStep, 8, 8, 0,
+                              0, 65536, 65536),
+                vekStsBadArgErr);
+    }
+  }
+  fail("null Cb", [](Args& a) { a.src[1] = nullptr; });
+  fail("null Cr destination and width 0", [](Args& a) { a.dst[2] = nullptr, a.dstWidth = 0; });
+  fail("luma alignment", [](Args& a) { a.src[0] += 2; });
+  fail("luma destination alignment", [](Args& a) { a.dst[0] += 2; });
+  fails420("Cr alignment", [](Args& a) { a.src[2] += 4; });
+  fails420("Cb destination alignment", [](Args& a) { a.dst[1] += 1; });
+  fail("1 to 1", [](Args& a) { a.srcHeight = a.dstHeight = 1; });
+  fail("negative width", [](Args& a) { a.srcWidth = INT32_MIN; });
+  fail("step above its limit", [](Args& a) { a.yStep = 65537; });
+  fail("negative step", [](Args& a) { a.xStep = -65536; });
+  fail("luma step alignment", [](Args& a) { a.srcStep[0] = 10; });
+  fail("luma destination step alignment", [](Args& a) { a.dstStep[0] = 10; });
+  fails420("chroma step alignment", [](Args& a) { a.srcStep[1] = 12; });
+  fails420("odd chroma destination step", [](Args& a) { a.dstStep[2] = 5; });
+  fail("odd width", [](Args& a) { a.dstWidth = 7; });
+  fails420("odd height", [](Args& a) { a.dstHeight = 7; });
+  fail("short luma", [](Args& a) { a.srcWidth = 9; });
+  fails422("short chroma", [](Args& a) { a.srcStep[2] = 3; });
+  fail("negative row step", [](Args& a) { a.srcStep[2] = -8; });
+  fail("interpolation 2", [](Args& a) { a.interpolation = 2; });
+  fail("rotation -1", [](Args& a) { a.rotation = -1; });
+  fail("rotation 6", [](Args& a) { a.rotation = 6; });
+  fail("turned luma row", [](Args& a) { a.dstHeight = 10, a.yStep = 1, a.rotation = 2; });
+  fail("chroma row", [](Args& a) { a.dstStep[1] = 2; });
+}
+
+}  // namespace
+}  // namespace vek::test
