@@ -224,6 +224,135 @@ VEK_API VekStatus vekiAWB_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSiz
 
 /* ==== Raw Bayer pipeline ===================================================================== */
 
+/* One raw frame to three 8-bit planes Y, Cb, Cr in one pass: dead pixels, gamma, demosaicing,
+ * colour correction, conversion, quarter turns, reduction by 2 or 4. What does not change from
+ * frame to frame is prepared once in a state; a state is only read by the frame function, so any
+ * number of threads may use one state on distinct frames.
+ *
+ * Raw samples: 10-bit values in 16-bit words, rows R Gr R Gr ... and Gb B Gb B ...; the region's
+ * top-left sample is red. Only the low 10 bits of a sample are looked at. A quad is the 2 x 2 group
+ * R, Gr, Gb, B at an even row and an even column of the region.
+ *
+ * With g(s) the gamma table's entry for sample s, each pixel gets its R, G, B in 0..255 from mapped
+ * samples g(s), by one of three rules:
+ *
+ * - Interior rule: a component that the site itself has is taken as it is; each other one is the
+ *   average of its nearest samples, the two beside or above and below the site, (a + b + 1) >> 1,
+ * or the four around it, (a + b + c + d + 2) >> 2. A quad needs one sample around it on every side.
+ * - Edge rule: all four pixels of a quad get R = g(R), G = (g(Gr) + g(Gb) + 1) >> 1, B = g(B).
+ *   Without a valid border it serves the quads along the four edges of the region.
+ * - Reduction: a pixel of the output gets the R, G, B that the edge rule has for one quad of its
+ *   block: the block itself at scale 2, the four samples in the centre of the 4 x 4 block at scale
+ * 4 (there B is the upper left sample and R the lower right one).
+ *
+ * With C the nine Q8 coefficients of the state, every sum in 32 bits and shifted arithmetically:
+ * Y = (C00 R + C01 G + C02 B) >> 8 (no rounding term), Cb = (C10 R + C11 G + C12 B + 32768) >> 8,
+ * Cr likewise with row 2, each clamped to 0..255. Chroma is converted from the average R, G, B of
+ * the pixels that share it, component by component: two neighbours in a destination row, (a + b +
+ * 1) >> 1, in 4:2:2; the destination's 2 x 2 block, (a + b + c + d + 2) >> 2, in 4:2:0. */
+
+/** A defective sample of the sensor. */
+typedef struct VekiDeadPixel {
+  Vek32s row;
+  Vek32s column;
+} VekiDeadPixel;
+
+/** Colour part of the pipeline's parameters. */
+typedef struct VekiRggbColorParam {
+  Vek32u gammaMode;     /**< 0: built-in curve gammaCurve[0]; 1: the caller's table gammaTable[0] */
+  Vek32u gammaCurve[3]; /**< mode 0: 0 linear, 1 the standard curve; [1] and [2] are not read */
+  const Vek8u* gammaTable[3];      /**< mode 1: 1024 entries; [1] and [2] are not read */
+  const VekiDeadPixel* deadPixels; /**< in sensor coordinates; null: none */
+  Vek32s numDeadPixels;            /**< entries of deadPixels */
+  Vek32s rowOffset;                /**< sensor row of the region's first row, at least 0 */
+  Vek32s colOffset;                /**< sensor column of the region's first column, at least 0 */
+  Vek32u reserved;                 /**< must be 0 */
+  const Vek16s* colorMatrix; /**< nine Q8 coefficients (256 is 1), row-major: rows the corrected
+                                  R, G, B, columns the camera's */
+} VekiRggbColorParam;
+
+/** Geometry of the pipeline. Sizes are in samples (source) and luma pixels (destination, after the
+ *  rotation), steps in bytes. */
+typedef struct VekiRggbGeometry {
+  Vek32s srcStep;   /**< even; of any sign and size otherwise */
+  Vek32s srcWidth;  /**< even */
+  Vek32s srcHeight; /**< even */
+  Vek32s dstStep[3];
+  Vek32s dstWidth;     /**< of the region as it is seen after the rotation: all of it, half of */
+  Vek32s dstHeight;    /**< it or a quarter of it, the same in both directions (scale 1, 2, 4) */
+  Vek32s filterMode;   /**< 2 at scale 1, 3 at scales 2 and 4; nothing else depends on it */
+  Vek32s rotation;     /**< vekiRotNone, vekiRot90Ccw, vekiRot90Cw or vekiRot180 (0..3) */
+  Vek32s chromaFormat; /**< 8: 4:2:2, chroma of half the width; 9: 4:2:0, half the height as well */
+  Vek32s srcBorderValid; /**< scale 1. 0: the region is all there is, the edge rule serves its
+                            edges; otherwise one more sample is valid on every side of the region,
+                            and the interior rule serves everything */
+} VekiRggbGeometry;
+
+/** What InitAlloc prepares; its contents are the library's own. */
+typedef struct VekiRggbToYCbCrState VekiRggbToYCbCrState;
+
+/** Checks the parameters and prepares a state from them.
+ *
+ *  Coefficients: C = K * colorMatrix in Q8, each entry (sum + 128) >> 8, wrapped to 16 bits, with
+ *
+ *           R    G    B
+ *      Y   77  143   29
+ *      Cb -30  -85  128
+ *      Cr 128 -107  -21
+ *
+ *  (not the textbook's: the rows sum to 249, 13 and 0).
+ *
+ *  Built-in gamma curves: straight lines between 33 control points with inputs and outputs of
+ *  0..1024. With q the truncated 1024 * (y1 - y0) * (i - x0) / (x1 - x0) of a segment, entry i is
+ *  min(255, (1024 * y0 + q + 512) >> 12), which rounds up the last eighth of a step only: the
+ * linear curve maps 0..3 to 0, 4..7 to 1, ..., 1020..1023 to 255.
+ *
+ *  Dead pixels: with both offsets 0 the state uses the caller's array where it lies, whatever it
+ *  holds. Otherwise entries above or left of the region are dropped and the others are copied in
+ *  their order, with the offsets subtracted; entries beyond its right or bottom edge stay.
+ *
+ *  The caller's gamma table (mode 1) and a dead-pixel array used in place must live as long as the
+ *  state; everything else is copied. All memory comes from vekiMalloc. Two pieces are never
+ *  returned: the block for the state when an argument is refused, since it is taken before the
+ *  checks, and the copy of a dead-pixel list.
+ *
+ *  Returns vekStsNoErr with *ppState set. Otherwise *ppState is untouched and the result is
+ *  vekStsBadArgErr if, in this order: pParam or pGeom is null; gammaMode is above 1; gammaCurve[0]
+ *  is above 1 (mode 0); gammaTable[0] is null (mode 1); reserved is not 0; an offset is negative;
+ *  colorMatrix is null; srcStep, srcWidth or srcHeight is odd; dstWidth or dstHeight is below 1;
+ *  rotation is not 0..3; chromaFormat is not 8 or 9; the destination is neither the whole, half nor
+ *  a quarter of the turned region; dstStep[0] is below dstWidth, dstStep[1] or dstStep[2] below
+ *  dstWidth / 2; dstStep[0] is not a multiple of 8 (at scales 2 and 4: of 4), dstStep[1] or
+ *  dstStep[2] not a multiple of 4 (of 2); at scales 2 and 4 dstWidth is not a multiple of 4 or
+ *  dstHeight is odd; filterMode does not belong to the scale; a list to be copied has no entries,
+ * or its first entry inside the region is the region's top-left sample; ppState is null. It is
+ *  vekStsMemAllocErr, and all memory of this call is returned, if the arguments are fine and
+ *  vekiMalloc has given null. */
+VEK_API VekStatus vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(const VekiRggbColorParam* pParam,
+                                                         const VekiRggbGeometry* pGeom,
+                                                         VekiRggbToYCbCrState** ppState);
+
+/** Releases a state and the tables that it owns. Always returns vekStsNoErr; null is accepted. */
+VEK_API VekStatus vekiFree_10RGGBtoYCbCr_RotRsz_P3R(VekiRggbToYCbCrState* pState);
+
+/** Converts one frame.
+ *
+ *  pSrc is the region's top-left sample. First each listed dead pixel is replaced in the frame
+ *  itself, in list order: by the sample two columns to its left if its column is above 1, else by
+ *  the one two rows above if its row is above 1; in the top-left quad it stays. Row r, column c is
+ *  the sample r * (srcStep / 2) + c, without regard to the region's size: entries outside the
+ * region reach the memory that this gives. Then the region is converted as described above. Apart
+ * from listed pixels it is only read, with one sample around it if that is valid (scale 1).
+ *
+ *  Alignment: pSrc 2 bytes. Scale 1: pDst[0] 8 bytes, pDst[1] and pDst[2] 4; without a valid border
+ *  the same holds for pDst[0] + 2, pDst[1] + 1 and pDst[2] + 1 instead, where the interior starts.
+ *  Scales 2 and 4: pDst[0] 4 bytes, pDst[1] and pDst[2] 2.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr, with the frame unchanged, if, in this order: pState is
+ *  null; pSrc is null; pDst or a plane is null; a plane is misaligned. */
+VEK_API VekStatus veki10RGGBtoYCbCr_RotRsz_8u_P3R(Vek16u* pSrc, Vek8u* const pDst[3],
+                                                  const VekiRggbToYCbCrState* pState);
+
 /* ==== Preview: resize, rotate, convert ======================================================= */
 
 /* Common to the preview functions.

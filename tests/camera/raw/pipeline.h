@@ -1,0 +1,55 @@
+// Parameters and states for the tests of the raw pipeline.
+#pragma once
+
+#include "vek/camera.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace vek::test {
+
+/// Geometry of a region of width x height samples reduced by `scale`, with the smallest legal
+/// steps.
+inline VekiRggbGeometry rawGeometry(int width, int height, int scale = 1, int rotation = 0,
+                                    int chromaFormat = 9, int borderValid = 0) {
+  const bool turned = rotation == 1 || rotation == 2;
+  const int dstWidth = (turned ? height : width) / scale;
+  const int dstHeight = (turned ? width : height) / scale;
+  const int unit = scale == 1 ? 8 : 4;
+  const int luma = (dstWidth + unit - 1) / unit * unit;
+  const int chroma = (dstWidth / 2 + unit / 2 - 1) / (unit / 2) * (unit / 2);
+  return {2 * (width + (borderValid != 0 ? 2 : 0)),
+          width,
+          height,
+          {luma, chroma, chroma},
+          dstWidth,
+          dstHeight,
+          scale == 1 ? 2 : 3,
+          rotation,
+          chromaFormat,
+          borderValid};
+}
+
+inline constexpr Vek16s identityMatrix[9] = {256, 0, 0, 0, 256, 0, 0, 0, 256};
+
+/// Built-in linear curve, identity matrix, no dead pixels, no offset.
+inline VekiRggbColorParam rawColor() {
+  VekiRggbColorParam color = {};
+  color.colorMatrix = identityMatrix;
+  return color;
+}
+
+struct ReleaseState {
+  void operator()(VekiRggbToYCbCrState* state) const {
+    EXPECT_EQ(vekiFree_10RGGBtoYCbCr_RotRsz_P3R(state), vekStsNoErr);
+  }
+};
+using RawState = std::unique_ptr<VekiRggbToYCbCrState, ReleaseState>;
+
+inline RawState makeState(const VekiRggbColorParam& color, const VekiRggbGeometry& geometry) {
+  VekiRggbToYCbCrState* state = nullptr;
+  EXPECT_EQ(vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(&color, &geometry, &state), vekStsNoErr);
+  return RawState(state);
+}
+
+}  // namespace vek::test
