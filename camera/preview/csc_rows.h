@@ -20,6 +20,12 @@ struct CscRows {
   CscRow rgb555;
   CscRow rgb444;
   CscRow bgr24;
+
+  /// Formats in the order above, from 0.
+  CscRow of(int format) const {
+    const CscRow rows[] = {rgb565, rgb555, rgb444, bgr24};
+    return rows[format];
+  }
 };
 
 VEK_KERNEL_TABLE(CscRows, cscRows)

@@ -13,7 +13,13 @@ struct Orientation {
   ptrdiff_t start;
   ptrdiff_t dx;
   ptrdiff_t dy;
+  bool turned;  ///< a quarter turn: columns of the scaled image become destination rows
 };
+
+/// Whether the destination holds the scaled image's columns as its rows.
+inline bool isQuarterTurn(int rotation) {
+  return rotation == 1 || rotation == 2;
+}
 
 /// Orientation of a scaled image of `width` x `height` pixels of `bytes` bytes each in a plane with
 /// row step `step`. Codes: 0 unrotated, 1 quarter turn counter-clockwise, 2 quarter turn clockwise,
@@ -24,23 +30,18 @@ inline Orientation orientation(int rotation, ptrdiff_t width, ptrdiff_t height, 
   const ptrdiff_t bottom = (height - 1) * step;
   switch (rotation) {
     case 1:
-      return {(width - 1) * step, -step, bytes};
+      return {(width - 1) * step, -step, bytes, true};
     case 2:
-      return {(height - 1) * bytes, step, -bytes};
+      return {(height - 1) * bytes, step, -bytes, true};
     case 3:
-      return {right + bottom, -bytes, -step};
+      return {right + bottom, -bytes, -step, false};
     case 4:
-      return {right, -bytes, step};
+      return {right, -bytes, step, false};
     case 5:
-      return {bottom, bytes, -step};
+      return {bottom, bytes, -step, false};
     default:
-      return {0, bytes, step};
+      return {0, bytes, step, false};
   }
-}
-
-/// Whether the destination holds the scaled image's columns as its rows.
-inline bool isQuarterTurn(int rotation) {
-  return rotation == 1 || rotation == 2;
 }
 
 }  // namespace vek

@@ -19,6 +19,9 @@ struct ResampleRows {
   /// `lastColumn` is replaced by the left one; the callers' step limits give it weight 0 there.
   void (*bilinear)(const Vek8u* top, const Vek8u* bottom, Vek32s fy, ptrdiff_t lastColumn,
                    Vek32u phase, Vek32u step, ptrdiff_t n, Vek8u* dst);
+
+  /// dst[2i] = even[i], dst[2i + 1] = odd[i] for i < n.
+  void (*interleave)(const Vek8u* even, const Vek8u* odd, ptrdiff_t n, Vek8u* dst);
 };
 
 VEK_KERNEL_TABLE(ResampleRows, resampleRows)

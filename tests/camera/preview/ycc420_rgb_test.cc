@@ -4,38 +4,11 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "tests/footprint/preview.h"
+#include "tests/camera/preview/resize_support.h"
 #include "tests/support/differential.h"
 
 namespace vek::test {
 namespace {
-
-using footprint::Resize;
-
-int maxStep(int src, int dst) {
-  return static_cast<int>((((src & ~1) - 1) * 65536LL) / ((dst & ~1) - 1));
-}
-
-int pixelBytes(int format) {
-  return format == 7 ? 3 : 2;
-}
-
-/// One pixel in memory, by the formula.
-std::vector<uint8_t> convert(int y, int cb, int cr, int format) {
-  const int bits[4][3] = {{5, 6, 5}, {5, 5, 5}, {4, 4, 4}, {8, 8, 8}};
-  const int luma = (y - 16) * 298;
-  const int raw[3] = {luma + 409 * (cr - 128), luma - 100 * (cb - 128) - 208 * (cr - 128),
-                      luma + 516 * (cb - 128)};
-  int c[3];
-  for (int i = 0; i < 3; ++i) {
-    const int n = bits[format - 4][i];
-    c[i] = std::clamp(raw[i] >> (16 - n), 0, (1 << n) - 1);
-  }
-  if (format == 7) return {uint8_t(c[2]), uint8_t(c[1]), uint8_t(c[0])};
-  const int green = bits[format - 4][1], blue = bits[format - 4][2];
-  const int word = c[0] << (green + blue) | c[1] << blue | c[2];
-  return {uint8_t(word & 255), uint8_t(word >> 8)};
-}
 
 struct Source {
   Buffer& y;
@@ -48,21 +21,14 @@ std::vector<uint8_t> expected(const Source& src, const Resize& a, int format) {
   const auto at = [&](Buffer& plane, int step, int64_t row, int64_t column) {
     return int{plane.data()[row * step + column]};
   };
-  const auto blend = [](int p, int q, int64_t f) {
-    return p + static_cast<int>(((q - p) * f) >> 16);
-  };
-  const int width = a.dstWidth, height = a.dstHeight, bytes = pixelBytes(format);
+  const int width = a.dstWidth, height = a.dstHeight, bytes = pixelBytes(format - 4);
   const auto luma = [&](int x, int y) {
     int64_t row = int64_t{y} * a.yStep;
     const int64_t column = int64_t{x} * a.xStep;
     if (a.interpolation == 0)
       return at(src.y, a.srcStep[0], (row + 32768) >> 16, (column + 32768) >> 16);
     if (y % 2 == 1 && row >= (int64_t{a.srcHeight} - 1) << 16) row -= a.yStep;
-    const int64_t r = row >> 16, c = column >> 16;
-    const int64_t fx = column & 0xFFFF, fy = row & 0xFFFF;
-    const int64_t c1 = c + (fx != 0), r1 = r + (fy != 0);
-    return blend(blend(at(src.y, a.srcStep[0], r, c), at(src.y, a.srcStep[0], r, c1), fx),
-                 blend(at(src.y, a.srcStep[0], r1, c), at(src.y, a.srcStep[0], r1, c1), fx), fy);
+    return bilinear(src.y.data(), a.srcStep[0], row, column, false);
   };
   const ptrdiff_t across = a.turned() ? height : width;
   std::vector<uint8_t> out(static_cast<size_t>(width) * height * bytes);
@@ -74,7 +40,7 @@ std::vector<uint8_t> expected(const Source& src, const Resize& a, int format) {
       const int64_t chromaColumn = (32768 + int64_t{fromX / 2} * a.xStep) >> 16;
       const auto pixel =
           convert(luma(fromX, fromY), at(src.cb, a.srcStep[1], chromaRow, chromaColumn),
-                  at(src.cr, a.srcStep[2], chromaRow, chromaColumn), format);
+                  at(src.cr, a.srcStep[2], chromaRow, chromaColumn), format - 4);
       const int rowOf[6] = {y, width - 1 - x, x, height - 1 - y, y, height - 1 - y};
       const int columnOf[6] = {x, y, height - 1 - y, width - 1 - x, width - 1 - x, x};
       std::copy(pixel.begin(), pixel.end(),
@@ -85,18 +51,15 @@ std::vector<uint8_t> expected(const Source& src, const Resize& a, int format) {
 }
 
 void compare(const Resize& a, int format, int dstStep, Random& random) {
-  SCOPED_TRACE(testing::Message() << a.srcWidth << 'x' << a.srcHeight << " to " << a.dstWidth << 'x'
-                                  << a.dstHeight << " format " << format << " interpolation "
-                                  << a.interpolation << " rotation " << a.rotation << " steps "
-                                  << a.xStep << ", " << a.yStep);
-  const auto print = footprint::ycc420Rgb(a, dstStep, pixelBytes(format));
+  SCOPED_TRACE(testing::Message() << a << " format " << format);
+  const auto print = footprint::ycc420Rgb(a, dstStep, pixelBytes(format - 4));
   Buffer y(print.src[0], 4), cb(print.src[1], 2), cr(print.src[2], 2);
   const Pattern pattern = allPatterns[random.in(0, 5)];
   y.fill(random, random.chance(50) ? Pattern::noise : pattern);
   cb.fill(random, pattern);
   cr.fill(random, random.chance(50) ? Pattern::noise : pattern);
   const Vek8u* const src[3] = {y.data(), cb.data(), cr.data()};
-  runAtEveryLevel({{print.dst, 8, 0, expected({y, cb, cr}, a, format)}}, [&](auto dst) {
+  runAtEveryLevel({{print.dst[0], 8, 0, expected({y, cb, cr}, a, format)}}, [&](auto dst) {
     EXPECT_EQ(vekiYCbCr420RszCscRotRGB_8u_P3C3R(src, a.srcStep, a.srcWidth, a.srcHeight, dst[0],
                                                 dstStep, a.dstWidth, a.dstHeight, format,
                                                 a.interpolation, a.rotation, a.xStep, a.yStep),
@@ -107,25 +70,11 @@ void compare(const Resize& a, int format, int dstStep, Random& random) {
 TEST(Ycc420Rgb, EqualsTheDefinition) {
   Random random(baseSeed());
   for (int round = 0; round < 400 && !testing::Test::HasFailure(); ++round) {
-    Resize a = {};
-    a.srcWidth = random.size(150) + 1;
-    a.srcHeight = random.size(60) + 1;
-    const bool unscaled = random.chance(40);
-    a.dstWidth = unscaled ? a.srcWidth : random.size(150) + 1;
-    a.dstHeight = unscaled ? a.srcHeight : random.size(60) + 1;
-    const int xMost = maxStep(a.srcWidth, a.dstWidth), yMost = maxStep(a.srcHeight, a.dstHeight);
-    a.xStep = unscaled ? 65536 : random.chance(50) ? xMost : random.in(1, xMost);
-    a.yStep = unscaled ? 65536 : random.chance(50) ? yMost : random.in(1, yMost);
-    a.srcStep[0] = (a.srcWidth + 3) / 4 * 4 + 4 * random.in(0, 2);
-    a.srcStep[1] = (a.srcWidth / 2 + 1) / 2 * 2 + 2 * random.in(0, 2);
-    a.srcStep[2] = (a.srcWidth / 2 + 1) / 2 * 2 + 2 * random.in(0, 2);
-    a.interpolation = random.in(0, 1);
-    a.rotation = random.in(0, 5);
+    const Resize a = randomResize(random, 1, 1, 4, 2);
     const int format = random.in(4, 7);
     const int across = a.turned() ? a.dstHeight : a.dstWidth;
     const int unit = format == 7 ? 2 : 8;
-    const int dstStep =
-        (across * pixelBytes(format) + unit - 1) / unit * unit + unit * random.in(0, 2);
+    const int dstStep = roundUp(across * pixelBytes(format - 4), unit) + unit * random.in(0, 2);
     compare(a, format, dstStep, random);
   }
 }
@@ -152,7 +101,7 @@ TEST(Ycc420Rgb, KnownColours) {
       {255, 128, 255, 6, 0x0FAF}, {0, 0, 128, 5, 0x0060},
   };
   for (const Case& c : cases) {
-    const std::vector<uint8_t> pixel = convert(c.y, c.cb, c.cr, c.format);
+    const std::vector<uint8_t> pixel = convert(c.y, c.cb, c.cr, c.format - 4);
     alignas(8) Vek8u luma[8] = {}, cb[4] = {}, cr[4] = {}, dst[32] = {};
     luma[0] = luma[1] = luma[4] = luma[5] = static_cast<Vek8u>(c.y);
     cb[0] = static_cast<Vek8u>(c.cb);

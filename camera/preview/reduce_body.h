@@ -1,0 +1,51 @@
+// The loops behind ReduceRows, compiled for every level.
+#pragma once
+
+#include "camera/preview/reduce_rows.h"
+
+namespace vek::VEK_LEVEL {
+namespace {
+
+/// The compiler makes vectors of the loop only where it knows the stride.
+template <int stride>
+void pickEvery(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict dst) {
+  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = src[i * stride];
+}
+
+void pick(const Vek8u* src, ptrdiff_t stride, ptrdiff_t n, Vek8u* dst) {
+  switch (stride) {
+    case 2:
+      return pickEvery<2>(src, n, dst);
+    case 4:
+      return pickEvery<4>(src, n, dst);
+    case 8:
+      return pickEvery<8>(src, n, dst);
+    case 16:
+      return pickEvery<16>(src, n, dst);
+    default:
+      return pickEvery<32>(src, n, dst);
+  }
+}
+
+template <int stride>
+void sumBlocksEvery(const Vek8u* __restrict top, const Vek8u* __restrict bottom, ptrdiff_t n,
+                    Vek8u* __restrict dst) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const ptrdiff_t x = i * stride;
+    dst[i] = static_cast<Vek8u>((top[x] + top[x + 1] + bottom[x] + bottom[x + 1] + 4) >> 2);
+  }
+}
+
+void sumBlocks(const Vek8u* top, const Vek8u* bottom, ptrdiff_t stride, ptrdiff_t n, Vek8u* dst) {
+  if (stride == 2) {
+    sumBlocksEvery<2>(top, bottom, n, dst);
+  } else {
+    sumBlocksEvery<4>(top, bottom, n, dst);
+  }
+}
+
+}  // namespace
+
+constexpr ReduceRows reduceRows = {pick, sumBlocks};
+
+}  // namespace vek::VEK_LEVEL

@@ -1,0 +1,1 @@
+#include "camera/preview/reduce_body.h"

@@ -1,0 +1,110 @@
+// YCbCr 4:2:2 resize and rotate.
+#include "vek/camera.h"
+
+#include "camera/preview/plane_resize.h"
+#include "core/check.h"
+
+namespace vek {
+namespace {
+
+VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int srcHeight,
+                Vek8u* const* pDst, const int* dstStep, int dstWidth, int dstHeight,
+                int interpolation, int rotation, int xStep, int yStep) {
+  if (anyPlaneNull(pSrc) || anyPlaneNull(pDst) || anyNull({srcStep, dstStep}) ||
+      isMisaligned(pDst[0], 4) || isMisaligned(pSrc[0], 4) || isOdd(dstWidth)) {
+    return vekStsBadArgErr;
+  }
+  if (anyBelowOne({xStep, yStep}) || stepTooLarge(xStep, srcWidth, dstWidth) ||
+      stepTooLarge(yStep, srcHeight, dstHeight)) {
+    return vekStsBadArgErr;
+  }
+  if (isMisaligned(srcStep[0], 4) || isMisaligned(dstStep[0], 4) ||
+      anyBelowOne({srcStep[0], srcStep[1], srcStep[2], dstStep[0], dstStep[1], dstStep[2]}) ||
+      srcStep[0] < srcWidth || srcStep[1] < srcWidth / 2 || srcStep[2] < srcWidth / 2) {
+    return vekStsBadArgErr;
+  }
+  const int rowBytes = isQuarterTurn(rotation) ? dstHeight : dstWidth;
+  if (dstStep[0] < rowBytes || dstStep[1] < rowBytes / 2 || dstStep[2] < rowBytes / 2 ||
+      interpolation < 0 || interpolation > 1 || rotation < vekiRotNone ||
+      rotation > vekiMirrorTopBottom) {
+    return vekStsBadArgErr;
+  }
+  return vekStsNoErr;
+}
+
+/// Chroma of a quarter turn. The destination is subsampled along its own rows, so each pair of
+/// source rows becomes one destination column that alternates between the two.
+template <class SourceRow>
+void resizeTurnedChroma(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, Vek32u xStep,
+                        ptrdiff_t width, RowRange rowPairs, SourceRow sourceRow) {
+  const ResampleRows& kernels = select(resampleRows);
+  alignas(64) Vek8u even[turnedTileSide / 2];
+  alignas(64) Vek8u odd[turnedTileSide / 2];
+  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t pair, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
+                            ptrdiff_t step) {
+    for (const ptrdiff_t end = pair + count; pair < end; ++pair, out += step) {
+      const Vek8u* upper = src.row(sourceRow(2 * pair));
+      const Vek8u* lower = src.row(sourceRow(2 * pair + 1));
+      kernels.interleave(nearestRow(kernels, upper, xStep, x / 2, n / 2, even),
+                         nearestRow(kernels, lower, xStep, x / 2, n / 2, odd), n / 2, out);
+    }
+  };
+  walkTiles(dst, at, 1, width, rowPairs, makeTile);
+}
+
+/// Rows are made in pairs. With an odd height the last pair has one row more than the scaled image;
+/// it comes last in all planes, as what it writes outside may be another row's or plane's.
+void _vekiYCbCr422RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int srcHeight,
+                                const Scaling& scaling, int rotation) {
+  const ptrdiff_t width = scaling.width, height = scaling.height;
+  const Vek32u lastPhase = lastRowPhase(srcHeight);
+  // Only the lower rows of the pairs are kept above the last source row, and not the first of them.
+  const auto rowPhase = [&](ptrdiff_t y) {
+    const Vek32u phase = static_cast<Vek32u>(y) * scaling.yStep;
+    const bool held = scaling.bilinear && (y & 1) != 0 && y > 1 && phase >= lastPhase;
+    return held ? lastPhase - 1 : phase;
+  };
+  const auto sourceRow = [&](ptrdiff_t y) { return (rowPhase(y) + halfSample) >> 16; };
+
+  const auto resizeRows = [&](RowRange rows) {
+    const Orientation luma = orientation(rotation, width, height, 1, planes.dst[0].step);
+    if (scaling.bilinear) {
+      resizeBilinear(planes.src[0], srcWidth, planes.dst[0].data, luma, scaling.xStep, width, rows,
+                     rowPhase);
+    } else {
+      resizeNearest(planes.src[0], planes.dst[0].data, luma, scaling.xStep, width, rows, sourceRow);
+    }
+    for (int i : {1, 2}) {
+      const Plane<Vek8u> dst = planes.dst[i];
+      if (isQuarterTurn(rotation)) {
+        resizeTurnedChroma(planes.src[i], dst.data,
+                           orientation(rotation, width, height / 2, 1, dst.step), scaling.xStep,
+                           width, {rows.first / 2, rows.end / 2}, sourceRow);
+      } else {
+        resizeNearest(planes.src[i], dst.data,
+                      orientation(rotation, width / 2, height, 1, dst.step), scaling.xStep,
+                      width / 2, rows, sourceRow);
+      }
+    }
+  };
+  const ptrdiff_t evenHeight = height & ~ptrdiff_t{1};
+  resizeRows({0, evenHeight});
+  if (height != evenHeight) resizeRows({evenHeight, evenHeight + 2});
+}
+
+}  // namespace
+}  // namespace vek
+
+extern "C" VekStatus vekiYCbCr422RszRot_8u_P3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                               int srcWidth, int srcHeight, Vek8u* const pDst[3],
+                                               const int dstStep[3], int dstWidth, int dstHeight,
+                                               int interpolation, int rotation, int xStep,
+                                               int yStep) {
+  const VekStatus status = vek::check(pSrc, srcStep, srcWidth, srcHeight, pDst, dstStep, dstWidth,
+                                      dstHeight, interpolation, rotation, xStep, yStep);
+  if (status != vekStsNoErr) return status;
+  const vek::Scaling scaling(dstWidth, dstHeight, interpolation, xStep, yStep);
+  vek::_vekiYCbCr422RszRot_8u_P3R({pSrc, srcStep, pDst, dstStep}, srcWidth, srcHeight, scaling,
+                                  rotation);
+  return vekStsNoErr;
+}
