@@ -3,9 +3,6 @@
 namespace vekcam {
 namespace {
 
-/// How fast the colour follows a new light: a gain moves by at most a sixth of unity a frame.
-constexpr int gainStepPerFrame = 40;
-
 PipelineSettings pipelineSettings(const LoopSettings& settings, const Sensor& sensor) {
   PipelineSettings pipeline;
   pipeline.region = settings.size;

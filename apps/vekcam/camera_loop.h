@@ -16,6 +16,9 @@ namespace vekcam {
 const std::vector<Light>& lightScript();
 constexpr int framesPerLight = 24;
 
+/// How fast the colour follows a new light: the most that a frame changes a gain by, in 1/256.
+constexpr int gainStepPerFrame = 40;
+
 struct LoopSettings {
   VekiSize size = {1280, 720};    ///< of the sensor, even
   VekiSize preview = {640, 360};  ///< of the picture before it is turned, even

@@ -15,9 +15,11 @@ constexpr int windowTolerance = 180;
 static_assert(windowTarget + windowTolerance > scaleMultiplier * (windowTarget - windowTolerance));
 
 // The histogram law sets the exposure directly. Inside its band it follows the brightness instead
-// of correcting it, so the brightness swings about the target by a little more than the tolerance.
+// of correcting it, so the brightness swings about the target by up to twice the tolerance; a swing
+// must not make the frame count as dark.
 constexpr int histogramTarget = 200;
-constexpr int histogramTolerance = 30;
+constexpr int histogramTolerance = 12;
+constexpr int histogramSwing = 3 * histogramTolerance;  ///< with the steps of the gain
 
 int libraryMode(Metering metering) {
   switch (metering) {
@@ -98,7 +100,7 @@ const char* name(Metering metering) {
 
 Exposure::Exposure(Metering metering, VekiSize size)
     : target_(metering == Metering::histogram ? histogramTarget : windowTarget),
-      tolerance_(metering == Metering::histogram ? histogramTolerance : windowTolerance),
+      margin_(metering == Metering::histogram ? histogramSwing : windowTolerance),
       metering_(metering),
       windows_(meteredWindows(metering, size)),
       weights_(windows_.size(), static_cast<Vek16u>(65535 / windows_.size())) {
@@ -112,11 +114,11 @@ Exposure::Exposure(Metering metering, VekiSize size)
   // the lowest third.
   params.histCountThresh =
       static_cast<Vek16u>(std::clamp(size.width * size.height / 20000, 2, 65535));
-  params.histSpreadThresh = 560;
-  params.darkThresh = 560;
+  params.histSpreadThresh = 570;
+  params.darkThresh = 570;
   params.brightThresh = 340;
   params.target = static_cast<Vek16u>(target_);
-  params.tolerance = static_cast<Vek16u>(tolerance_);
+  params.tolerance = metering == Metering::histogram ? histogramTolerance : windowTolerance;
   params.scaleMultiplier = scaleMultiplier;
   params.stepSize = gainStep;
   params.scaleMin = controlRange.minExposure;

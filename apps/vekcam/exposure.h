@@ -1,6 +1,7 @@
 // Automatic exposure of one camera.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -10,7 +11,9 @@
 
 namespace vekcam {
 
-enum class Metering { histogram, frame, centre, windows };
+enum class Metering { frame, centre, windows, histogram };
+inline constexpr std::array allMeterings = {Metering::frame, Metering::centre, Metering::windows,
+                                            Metering::histogram};
 
 const char* name(Metering metering);
 
@@ -30,16 +33,16 @@ class Exposure {
   /// frame that is blown out for the histogram starts again from the shortest exposure.
   VekStatus update(const RawFrame& frame, Controls& controls);
 
-  /// The brightness that the metering mode sees, and the band that it aims at: a mean of green
+  /// The brightness that the metering mode sees, and the band that it keeps it in: a mean of green
   /// samples for the histogram, of the sum of a quad's two greens for the other modes.
   double brightness(const RawFrame& frame) const;
-  double low() const { return target_ - tolerance_; }
-  double high() const { return target_ + tolerance_; }
+  double low() const { return target_ - margin_; }
+  double high() const { return target_ + margin_; }
   bool inBand(double brightness) const { return brightness >= low() && brightness <= high(); }
   double fullScale() const { return metering_ == Metering::histogram ? 1023 : 2046; }
 
  private:
-  double target_, tolerance_;
+  double target_, margin_;
   Metering metering_;
   std::vector<VekiRect> windows_;  ///< kept alive for the state
   std::vector<Vek16u> weights_;

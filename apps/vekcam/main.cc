@@ -1,12 +1,12 @@
 // vekcam: a camera on a desk. See `vekcam --help`.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <exception>
-#include <functional>
-#include <map>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "vekcam/develop.h"
 #include "vekcam/files.h"
@@ -56,14 +56,13 @@ void addSimulate(CLI::App& program, SimulateSettings& settings) {
   CLI::App& app =
       *program.add_subcommand("simulate", "Run a simulated camera through changing light");
   app.footer(
-      "Shows a test scene to a simulated 10-bit RGGB sensor and closes the loop: exposure and "
-      "white\n"
-      "balance drive the sensor while the light changes every " +
+      "Shows a test scene to a simulated 10-bit RGGB sensor and closes the loop: exposure and\n"
+      "white balance drive the sensor while the light changes every " +
       std::to_string(framesPerLight) +
-      " frames, and every frame becomes a\n"
-      "picture. Writes DIR/frames/*.png, DIR/contact_sheet.png and DIR/report.html, a page with "
-      "the\n"
-      "pictures, the course of all controls, and the time of each stage.");
+      " frames, and every\n"
+      "frame becomes a picture. Writes DIR/frames/*.png, DIR/contact_sheet.png and\n"
+      "DIR/report.html, a page with the pictures, the course of all controls, and the time of\n"
+      "each stage.");
   app.add_option("--frames", settings.frames, "Number of frames")
       ->check(CLI::Range(1, 9999))
       ->type_name("N")
@@ -75,16 +74,17 @@ void addSimulate(CLI::App& program, SimulateSettings& settings) {
   addSize(app, "--preview", settings.loop.preview,
           "Size of the pictures before they are turned, even [640x360]");
   addPictureOptions(app, settings.loop.degrees, settings.loop.curve);
-  static const std::map<std::string, Metering> meterings = {{"histogram", Metering::histogram},
-                                                            {"frame", Metering::frame},
-                                                            {"centre", Metering::centre},
-                                                            {"windows", Metering::windows}};
+  std::vector<std::string> meterings;
+  for (const Metering metering : allMeterings) meterings.push_back(name(metering));
   app.add_option_function<std::string>(
          "--metering",
-         [&settings](const std::string& text) { settings.loop.metering = meterings.at(text); },
+         [&settings](const std::string& text) {
+           const auto named = [&](Metering metering) { return text == name(metering); };
+           settings.loop.metering = *std::ranges::find_if(allMeterings, named);
+         },
          "What the exposure meters: frame (the default), centre, windows (the whole and\n"
          "its middle), or histogram. The report compares with histogram, or with frame.")
-      ->check(CLI::IsMember({"frame", "centre", "windows", "histogram"}))
+      ->check(CLI::IsMember(meterings))
       ->type_name("MODE");
   app.add_option("--seed", settings.loop.seed, "Seed of the sensor's noise")
       ->type_name("N")
@@ -94,12 +94,10 @@ void addSimulate(CLI::App& program, SimulateSettings& settings) {
 void addDevelop(CLI::App& program, DevelopSettings& settings) {
   CLI::App& app = *program.add_subcommand("develop", "Make a picture of one raw frame");
   app.footer(
-      "Makes a picture of one raw frame: 10-bit samples in 16-bit little-endian words, RGGB, rows\n"
-      "from the top. White balance is found automatically. A reduced picture needs a width that "
-      "is\n"
-      "a multiple of 4 and an even height: what is left over on the right and at the bottom of "
-      "the\n"
-      "frame is cropped.");
+      "The frame holds 10-bit samples in 16-bit little-endian words, RGGB, rows from the top.\n"
+      "White balance is found automatically. A reduced picture needs a width that is a multiple\n"
+      "of 4 and an even height: what is left over on the right and at the bottom of the frame\n"
+      "is cropped.");
   app.add_option("FILE", settings.input, "The raw frame; - is standard input")
       ->required()
       ->type_name("");

@@ -21,7 +21,7 @@ struct Span {
 
 struct Plot {
   std::string title;
-  double low, high;  ///< ends of the vertical axis
+  double low = 0, high = 1;  ///< ends of the vertical axis
   bool logarithmic = false;
   std::vector<Series> series;
   std::vector<Span> spans;

@@ -51,8 +51,8 @@ std::vector<VekiDeadPixel> withMirroredEntries(std::vector<VekiDeadPixel> dead, 
   }
   const auto key = [](const VekiDeadPixel& p) { return std::tuple(p.row, p.column); };
   std::ranges::sort(list, {}, key);
-  const auto repeated = std::ranges::unique(list, {}, key);
-  list.erase(repeated.begin(), repeated.end());
+  const auto same = [key](const auto& a, const auto& b) { return key(a) == key(b); };
+  list.erase(std::unique(list.begin(), list.end(), same), list.end());
   return list;
 }
 

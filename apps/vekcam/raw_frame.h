@@ -36,7 +36,7 @@ class RawFrame {
   VekiSize size() const { return size_; }
   int width() const { return size_.width; }
   int height() const { return size_.height; }
-  int step() const { return static_cast<int>(rowSamples_ * sizeof(Vek16u)); }  ///< in bytes
+  int step() const { return static_cast<int>(rowSamples_) * 2; }  ///< in bytes
 
   /// Sample 0 of row y; y is -2..height + 1 and the samples are -2..width + 1.
   Vek16u* row(int y) { return samples_.data() + offset(y); }

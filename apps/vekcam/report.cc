@@ -83,26 +83,22 @@ std::string exposurePlots(const Run& run) {
   const char* const title = run.metering == Metering::histogram
                                 ? "Measured brightness (mean of the green samples)"
                                 : "Measured brightness (mean sum of both greens)";
-  return svg({title,
-              0,
-              run.fullScale,
-              false,
-              {series("brightness", "#3f7fd0", records, brightness)},
-              spans,
-              run.low,
-              run.high}) +
-         svg({"Exposure time in rows",
-              10,
-              2000,
-              true,
-              {series("exposure", "#b5559f", records, exposure)},
-              spans}) +
-         svg({"Analogue gain",
-              0,
-              controlRange.maxGain / 16.,
-              false,
-              {series("analogue gain", "#c9742c", records, gain)},
-              spans});
+  return svg({.title = title,
+              .high = run.fullScale,
+              .series = {series("brightness", "#3f7fd0", records, brightness)},
+              .spans = spans,
+              .bandLow = run.low,
+              .bandHigh = run.high}) +
+         svg({.title = "Exposure time in rows",
+              .low = 10,
+              .high = controlRange.maxExposure,
+              .logarithmic = true,
+              .series = {series("exposure", "#b5559f", records, exposure)},
+              .spans = spans}) +
+         svg({.title = "Analogue gain",
+              .high = controlRange.maxGain / 16.,
+              .series = {series("analogue gain", "#c9742c", records, gain)},
+              .spans = spans});
 }
 
 std::string lawInWords(Metering metering) {
@@ -125,14 +121,12 @@ std::string gainPlot(const Run& run) {
   const auto red = [](const FrameRecord& r) { return r.controls.red / 256.; };
   const auto green = [](const FrameRecord& r) { return r.controls.green / 256.; };
   const auto blue = [](const FrameRecord& r) { return r.controls.blue / 256.; };
-  return svg(
-      {"Channel gains",
-       0,
-       std::ceil(highest * 2) / 2,
-       false,
-       {series("red", "#d04545", run.records, red), series("green", "#3a9d5d", run.records, green),
-        series("blue", "#3f7fd0", run.records, blue)},
-       lightSpans(run.records)});
+  return svg({.title = "Channel gains",
+              .high = std::ceil(highest * 2) / 2,
+              .series = {series("red", "#d04545", run.records, red),
+                         series("green", "#3a9d5d", run.records, green),
+                         series("blue", "#3f7fd0", run.records, blue)},
+              .spans = lightSpans(run.records)});
 }
 
 std::string cell(const char* format, double value) {
@@ -194,11 +188,11 @@ std::string page(const Report& report) {
          style + "</style></head><body>\n" + heading +
          "<h2>Pictures</h2>\n<p>Every light changes at once; exposure and white balance then find "
          "their way. Captions: frame number and light.</p>\n" +
-         image(report.contactSheet, "The run from left to right, a row for each light.") +
+         image(report.contactSheet, "The run, from left to right and from top to bottom.") +
          "<p></p><div class=\"pictures\">\n" + pictures + "</div>\n" + "<h2>Exposure</h2>\n" +
          lawInWords(report.run.metering) + exposurePlots(report.run) + settlingTable(report.run) +
-         "<h2>White balance</h2>\n<p>Each gain moves by at most 40/256 a frame; green "
-         "stays.</p>\n" +
+         "<h2>White balance</h2>\n<p>Each gain moves by at most " +
+         std::to_string(gainStepPerFrame) + "/256 a frame; green stays.</p>\n" +
          gainPlot(report.run) + "<h2>Time per stage</h2>\n" + stageTable(report) +
          "<h2>The same lights, metered by " + name(report.comparison.metering) + "</h2>\n" +
          lawInWords(report.comparison.metering) + exposurePlots(report.comparison) +

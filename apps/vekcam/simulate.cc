@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -84,14 +85,15 @@ std::string caption(int frame, const std::string& light) {
 
 std::string settlingLine(const Run& run) {
   const std::vector<int> settled = settlingTimes(run.records);
-  std::string unsettled;
-  for (size_t i = 0; i < settled.size(); ++i) {
-    if (settled[i] >= 0) continue;
-    unsettled += ", not yet in " + lightScript()[run.records[i * framesPerLight].light].name;
+  const ptrdiff_t missed = std::ranges::count(settled, -1);
+  std::string line = "the brightness was in its band to stay at most " +
+                     std::to_string(std::max(0, std::ranges::max(settled))) +
+                     " frames after each change of light";
+  if (missed > 0) {
+    line += " (not yet in " + std::to_string(missed) + " of " + std::to_string(settled.size()) +
+            " lights)";
   }
-  return "the brightness was in its band to stay at most " +
-         std::to_string(std::max(0, std::ranges::max(settled))) +
-         " frames after each change of light" + unsettled + "\n";
+  return line + "\n";
 }
 
 }  // namespace
@@ -101,8 +103,9 @@ std::string simulate(const SimulateSettings& settings) {
   const fs::path directory = settings.directory;
   std::error_code error;
   fs::create_directories(directory / "frames", error);
-  if (error)
+  if (error) {
     throw Failure("cannot create " + (directory / "frames").string() + ": " + error.message());
+  }
 
   CameraLoop loop(settings.loop);
   Report report = {settings.loop,

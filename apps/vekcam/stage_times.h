@@ -9,8 +9,8 @@
 namespace vekcam {
 
 enum class Stage { exposure, whiteBalance, rawPipeline, preview };
-constexpr std::array allStages = {Stage::exposure, Stage::whiteBalance, Stage::rawPipeline,
-                                  Stage::preview};
+inline constexpr std::array allStages = {Stage::exposure, Stage::whiteBalance, Stage::rawPipeline,
+                                         Stage::preview};
 
 const char* name(Stage stage);
 

@@ -69,17 +69,17 @@ TEST(CameraLoop, GreysAreNeutralInEveryLight) {
   }
 }
 
+// The histogram law never stands still; its swings stay small.
 TEST(CameraLoop, HistogramStaysNearItsTarget) {
   LoopSettings settings;
   settings.size = settings.preview = smallSize;
   settings.metering = Metering::histogram;
   CameraLoop loop(settings);
-  const double target = (loop.exposure().low() + loop.exposure().high()) / 2;
-  const double tolerance = loop.exposure().high() - target;
+  EXPECT_LE(loop.exposure().high(), 1.5 * loop.exposure().low());
   for (int i = 0; i < 4 * framesPerLight; ++i) {
     const FrameRecord record = loop.step(false);
-    if (i % framesPerLight < settlingLimit) continue;
-    EXPECT_NEAR(record.brightness, target, 2 * tolerance) << "frame " << i;
+    EXPECT_TRUE(record.inBand || i % framesPerLight < settlingLimit)
+        << "frame " << i << ": " << record.brightness;
   }
 }
 
