@@ -13,10 +13,12 @@ void _vekiAEHist_10RGGB(const Vek16u* pSrc, int srcStep, int width, int height, 
     const Vek16u* top = pSrc + y * rowSamples;
     const Vek16u* bottom = top + rowSamples;
     for (ptrdiff_t x = 0; x < width; x += 4) {
-      ++pHist[top[x + 1] & sampleBits];
-      ++more[0][top[x + 3] & sampleBits];
-      ++more[1][bottom[x] & sampleBits];
-      ++more[2][bottom[x + 2] & sampleBits];
+      const int bins[4] = {top[x + 1] & sampleBits, top[x + 3] & sampleBits, bottom[x] & sampleBits,
+                           bottom[x + 2] & sampleBits};
+      ++pHist[bins[0]];
+      ++more[0][bins[1]];
+      ++more[1][bins[2]];
+      ++more[2][bins[3]];
     }
   }
   for (int i = 0; i < histogramBins; ++i) pHist[i] += more[0][i] + more[1][i] + more[2][i];

@@ -17,8 +17,11 @@ ColourSums _vekiAWB_accum_10RGGB_WGA(const Vek16u* pWin, int srcStep, int w, int
   return sums;
 }
 
-bool isCloser(Vek32u a, Vek32u b, Vek32u limit) {
-  return (a > b ? a - b : b - a) < limit;
+/// All bits if low < value < high, as signed numbers. Masks, because the loop below is vectorised
+/// only without branches.
+Vek32u between(Vek32u value, Vek32s low, Vek32s high) {
+  const Vek32s v = static_cast<Vek32s>(value);
+  return 0 - static_cast<Vek32u>((low < v) & (v < high));
 }
 
 ColourSums _vekiAWB_accum_10RGGB_WPD(const Vek16u* pWin, int srcStep, int w, int h,
@@ -29,14 +32,14 @@ ColourSums _vekiAWB_accum_10RGGB_WPD(const Vek16u* pWin, int srcStep, int w, int
   forEachQuad(pWin, srcStep, w, h, [&](Vek32u red, Vek32u green1, Vek32u green2, Vek32u blue) {
     const Vek32u green = green1 + green2;
     const Vek32u average = (green + 1) >> 1;
-    const Vek32u total = green + red + blue;
-    const bool isWhite = isCloser(red, average, l.redLimit) & isCloser(blue, average, l.blueLimit) &
-                         isCloser(green, red + blue, l.greenLimit) & (l.low4 < total) &
-                         (total < l.high4);
-    sums.red += isWhite ? red : 0;
-    sums.green += isWhite ? green : 0;
-    sums.blue += isWhite ? blue : 0;
-    quads += isWhite;
+    const Vek32u isWhite = between(red - average, -l.redLimit, l.redLimit) &
+                           between(blue - average, -l.blueLimit, l.blueLimit) &
+                           between(green - (red + blue), -l.greenLimit, l.greenLimit) &
+                           between(green + red + blue, l.low4, l.high4);
+    sums.red += red & isWhite;
+    sums.green += green & isWhite;
+    sums.blue += blue & isWhite;
+    quads += 1 & isWhite;
   });
   *pCount = quads * 4;
   return sums;

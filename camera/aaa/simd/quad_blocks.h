@@ -13,8 +13,9 @@ namespace {
 /// so a body must not count a quad of zeros.
 template <int quads, class Body>
 void forEachQuadBlock(const Vek16u* pWin, int srcStep, int w, int h, Body body) {
-  constexpr ptrdiff_t block = quads * 2 * sizeof(Vek16u);
-  const ptrdiff_t rowBytes = ptrdiff_t{w / 2} * 2 * sizeof(Vek16u);
+  constexpr ptrdiff_t halfQuad = 2 * sizeof(Vek16u);
+  constexpr ptrdiff_t block = quads * halfQuad;
+  const ptrdiff_t rowBytes = w / 2 * halfQuad;
   const Vek8u* top = reinterpret_cast<const Vek8u*>(pWin);
   for (int pairs = h / 2; pairs > 0; --pairs, top += 2 * ptrdiff_t{srcStep}) {
     const Vek8u* bottom = top + srcStep;

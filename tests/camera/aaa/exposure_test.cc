@@ -133,7 +133,7 @@ TEST(Exposure, KnownDecisions) {
       {"dark, both at their limits", 0, 50, 300, 700, 512, 20, 997, 60000, 1000, 60000, 32},
       {"bright", 0, 800, 300, 700, 512, 20, 10, 1001, 10, 500, 0},
       {"bright, scale at its limit", 0, 800, 300, 700, 512, 20, 8, 1, 3, 1, 32},
-      {"bright, both at their limits", 0, 800, 300, 700, 512, 20, 4, 1, 1, 1, 32},
+      {"bright, both at their limits", 0, 800, 300, 700, 512, 20, 5, 1, 1, 1, 32},
       {"outside the band", 0, 400, 300, 700, 512, 20, 10, 1000, 10, 1280, 0},
       {"at the band's end", 0, 532, 300, 700, 512, 20, 10, 1000, 10, 962, 0},
       {"inside the band", 0, 500, 300, 700, 512, 20, 10, 1000, 10, 976, 0},
@@ -161,6 +161,21 @@ TEST(Exposure, KnownDecisions) {
     EXPECT_EQ(expose(p, src, 32, {16, 8}, &step, &scale), c.status);
     EXPECT_EQ(step, c.newStep);
     EXPECT_EQ(scale, c.newScale);
+  }
+}
+
+/// 32 greens of 50 and 32 of 250: their mean, 150, would scale 1000 to 3413.
+TEST(Exposure, PopulatedBinsDecide) {
+  std::vector<Vek16u> frame(16 * 8);
+  for (size_t i = 0; i < frame.size(); ++i) frame[i] = i / 16 % 2 == 0 ? 50 : 250;
+  const int cases[][3] = {{32, 201, 2000}, {32, 200, 3413}, {33, 0, 2000}};  // 33: none populated
+  for (const auto& [count, spread, newScale] : cases) {
+    VekiAEParams p = params(0);
+    p.histCountThresh = static_cast<Vek16u>(count);
+    p.histSpreadThresh = static_cast<Vek16u>(spread);
+    Vek16u step = 10, scale = 1000;
+    EXPECT_EQ(expose(p, frame.data(), 32, {16, 8}, &step, &scale), vekStsNoErr);
+    EXPECT_EQ(scale, newScale) << count << ", " << spread;
   }
 }
 

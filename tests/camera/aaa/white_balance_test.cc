@@ -58,14 +58,15 @@ TEST(WhiteBalance, KernelsEqualTheirDefinition) {
     SCOPED_TRACE(testing::Message() << size.width << 'x' << size.height << ", round " << round);
     // Small samples and limits make ties; the whole 16-bit range must neither wrap nor count.
     const int most = random.chance(30) ? 10 : random.chance(50) ? 1023 : 65535;
-    const int level = random.in(0, most), low = random.in(1, std::min(1022, most));
+    const bool wraps = most == 65535 && random.chance(50);  // four samples just above 2^16
+    const int level = wraps ? 16384 * random.in(1, 3) + random.in(0, 200) : random.in(0, most);
+    const int noise = random.in(0, wraps ? 20 : most), low = random.in(1, std::min(1022, most));
     const auto limit = [&](int top) {
       return static_cast<Vek16u>(random.in(1, std::min(top, most)));
     };
     const WhitePointLimits limits = {limit(1023), limit(1023), limit(2047), Vek16u(4 * low),
                                      Vek16u(4 * random.in(low + 1, 1023))};
-    RawFrame frame({2 * size.width, size.height, step}, random,
-                   {level, level, level, random.in(0, most), most});
+    RawFrame frame({2 * size.width, size.height, step}, random, {level, level, level, noise, most});
     compareKernels(frame, step, size, limits);
   }
 }
@@ -78,9 +79,10 @@ struct Gains {
   bool operator==(const Gains&) const = default;
 };
 
-/// Grey is 1024 to 1024; gains 10..4000 move by at most 50.
+/// Grey is 1024 to 1024; held within 10 and 20, valid within 2000 and 1500; gains 10..4000 move by
+/// at most 50.
 VekiAWBParams params(Vek32s method) {
-  return {method, 1,   &wholeWindow, &wholeWeight, 1024, 1024, 10, 10,   2000, 2000, 200,
+  return {method, 1,   &wholeWindow, &wholeWeight, 1024, 1024, 10, 20,   2000, 1500, 200,
           200,    200, 50,           900,          64,   50,   10, 4000, 300,  256,  300};
 }
 
@@ -108,6 +110,7 @@ TEST(WhiteBalance, LargeWindows) {
     p.holdTolR = p.holdTolB = 1;
     Gains gains = {10, 10, 10};
     EXPECT_EQ(balance(p, frame.data(), 8192, {window.width, window.height}, gains), vekStsNoErr);
+    EXPECT_EQ(gains, (Gains{10, 10, 10}));
   }
 }
 
@@ -124,22 +127,28 @@ TEST(WhiteBalance, MeasuresTheWeightedRatios) {
     p.minWhiteCount = random.in(-10, 100);
     p.holdTolR = p.holdTolB = 1;
     for (int i = 0; i < p.numWindows; ++i) {
-      windows[i] = {4 * random.in(0, 5), 8 * random.in(0, 2), 4 * random.in(1, 12),
-                    8 * random.in(1, 2)};
+      windows[i] = {4 * random.in(0, 5), 8 * random.in(0, 2), 4 * random.size(32),
+                    8 * random.in(1, 8)};
       weights[i] = static_cast<Vek8u>(random.in(1, 255));
     }
-    const int srcStep = 136 + 8 * random.in(0, 2), green = random.in(0, 900);
+    const int srcStep = 296 + 8 * random.in(0, 2);
+    const int green = random.in(0, random.chance(30) ? 5 : 900);
     const Area area = footprint::windows(windows, p.numWindows, srcStep);
-    RawFrame frame(area, random, {green * random.in(0, 12) / 10, green, green, random.in(0, 150)});
+    RawFrame frame(area, random,
+                   {green * random.in(0, 12) / 10, green, green, random.in(0, green / 4 + 1)});
 
     const WhitePointLimits limits = {p.wpdLimit1, p.wpdLimit2, p.wpdLimit3, Vek16u(4 * p.wpdLow),
                                      Vek16u(4 * p.wpdHigh)};
     Vek32u red = 0, blue = 0, weight = 0;
     for (int i = 0; i < p.numWindows; ++i) {
       const Sums s = accumulate(frame, windows[i], p.method == 1 ? &limits : nullptr);
-      if (s.green == 0 || (p.method == 1 && static_cast<int>(s.count) < p.minWhiteCount)) continue;
-      red += 2048 * s.red / s.green * weights[i];  // windows of this size need no scaling down
-      blue += 2048 * s.blue / s.green * weights[i];
+      if (p.method == 1 && static_cast<int>(s.count) < p.minWhiteCount) continue;
+      Vek32u a = 2 * s.red, b = 2 * s.blue, shift = 0;
+      for (; shift < 10 && std::max(a, b) < 1u << 31; ++shift) a *= 2, b *= 2;
+      const Vek32u g = a == 0 && b == 0 ? s.green : s.green >> (10 - shift);
+      if (g == 0) continue;
+      red += a / g * weights[i];
+      blue += b / g * weights[i];
       weight += weights[i];
     }
     if (weight != 0 && std::max(red, blue) / weight > 65535) continue;
@@ -147,10 +156,12 @@ TEST(WhiteBalance, MeasuresTheWeightedRatios) {
     if (weight != 0) p.refRatioB = static_cast<Vek16u>(blue / weight);
     for (Level level : levels()) {
       const LevelScope scope(level);
-      Gains gains = {300, 256, 300};
+      const Gains before = {300, 256, 300};
+      Gains gains = before;
       const VekiSize roi = {static_cast<int>(area.bytes / 2), static_cast<int>(area.rows)};
       EXPECT_EQ(balance(p, frame.data(), srcStep, roi, gains), weight == 0 ? vekStsAwbNoData : 0)
           << "round " << round;
+      EXPECT_EQ(gains, before) << "round " << round;
     }
   }
 }
@@ -166,6 +177,10 @@ TEST(WhiteBalance, KnownDecisions) {
   };
   const Case cases[] = {
       {"held, even at a limit", 1, {512, 512, 512}, {4000, 10, 10}, {4000, 10, 10}, 0},
+      {"red is not held", 0, {519, 512, 519}, {300, 256, 300}, {295, 256, 295}, 0},
+      {"blue is held", 0, {512, 512, 519}, {300, 256, 300}, {300, 256, 300}, 0},
+      {"blue is not believed", 0, {128, 128, 337}, {256, 256, 256}, {300, 256, 300}, 0},
+      {"red is believed", 0, {337, 128, 128}, {256, 256, 256}, {206, 256, 256}, 0},
       {"a step towards the targets", 0, {256, 512, 500}, {300, 256, 400}, {350, 256, 409}, 0},
       {"a step downwards", 0, {512, 400, 440}, {300, 256, 400}, {250, 256, 363}, 0},
       {"reaches the maximum", 0, {256, 512, 512}, {3960, 256, 400}, {4000, 256, 400}, 33},
