@@ -1,12 +1,14 @@
-// Registering benchmarks: one entry per exported function, at the standard image sizes.
+// Registering benchmarks: one entry per exported function, at the standard image sizes, and the
+// same work done by what a user would pick instead.
 #pragma once
 
 #include "vek/vek.h"
 
-#include <benchmark/benchmark.h>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vek::bench {
@@ -16,9 +18,9 @@ inline constexpr VekiSize standardSizes[] = {{64, 48}, {320, 240}, {1280, 720}, 
 /// Image memory filled with noise, 64-byte aligned, shared by the copies of a benchmark's closure.
 class Image {
  public:
-  /// Rows of `rowBytes` bytes; the step is rounded up to a multiple of 64.
-  Image(int rowBytes, int height)
-      : step_((rowBytes + 63) / 64 * 64),
+  /// Rows of `rowBytes` bytes; the step is rounded up to a multiple of 64 unless given.
+  Image(int rowBytes, int height, int step = 0)
+      : step_(step > 0 ? step : (rowBytes + 63) / 64 * 64),
         bytes_(std::make_shared<std::vector<uint8_t>>(static_cast<size_t>(step_) * height + 128)) {
     uint32_t state = 12345;
     for (uint8_t& b : *bytes_) {
@@ -39,24 +41,27 @@ class Image {
   std::shared_ptr<std::vector<uint8_t>> bytes_;
 };
 
-/// Registers `name` at every standard size. make(size) returns the call to time; `bytesPerPixel` is
-/// what the call reads and writes for each pixel, for the bytes-per-second figure.
-template <class Make>
-void add(const std::string& name, double bytesPerPixel, Make make) {
-  for (VekiSize size : standardSizes) {
-    const std::string label =
-        name + "/" + std::to_string(size.width) + "x" + std::to_string(size.height);
-    benchmark::RegisterBenchmark(label.c_str(), [=](benchmark::State& state) {
-      auto call = make(size);
-      for (auto _ : state) {
-        call();
-        benchmark::ClobberMemory();
-      }
-      const double pixels = static_cast<double>(state.iterations()) * size.width * size.height;
-      state.counters["pixels/s"] = benchmark::Counter(pixels, benchmark::Counter::kIsRate);
-      state.SetBytesProcessed(static_cast<int64_t>(pixels * bytesPerPixel));
-    });
-  }
+/// The work to time, and how to prepare it for a size.
+using Call = std::function<void()>;
+using Make = std::function<Call(VekiSize)>;
+
+struct Entry {
+  std::string name;      ///< the exported function, and "/variant" where it has several
+  std::string peer;      ///< whose code this is; empty for ours
+  double bytesPerPixel;  ///< what a call reads and writes for each pixel
+  Make make;
+};
+
+std::vector<Entry>& entries();
+
+/// Registers `name`; make(size) returns the call to time.
+inline void add(const std::string& name, double bytesPerPixel, Make make) {
+  entries().push_back({name, "", bytesPerPixel, std::move(make)});
+}
+
+/// Registers what `peer` does for the same work as our entry of that name.
+inline void addPeer(const std::string& name, const std::string& peer, Make make) {
+  entries().push_back({name, peer, 0, std::move(make)});
 }
 
 }  // namespace vek::bench

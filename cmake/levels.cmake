@@ -15,7 +15,9 @@ if(VEK_HAVE_PLATFORM_X86 AND NOT VEK_PORTABLE_ONLY)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$" AND NOT VEK_PORTABLE_ONLY)
   set(VEK_LEVELS neon)
   set(VEK_LEVELS_DEFINITION VEK_LEVELS_NEON)
-  set(VEK_FLAGS_neon "")
+  # Highway 1.0.3 would compile its functions, but not the constructors that GCC generates, for
+  # processors with crypto instructions; without run-time dispatch it leaves the target alone.
+  set(VEK_FLAGS_neon -DTOOLCHAIN_MISS_SYS_AUXV_H)
 else()
   set(VEK_LEVELS "")
   set(VEK_LEVELS_DEFINITION VEK_LEVELS_NONE)

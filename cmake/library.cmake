@@ -18,7 +18,8 @@ foreach(target vek vek_static)
 endforeach()
 if(NOT VEK_SANITIZE)
   # -nostartfiles leaves out the C start files' writable data and load-time code; ours has none.
-  target_link_options(vek PRIVATE -nostartfiles LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
+  # --as-needed drops the C++ runtime, which CMake adds for C++ objects.
+  target_link_options(vek PRIVATE -nostartfiles LINKER:--as-needed LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
     LINKER:-z,noexecstack)
 endif()
 
@@ -26,6 +27,9 @@ include(CMakePackageConfigHelpers)
 set(vek_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vek)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekConfigVersion.cmake
   COMPATIBILITY SameMinorVersion)
+# Found relative to itself, so that an installed tree can be moved.
+file(RELATIVE_PATH vek_prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+  ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/vek.pc.in vek.pc @ONLY)
 install(TARGETS vek vek_static EXPORT vekTargets)
 install(DIRECTORY include/vek DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

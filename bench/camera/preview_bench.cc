@@ -25,7 +25,7 @@ using ResizePlanes = decltype(&vekiYCbCr420RszRot_8u_P3R);
 void addPlanar(const std::string& name, ResizePlanes resize, int chromaRows, int reduction,
                int interpolation, int rotation) {
   const double samples = 1 + 1.0 / chromaRows;
-  add(name, samples + samples / reduction / reduction, [=](VekiSize size) {
+  add(name, samples + samples / reduction / reduction, [=](VekiSize size) -> Call {
     const VekiSize scaled = {size.width / reduction, size.height / reduction};
     const VekiSize out = turned(scaled, rotation);
     const Planes src(size, size.height / chromaRows), dst(out, out.height / chromaRows);
@@ -52,17 +52,20 @@ void addYcc422(const char* variant, int reduction, int interpolation, int rotati
 
 using ResizeRgb = decltype(&vekiYCbCr420RszCscRotRGB_8u_P3C3R);
 
+/// The 4:2:2 function takes the destination's own size in the 24-bit format, the 4:2:0 one the size
+/// before the turn.
 void addRgb(const std::string& name, ResizeRgb resize, int chromaRows, int format, int pixelBytes,
             int interpolation, int rotation) {
-  add(name, 1 + 1.0 / chromaRows + pixelBytes, [=](VekiSize size) {
+  add(name, 1 + 1.0 / chromaRows + pixelBytes, [=](VekiSize size) -> Call {
     const Planes src(size, size.height / chromaRows);
     const VekiSize out = turned(size, rotation);
+    const VekiSize scaled = chromaRows == 1 ? out : size;
     const Image dst(out.width * pixelBytes, out.height);
     return [=] {
       const Vek8u* const planes[3] = {src.y.data(), src.cb.data(), src.cr.data()};
       const int steps[3] = {src.y.step(), src.cb.step(), src.cr.step()};
-      resize(planes, steps, size.width, size.height, dst.data(), dst.step(), size.width,
-             size.height, format, interpolation, rotation, 65536, 65536);
+      resize(planes, steps, size.width, size.height, dst.data(), dst.step(), scaled.width,
+             scaled.height, format, interpolation, rotation, 65536, 65536);
     };
   });
 }
@@ -77,6 +80,18 @@ void addYcc422Rgb(const char* variant, int format, int interpolation, int rotati
   addRgb("vekiYCbCr422RszCscRotRGB_8u_P3C3R/" + std::string(variant),
          vekiYCbCr422RszCscRotRGB_8u_P3C3R, 1, format, format == 3 ? 3 : 2, interpolation,
          rotation);
+}
+
+void addReduce(const char* variant, int factor, int interpolation, int rotation) {
+  add("vekiResizeCscRotate_8u_C2R/" + std::string(variant), 2 + 2.0 / factor / factor,
+      [=](VekiSize size) -> Call {
+        const VekiSize out = turned({size.width / factor, size.height / factor}, rotation);
+        const Image src(2 * size.width, size.height), dst(2 * out.width, out.height);
+        return [=] {
+          vekiResizeCscRotate_8u_C2R(src.data(), src.step(), dst.data<Vek16u>(), dst.step(),
+                                     size.width, size.height, factor, interpolation, 0, rotation);
+        };
+      });
 }
 
 [[maybe_unused]] const bool registered = [] {
@@ -95,6 +110,10 @@ void addYcc422Rgb(const char* variant, int format, int interpolation, int rotati
   addYcc422Rgb("565", 0, 0, 0);
   addYcc422Rgb("565-bilinear", 0, 1, 0);
   addYcc422Rgb("888-turned", 3, 0, 2);
+  addReduce("2", 2, 1, 0);
+  addReduce("2-nearest", 2, 0, 0);
+  addReduce("4-turned", 4, 1, 1);
+  addReduce("8", 8, 1, 0);
   return true;
 }();
 

@@ -3,6 +3,8 @@
 
 namespace vek::portable {
 
-constexpr CscRows cscRows = {cscRow<Rgb565>, cscRow<Rgb555>, cscRow<Rgb444>, cscRow<Bgr24>};
+constexpr CscRows cscRows = {cscRow<MatrixQ8, Rgb565>,  cscRow<MatrixQ8, Rgb555>,
+                             cscRow<MatrixQ8, Rgb444>,  cscRow<MatrixQ8, Bgr24>,
+                             cscRow<MatrixQ10, Rgb565>, cscRow<MatrixQ10, Rgb555>};
 
 }  // namespace vek::portable

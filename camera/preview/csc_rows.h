@@ -12,16 +12,16 @@ namespace vek {
 /// Converts n pixels; pixels 2k and 2k + 1 share cb[k] and cr[k]. `dst` may be at any address.
 using CscRow = void (*)(const Vek8u* y, const Vek8u* cb, const Vek8u* cr, ptrdiff_t n, Vek8u* dst);
 
-/// With Yp = (Y - 16) * 298, b = Cb - 128, r = Cr - 128: R = Yp + 409 r, G = Yp - 100 b - 208 r,
-/// B = Yp + 516 b, in 1/256 of an 8-bit step (studio-range BT.601 with 8 fractional bits). Each is
-/// shifted down to its field's width without a rounding term and clamped to the field.
+/// Studio-range BT.601 with the coefficients of csc_matrix.h, clamped to each field.
 struct CscRows {
   CscRow rgb565;
   CscRow rgb555;
   CscRow rgb444;
   CscRow bgr24;
+  CscRow rgb565Q10;  ///< 10 fractional bits; the others have 8
+  CscRow rgb555Q10;
 
-  /// Formats in the order above, from 0.
+  /// The formats with 8 fractional bits in the order above, from 0.
   CscRow of(int format) const {
     const CscRow rows[] = {rgb565, rgb555, rgb444, bgr24};
     return rows[format];

@@ -25,15 +25,27 @@ struct PlanarResize {
   }
 };
 
+/// Turns the rows of an unscaled plane, straight from the source.
+inline void turnPlane(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, ptrdiff_t width,
+                      RowRange rows) {
+  const PlaceTile place = select(placeRows).bytes1;
+  const ptrdiff_t most = at.turned ? turnedRows(1) : rows.end - rows.first;
+  for (ptrdiff_t y = rows.first; y < rows.end; y += most) {
+    const ptrdiff_t count = rows.end - y < most ? rows.end - y : most;
+    place(src.row(y), src.step, width, count, dst + at.start + y * at.dy, at.dx, at.dy);
+  }
+}
+
 /// Row y of the scaled plane takes the nearest samples of source row sourceRow(y).
 template <class SourceRow>
-void resizeNearest(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, Vek32u xStep,
-                   ptrdiff_t width, RowRange rows, SourceRow sourceRow) {
+void resizeNearest(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
+                   const Scaling& scaling, ptrdiff_t width, RowRange rows, SourceRow sourceRow) {
+  if (scaling.unscaled()) return turnPlane(src, dst, at, width, rows);
   const ResampleRows& kernels = select(resampleRows);
   const auto makeTile = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
                             ptrdiff_t step) {
     for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
-      putRow(nearestRow(kernels, src.row(sourceRow(y)), xStep, x, n, out), n, out);
+      putRow(nearestRow(kernels, src.row(sourceRow(y)), scaling.xStep, x, n, out), n, out);
     }
   };
   walkTiles(dst, at, 1, width, rows, makeTile);

@@ -44,8 +44,28 @@ void sumBlocks(const Vek8u* top, const Vek8u* bottom, ptrdiff_t stride, ptrdiff_
   }
 }
 
-}  // namespace
+Vek8u roundedAverage(int a, int b) {
+  return static_cast<Vek8u>((a + b + 1) >> 1);
+}
 
-constexpr ReduceRows reduceRows = {pick, sumBlocks};
+void splitPairs(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict y, Vek8u* __restrict cb,
+                Vek8u* __restrict cr) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    y[i] = roundedAverage(src[4 * i + 1], src[4 * i + 3]);
+    cb[i] = src[4 * i];
+    cr[i] = src[4 * i + 2];
+  }
+}
+
+void halve(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict dst) {
+  for (ptrdiff_t i = 0; i < n / 2; ++i) dst[i] = roundedAverage(src[2 * i], src[2 * i + 1]);
+  if (n % 2 != 0) dst[n / 2] = src[n - 1];
+}
+
+void average(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict acc) {
+  for (ptrdiff_t i = 0; i < n; ++i) acc[i] = roundedAverage(acc[i], src[i]);
+}
+
+}  // namespace
 
 }  // namespace vek::VEK_LEVEL

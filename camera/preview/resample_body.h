@@ -42,6 +42,4 @@ void interleave(const Vek8u* __restrict even, const Vek8u* __restrict odd, ptrdi
 
 }  // namespace
 
-constexpr ResampleRows resampleRows = {nearest, bilinear, interleave};
-
 }  // namespace vek::VEK_LEVEL

@@ -35,6 +35,9 @@ struct Scaling {
         bilinear(interpolation == 1),
         xStep(static_cast<Vek32u>(xSampling)),
         yStep(static_cast<Vek32u>(ySampling)) {}
+
+  /// Whether nearest samples are the source's own.
+  bool unscaled() const { return !bilinear && xStep == oneSample && yStep == oneSample; }
 };
 
 /// Row phase from which a bilinear blend has no row below: that of the last row.

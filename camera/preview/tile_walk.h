@@ -11,15 +11,20 @@
 
 namespace vek {
 
-/// Most pixels of a tile: strips of two rows, or square where rows become columns, so that every
-/// destination row gets whole cache lines.
+/// Tiles are strips of two rows, or, where rows become columns, blocks whose columns fill whole
+/// cache lines of the destination.
 inline constexpr ptrdiff_t stripColumns = 1024;
 inline constexpr ptrdiff_t stripRows = 2;
-inline constexpr ptrdiff_t turnedTileSide = 64;
-inline constexpr ptrdiff_t maxTilePixels = 4096;
-inline constexpr ptrdiff_t maxPixelBytes = 3;
-static_assert(stripColumns * stripRows <= maxTilePixels);
-static_assert(turnedTileSide * turnedTileSide <= maxTilePixels);
+inline constexpr ptrdiff_t maxTurnedColumns = 256;
+inline constexpr ptrdiff_t maxTileBytes = 16384;
+
+constexpr ptrdiff_t turnedColumns(ptrdiff_t pixelBytes) {
+  return pixelBytes == 3 ? 128 : maxTurnedColumns;
+}
+
+constexpr ptrdiff_t turnedRows(ptrdiff_t pixelBytes) {
+  return pixelBytes == 1 ? 64 : 32;
+}
 
 /// The rows first .. end - 1 of the scaled image.
 struct RowRange {
@@ -37,10 +42,12 @@ void walkTiles(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdiff_
   const PlaceTile place = select(placeRows).of(static_cast<int>(pixelBytes));
   const bool direct = !at.turned && at.dx == pixelBytes;
   const bool columnsBecomeRows = at.dy == pixelBytes || at.dy == -pixelBytes;
-  const ptrdiff_t tileColumns = at.turned ? turnedTileSide : stripColumns;
-  const ptrdiff_t tileRows = !at.turned ? stripRows : columnsBecomeRows ? turnedTileSide : 1;
+  const ptrdiff_t tileColumns = at.turned ? turnedColumns(pixelBytes) : stripColumns;
+  const ptrdiff_t tileRows = !at.turned          ? stripRows
+                             : columnsBecomeRows ? turnedRows(pixelBytes)
+                                                 : 1;
   const ptrdiff_t tileStep = tileColumns * pixelBytes;
-  alignas(64) Vek8u tile[maxTilePixels * maxPixelBytes];
+  alignas(64) Vek8u tile[maxTileBytes];
 
   for (ptrdiff_t y = rows.first; y < rows.end; y += tileRows) {
     const ptrdiff_t rowCount = rows.end - y < tileRows ? rows.end - y : tileRows;

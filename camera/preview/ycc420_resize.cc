@@ -112,7 +112,7 @@ void _vekiYCbCr420RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int sr
     if (i == 0 && scaling.bilinear) {
       resizeBilinear(src, srcWidth, dst.data, at, scaling.xStep, width, {0, height}, rowPhase);
     } else {
-      resizeNearest(src, dst.data, at, scaling.xStep, width, {0, height}, sourceRow);
+      resizeNearest(src, dst.data, at, scaling, width, {0, height}, sourceRow);
     }
   }
 }

@@ -38,8 +38,8 @@ template <class SourceRow>
 void resizeTurnedChroma(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, Vek32u xStep,
                         ptrdiff_t width, RowRange rowPairs, SourceRow sourceRow) {
   const ResampleRows& kernels = select(resampleRows);
-  alignas(64) Vek8u even[turnedTileSide / 2];
-  alignas(64) Vek8u odd[turnedTileSide / 2];
+  alignas(64) Vek8u even[maxTurnedColumns / 2];
+  alignas(64) Vek8u odd[maxTurnedColumns / 2];
   const auto makeTile = [&](ptrdiff_t x, ptrdiff_t pair, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
                             ptrdiff_t step) {
     for (const ptrdiff_t end = pair + count; pair < end; ++pair, out += step) {
@@ -72,7 +72,7 @@ void _vekiYCbCr422RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int sr
       resizeBilinear(planes.src[0], srcWidth, planes.dst[0].data, luma, scaling.xStep, width, rows,
                      rowPhase);
     } else {
-      resizeNearest(planes.src[0], planes.dst[0].data, luma, scaling.xStep, width, rows, sourceRow);
+      resizeNearest(planes.src[0], planes.dst[0].data, luma, scaling, width, rows, sourceRow);
     }
     for (int i : {1, 2}) {
       const Plane<Vek8u> dst = planes.dst[i];
@@ -82,8 +82,8 @@ void _vekiYCbCr422RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int sr
                            width, {rows.first / 2, rows.end / 2}, sourceRow);
       } else {
         resizeNearest(planes.src[i], dst.data,
-                      orientation(rotation, width / 2, height, 1, dst.step), scaling.xStep,
-                      width / 2, rows, sourceRow);
+                      orientation(rotation, width / 2, height, 1, dst.step), scaling, width / 2,
+                      rows, sourceRow);
       }
     }
   };

@@ -40,8 +40,9 @@ struct TurnedPlane {
 };
 
 /// Blocks are made strip by strip and, in a strip, row by row. Unturned rows go straight to the
-/// destination; others are collected in a tile, which place() then writes. Tiles of quarter turns
-/// hold as many rows as fill a cache line of the destination.
+/// destination; others are collected in a tile, which place() then writes. The tile of a quarter
+/// turn trades columns for rows: narrow strips pay for a page of the source in every row, low tiles
+/// for cache lines of the destination that are written in pieces.
 class Canvas {
  public:
   Canvas(Vek8u* const* pDst, const VekiRggbToYCbCrState& state, BlockSize size)
@@ -93,8 +94,8 @@ class Canvas {
   }
 
  private:
-  static constexpr int turnedBlocks = 128;
-  static constexpr int turnedRows = 32;
+  static constexpr int turnedBlocks = 256;
+  static constexpr int turnedRows = 16;
   static constexpr int tileBlocks = turnedBlocks * turnedRows;
   static_assert(tileBlocks >= maxStripBlocks);
 

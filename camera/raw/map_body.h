@@ -1,4 +1,4 @@
-// Gamma look-ups: the same plain loop at every level, since it is bound by its loads.
+// Gamma look-ups, sample by sample: the portable kernel and the ends of rows at every level.
 #pragma once
 
 #include "camera/raw/rggb_rows.h"
@@ -6,8 +6,8 @@
 namespace vek::VEK_LEVEL {
 namespace {
 
-void mapRow(const Vek16u* __restrict src, ptrdiff_t period, const Vek8u* __restrict gamma,
-            ptrdiff_t n, Vek8u* __restrict first, Vek8u* __restrict second) {
+void mapSamples(const Vek16u* __restrict src, ptrdiff_t period, const Vek8u* __restrict gamma,
+                ptrdiff_t n, Vek8u* __restrict first, Vek8u* __restrict second) {
   for (ptrdiff_t k = 0; k < n; ++k) {
     first[k] = gamma[src[k * period] & rawCodeMask];
     second[k] = gamma[src[k * period + 1] & rawCodeMask];

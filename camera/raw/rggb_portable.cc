@@ -4,7 +4,7 @@
 namespace vek::portable {
 
 constexpr RggbRows rggbRows = {
-    mapRow,
+    mapSamples,
     {_veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::row>,
      _veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::column>,
      _veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::block>},

@@ -24,10 +24,14 @@ namespace hn = hwy::HWY_NAMESPACE;
 template <int count, int pixels = 1>
 struct In {
   const Vek8u* data;
+
+  const Vek8u* at(ptrdiff_t x) const { return data + x / pixels * count; }
 };
 template <int count, int pixels = 1>
 struct Out {
   Vek8u* data;
+
+  Vek8u* at(ptrdiff_t x) const { return data + x / pixels * count; }
 };
 
 /// A full block's worth of bytes that starts with `valid` bytes of a row and ends in zeros.
@@ -38,24 +42,51 @@ struct PaddedBlock {
   PaddedBlock(const Vek8u* src, ptrdiff_t valid) { memcpy(data, src, static_cast<size_t>(valid)); }
 };
 
-/// Runs body(dst, src...) on successive blocks of exactly `block` pixels. The last, shorter block
-/// runs on copies, so that a body never sees a partial block and no byte outside the row is
-/// touched. In place is fine as long as the body loads its block before it stores.
-template <int block, class Body, int outCount, int outPixels, int... inCount, int... inPixels>
-void forEachBlock(ptrdiff_t n, Body body, Out<outCount, outPixels> out,
-                  In<inCount, inPixels>... in) {
+/// The copy that a stream's last, shorter block is worked on; finish() writes back what belongs to
+/// the row. A group of pixels that the row begins counts whole.
+template <int block, class Stream>
+struct LastBlock;
+
+template <int block, int count, int pixels>
+struct LastBlock<block, In<count, pixels>> : PaddedBlock<block / pixels * count> {
+  LastBlock(In<count, pixels> in, ptrdiff_t x, ptrdiff_t rest)
+      : PaddedBlock<block / pixels * count>(in.at(x), (rest + pixels - 1) / pixels * count) {}
+  void finish() const {}
+};
+
+template <int block, int count, int pixels>
+struct LastBlock<block, Out<count, pixels>> {
+  alignas(64) Vek8u data[block / pixels * count];
+  Vek8u* dst;
+  ptrdiff_t valid;
+
+  LastBlock(Out<count, pixels> out, ptrdiff_t x, ptrdiff_t rest)
+      : dst(out.at(x)), valid((rest + pixels - 1) / pixels * count) {}
+  void finish() const { memcpy(dst, data, static_cast<size_t>(valid)); }
+};
+
+/// Runs body(pointers...) on successive blocks of exactly `block` pixels of the streams. The last,
+/// shorter block runs on copies, so that a body never sees a partial block and no byte outside the
+/// row is touched. In place is fine as long as the body loads its block before it stores. The body
+/// is inlined into the loop however long it is, and once: the last block is a call of its own.
+template <int block, class Body, class... Streams>
+[[gnu::noinline, gnu::flatten]] void forEachBlock(ptrdiff_t n, Body body, Streams... streams) {
   ptrdiff_t x = 0;
-  for (; x + block <= n; x += block) {
-    body(out.data + x * outCount / outPixels, in.data + x * inCount / inPixels...);
-  }
-  const ptrdiff_t rest = n - x;
-  if (rest == 0) return;
-  alignas(64) Vek8u last[block * outCount / outPixels];
-  body(last, PaddedBlock<block * inCount / inPixels>(in.data + x * inCount / inPixels,
-                                                     (rest * inCount + inPixels - 1) / inPixels)
-                 .data...);
-  memcpy(out.data + x * outCount / outPixels, last,
-         static_cast<size_t>((rest * outCount + outPixels - 1) / outPixels));
+  for (; x + block <= n; x += block) body(streams.at(x)...);
+  if (x == n) return;
+  const auto runLast = [&](auto&&... last) {
+    forEachBlock<block>(block, body, Streams{last.data}...);
+    (last.finish(), ...);
+  };
+  runLast(LastBlock<block, Streams>(streams, x, n - x)...);
+}
+
+/// Runs body(i) for blocks of `size` elements that cover 0 .. n - 1, n >= size; the last one may
+/// overlap its neighbour. For kernels that do not work in place.
+template <class Body>
+void forEachOverlappingBlock(ptrdiff_t n, ptrdiff_t size, Body body) {
+  for (ptrdiff_t i = 0; i + size < n; i += size) body(i);
+  body(n - size);
 }
 
 }  // namespace

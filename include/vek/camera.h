@@ -532,6 +532,41 @@ VEK_API VekStatus vekiYCbCr422RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3],
                                                     int interpolation, int rotation, int xStep,
                                                     int yStep);
 
+/** Coefficients of vekiResizeCscRotate_8u_C2R with 10 fractional bits (studio-range BT.601): Y, Cr to
+ *  R, Cr to G, Cb to G, Cb to B = 1192, 1634, -833, -401, 2065. */
+VEK_API extern const Vek32s _vekYCbCr_RGB[5];
+
+/** Reduces an interleaved YCbCr 4:2:2 image by a whole factor, converts it to packed RGB and turns
+ *  it.
+ *
+ *  Source: each pair of pixels is the four bytes Cb, Y0, Cr, Y1. The reduced image has
+ *  width / factor columns and height / factor rows (Wo x Ho below; what remains at the right and at
+ *  the bottom is not read); rotation 1 and 2 put it into Ho columns and Wo rows. dstStep counts
+ *  bytes.
+ *
+ *  factor: 2, 4 or 8. interpolation: 0 takes the first luma sample of each factor x factor block; 1
+ *  averages the block in pairs, (a + b + 1) >> 1, first horizontal neighbours until each row of the
+ *  block is one value, then rows in the same way. The two pixels of an output pair share their
+ *  chroma: that of the first source pair of the first block, or with interpolation 1 the average
+ *  over both blocks in the same order. With an odd Wo the last pixel has the chroma of its own
+ *  block.
+ *
+ *  dstFormat: 0 RGB565, 1 RGB555 (bit 15 zero). With y = 1192 (Y - 16), b = Cb - 128, r = Cr - 128:
+ *  R = y + 1634 r, G = y - 401 b - 833 r, B = y + 2065 b, each shifted right by 18 minus the field's
+ *  bits (toward minus infinity, no rounding term) and clamped to the field.
+ *
+ *  rotation: vekiRotNone, vekiRot90Ccw, vekiRot90Cw or vekiRot180.
+ *
+ *  Alignment: pSrc, pDst, srcStep and dstStep 8 bytes.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if, in this order: pSrc is null; pDst is null; a pointer
+ *  is misaligned; a row step is below 1 or misaligned; factor is above width or height; factor is
+ *  not 2, 4 or 8; dstStep / 2 is below the turned row's pixels; srcStep / 2 is below width;
+ *  interpolation is not 0 or 1, dstFormat not 0 or 1, rotation not 0..3. */
+VEK_API VekStatus vekiResizeCscRotate_8u_C2R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                             int dstStep, int width, int height, int factor,
+                                             int interpolation, int dstFormat, int rotation);
+
 #ifdef __cplusplus
 }
 #endif

@@ -150,4 +150,17 @@ inline Planes ycc422Rgb(const Resize& a, int dstStep, int pixelBytes) {
           {{a.dstWidth * pixelBytes, a.dstHeight, dstStep}}};
 }
 
+/// vekiResizeCscRotate_8u_C2R: whole blocks, or their first samples (luma in byte 1 of a group, Cr
+/// in byte 2).
+inline Planes ycc422Reduce(int width, int height, int srcStep, int factor, int interpolation,
+                           int rotation, int dstStep) {
+  const int columns = width / factor, rows = height / factor;
+  const bool turned = rotation == 1 || rotation == 2;
+  const int lastBlock = 2 * factor * (columns - 1);
+  const Area firsts = {lastBlock + (columns % 2 == 0 ? 2 : 3), factor * (rows - 1) + 1, srcStep};
+  const Area blocks = {lastBlock + 2 * factor, factor * rows, srcStep};
+  return {{interpolation == 0 ? firsts : blocks},
+          {{2 * (turned ? rows : columns), turned ? columns : rows, dstStep}}};
+}
+
 }  // namespace vek::test::footprint

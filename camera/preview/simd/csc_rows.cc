@@ -4,6 +4,7 @@
 
 #if VEK_HAVE_HIGHWAY
 
+#include "camera/preview/csc_matrix.h"
 #include "core/kernel/pixel_format.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -28,45 +29,55 @@ struct Pixels {
   Pairs red, green, blue;
 };
 
-/// The coefficients are split as w = 4 h + l, and floor((4 H + L) / 2^n) = (H + (L >> 2)) >> (n -
-/// 2): luma 4 * 74 + 2, 409 = 4 * 102 + 1, 100 = 4 * 25, 208 = 4 * 52, 516 = 4 * 129. Only blue can
-/// leave 16 bits (74 * 239 + 129 * 127 = 34069); it saturates far above what every field clamps to.
-template <int bits, class Chroma>
-VWords component(VWords luma74, VWords luma2, Chroma chroma) {
-  const VWords high = hn::SaturatedAdd(luma74, chroma.high);
-  const VWords low = hn::ShiftRight<2>(hn::Add(luma2, chroma.low));
-  const VWords value = hn::ShiftRight<14 - bits>(hn::SaturatedAdd(high, low));
-  return hn::Min(hn::Max(value, hn::Zero(words)), hn::Set(words, (1 << bits) - 1));
-}
-
-struct ChromaTerm {
+/// A product in two parts, (high << splitBits) + low.
+struct Split {
   VWords high, low;
 };
+
+VWords times(VWords v, int factor) {
+  return hn::Mul(v, hn::Set(words, static_cast<Vek16s>(factor)));
+}
+
+template <class Matrix>
+Split product(VWords v, Vek32s coefficient) {
+  return {times(v, coefficient >> Matrix::splitBits),
+          times(v, coefficient & ((1 << Matrix::splitBits) - 1))};
+}
+
+/// Neither part leaves 16 bits, for either matrix.
+Split sum(Split a, Split b) {
+  return {hn::Add(a.high, b.high), hn::Add(a.low, b.low)};
+}
+
+/// floor((high << s) + low) / 2^n) = (high + (low >> s)) >> (n - s). Only blue can leave 16 bits
+/// (74 * 239 + 129 * 127 = 34069); it saturates far above what every field clamps to.
+template <class Matrix, int bits>
+VWords component(Split luma, Split chroma) {
+  const VWords high = hn::SaturatedAdd(luma.high, chroma.high);
+  const VWords low = hn::ShiftRight<Matrix::splitBits>(hn::Add(luma.low, chroma.low));
+  constexpr int shift = shiftToField<Matrix>(bits) - Matrix::splitBits;
+  const VWords value = hn::ShiftRight<shift>(hn::SaturatedAdd(high, low));
+  return hn::Min(hn::Max(value, hn::Zero(words)), hn::Set(words, (1 << bits) - 1));
+}
 
 VWords centred(const Vek8u* samples) {
   return hn::Sub(hn::PromoteTo(words, hn::LoadU(halfBytes, samples)), hn::Set(words, 128));
 }
 
-VWords times(VWords v, Vek16s factor) {
-  return hn::Mul(v, hn::Set(words, factor));
-}
-
-template <class Format>
+template <class Matrix, class Format>
 Pixels convertBlock(const Vek8u* y, const Vek8u* cb, const Vek8u* cr) {
   const VWords b = centred(cb);
   const VWords r = centred(cr);
-  const ChromaTerm red = {times(r, 102), r};
-  const ChromaTerm green = {hn::Add(times(b, -25), times(r, -52)), hn::Zero(words)};
-  const ChromaTerm blue = {times(b, 129), hn::Zero(words)};
+  const Split red = product<Matrix>(r, Matrix::redCr);
+  const Split green = sum(product<Matrix>(b, Matrix::greenCb), product<Matrix>(r, Matrix::greenCr));
+  const Split blue = product<Matrix>(b, Matrix::blueCb);
 
   const auto luma = hn::BitCast(uwords, hn::LoadU(bytes, y));
   const auto convert = [&](VWords sample, VWords& redOut, VWords& greenOut, VWords& blueOut) {
-    const VWords centredLuma = hn::Sub(sample, hn::Set(words, 16));
-    const VWords luma74 = times(centredLuma, 74);
-    const VWords luma2 = hn::Add(centredLuma, centredLuma);
-    redOut = component<Format::rBits>(luma74, luma2, red);
-    greenOut = component<Format::gBits>(luma74, luma2, green);
-    blueOut = component<Format::bBits>(luma74, luma2, blue);
+    const Split y16 = product<Matrix>(hn::Sub(sample, hn::Set(words, 16)), Matrix::luma);
+    redOut = component<Matrix, Format::rBits>(y16, red);
+    greenOut = component<Matrix, Format::gBits>(y16, green);
+    blueOut = component<Matrix, Format::bBits>(y16, blue);
   };
   Pixels p;
   convert(hn::BitCast(words, hn::And(luma, hn::Set(uwords, 0xFF))), p.red.even, p.green.even,
@@ -85,11 +96,11 @@ hn::Vec<Bytes> packBytes(Pairs pairs) {
   return hn::BitCast(bytes, hn::Or(pairs.even, hn::ShiftLeft<8>(pairs.odd)));
 }
 
-template <class Format>
+template <class Matrix, class Format>
 void cscRow(const Vek8u* y, const Vek8u* cb, const Vek8u* cr, ptrdiff_t n, Vek8u* dst) {
   constexpr int block = static_cast<int>(hn::MaxLanes(bytes));
   const auto body = [](Vek8u* out, const Vek8u* luma, const Vek8u* blue, const Vek8u* red) {
-    const Pixels p = convertBlock<Format>(luma, blue, red);
+    const Pixels p = convertBlock<Matrix, Format>(luma, blue, red);
     if constexpr (Format::bytes == 2) {
       hn::StoreInterleaved2(packWord<Format>(p.red.even, p.green.even, p.blue.even),
                             packWord<Format>(p.red.odd, p.green.odd, p.blue.odd), words,
@@ -117,6 +128,8 @@ HWY_AFTER_NAMESPACE();
 
 namespace vek::VEK_LEVEL {
 
-constexpr CscRows cscRows = {cscRow<Rgb565>, cscRow<Rgb555>, cscRow<Rgb444>, cscRow<Bgr24>};
+constexpr CscRows cscRows = {cscRow<MatrixQ8, Rgb565>,  cscRow<MatrixQ8, Rgb555>,
+                             cscRow<MatrixQ8, Rgb444>,  cscRow<MatrixQ8, Bgr24>,
+                             cscRow<MatrixQ10, Rgb565>, cscRow<MatrixQ10, Rgb555>};
 
 }  // namespace vek::VEK_LEVEL

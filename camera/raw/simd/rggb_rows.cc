@@ -22,6 +22,37 @@ using VLongs = hn::Vec<decltype(longs)>;
 constexpr int lanes = static_cast<int>(hn::MaxLanes(bytes));
 static_assert(lanes <= readAhead);
 
+constexpr hn::Full128<Vek8u> sixteen;
+using VSixteen = hn::Vec<decltype(sixteen)>;
+
+/// Lanes i .. 15 of a group of look-ups. They meet in registers, as stores of single bytes would
+/// take longer than the look-ups; the two samples of a pair come with one load.
+template <size_t i>
+void lookUp(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, VSixteen& first,
+            VSixteen& second) {
+  if constexpr (i < 16) {
+    constexpr Vek32u mask = rawCodeMask << 16 | rawCodeMask;
+    Vek32u pair;
+    memcpy(&pair, src + static_cast<ptrdiff_t>(i) * period, sizeof(pair));
+    pair &= mask;
+    first = hn::InsertLane(first, i, gamma[pair & 0xFFFF]);
+    second = hn::InsertLane(second, i, gamma[pair >> 16]);
+    lookUp<i + 1>(src, period, gamma, first, second);
+  }
+}
+
+void mapRow(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, ptrdiff_t n, Vek8u* first,
+            Vek8u* second) {
+  ptrdiff_t k = 0;
+  for (; k + 16 <= n; k += 16) {
+    VSixteen a = hn::Zero(sixteen), b = a;
+    lookUp<0>(src + k * period, period, gamma, a, b);
+    hn::StoreU(a, sixteen, first + k);
+    hn::StoreU(b, sixteen, second + k);
+  }
+  mapSamples(src + k * period, period, gamma, n - k, first + k, second + k);
+}
+
 VBytes average4(VBytes a, VBytes b, VBytes c, VBytes d) {
   const VBytes ab = hn::AverageRound(a, b);
   const VBytes cd = hn::AverageRound(c, d);
@@ -205,6 +236,12 @@ HWY_AFTER_NAMESPACE();
 #else
 
 #include "camera/raw/rggb_body.h"
+
+namespace vek::VEK_LEVEL {
+namespace {
+constexpr auto mapRow = mapSamples;
+}  // namespace
+}  // namespace vek::VEK_LEVEL
 
 #endif
 

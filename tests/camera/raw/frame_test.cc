@@ -40,9 +40,7 @@ struct Definition {
 
   /// The pixel (x, y) of the unturned result.
   Rgb pixel(int x, int y) const {
-    const int scale = g.filterMode == 2
-                          ? 1
-                          : std::max(g.srcWidth, g.srcHeight) / std::max(g.dstWidth, g.dstHeight);
+    const int scale = std::max(g.srcWidth, g.srcHeight) / std::max(g.dstWidth, g.dstHeight);
     if (scale == 2) return quad(2 * y, 2 * x, 2 * y + 1, 2 * x + 1);
     if (scale == 4) return quad(4 * y + 2, 4 * x + 2, 4 * y + 1, 4 * x + 1);
     const int r = y & ~1, c = x & ~1;
@@ -62,16 +60,8 @@ struct Definition {
   /// The pixel at a row and column of the destination.
   Rgb turned(int row, int column) const {
     const int w = g.dstWidth - 1, h = g.dstHeight - 1;
-    switch (g.rotation) {
-      case 1:
-        return pixel(h - row, column);
-      case 2:
-        return pixel(row, w - column);
-      case 3:
-        return pixel(w - column, h - row);
-      default:
-        return pixel(column, row);
-    }
+    const int x[] = {column, h - row, row, w - column}, y[] = {row, column, w - column, h - row};
+    return pixel(x[g.rotation], y[g.rotation]);
   }
 
   uint8_t component(int i, const Rgb& p) const {
@@ -93,21 +83,16 @@ struct Definition {
     for (int y = 0; y < g.dstHeight; y += down) {
       for (int x = 0; x < g.dstWidth; x += 2) {
         const Rgb a = turned(y, x), b = turned(y, x + 1);
+        // In 4:2:2 these are a and b again, which rounds as their average does.
         const Rgb c = turned(y + down - 1, x), d = turned(y + down - 1, x + 1);
         Rgb p;
-        for (int j = 0; j < 3; ++j) {
-          p[j] = down == 1 ? mean({a[j], b[j]}) : mean({a[j], b[j], c[j], d[j]});
-        }
+        for (int j = 0; j < 3; ++j) p[j] = mean({a[j], b[j], c[j], d[j]});
         out[1].push_back(component(1, p));
         out[2].push_back(component(2, p));
       }
     }
     return out;
   }
-};
-
-struct GammaTable {
-  Vek8u entries[1024];
 };
 
 /// Runs the pipeline at every level on a random frame and compares with the definition.
@@ -121,25 +106,23 @@ void compare(const VekiRggbGeometry& g, Random& random) {
   src.fill(random, allPatterns[random.chance(60) ? 0 : random.in(0, 5)]);
 
   // Noise in the table makes every mapped value independent of its neighbours.
-  GammaTable gamma;
-  const bool extreme = random.chance(30);
-  for (Vek8u& entry : gamma.entries) {
-    entry = static_cast<Vek8u>(extreme ? random.in(0, 1) * 255 : random.in(0, 255));
-  }
+  Vek8u gamma[1024];
+  const int steps = random.chance(30) ? 1 : 255;
+  for (Vek8u& entry : gamma) entry = static_cast<Vek8u>(random.in(0, steps) * (255 / steps));
   Vek16s matrix[9];
-  const int range = std::array{300, 1500, 32768}[random.in(0, 2)];
-  for (int i = 0; i < 9; ++i) {
-    const int v = random.chance(20) ? range * random.in(-1, 1) : random.in(-range, range);
-    matrix[i] = static_cast<Vek16s>(std::min(32767, v + (range == 300) * identityMatrix[i]));
+  const int range = std::array{300, 1500, 32767}[random.in(0, 2)];
+  for (Vek16s& c : matrix) {
+    c = static_cast<Vek16s>(random.chance(20) ? range * random.in(-1, 1)
+                                              : random.in(-range, range));
   }
   VekiRggbColorParam color = rawColor();
   color.gammaMode = 1;
-  color.gammaTable[0] = gamma.entries;
+  color.gammaTable[0] = gamma;
   color.colorMatrix = matrix;
   const RawState state = makeState(color, g);
   ASSERT_NE(state, nullptr);
 
-  const Planes expected = Definition{src.as<Vek16u>(), g, gamma.entries, matrix}.planes();
+  const Planes expected = Definition{src.as<Vek16u>(), g, gamma, matrix}.planes();
   const size_t unit = g.filterMode == 2 ? 8 : 4;
   const bool inset = g.filterMode == 2 && g.srcBorderValid == 0;
   runAtEveryLevel({{print.dst[0], unit, inset ? 6u : 0u, expected[0]},
@@ -176,81 +159,60 @@ TEST(RawFrame, SpansStripsAndTiles) {
   Random random(baseSeed() + 1);
   for (int border : {0, 1}) {
     for (int format : {8, 9}) {
-      for (int rotation : {0, 3})
-        compare(rawGeometry(4102, 6, 1, rotation, format, border), random);
-      for (int rotation : {1, 2})
-        compare(rawGeometry(518, 70, 1, rotation, format, border), random);
+      compare(rawGeometry(4102, 6, 1, 0, format, border), random);
+      compare(rawGeometry(4102, 6, 1, 3, format, border), random);
+      compare(rawGeometry(518, 70, 1, 1, format, border), random);
+      compare(rawGeometry(518, 70, 1, 2, format, border), random);
     }
   }
-  for (int rotation : {0, 1, 2, 3}) {
-    const bool turned = rotation == 1 || rotation == 2;
-    compare(rawGeometry(turned ? 1036 : 4120, turned ? 296 : 8, 2, rotation, 8), random);
-  }
+  compare(rawGeometry(4120, 8, 2, 3, 8), random);
+  compare(rawGeometry(1036, 296, 2, 1, 8), random);
 }
 
-/// One quad of a uniform region: (R, G, B) = (8, 9, 200) mapped, by hand.
+/// A uniform region with (R, G, B) = (8, 9, 200) mapped. By hand: (77 * 8 + 143 * 9 + 29 * 200) >>
+/// 8, 128 + (-30 * 8 - 85 * 9 + 128 * 200) / 256 and so on, rounded down.
 TEST(RawFrame, KnownValues) {
-  Vek16u src[4][4];
-  for (int y = 0; y < 4; ++y) {
-    for (int x = 0; x < 4; ++x) src[y][x] = y % 2 == 0 ? 32 : x % 2 == 0 ? 36 : 800;
-  }
+  const Vek16u r = 32, gr = 32, gb = 36, b = 800;
+  Vek16u src[] = {r, gr, r, gr, gb, b, gb, b, r, gr, r, gr, gb, b, gb, b};
   const RawState state = makeState(rawColor(), rawGeometry(4, 4));
   for (Level level : levels()) {
     const LevelScope scope(level);
     alignas(8) Vek8u luma[48] = {}, cb[16] = {}, cr[16] = {};
     Vek8u* const dst[3] = {luma + 6, cb + 3, cr + 3};
-    ASSERT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src[0], dst, state.get()), vekStsNoErr);
-    // (77 * 8 + 143 * 9 + 29 * 200) >> 8; 128 + (-30 * 8 - 85 * 9 + 128 * 200) / 256 and so on,
-    // rounded down.
-    for (int y = 0; y < 4; ++y) {
-      for (int x = 0; x < 4; ++x) EXPECT_EQ(luma[6 + 8 * y + x], 30);
-    }
-    EXPECT_EQ(cb[3], 224);
-    EXPECT_EQ(cb[8], 224);
-    EXPECT_EQ(cr[4], 111);
+    ASSERT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, dst, state.get()), vekStsNoErr);
+    for (int i = 0; i < 16; ++i) EXPECT_EQ(dst[0][i / 4 * 8 + i % 4], 30);
+    for (int i : {0, 1, 4, 5}) EXPECT_EQ(dst[1][i], 224);
+    for (int i : {0, 1, 4, 5}) EXPECT_EQ(dst[2][i], 111);
   }
 }
 
 TEST(RawFrame, ReplacesDeadPixelsInListOrder) {
   const int width = 16, height = 8;
-  const VekiDeadPixel list[] = {{5, 0},  {5, 1}, {1, 1}, {0, 7},   {4, 9},
-                                {4, 11}, {3, 8}, {3, 6}, {-1, 20}, {7, 16}};
-  const auto value = [](int row, int column) { return static_cast<Vek16u>(row * 20 + column); };
+  // With the sample that each one ends up with. Addresses are linear: column 16 is in the next row.
+  const int dead[][4] = {{5, 0, 3, 0}, {2, 1, 0, 1}, {6, 2, 6, 0},  {5, 1, 3, 1},
+                         {1, 1, 1, 1}, {0, 7, 0, 5}, {4, 9, 4, 7},  {4, 11, 4, 7},
+                         {3, 8, 3, 6}, {3, 6, 3, 4}, {7, 16, 7, 14}};
   for (int offset : {0, 3}) {
-    std::vector<VekiDeadPixel> sensor(list, list + std::size(list));
-    if (offset != 0) {
-      for (VekiDeadPixel& pixel : sensor) pixel.row += offset;
-      sensor.insert(sensor.begin() + 1, {{offset - 1, 5}, {INT32_MIN, 7}});
-    }
+    std::vector<VekiDeadPixel> list;
+    for (const auto& pixel : dead) list.push_back({pixel[0] + offset, pixel[1]});
+    if (offset != 0) list.insert(list.begin() + 1, {{offset - 1, 5}, {INT32_MIN, 7}});
     VekiRggbColorParam color = rawColor();
-    color.deadPixels = sensor.data();
-    color.numDeadPixels = static_cast<int>(sensor.size());
+    color.deadPixels = list.data();
+    color.numDeadPixels = static_cast<int>(list.size());
     color.rowOffset = offset;
     const RawState state = makeState(color, rawGeometry(width, height));
-    // What is copied no longer depends on the caller's list.
-    if (offset != 0) std::fill(sensor.begin(), sensor.end(), VekiDeadPixel{2, 2});
+    if (offset != 0) list.assign(list.size(), {2, 2});  // copied, so this changes nothing
 
-    std::vector<Vek16u> frame, expected;
-    for (int i = 0; i < width * (height + 1); ++i) frame.push_back(value(i / width, i % width));
-    expected = frame;
-    const auto pixel = [&](int row, int column) -> Vek16u& {
-      return expected[static_cast<size_t>(row * width + column)];
-    };
-    pixel(5, 0) = value(3, 0);
-    pixel(5, 1) = value(3, 1);
-    pixel(0, 7) = value(0, 5);
-    pixel(4, 9) = pixel(4, 11) = value(4, 7);
-    pixel(3, 8) = value(3, 6);
-    pixel(3, 6) = value(3, 4);
-    // Addresses are linear: column 20 above the region is column 4 of row 0 (dropped as it lies
-    // above an offset region), column 16 of the last row is the sample behind it.
-    if (offset == 0) pixel(0, 4) = value(0, 2);
-    pixel(8, 0) = value(7, 14);
-
-    alignas(8) Vek8u luma[16 * 8 + 8], cb[8 * 4 + 8], cr[8 * 4 + 8];
-    Vek8u* const dst[3] = {luma + 6, cb + 3, cr + 3};
-    Vek8u* const misaligned[3] = {luma, cb + 3, cr + 3};
+    std::vector<Vek16u> frame(width * (height + 1));
+    for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<Vek16u>(7 * i);
     const std::vector<Vek16u> before = frame;
+    std::vector<Vek16u> expected = frame;
+    for (const auto& [row, column, fromRow, fromColumn] : dead) {
+      expected[row * width + column] = before[fromRow * width + fromColumn];
+    }
+    alignas(8) Vek8u planes[3][256];
+    Vek8u* const dst[3] = {planes[0] + 6, planes[1] + 3, planes[2] + 3};
+    Vek8u* const misaligned[3] = {planes[0], planes[1] + 3, planes[2] + 3};
     EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(frame.data(), misaligned, state.get()),
               vekStsBadArgErr);
     EXPECT_EQ(frame, before);
@@ -260,34 +222,27 @@ TEST(RawFrame, ReplacesDeadPixelsInListOrder) {
 }
 
 TEST(RawFrame, RefusesNullAndMisalignedPointers) {
-  alignas(8) Vek8u planes[3][64 * 64];
-  std::vector<Vek16u> frame(20 * 20);
-  Vek16u* const src = frame.data() + 21;
-  struct Case {
-    int scale, border;
-    size_t offset[3];
-    VekStatus status;
-  };
-  const Case cases[] = {{1, 1, {0, 0, 0}, vekStsNoErr},     {1, 1, {4, 0, 0}, vekStsBadArgErr},
-                        {1, 1, {0, 2, 0}, vekStsBadArgErr}, {1, 1, {8, 0, 2}, vekStsBadArgErr},
-                        {1, 0, {6, 3, 3}, vekStsNoErr},     {1, 0, {0, 3, 3}, vekStsBadArgErr},
-                        {1, 0, {6, 0, 3}, vekStsBadArgErr}, {1, 0, {6, 3, 1}, vekStsBadArgErr},
-                        {2, 0, {4, 2, 2}, vekStsNoErr},     {2, 0, {6, 2, 2}, vekStsBadArgErr},
-                        {4, 1, {4, 3, 2}, vekStsBadArgErr}, {4, 0, {4, 2, 1}, vekStsBadArgErr}};
-  for (const Case& c : cases) {
-    const RawState state = makeState(rawColor(), rawGeometry(16, 16, c.scale, 0, 9, c.border));
-    Vek8u* const dst[3] = {planes[0] + c.offset[0], planes[1] + c.offset[1],
-                           planes[2] + c.offset[2]};
-    EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, dst, state.get()), c.status)
-        << c.scale << ' ' << c.border << ' ' << c.offset[0] << ' ' << c.offset[1];
-    if (c.status != vekStsNoErr) continue;
-    EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(nullptr, dst, state.get()), vekStsBadArgErr);
+  alignas(8) Vek8u planes[3][512];
+  Vek16u frame[18 * 18] = {};
+  Vek16u* const src = frame + 19;
+  // Scale, valid border, and where luma and chroma may start.
+  const int cases[][4] = {{1, 1, 0, 0}, {1, 0, 6, 3}, {2, 0, 4, 2}, {4, 1, 4, 2}};
+  for (const auto& [scale, border, luma, chroma] : cases) {
+    const RawState state = makeState(rawColor(), rawGeometry(16, 16, scale, 0, 9, border));
+    const auto call = [&](Vek16u* from, const std::array<Vek8u*, 3>& dst) {
+      return veki10RGGBtoYCbCr_RotRsz_8u_P3R(from, dst.data(), state.get());
+    };
+    const std::array<Vek8u*, 3> good = {planes[0] + luma, planes[1] + chroma, planes[2] + chroma};
+    EXPECT_EQ(call(src, good), vekStsNoErr);
+    EXPECT_EQ(call(nullptr, good), vekStsBadArgErr);
     EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, nullptr, state.get()), vekStsBadArgErr);
-    EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, dst, nullptr), vekStsBadArgErr);
-    for (int i = 0; i < 3; ++i) {
-      Vek8u* some[3] = {dst[0], dst[1], dst[2]};
-      some[i] = nullptr;
-      EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, some, state.get()), vekStsBadArgErr);
+    EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, good.data(), nullptr), vekStsBadArgErr);
+    for (size_t i = 0; i < 3; ++i) {
+      std::array<Vek8u*, 3> bad = good;
+      bad[i] += (scale == 1 ? 4 : 2) / (i == 0 ? 1 : 2);
+      EXPECT_EQ(call(src, bad), vekStsBadArgErr) << scale << ' ' << border << ' ' << i;
+      bad[i] = nullptr;
+      EXPECT_EQ(call(src, bad), vekStsBadArgErr);
     }
   }
 }

@@ -18,16 +18,19 @@ inline VekiRggbGeometry rawGeometry(int width, int height, int scale = 1, int ro
   const int unit = scale == 1 ? 8 : 4;
   const int luma = (dstWidth + unit - 1) / unit * unit;
   const int chroma = (dstWidth / 2 + unit / 2 - 1) / (unit / 2) * (unit / 2);
-  return {2 * (width + (borderValid != 0 ? 2 : 0)),
-          width,
-          height,
-          {luma, chroma, chroma},
-          dstWidth,
-          dstHeight,
-          scale == 1 ? 2 : 3,
-          rotation,
-          chromaFormat,
-          borderValid};
+  VekiRggbGeometry g = {};
+  g.srcStep = 2 * (width + (borderValid != 0 ? 2 : 0));
+  g.srcWidth = width;
+  g.srcHeight = height;
+  g.dstStep[0] = luma;
+  g.dstStep[1] = g.dstStep[2] = chroma;
+  g.dstWidth = dstWidth;
+  g.dstHeight = dstHeight;
+  g.filterMode = scale == 1 ? 2 : 3;
+  g.rotation = rotation;
+  g.chromaFormat = chromaFormat;
+  g.srcBorderValid = borderValid;
+  return g;
 }
 
 inline constexpr Vek16s identityMatrix[9] = {256, 0, 0, 0, 256, 0, 0, 0, 256};
@@ -39,17 +42,13 @@ inline VekiRggbColorParam rawColor() {
   return color;
 }
 
-struct ReleaseState {
-  void operator()(VekiRggbToYCbCrState* state) const {
-    EXPECT_EQ(vekiFree_10RGGBtoYCbCr_RotRsz_P3R(state), vekStsNoErr);
-  }
-};
-using RawState = std::unique_ptr<VekiRggbToYCbCrState, ReleaseState>;
+using RawState =
+    std::unique_ptr<VekiRggbToYCbCrState, decltype(&vekiFree_10RGGBtoYCbCr_RotRsz_P3R)>;
 
 inline RawState makeState(const VekiRggbColorParam& color, const VekiRggbGeometry& geometry) {
   VekiRggbToYCbCrState* state = nullptr;
   EXPECT_EQ(vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(&color, &geometry, &state), vekStsNoErr);
-  return RawState(state);
+  return {state, vekiFree_10RGGBtoYCbCr_RotRsz_P3R};
 }
 
 }  // namespace vek::test

@@ -56,144 +56,134 @@ VekStatus init(const VekiRggbColorParam* color, const VekiRggbGeometry* geometry
 }
 
 TEST(RawState, BuildsGammaTables) {
-  const auto table = [](Vek32u curve) {
-    std::vector<Vek8u> entries(gammaTableSize);
-    _ReconstructGammaTable(entries.data(), gammaCurvePoints(curve));
-    return entries;
-  };
-  const std::vector<Vek8u> linear = table(0), standard = table(1);
-  for (size_t i = 0; i < 1024; ++i) EXPECT_EQ(linear[i], i / 4);
+  Vek8u linear[gammaTableSize], standard[gammaTableSize];
+  _ReconstructGammaTable(linear, gammaCurvePoints(0));
+  _ReconstructGammaTable(standard, gammaCurvePoints(1));
+  for (int i = 0; i < gammaTableSize; ++i) EXPECT_EQ(linear[i], i / 4);
   // By hand at and between control points: (y * 1024 + 512) >> 12.
-  const struct {
-    size_t code;
-    int value;
-  } anchors[] = {{0, 0},    {1, 1},     {2, 2},     {14, 15},   {32, 33},   {33, 34},
-                 {128, 85}, {384, 155}, {448, 168}, {449, 168}, {896, 239}, {1023, 255}};
+  const int anchors[][2] = {{0, 0},    {1, 1},     {2, 2},     {14, 15},   {32, 33},   {33, 34},
+                            {128, 85}, {384, 155}, {448, 168}, {449, 168}, {896, 239}, {1023, 255}};
   for (const auto& [code, value] : anchors) EXPECT_EQ(standard[code], value) << code;
 }
 
+/// The identity, sums near the limits, and the one sum that leaves 16 bits.
 TEST(RawState, CombinesMatrices) {
-  const Vek16s ycc[9] = {77, 143, 29, -30, -85, 128, 128, -107, -21};
-  // Halved columns with sums near the limits, and the one sum that leaves 16 bits.
-  const Vek16s mixed[9] = {128, 0, -32768, 0, 0, 32767, 0, 128, 32767};
-  const Vek16s negated[9] = {0, 0, 32767, 0, 0, -32768, 0, 0, -32768};
-  const struct {
-    const Vek16s* matrix;
-    Vek16s expected[9];
-  } cases[] = {{mixed, {39, 15, 12159, -15, 64, 9344, 64, -10, -32767}},
-               {negated, {0, 0, -12160, 0, 0, -9344, 0, 0, -32768}}};
-  VekiRggbColorParam color = rawColor();
-  const VekiRggbGeometry geometry = rawGeometry(4, 4);
-  const RawState identity = makeState(color, geometry);
-  for (int i = 0; i < 9; ++i) EXPECT_EQ(identity->yccMatrix[i], ycc[i]);
-  for (const auto& c : cases) {
-    color.colorMatrix = c.matrix;
-    const RawState state = makeState(color, geometry);
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(state->yccMatrix[i], c.expected[i]) << i;
+  const Vek16s cases[][2][9] = {
+      {{256, 0, 0, 0, 256, 0, 0, 0, 256}, {77, 143, 29, -30, -85, 128, 128, -107, -21}},
+      {{128, 0, -32768, 0, 0, 32767, 0, 128, 32767},
+       {39, 15, 12159, -15, 64, 9344, 64, -10, -32767}},
+      {{0, 0, 32767, 0, 0, -32768, 0, 0, -32768}, {0, 0, -12160, 0, 0, -9344, 0, 0, -32768}}};
+  for (const auto& [correction, combined] : cases) {
+    VekiRggbColorParam color = rawColor();
+    color.colorMatrix = correction;
+    const RawState state = makeState(color, rawGeometry(4, 4));
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(state->yccMatrix[i], combined[i]) << i;
   }
 }
 
-struct Args {
-  VekiRggbColorParam color;
-  VekiRggbGeometry geometry;
-};
-
 /// Every refusal costs exactly the block for the state, and comes before a failed allocation.
 TEST(RawState, RefusesBadArguments) {
-  const Vek8u gamma[1024] = {};
-  const VekiDeadPixel origin[] = {{0, 0}, {5, 5}}, beforeOrigin[] = {{1, 9}, {2, 3}, {4, 4}};
-  const auto status = [&](int scale, int rotation, auto change) {
-    Args a = {rawColor(), rawGeometry(64, 32, scale, rotation)};
-    change(a);
-    VekiRggbToYCbCrState* const untouched = reinterpret_cast<VekiRggbToYCbCrState*>(&a);
+  const auto status = [](VekiRggbColorParam color, VekiRggbGeometry geometry) {
+    VekiRggbToYCbCrState* const untouched = reinterpret_cast<VekiRggbToYCbCrState*>(&color);
     VekiRggbToYCbCrState* state = untouched;
-    const VekStatus result = init(&a.color, &a.geometry, &state);
+    const VekStatus result = init(&color, &geometry, &state);
     if (result == vekStsNoErr) {
       EXPECT_EQ(vekiFree_10RGGBtoYCbCr_RotRsz_P3R(state), vekStsNoErr);
     } else {
       EXPECT_EQ(state, untouched);
       EXPECT_EQ(blocks.live.size(), 1u);
       blocks.failing = blocks.calls;
-      EXPECT_EQ(init(&a.color, &a.geometry, &state), result);
+      EXPECT_EQ(init(&color, &geometry, &state), result);
       blocks.failing = -1;
     }
     blocks.drop();
     return result;
   };
-  const auto accepts = [&](const char* what, int scale, int rotation, auto change) {
-    EXPECT_EQ(status(scale, rotation, change), vekStsNoErr) << what;
-  };
-  const auto refuses = [&](const char* what, int scale, auto change) {
-    for (int rotation : {0, 1}) {
-      EXPECT_EQ(status(scale, rotation, change), vekStsBadArgErr) << what;
-    }
-  };
+
+  using Geometry = VekiRggbGeometry;
   for (int scale : {1, 2, 4}) {
-    for (int rotation : {0, 1, 2, 3}) accepts("good", scale, rotation, [](Args&) {});
+    for (int rotation : {0, 1, 2, 3}) {
+      EXPECT_EQ(status(rawColor(), rawGeometry(64, 32, scale, rotation)), vekStsNoErr);
+    }
   }
-  accepts("own table", 1, 0,
-          [&](Args& a) { a.color.gammaMode = 1, a.color.gammaTable[0] = gamma; });
-  accepts("unused curves", 1, 0, [](Args& a) { a.color.gammaCurve[1] = 7; });
-  accepts("list in place", 1, 0, [&](Args& a) { a.color.deadPixels = origin; });
-  accepts("count without list", 1, 0,
-          [](Args& a) { a.color.rowOffset = 9, a.color.numDeadPixels = -1; });
-  accepts("nothing kept", 1, 0, [&](Args& a) {
-    a.color.deadPixels = origin, a.color.numDeadPixels = 2, a.color.colOffset = INT_MAX;
-  });
+  const struct {
+    int scale;
+    Vek32s Geometry::*field;
+    int value;
+  } fields[] = {{1, &Geometry::srcStep, 129},       {1, &Geometry::srcWidth, 63},
+                {1, &Geometry::srcHeight, INT_MAX}, {1, &Geometry::srcWidth, INT_MIN},
+                {2, &Geometry::srcHeight, 0},       {1, &Geometry::dstWidth, 0},
+                {1, &Geometry::dstHeight, -1},      {4, &Geometry::dstWidth, 1 << 30},
+                {1, &Geometry::dstHeight, 16},      {1, &Geometry::rotation, 4},
+                {1, &Geometry::rotation, -1},       {2, &Geometry::rotation, 2},
+                {1, &Geometry::chromaFormat, 7},    {1, &Geometry::chromaFormat, 10},
+                {1, &Geometry::filterMode, 3},      {4, &Geometry::filterMode, 2}};
+  for (const auto& [scale, field, value] : fields) {
+    Geometry g = rawGeometry(64, 32, scale);
+    g.*field = value;
+    EXPECT_EQ(status(rawColor(), g), vekStsBadArgErr) << scale << ": " << value;
+  }
+  // Too short, then misaligned.
+  const int steps[][3] = {{1, 0, -8}, {1, 1, -4}, {4, 2, -2}, {1, 0, 4},
+                          {1, 1, 2},  {1, 2, 6},  {2, 0, 2},  {4, 1, 1}};
+  for (const auto& [scale, plane, change] : steps) {
+    Geometry g = rawGeometry(64, 32, scale);
+    g.dstStep[plane] += change;
+    EXPECT_EQ(status(rawColor(), g), vekStsBadArgErr) << scale << ": " << plane << ' ' << change;
+  }
+  // Unlike reductions, reduction by 8, and reduced sizes of 6 x 6 and 8 x 3. The product of the
+  // last one is the source's width in 32 bits.
+  Geometry wrapped = rawGeometry(64, 32, 4);
+  wrapped.srcWidth = 0;
+  wrapped.dstWidth = 1 << 30;
+  wrapped.dstStep[0] = wrapped.dstStep[1] = wrapped.dstStep[2] = 1 << 30;
+  for (const Geometry& g :
+       {rawGeometry(64, 32, 8), rawGeometry(12, 12, 2), rawGeometry(32, 12, 4), wrapped}) {
+    EXPECT_EQ(status(rawColor(), g), vekStsBadArgErr) << g.srcWidth << 'x' << g.srcHeight;
+  }
 
-  refuses("gamma mode 2", 1, [](Args& a) { a.color.gammaMode = 2; });
-  refuses("gamma mode -1", 1, [](Args& a) { a.color.gammaMode = UINT32_MAX; });
-  refuses("curve 2", 1, [](Args& a) { a.color.gammaCurve[0] = 2; });
-  refuses("no table", 1, [](Args& a) { a.color.gammaMode = 1; });
-  refuses("reserved", 1, [](Args& a) { a.color.reserved = 1; });
-  refuses("row offset", 1, [](Args& a) { a.color.rowOffset = -1; });
-  refuses("column offset", 1, [](Args& a) { a.color.colOffset = INT_MIN; });
-  refuses("no matrix", 1, [](Args& a) { a.color.colorMatrix = nullptr; });
-  refuses("odd source step", 1, [](Args& a) { a.geometry.srcStep = 129; });
-  refuses("odd width", 1, [](Args& a) { a.geometry.srcWidth = 63; });
-  refuses("odd height", 1, [](Args& a) { a.geometry.srcHeight = INT_MAX; });
-  refuses("negative sizes", 1,
-          [](Args& a) { a.geometry.srcWidth = a.geometry.srcHeight = INT_MIN; });
-  refuses("sizes 0", 2, [](Args& a) {
-    a.geometry.srcWidth = a.geometry.srcHeight = a.geometry.dstWidth = a.geometry.dstHeight = 0;
-  });
-  // 4 * dstWidth would wrap to 0 in 32 bits.
-  refuses("wrapping size", 4,
-          [](Args& a) { a.geometry.srcWidth = 0, a.geometry.dstWidth = 1 << 30; });
-  refuses("rotation 4", 1, [](Args& a) { a.geometry.rotation = 4; });
-  refuses("rotation -1", 1, [](Args& a) { a.geometry.rotation = -1; });
-  refuses("chroma format 7", 1, [](Args& a) { a.geometry.chromaFormat = 7; });
-  refuses("unturned size", 2,
-          [](Args& a) { std::swap(a.geometry.dstWidth, a.geometry.dstHeight); });
-  refuses("reduction in one direction", 1, [](Args& a) { a.geometry.dstHeight /= 2; });
-  refuses("reduction by 8", 2,
-          [](Args& a) { a.geometry.dstWidth /= 4, a.geometry.dstHeight /= 4; });
-  refuses("short luma step", 1, [](Args& a) { a.geometry.dstStep[0] -= 8; });
-  refuses("short Cr step", 4, [](Args& a) { a.geometry.dstStep[2] -= 2; });
-  refuses("luma step", 1, [](Args& a) { a.geometry.dstStep[0] += 4; });
-  refuses("Cb step", 1, [](Args& a) { a.geometry.dstStep[1] += 2; });
-  refuses("reduced luma step", 2, [](Args& a) { a.geometry.dstStep[0] += 2; });
-  refuses("reduced Cr step", 2, [](Args& a) { a.geometry.dstStep[2] += 1; });
-  refuses("filter mode", 1, [](Args& a) { a.geometry.filterMode = 3; });
-  refuses("reduced filter mode", 4, [](Args& a) { a.geometry.filterMode = 2; });
-  // 12 x 12 at scale 2: the destination would be six pixels wide. 24 x 12 at scale 4: three high.
-  refuses("reduced width", 2, [](Args& a) { a.geometry = rawGeometry(12, 12, 2); });
-  refuses("reduced height", 4, [](Args& a) { a.geometry = rawGeometry(32, 12, 4); });
-  refuses("empty list", 1, [&](Args& a) { a.color.deadPixels = origin, a.color.rowOffset = 1; });
-  refuses("origin dead", 1, [&](Args& a) {
-    a.color.deadPixels = origin, a.color.numDeadPixels = 2;
-    a.color.rowOffset = a.color.colOffset = 5;
-  });
-  refuses("origin dead, not listed first", 1, [&](Args& a) {
-    a.color.deadPixels = beforeOrigin, a.color.numDeadPixels = 3;
-    a.color.rowOffset = 2, a.color.colOffset = 3;
-  });
+  const Vek8u gamma[gammaTableSize] = {};
+  const VekiDeadPixel list[] = {{0, 0}, {1, 9}, {5, 5}, {7, 7}};
+  using Color = VekiRggbColorParam;
+  using Change = void (*)(Color&);
+  const Change fine[] = {[](Color& c) { c.gammaMode = 1; },
+                         [](Color& c) { c.gammaCurve[0] = 1, c.gammaCurve[1] = 7; },
+                         [](Color& c) { c.numDeadPixels = 0; },
+                         [](Color& c) { c.colOffset = INT_MAX; },
+                         [](Color& c) { c.rowOffset = 9, c.deadPixels = nullptr; },
+                         [](Color& c) { c.rowOffset = 5, c.colOffset = 4; }};
+  // The last two: an empty list, and (5, 5), the first pixel inside the region, as its origin.
+  const Change faults[] = {[](Color& c) { c.gammaMode = 2; },
+                           [](Color& c) { c.gammaMode = UINT32_MAX; },
+                           [](Color& c) { c.gammaCurve[0] = 2; },
+                           [](Color& c) { c.gammaMode = 1, c.gammaTable[0] = nullptr; },
+                           [](Color& c) { c.reserved = 1; },
+                           [](Color& c) { c.rowOffset = -1; },
+                           [](Color& c) { c.colOffset = INT_MIN; },
+                           [](Color& c) { c.colorMatrix = nullptr; },
+                           [](Color& c) { c.rowOffset = 1, c.numDeadPixels = 0; },
+                           [](Color& c) { c.rowOffset = c.colOffset = 5; }};
+  const auto changed = [&](Change change) {
+    Color color = rawColor();
+    color.gammaTable[0] = gamma;
+    color.deadPixels = list;
+    color.numDeadPixels = 4;
+    change(color);
+    return color;
+  };
+  for (const Change& c : fine) {
+    EXPECT_EQ(status(changed(c), rawGeometry(8, 8)), vekStsNoErr) << &c - fine;
+  }
+  for (const Change& c : faults) {
+    EXPECT_EQ(status(changed(c), rawGeometry(8, 8)), vekStsBadArgErr) << &c - faults;
+  }
 
-  const Args good = {rawColor(), rawGeometry(8, 8)};
+  const Color color = rawColor();
+  const Geometry geometry = rawGeometry(8, 8);
   VekiRggbToYCbCrState* state = nullptr;
-  EXPECT_EQ(init(nullptr, &good.geometry, &state), vekStsBadArgErr);
-  EXPECT_EQ(init(&good.color, nullptr, &state), vekStsBadArgErr);
-  EXPECT_EQ(init(&good.color, &good.geometry, nullptr), vekStsBadArgErr);
+  EXPECT_EQ(init(nullptr, &geometry, &state), vekStsBadArgErr);
+  EXPECT_EQ(init(&color, nullptr, &state), vekStsBadArgErr);
+  EXPECT_EQ(init(&color, &geometry, nullptr), vekStsBadArgErr);
   EXPECT_EQ(state, nullptr);
   EXPECT_EQ(blocks.live.size(), 3u);
   blocks.drop();
@@ -208,25 +198,22 @@ TEST(RawState, ReleasesWhatItTook) {
   color.numDeadPixels = 3;
   color.rowOffset = 2;
   const VekiRggbGeometry geometry = rawGeometry(8, 8);
-  for (int failing = 0; failing < 4; ++failing) {
+  for (blocks.failing = 0; blocks.failing < 4; ++blocks.failing) {
     VekiRggbToYCbCrState* state = nullptr;
     blocks.calls = 0;
-    blocks.failing = failing;
-    EXPECT_EQ(init(&color, &geometry, &state), vekStsMemAllocErr) << failing;
+    EXPECT_EQ(init(&color, &geometry, &state), vekStsMemAllocErr) << blocks.failing;
     EXPECT_EQ(state, nullptr);
-    EXPECT_TRUE(blocks.live.empty()) << failing;
+    EXPECT_TRUE(blocks.live.empty()) << blocks.failing;
   }
   blocks.failing = -1;
   RawState state = makeState(color, geometry);
-  EXPECT_EQ(blocks.live.size(), 4u);
   ASSERT_EQ(state->numDeadPixels, 2);
   EXPECT_EQ(state->deadPixels[0].row, 2);
   EXPECT_EQ(state->deadPixels[1].column, 9);
-  const auto copy = blocks.live.find(const_cast<VekiDeadPixel*>(state->deadPixels));
-  ASSERT_NE(copy, blocks.live.end());
-  EXPECT_EQ(copy->second, 3 * 16);
+  EXPECT_EQ(blocks.live.size(), 4u);
   state.reset();
-  EXPECT_EQ(blocks.live.size(), 1u);
+  ASSERT_EQ(blocks.live.size(), 1u);
+  EXPECT_EQ(blocks.live.begin()->second, 3 * 16);  // the copy, which nothing releases
   blocks.drop();
 
   color.rowOffset = 0;

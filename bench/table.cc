@@ -1,0 +1,192 @@
+#include "bench/table.h"
+
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <fstream>
+#include <map>
+#include <set>
+
+#include "bench/support.h"
+
+namespace vek::bench {
+namespace {
+
+struct Line {
+  std::string name, size, peer;
+  double ours = 0, theirs = 0;  ///< seconds a call, medians; theirs 0 without a peer
+  double pixelsPerSecond = 0;
+  double copyShare = 0;  ///< bytes moved a second, against memcpy of one plane
+
+  double ratio() const { return theirs / ours; }
+};
+
+/// Keeps the median of each benchmark's repetitions, in seconds.
+class Medians : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context&) override { return true; }
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
+        seconds[run.run_name.function_name] =
+            run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+      }
+    }
+  }
+
+  std::map<std::string, double> seconds;
+};
+
+std::string sizeText(VekiSize size) {
+  return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+/// The name as a regular expression: only letters, digits and / _ - stand for themselves.
+std::string quoted(const std::string& name) {
+  std::string result;
+  for (char c : name) {
+    if (!std::isalnum(static_cast<unsigned char>(c)) && c != '/' && c != '_' && c != '-') {
+      result += '\\';
+    }
+    result += c;
+  }
+  return result;
+}
+
+std::vector<Line> measure(const TableOptions& options) {
+  std::vector<Line> lines;
+  for (VekiSize size : options.sizes) {
+    for (const Entry& entry : entries()) {
+      if (!entry.peer.empty() || entry.name.find(options.filter) == std::string::npos) continue;
+      // Google Benchmark interleaves the repetitions of what one call runs.
+      Medians medians;
+      const std::string ours = label(entry.name, size, "");
+      benchmark::RunSpecifiedBenchmarks(
+          &medians, "^(" + quoted(ours) + "(/peer:.*)?|memcpy/" + sizeText(size) + ")$");
+      Line line;
+      line.name = entry.name;
+      line.size = sizeText(size);
+      line.ours = medians.seconds[ours];
+      const double pixels = static_cast<double>(size.width) * size.height;
+      const double copy = medians.seconds["memcpy/" + line.size];
+      line.pixelsPerSecond = pixels / line.ours;
+      line.copyShare = entry.bytesPerPixel / line.ours / (2 / copy);
+      bool paired = false;
+      for (const Entry& peer : entries()) {
+        if (peer.name != entry.name || peer.peer.empty()) continue;
+        line.peer = peer.peer;
+        line.theirs = medians.seconds[label(entry.name, size, peer.peer)];
+        lines.push_back(line);
+        paired = true;
+      }
+      if (!paired) lines.push_back(line);
+      const Line& last = lines.back();
+      std::printf("%-52s %-10s %10.1f us", last.name.c_str(), last.size.c_str(), last.ours * 1e6);
+      if (paired) {
+        std::printf("  %-8s %10.1f us  x %.2f", last.peer.c_str(), last.theirs * 1e6, last.ratio());
+      }
+      std::printf("  %.2f of memcpy\n", last.copyShare);
+      std::fflush(stdout);
+    }
+  }
+  return lines;
+}
+
+double geometricMean(const std::vector<Line>& lines) {
+  double logs = 0;
+  int count = 0;
+  for (const Line& line : lines) {
+    if (line.theirs <= 0) continue;
+    logs += std::log(line.ratio());
+    ++count;
+  }
+  return count > 0 ? std::exp(logs / count) : 0;
+}
+
+std::string processor() {
+  std::ifstream file("/proc/cpuinfo");
+  for (std::string line; std::getline(file, line);) {
+    if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
+  }
+  return "unknown processor";
+}
+
+std::string today() {
+  const std::time_t now = std::time(nullptr);
+  char text[16];
+  std::strftime(text, sizeof text, "%Y-%m-%d", std::localtime(&now));
+  return text;
+}
+
+bool writeMarkdown(const std::string& path, const std::vector<Line>& lines) {
+  std::ofstream file(path);
+  file
+      << "# Benchmarks\n\nWritten by `./dev bench`: " << today() << ", " << processor()
+      << ", compiled by "
+#if defined(__clang__)
+      << "clang " << __clang_version__
+#else
+      << "GCC " << __VERSION__
+#endif
+      << ". One thread; medians of interleaved runs.\n\n"
+         "Ratio is the peer's time over ours: above 1 we are faster. Copy is the bytes that a call "
+         "reads and\nwrites a second, against those of `memcpy` of one plane of the same size.\n\n";
+  char text[320];
+  std::snprintf(text, sizeof text, "Geometric mean of all ratios: %.2f\n\n", geometricMean(lines));
+  file << text << "| function | size | ours, us | Mpixel/s | copy | peer | peer, us | ratio |\n"
+       << "|---|---|---:|---:|---:|---|---:|---:|\n";
+  for (const Line& l : lines) {
+    std::snprintf(text, sizeof text, "| `%s` | %s | %.1f | %.0f | %.2f |", l.name.c_str(),
+                  l.size.c_str(), l.ours * 1e6, l.pixelsPerSecond / 1e6, l.copyShare);
+    file << text;
+    if (l.theirs > 0) {
+      std::snprintf(text, sizeof text, " %s | %.1f | %.2f |\n", l.peer.c_str(), l.theirs * 1e6,
+                    l.ratio());
+      file << text;
+    } else {
+      file << " | | |\n";
+    }
+  }
+  return static_cast<bool>(file.flush());
+}
+
+bool writeJson(const std::string& path, const std::vector<Line>& lines) {
+  std::ofstream file(path);
+  file << "{\"date\": \"" << today() << "\", \"cpu\": \"" << processor() << "\", \"pairs\": [";
+  const char* separator = "\n";
+  for (const Line& l : lines) {
+    char text[400];
+    std::snprintf(text, sizeof text,
+                  "%s  {\"function\": \"%s\", \"size\": \"%s\", \"us\": %.3f, \"pixels_per_s\": "
+                  "%.0f, \"memcpy_share\": %.3f, \"peer\": \"%s\", \"peer_us\": %.3f}",
+                  separator, l.name.c_str(), l.size.c_str(), l.ours * 1e6, l.pixelsPerSecond,
+                  l.copyShare, l.peer.c_str(), l.theirs * 1e6);
+    file << text;
+    separator = ",\n";
+  }
+  file << "\n]}\n";
+  return static_cast<bool>(file.flush());
+}
+
+}  // namespace
+
+std::string label(const std::string& name, VekiSize size, const std::string& peer) {
+  return name + "/" + sizeText(size) + (peer.empty() ? "" : "/peer:" + peer);
+}
+
+int runTable(const TableOptions& options) {
+  const std::vector<Line> lines = measure(options);
+  std::printf("geometric mean of all pairs: %.2f\n", geometricMean(lines));
+  if (!options.json.empty() && !writeJson(options.json, lines)) {
+    std::fprintf(stderr, "vek_bench: cannot write %s\n", options.json.c_str());
+    return 1;
+  }
+  if (!options.markdown.empty() && !writeMarkdown(options.markdown, lines)) {
+    std::fprintf(stderr, "vek_bench: cannot write %s\n", options.markdown.c_str());
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace vek::bench

@@ -1,0 +1,2 @@
+#include "image/arith/arith_body.h"
+#include "image/arith/arith_kernels.h"

@@ -1,0 +1,16 @@
+// Row kernel that repeats a pixel.
+#pragma once
+
+#include "core/level.h"
+#include "image/arith/pointwise.h"
+
+namespace vek {
+
+struct SetRows {
+  /// Writes n bytes of a Pattern.
+  void (*repeat)(const Vek8u* pattern, ptrdiff_t n, Vek8u* dst);
+};
+
+VEK_KERNEL_TABLE(SetRows, setRows)
+
+}  // namespace vek

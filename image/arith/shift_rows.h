@@ -1,0 +1,20 @@
+// Row kernels of the shifts by constants.
+#pragma once
+
+#include "core/level.h"
+#include "image/arith/pointwise.h"
+
+namespace vek {
+
+/// Logical shift of n samples by `amount`, 0..7. `dst` may be the same row as `src`.
+using ShiftRow = void (*)(const Vek8u* src, ptrdiff_t n, int amount, Vek8u* dst);
+
+/// The C3 kernels shift by a Pattern of amounts 0..8; 8 leaves 0.
+struct ShiftRows {
+  ShiftRow right, left;
+  PointwiseRow rightC3, leftC3;
+};
+
+VEK_KERNEL_TABLE(ShiftRows, shiftRows)
+
+}  // namespace vek

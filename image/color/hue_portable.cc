@@ -1,0 +1,8 @@
+#include "image/color/hue_body.h"
+
+namespace vek::portable {
+
+constexpr HueRows hueRows = {lineRGBToHLS_8u_C3R, lineHLSToRGB_8u_C3R, lineRGBToHSV_8u_C3R,
+                             lineHSVToRGB_8u_C3R};
+
+}  // namespace vek::portable

@@ -1,0 +1,7 @@
+#include "image/color/luv_body.h"
+
+namespace vek::portable {
+
+constexpr LuvRows luvRows = {RGB_LUV_8u_C3, LUV_RGB_8u_C3};
+
+}  // namespace vek::portable

@@ -1,0 +1,124 @@
+// Drivers for kernels that compute three-channel pixels in 16-bit or 32-bit lanes.
+#pragma once
+
+#include "core/kernel/vector.h"
+
+#if VEK_HAVE_HIGHWAY
+
+HWY_BEFORE_NAMESPACE();
+namespace vek::VEK_LEVEL {
+namespace {
+
+constexpr hn::ScalableTag<Vek8u> byteLanes;
+constexpr hn::ScalableTag<Vek16s> wordLanes;
+constexpr hn::ScalableTag<Vek32s> intLanes;
+constexpr hn::ScalableTag<float> floatLanes;
+using VBytes = hn::Vec<hn::ScalableTag<Vek8u>>;
+using VWord = hn::Vec<hn::ScalableTag<Vek16s>>;
+using VInt = hn::Vec<hn::ScalableTag<Vek32s>>;
+constexpr int pixelBlock = static_cast<int>(hn::MaxLanes(byteLanes));
+
+struct PixelWords {
+  VWord c0, c1, c2;
+};
+
+struct PixelLanes {
+  VInt c0, c1, c2;
+};
+
+inline VWord wordConstant(Vek16s value) {
+  return hn::Set(wordLanes, value);
+}
+
+inline VWord evenBytes(VBytes v) {
+  return hn::And(hn::BitCast(wordLanes, v), wordConstant(0xFF));
+}
+
+inline VWord oddBytes(VBytes v) {
+  const hn::RebindToUnsigned<decltype(wordLanes)> unsignedLanes;
+  return hn::BitCast(wordLanes, hn::ShiftRight<8>(hn::BitCast(unsignedLanes, v)));
+}
+
+/// Bytes from results (0..255 each) for the even and the odd ones.
+inline VBytes joinBytes(VWord even, VWord odd) {
+  return hn::BitCast(byteLanes, hn::Or(even, hn::ShiftLeft<8>(odd)));
+}
+
+/// Runs fn(PixelWords) -> PixelWords on every pixel of a row.
+template <class Fn>
+void convertPixelWords(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
+  const auto body = [&fn](Vek8u* out, const Vek8u* in) {
+    VBytes a, b, c;
+    hn::LoadInterleaved3(byteLanes, in, a, b, c);
+    const PixelWords even = fn(PixelWords{evenBytes(a), evenBytes(b), evenBytes(c)});
+    const PixelWords odd = fn(PixelWords{oddBytes(a), oddBytes(b), oddBytes(c)});
+    hn::StoreInterleaved3(joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1),
+                          joinBytes(even.c2, odd.c2), byteLanes, out);
+  };
+  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+}
+
+inline VInt constant(Vek32s value) {
+  return hn::Set(intLanes, value);
+}
+
+/// Every fourth byte of v, beginning with byte `phase`: the pixels of one phase. Going by phases
+/// needs no byte shuffles, and merge() puts the results back in order.
+template <int phase>
+VInt phaseOf(VBytes v) {
+  const hn::RebindToUnsigned<decltype(intLanes)> unsignedLanes;
+  const auto words = hn::BitCast(unsignedLanes, v);
+  return hn::BitCast(intLanes,
+                     hn::And(hn::ShiftRight<8 * phase>(words), hn::Set(unsignedLanes, 0xFF)));
+}
+
+/// Adds results (0..255 each) of one phase to the bytes gathered so far.
+template <int phase>
+VBytes merge(VBytes gathered, VInt results) {
+  return hn::Or(gathered, hn::BitCast(byteLanes, hn::ShiftLeft<8 * phase>(results)));
+}
+
+/// Runs fn(PixelLanes) -> PixelLanes on every pixel of a row.
+template <class Fn>
+void convertPixels(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
+  const auto body = [&fn](Vek8u* out, const Vek8u* in) {
+    VBytes a, b, c;
+    hn::LoadInterleaved3(byteLanes, in, a, b, c);
+    VBytes x = hn::Zero(byteLanes), y = x, z = x;
+    const auto phase = [&]<int p>() {
+      const PixelLanes result = fn(PixelLanes{phaseOf<p>(a), phaseOf<p>(b), phaseOf<p>(c)});
+      x = merge<p>(x, result.c0);
+      y = merge<p>(y, result.c1);
+      z = merge<p>(z, result.c2);
+    };
+    phase.template operator()<0>();
+    phase.template operator()<1>();
+    phase.template operator()<2>();
+    phase.template operator()<3>();
+    hn::StoreInterleaved3(x, y, z, byteLanes, out);
+  };
+  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+}
+
+/// floor(n / d) from a quotient q that is off by at most one; n is given modulo 2^32, which is
+/// enough to see on which side the rest lies. d >= 1.
+inline VInt mendQuotient(VInt q, VInt n, VInt d) {
+  const VInt rest = hn::Sub(n, hn::Mul(q, d));
+  const VInt above = hn::VecFromMask(intLanes, hn::Lt(rest, constant(0)));
+  const VInt below = hn::VecFromMask(intLanes, hn::Gt(rest, hn::Sub(d, constant(1))));
+  return hn::Sub(hn::Add(q, above), below);  // true lanes are -1
+}
+
+inline VInt times(VInt v, Vek32s factor) {
+  return hn::Mul(v, constant(factor));
+}
+
+inline VInt clampToByte(VInt v) {
+  return hn::Min(hn::Max(v, constant(0)), constant(255));
+}
+
+}  // namespace
+}  // namespace vek::VEK_LEVEL
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,7 @@
+#include "image/color/twist_body.h"
+
+namespace vek::portable {
+
+constexpr TwistRows twistRows = {lumaRow, grayQ14<Vek32s>, twist<Vek32s>};
+
+}  // namespace vek::portable

@@ -1,0 +1,2 @@
+#include "image/color/ycbcr_body.h"
+#include "image/color/ycbcr_row_tables.h"

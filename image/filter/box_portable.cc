@@ -1,0 +1,11 @@
+#include "image/filter/box_body.h"
+
+namespace vek::portable {
+
+constexpr BoxRows boxRows = {
+    slideColumns,
+    averageColumns,
+    {slideWindows<Vek32u>, averageWindows<Vek32u, scaleSums<Vek32u>>},
+    {slideWindows<uint64_t>, averageWindows<uint64_t, scaleSums<uint64_t>>}};
+
+}  // namespace vek::portable

@@ -1,0 +1,44 @@
+// Kernels of the box filter. Both ways of summing cost the same per pixel whatever the mask's size:
+// from row to row, one row of samples enters the sums and one leaves them.
+#pragma once
+
+#include "vek/vek.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "core/level.h"
+
+namespace vek {
+
+/// Largest mask width and area that the 16-bit sums serve: at most 255 * 257 = 65535.
+inline constexpr ptrdiff_t smallBoxWidth = 16;
+inline constexpr int64_t smallBoxArea = 257;
+
+/// Every kernel treats the bytes of a row alike; `pixelBytes` (1 or 3) is the distance of
+/// horizontal neighbours. A mean is min(255, (sum * factor + 2^31) >> 32).
+template <class Sum>
+struct WideBoxRows {
+  /// The sums of a row's windows as the first one of each channel and the differences between
+  /// neighbours: differences[i] = sum of window i + pixelBytes less that of window i. Moves them
+  /// down: `entering` joins the `width` pixels wide windows and `leaving` (may be null) goes.
+  void (*slide)(Sum* differences, Sum* first, const Vek8u* entering, const Vek8u* leaving,
+                ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n);
+  /// The n means of these windows; the last pixel's differences are 0.
+  void (*average)(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
+                  Vek32u factor, Vek8u* dst);
+};
+
+struct BoxRows {
+  /// columns[i] += entering[i] - leaving[i]; `leaving` may be null.
+  void (*slideColumns)(Vek16u* columns, const Vek8u* entering, const Vek8u* leaving, ptrdiff_t n);
+  /// Means of `width` <= smallBoxWidth neighbouring columns each; the sums fit 16 bits.
+  void (*average)(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
+                  Vek32u factor, Vek8u* dst);
+  WideBoxRows<Vek32u> sums32;
+  WideBoxRows<uint64_t> sums64;
+};
+
+VEK_KERNEL_TABLE(BoxRows, boxRows)
+
+}  // namespace vek

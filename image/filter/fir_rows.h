@@ -1,0 +1,46 @@
+// Kernels of the linear filters with a caller's kernel: two-dimensional, row and column filters
+// alike are sums over taps.
+#pragma once
+
+#include "vek/vek.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "core/level.h"
+
+namespace vek {
+
+/// The taps of a convolution. Tap (o, i) multiplies the sample at src + o * outerStep + i *
+/// innerStep; its coefficient is read backwards from the end of the caller's kernel: last[-(o *
+/// inner + i)].
+struct FirTaps {
+  const Vek32s* last;
+  ptrdiff_t inner, outer;
+  ptrdiff_t innerStep, outerStep;
+};
+
+/// A sum becomes (sum * multiplier + 2^(shift - 1)) >> shift, without the rounding term when shift
+/// is 0, saturated to 0..255. The multiplier is 1 (shift 0..30) or round(2^32 / divisor) with shift
+/// 32. `limit` is the least sum that gives 255 or more: sums clamped to 0..limit give the same
+/// result, and their products stay below 2^41.
+struct FirScale {
+  Vek32u multiplier;
+  int shift;
+  uint64_t limit;
+};
+
+/// dst[x] = scaled sum of the taps at src + x, for x < n.
+using FirRow = void (*)(const Vek8u* src, const FirTaps& taps, const FirScale& scale, ptrdiff_t n,
+                        Vek8u* dst);
+
+/// By the bits that every partial sum fits in, signed.
+struct FirRows {
+  FirRow sums16;
+  FirRow sums32;
+  FirRow sums64;
+};
+
+VEK_KERNEL_TABLE(FirRows, firRows)
+
+}  // namespace vek

@@ -1,0 +1,42 @@
+// Mirroring about the horizontal axis, the vertical axis, or both.
+#include "vek/image.h"
+
+#include "core/check.h"
+#include "core/kernel/place_rows.h"
+
+namespace vek {
+namespace {
+
+/// `flip` reverses the rows (0), the columns (1) or both (2).
+template <int channels>
+VekStatus mirror(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
+                 int flip) {
+  if (anyNull({pDst, pSrc})) return vekStsNullPtrErr;
+  if (anyBelowOne({srcStep, dstStep, roiSize.width, roiSize.height})) return vekStsSizeErr;
+  if (flip < vekiMirrorHorizontalAxis || flip > vekiMirrorBothAxes) return vekStsMirrorFlipErr;
+
+  ptrdiff_t dx = channels, dy = dstStep;
+  if (flip != vekiMirrorHorizontalAxis) {
+    pDst += (roiSize.width - 1) * dx;
+    dx = -dx;
+  }
+  if (flip != vekiMirrorVerticalAxis) {
+    pDst += (roiSize.height - 1) * dy;
+    dy = -dy;
+  }
+  select(placeRows).of(channels)(pSrc, srcStep, roiSize.width, roiSize.height, pDst, dx, dy);
+  return vekStsNoErr;
+}
+
+}  // namespace
+}  // namespace vek
+
+extern "C" VekStatus vekiMirror_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                       VekiSize roiSize, int flip) {
+  return vek::mirror<1>(pSrc, srcStep, pDst, dstStep, roiSize, flip);
+}
+
+extern "C" VekStatus vekiMirror_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                       VekiSize roiSize, int flip) {
+  return vek::mirror<3>(pSrc, srcStep, pDst, dstStep, roiSize, flip);
+}

@@ -1,0 +1,1 @@
+#include "image/filter/morphology_body.h"

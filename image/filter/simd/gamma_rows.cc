@@ -1,0 +1,68 @@
+#include "image/filter/gamma_rows.h"
+
+#include "core/kernel/vector.h"
+
+#if VEK_HAVE_HIGHWAY
+
+HWY_BEFORE_NAMESPACE();
+namespace vek::VEK_LEVEL {
+namespace {
+
+constexpr hn::ScalableTag<Vek8u> bytes;
+using VBytes = hn::Vec<decltype(bytes)>;
+
+/// Half a table as eight parts of 16 entries; each part but the first is kept as its difference
+/// (exclusive or) from the one before.
+class HalfTable {
+ public:
+  explicit HalfTable(const Vek8u* entries) {
+    for (int part = 0; part < 8; ++part) {
+      const VBytes own = hn::LoadDup128(bytes, entries + 16 * part);
+      parts_[part] =
+          part == 0 ? own : hn::Xor(own, hn::LoadDup128(bytes, entries + 16 * part - 16));
+    }
+  }
+
+  /// Entries of the indices below 128; what other lanes get is of no use. An index takes part in
+  /// all look-ups up to its own part, and the differences add up to that part's entry: once 16 *
+  /// part is subtracted, lanes with a smaller index have their top bit set, which looks up 0.
+  VBytes operator()(VBytes index) const {
+    VBytes result = hn::TableLookupBytesOr0(parts_[0], index);
+    for (int part = 1; part < 8; ++part) {
+      index = hn::Sub(index, hn::Set(bytes, 16));
+      result = hn::Xor(result, hn::TableLookupBytesOr0(parts_[part], index));
+    }
+    return result;
+  }
+
+ private:
+  VBytes parts_[8];
+};
+
+void ownGamma_8u_(const GammaTable& table, const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
+  constexpr int block = static_cast<int>(hn::MaxLanes(bytes));
+  const HalfTable low(table.entries), high(table.entries + 128);
+  const auto body = [&](Vek8u* out, const Vek8u* in) {
+    const VBytes v = hn::LoadU(bytes, in);
+    const VBytes top = hn::Set(bytes, 128);
+    const auto isLow = hn::Lt(v, top);
+    hn::StoreU(hn::IfThenElse(isLow, low(v), high(hn::Xor(v, top))), bytes, out);
+  };
+  forEachBlock<block>(n, body, Out<1>{dst}, In<1>{src});
+}
+
+}  // namespace
+}  // namespace vek::VEK_LEVEL
+HWY_AFTER_NAMESPACE();
+
+#else
+
+#include "image/filter/gamma_body.h"
+
+#endif
+
+namespace vek::VEK_LEVEL {
+
+constexpr GammaRows gammaRows = {ownGamma_8u_};
+
+}  // namespace vek::VEK_LEVEL

@@ -1,0 +1,184 @@
+#include "vek/camera.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <vector>
+
+#include "camera/preview/csc_rows.h"
+#include "tests/footprint/preview.h"
+#include "tests/support/differential.h"
+
+namespace vek::test {
+namespace {
+
+struct Arguments {
+  int width, height, srcStep, dstStep, factor, interpolation, format, rotation;
+};
+
+/// Averages neighbours until one value remains.
+int average(std::vector<int> values) {
+  while (values.size() > 1) {
+    for (size_t i = 0; i < values.size() / 2; ++i) {
+      values[i] = (values[2 * i] + values[2 * i + 1] + 1) >> 1;
+    }
+    values.resize(values.size() / 2);
+  }
+  return values[0];
+}
+
+int rgb(int y, int cb, int cr, int format) {
+  const int luma = _vekYCbCr_RGB[0] * (y - 16), b = cb - 128, r = cr - 128;
+  const int greenTop = format == 0 ? 63 : 31, greenShift = format == 0 ? 12 : 13;
+  const int red = std::clamp((luma + _vekYCbCr_RGB[1] * r) >> 13, 0, 31);
+  const int green =
+      std::clamp((luma + _vekYCbCr_RGB[3] * b + _vekYCbCr_RGB[2] * r) >> greenShift, 0, greenTop);
+  const int blue = std::clamp((luma + _vekYCbCr_RGB[4] * b) >> 13, 0, 31);
+  return format == 0 ? red << 11 | green << 5 | blue : red << 10 | green << 5 | blue;
+}
+
+/// Output pixel by output pixel; samples are averaged over `blocks` blocks side by side.
+void reduce(const uint8_t* src, const Arguments& a, Vek16u* dst) {
+  const int columns = a.width / a.factor, rows = a.height / a.factor, pixels = a.dstStep / 2;
+  for (int y = 0; y < rows; ++y) {
+    for (int x = 0; x < columns; ++x) {
+      // One sample of every `spacing` bytes, from byte `first` of block `column`.
+      const auto sample = [&](int column, int blocks, int first, int spacing) {
+        const uint8_t* at = src + a.factor * y * a.srcStep + 2 * a.factor * column + first;
+        if (a.interpolation == 0) return int{*at};
+        std::vector<int> averages;
+        for (int row = 0; row < a.factor; ++row, at += a.srcStep) {
+          std::vector<int> across;
+          for (int i = 0; i < 2 * a.factor * blocks; i += spacing) across.push_back(at[i]);
+          averages.push_back(average(across));
+        }
+        return average(averages);
+      };
+      const int pair = x & ~1, blocks = pair + 1 < columns ? 2 : 1;
+      const int pixel =
+          rgb(sample(x, 1, 1, 2), sample(pair, blocks, 0, 4), sample(pair, blocks, 2, 4), a.format);
+      const int element[4] = {y * pixels + x, (columns - 1 - x) * pixels + y,
+                              x * pixels + rows - 1 - y, (rows - 1 - y) * pixels + columns - 1 - x};
+      dst[element[a.rotation]] = static_cast<Vek16u>(pixel);
+    }
+  }
+}
+
+void compare(const Arguments& a, Random& random) {
+  SCOPED_TRACE(testing::Message() << a.width << 'x' << a.height << " by " << a.factor
+                                  << " interpolation " << a.interpolation << " format " << a.format
+                                  << " rotation " << a.rotation << " steps " << a.srcStep << ", "
+                                  << a.dstStep);
+  const auto print = footprint::ycc422Reduce(a.width, a.height, a.srcStep, a.factor,
+                                             a.interpolation, a.rotation, a.dstStep);
+  Buffer src(print.src[0], 8);
+  src.fill(random, allPatterns[random.in(0, 5)]);
+  Buffer expected(print.dst[0], 8);
+  reduce(src.data(), a, expected.as<Vek16u>());
+  runAtEveryLevel({{print.dst[0], 8, 0, expected.contents()}}, [&](auto dst) {
+    EXPECT_EQ(vekiResizeCscRotate_8u_C2R(src.data(), a.srcStep, reinterpret_cast<Vek16u*>(dst[0]),
+                                         a.dstStep, a.width, a.height, a.factor, a.interpolation,
+                                         a.format, a.rotation),
+              0);
+  });
+}
+
+TEST(Ycc422Reduce, EqualsTheDefinition) {
+  Random random(baseSeed());
+  for (int round = 0; round < 500 && !testing::Test::HasFailure(); ++round) {
+    const int factor = 2 << random.in(0, 2);
+    Arguments a = {};
+    a.width = factor * random.size(150) + random.in(0, factor - 1);
+    a.height = factor * random.size(40) + random.in(0, factor - 1);
+    a.factor = factor;
+    a.interpolation = random.in(0, 1);
+    a.format = random.in(0, 1);
+    a.rotation = random.in(0, 3);
+    const bool turned = a.rotation == 1 || a.rotation == 2;
+    const int across = (turned ? a.height : a.width) / factor;
+    a.srcStep = (2 * a.width + 7) / 8 * 8 + 8 * random.in(0, 1);
+    a.dstStep = (2 * across + 7) / 8 * 8 + 8 * random.in(0, 1);
+    compare(a, random);
+  }
+}
+
+TEST(Ycc422Reduce, SpansStripsAndTiles) {
+  Random random(baseSeed() + 1);
+  compare({8 * 1101, 24, 16 * 1104, 2208, 8, 1, 0, 0}, random);
+  compare({2 * 131, 2 * 133, 4 * 132, 272, 2, 1, 1, 1}, random);
+}
+
+TEST(Ycc422Reduce, KnownColours) {
+  const int table[5] = {1192, 1634, -833, -401, 2065};
+  EXPECT_TRUE(std::equal(table, table + 5, _vekYCbCr_RGB));
+  EXPECT_EQ(rgb(16, 128, 128, 0), 0);
+  EXPECT_EQ(rgb(255, 128, 128, 0), 0xFFFF);
+  EXPECT_EQ(rgb(255, 128, 128, 1), 0x7FFF);
+  EXPECT_EQ(rgb(81, 90, 240, 0), 0xF800);
+}
+
+/// Every luma with every Cb and a third of all Cr: 16-bit arithmetic must not show.
+TEST(CscRows, LevelsEqualPortable) {
+  const CscRows& portable = select(cscRows, Level::portable);
+  for (Level level : levels()) {
+    if (level == Level::portable) continue;
+    const CscRows& rows = select(cscRows, level);
+    const std::pair<CscRow, CscRow> kernels[] = {
+        {portable.rgb565, rows.rgb565},       {portable.rgb555, rows.rgb555},
+        {portable.rgb444, rows.rgb444},       {portable.bgr24, rows.bgr24},
+        {portable.rgb565Q10, rows.rgb565Q10}, {portable.rgb555Q10, rows.rgb555Q10}};
+    Vek8u y[256], cb[128], cr[128];
+    for (int i = 0; i < 256; ++i) y[i] = static_cast<Vek8u>(i);
+    for (size_t kernel = 0; kernel < std::size(kernels); ++kernel) {
+      for (int chroma = 0; chroma < 256 * 86; ++chroma) {
+        std::fill_n(cb, 128, static_cast<Vek8u>(chroma % 256));
+        std::fill_n(cr, 128, static_cast<Vek8u>(chroma / 256 * 3));
+        std::vector<uint8_t> expected(768), actual(768);
+        kernels[kernel].first(y, cb, cr, 256, expected.data());
+        kernels[kernel].second(y, cb, cr, 256, actual.data());
+        ASSERT_EQ(expected, actual) << "kernel " << kernel << " at level " << name(level) << ", Cb "
+                                    << int{cb[0]} << ", Cr " << int{cr[0]};
+      }
+    }
+  }
+}
+
+TEST(Ycc422Reduce, RefusesBadArguments) {
+  alignas(8) Vek8u src[256] = {};
+  alignas(8) Vek16u dst[64] = {};
+  struct Args {
+    const Vek8u* src;
+    int srcStep;
+    Vek16u* dst;
+    int dstStep, width, height, factor, interpolation, format, rotation;
+  };
+  const Args good = {src, 16, dst, 8, 8, 8, 2, 1, 0, 0};
+  const auto status = [&](auto change) {
+    Args a = good;
+    change(a);
+    return vekiResizeCscRotate_8u_C2R(a.src, a.srcStep, a.dst, a.dstStep, a.width, a.height,
+                                      a.factor, a.interpolation, a.format, a.rotation);
+  };
+  EXPECT_EQ(status([](Args&) {}), 0);
+  EXPECT_EQ(status([](Args& a) { a.factor = a.width = 4, a.dstStep = 8; }), 0);
+  const auto fails = [&](const char* what, auto change) {
+    EXPECT_EQ(status(change), vekStsBadArgErr) << what;
+  };
+  fails("null source", [](Args& a) { a.src = nullptr; });
+  fails("null destination and factor 0", [](Args& a) { a.dst = nullptr, a.factor = 0; });
+  fails("source alignment", [](Args& a) { a.src += 4; });
+  fails("destination alignment", [](Args& a) { a.dst += 2; });
+  fails("source step 0", [](Args& a) { a.srcStep = 0; });
+  fails("destination step alignment", [](Args& a) { a.dstStep = 12; });
+  fails("width below the factor", [](Args& a) { a.factor = 8, a.width = 7; });
+  fails("negative height", [](Args& a) { a.height = INT32_MIN; });
+  fails("factor 3", [](Args& a) { a.factor = 3; });
+  fails("factor 0", [](Args& a) { a.factor = 0; });
+  fails("turned row", [](Args& a) { a.height = 10, a.rotation = 1; });
+  fails("short source", [](Args& a) { a.srcStep = 8; });
+  fails("interpolation -1", [](Args& a) { a.interpolation = -1; });
+  fails("format 2", [](Args& a) { a.format = 2; });
+  fails("rotation 4", [](Args& a) { a.rotation = 4; });
+}
+
+}  // namespace
+}  // namespace vek::test
