@@ -95,7 +95,7 @@ void compare(const Resize& a, const int dstStep[3], Random& random) {
 
 TEST(Ycc420Resize, EqualsTheDefinition) {
   Random random(baseSeed());
-  for (int round = 0; round < 600 && !testing::Test::HasFailure(); ++round) {
+  for (int round = 0; round < 300 && !testing::Test::HasFailure(); ++round) {
     Resize a = randomResize(random, 2, 2, 8, 8);
     if (random.chance(40)) {  // 2:1 or 4:1, mostly unturned
       const int factor = random.chance(50) ? 2 : 4;
@@ -117,8 +117,8 @@ TEST(Ycc420Resize, EqualsTheDefinition) {
 TEST(Ycc420Resize, SpansStripsAndTiles) {
   Random random(baseSeed() + 1);
   for (int rotation = 0; rotation < 6; ++rotation) {
-    const int dstStep[3] = {2100, 1052, 1050};
-    compare({2104, 142, {2104, 1056, 1064}, 2100, 140, 1, rotation, 65536, 65600}, dstStep, random);
+    const int dstStep[3] = {1032, 516, 518};
+    compare({1032, 142, {1032, 520, 528}, 1030, 140, 1, rotation, 65536, 65600}, dstStep, random);
   }
 }
 
