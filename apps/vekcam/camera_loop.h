@@ -1,0 +1,69 @@
+// The closed loop of a camera: the sensor takes a frame, the library measures it and moves the
+// controls for the next one, and makes a picture of it.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "vekcam/exposure.h"
+#include "vekcam/pipeline.h"
+#include "vekcam/stage_times.h"
+#include "vekcam/white_balance.h"
+
+namespace vekcam {
+
+/// The lights of the simulation, one after the other, each for framesPerLight frames.
+const std::vector<Light>& lightScript();
+constexpr int framesPerLight = 24;
+
+/// How fast the colour follows a new light: the most that a frame changes a gain by, in 1/256.
+constexpr int gainStepPerFrame = 40;
+
+struct LoopSettings {
+  VekiSize size = {1280, 720};    ///< of the sensor, even
+  VekiSize preview = {640, 360};  ///< of the picture before it is turned, even
+  int degrees = 0;                ///< clockwise turn of the picture
+  Curve curve = Curve::standard;
+  Metering metering = Metering::frame;
+  uint64_t seed = 1;
+};
+
+/// What happened to one frame. The controls are those that it was taken with.
+struct FrameRecord {
+  size_t light = 0;
+  Controls controls;
+  double brightness = 0;
+  bool inBand = false;
+  VekStatus exposureStatus = vekStsNoErr;
+  VekStatus balanceStatus = vekStsNoErr;
+};
+
+class CameraLoop {
+ public:
+  explicit CameraLoop(const LoopSettings& settings);
+
+  /// Takes and meters the next frame. With `develop` it also becomes the picture.
+  FrameRecord step(bool develop = true);
+
+  const Picture& picture() const { return picture_; }
+  const Exposure& exposure() const { return exposure_; }
+  const StageTimes& times() const { return times_; }
+
+ private:
+  LoopSettings settings_;
+  Sensor sensor_;
+  RawFrame raw_;
+  Exposure exposure_;
+  WhiteBalance whiteBalance_;
+  RawPipeline pipeline_;
+  Picture picture_;
+  StageTimes times_;
+  Controls controls_;
+  int frame_ = 0;
+};
+
+/// For each light of a run, after how many frames the brightness was in the band to stay; -1 if it
+/// never was.
+std::vector<int> settlingTimes(const std::vector<FrameRecord>& records);
+
+}  // namespace vekcam

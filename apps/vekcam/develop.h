@@ -1,0 +1,24 @@
+// vekcam develop: one raw frame from a file becomes a picture.
+#pragma once
+
+#include <string>
+
+#include "vekcam/pipeline.h"
+
+namespace vekcam {
+
+struct DevelopSettings {
+  std::string input;     ///< "-" is standard input
+  std::string output;    ///< ends in .png or .ppm
+  std::string deadList;  ///< may be empty
+  VekiSize size = {0, 0};
+  int step = 0;  ///< bytes; 0: the samples of a row
+  int degrees = 0;
+  int scale = 1;
+  Curve curve = Curve::standard;
+};
+
+/// Reads, develops and writes; returns what there is to say about it.
+std::string develop(const DevelopSettings& settings);
+
+}  // namespace vekcam

@@ -1,0 +1,34 @@
+// The report of a simulation: one self-contained page.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vekcam/camera_loop.h"
+
+namespace vekcam {
+
+/// One closed-loop run and what it aimed at.
+struct Run {
+  Metering metering;
+  double low, high, fullScale;
+  std::vector<FrameRecord> records;
+};
+
+struct ShownPicture {
+  std::string caption;
+  std::string png;
+};
+
+struct Report {
+  LoopSettings settings;
+  Run run;
+  Run comparison;  ///< the same lights with the other control law, metered only
+  StageTimes times;
+  std::string contactSheet;  ///< PNG
+  std::vector<ShownPicture> pictures;
+};
+
+std::string page(const Report& report);
+
+}  // namespace vekcam

@@ -1,0 +1,23 @@
+// The scene in front of the simulated sensor.
+#pragma once
+
+#include <vector>
+#include <vek/vek.h>
+
+namespace vekcam {
+
+/// Linear light or reflectance; 1 is a perfect white under a light of level 1.
+struct Rgb {
+  float r, g, b;
+};
+
+/// Reflectances of a test scene (colour patches, gradients, fine detail, text, shaded balls) at the
+/// centre of every sample. A 16:9 frame shows it exactly; other shapes see more of the wall.
+struct Scene {
+  explicit Scene(VekiSize size);
+
+  VekiSize size;
+  std::vector<Rgb> reflectance;  ///< rows of size.width
+};
+
+}  // namespace vekcam

@@ -1,0 +1,160 @@
+#include "vekcam/simulate.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <unistd.h>
+#include <utility>
+
+#include "vekcam/files.h"
+#include "vekcam/report.h"
+
+namespace vekcam {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int smallestSide = 64;
+constexpr int largestSide = 8192;
+constexpr int thumbnails = 24;
+constexpr int thumbnailWidth = 160;
+constexpr VekiSize comparisonSize = {320, 180};
+
+void check(const SimulateSettings& settings) {
+  const auto side = [](const char* which, int n) {
+    if (n % 2 == 0 && n >= smallestSide && n <= largestSide) return;
+    throw Failure(std::string(which) + " " + std::to_string(n) + " is not an even number in " +
+                  std::to_string(smallestSide) + ".." + std::to_string(largestSide));
+  };
+  side("sensor width", settings.loop.size.width);
+  side("sensor height", settings.loop.size.height);
+  side("preview width", settings.loop.preview.width);
+  side("preview height", settings.loop.preview.height);
+}
+
+/// A bar on the terminal; nothing when standard error is none.
+class Progress {
+ public:
+  explicit Progress(int total) : total_(total), shown_(isatty(STDERR_FILENO) == 1) {}
+  ~Progress() {
+    if (shown_) std::fputs("\r\033[K", stderr);
+  }
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  void at(int done, const std::string& what) const {
+    if (!shown_) return;
+    constexpr int width = 32;
+    const int filled = width * done / total_;
+    const std::string bar = std::string(static_cast<size_t>(filled), '=') +
+                            std::string(static_cast<size_t>(width - filled), ' ');
+    std::fprintf(stderr, "\r\033[K[%s] %d/%d  %s", bar.c_str(), done, total_, what.c_str());
+    std::fflush(stderr);
+  }
+
+ private:
+  int total_;
+  bool shown_;
+};
+
+Run emptyRun(Metering metering, const Exposure& exposure) {
+  return {metering, exposure.low(), exposure.high(), exposure.fullScale(), {}};
+}
+
+/// The same lights with the other law, metered only.
+Run compare(const SimulateSettings& settings) {
+  LoopSettings other = settings.loop;
+  other.size = comparisonSize;
+  other.metering =
+      settings.loop.metering == Metering::histogram ? Metering::frame : Metering::histogram;
+  CameraLoop loop(other);
+  Run run = emptyRun(other.metering, loop.exposure());
+  for (int i = 0; i < settings.frames; ++i) run.records.push_back(loop.step(false));
+  return run;
+}
+
+std::string caption(int frame, const std::string& light) {
+  std::string text = std::to_string(frame) + " " + light;
+  std::ranges::transform(text, text.begin(),
+                         [](char c) { return static_cast<char>(std::toupper(c)); });
+  return text;
+}
+
+std::string settlingLine(const Run& run) {
+  const std::vector<int> settled = settlingTimes(run.records);
+  const ptrdiff_t missed = std::ranges::count(settled, -1);
+  std::string line = "the brightness was in its band to stay at most " +
+                     std::to_string(std::max(0, std::ranges::max(settled))) +
+                     " frames after each change of light";
+  if (missed > 0) {
+    line += " (not yet in " + std::to_string(missed) + " of " + std::to_string(settled.size()) +
+            " lights)";
+  }
+  return line + "\n";
+}
+
+}  // namespace
+
+std::string simulate(const SimulateSettings& settings) {
+  check(settings);
+  const fs::path directory = settings.directory;
+  std::error_code error;
+  fs::create_directories(directory / "frames", error);
+  if (error) {
+    throw Failure("cannot create " + (directory / "frames").string() + ": " + error.message());
+  }
+
+  CameraLoop loop(settings.loop);
+  Report report = {settings.loop,
+                   emptyRun(settings.loop.metering, loop.exposure()),
+                   compare(settings),
+                   {},
+                   {},
+                   {}};
+  std::vector<FrameRecord>& records = report.run.records;
+  std::map<size_t, ShownPicture> lastOfLight;
+  std::vector<Picture> small;
+  std::vector<std::string> captions;
+  const int thumbnailStride = (settings.frames + thumbnails - 1) / thumbnails;
+  {
+    const Progress progress(settings.frames);
+    for (int i = 0; i < settings.frames; ++i) {
+      records.push_back(loop.step());
+      const Picture& picture = loop.picture();
+      const std::string png = encodePng(picture);
+      char file[32];
+      std::snprintf(file, sizeof file, "frame_%04d.png", i);
+      writeFile((directory / "frames" / file).string(), png);
+      const std::string& light = lightScript()[records.back().light].name;
+      if (i % thumbnailStride == 0) {
+        small.push_back(reduced(picture, std::max(1, picture.width / thumbnailWidth)));
+        captions.push_back(caption(i, light));
+      }
+      if (i % framesPerLight == framesPerLight - 1 || i == settings.frames - 1) {
+        lastOfLight[records.back().light] = {"Frame " + std::to_string(i) + ", " + light, png};
+      }
+      progress.at(i + 1, light);
+    }
+  }
+  for (const auto& [light, picture] : lastOfLight) report.pictures.push_back(picture);
+  report.times = loop.times();
+  report.contactSheet = encodePng(contactSheet(small, captions, 6));
+  writeFile((directory / "contact_sheet.png").string(), report.contactSheet);
+  writeFile((directory / "report.html").string(), page(report));
+
+  char heading[200];
+  std::snprintf(
+      heading, sizeof heading,
+      "%d frames, %d x %d raw to %d x %d: the library's work allows %.0f frames per second\n",
+      settings.frames, settings.loop.size.width, settings.loop.size.height,
+      settings.loop.preview.width, settings.loop.preview.height, 1e6 / report.times.totalMedian());
+  return heading + report.times.table() + settlingLine(report.run) +
+         "pictures: " + (directory / "frames").string() +
+         "\ncontact sheet: " + (directory / "contact_sheet.png").string() +
+         "\nreport: " + (directory / "report.html").string() + "\n";
+}
+
+}  // namespace vekcam

@@ -1,0 +1,254 @@
+// The simulated camera and what it is made of.
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+#include "vekcam/camera_loop.h"
+#include "vekcam/report.h"
+
+namespace vekcam {
+namespace {
+
+constexpr VekiSize smallSize = {320, 180};
+constexpr int settlingLimit = 20;
+
+std::vector<FrameRecord> take(CameraLoop& loop, int frames) {
+  std::vector<FrameRecord> records;
+  for (int i = 0; i < frames; ++i) records.push_back(loop.step());
+  return records;
+}
+
+int channelSpread(const Vek8u* pixel) {
+  const auto [low, high] = std::minmax({pixel[0], pixel[1], pixel[2]});
+  return high - low;
+}
+
+class WindowMetering : public testing::TestWithParam<Metering> {};
+
+// Every light of the script, and the first one once more after the last.
+TEST_P(WindowMetering, SettlesAfterEachChangeOfLight) {
+  LoopSettings settings;
+  settings.size = settings.preview = smallSize;
+  settings.metering = GetParam();
+  CameraLoop loop(settings);
+  const int lights = static_cast<int>(lightScript().size()) + 1;
+  const std::vector<FrameRecord> records = take(loop, lights * framesPerLight);
+  const std::vector<int> settled = settlingTimes(records);
+  ASSERT_EQ(settled.size(), static_cast<size_t>(lights));
+  for (size_t i = 0; i < settled.size(); ++i) {
+    const std::string& light = lightScript()[records[i * framesPerLight].light].name;
+    EXPECT_GE(settled[i], 0) << light << " never settles";
+    EXPECT_LE(settled[i], settlingLimit) << light;
+  }
+  // The night needs all of the exposure time and some analogue gain; the change was a real one.
+  const FrameRecord& night = records[2 * framesPerLight - 1];
+  EXPECT_EQ(night.controls.exposure, controlRange.maxExposure);
+  EXPECT_GT(night.controls.analogueGain, controlRange.minGain);
+  EXPECT_EQ(night.exposureStatus, vekStsAeAtLimit);
+  for (size_t first = framesPerLight; first < records.size(); first += framesPerLight) {
+    EXPECT_FALSE(records[first].inBand) << "frame " << first;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, WindowMetering,
+                         testing::Values(Metering::frame, Metering::centre, Metering::windows),
+                         [](const auto& info) { return name(info.param); });
+
+TEST(CameraLoop, GreysAreNeutralInEveryLight) {
+  LoopSettings settings;
+  settings.size = settings.preview = smallSize;
+  CameraLoop loop(settings);
+  for (const Light& light : lightScript()) {
+    const FrameRecord last = take(loop, framesPerLight).back();
+    EXPECT_EQ(last.balanceStatus, vekStsNoErr) << light.name;
+    const Picture sixteenth = reduced(loop.picture(), 4);
+    for (const int x : {6, 12, 20}) {  // the greys of the patch board, without the noise
+      EXPECT_LE(channelSpread(sixteenth.row(22) + 3 * x), 14) << light.name << ", column " << x;
+    }
+  }
+}
+
+// The histogram law never stands still; its swings stay small.
+TEST(CameraLoop, HistogramStaysNearItsTarget) {
+  LoopSettings settings;
+  settings.size = settings.preview = smallSize;
+  settings.metering = Metering::histogram;
+  CameraLoop loop(settings);
+  EXPECT_LE(loop.exposure().high(), 1.5 * loop.exposure().low());
+  for (int i = 0; i < 4 * framesPerLight; ++i) {
+    const FrameRecord record = loop.step(false);
+    EXPECT_TRUE(record.inBand || i % framesPerLight < settlingLimit)
+        << "frame " << i << ": " << record.brightness;
+  }
+}
+
+TEST(Report, StandsAlone) {
+  LoopSettings settings;
+  settings.size = settings.preview = {64, 64};
+  CameraLoop loop(settings);
+  const vekcam::Run measured = {Metering::frame, 1, 2, 2046, take(loop, framesPerLight + 3)};
+  Report report = {settings, measured, measured, loop.times(), "png", {{"shown", "12"}}};
+  const std::string text = page(report);
+  EXPECT_NE(text.find("base64,cG5n\""), text.npos);
+  EXPECT_NE(text.find("base64,MTI=\""), text.npos);
+  for (const char* outside : {"http:", "https:", "<script", "<link", "nan", "inf,"}) {
+    EXPECT_EQ(text.find(outside), text.npos) << outside;
+  }
+}
+
+TEST(RawFrame, BorderMirrorsWithTheBayerPhase) {
+  RawFrame frame({6, 4});
+  for (int y = 0; y < 4; ++y) {
+    for (int x = 0; x < 6; ++x) frame.row(y)[x] = static_cast<Vek16u>(10 * y + x);
+  }
+  frame.mirrorBorder();
+  const auto mirrored = [](int i, int n) { return i < 0 ? -i : i >= n ? 2 * n - 2 - i : i; };
+  for (int y = -2; y < 6; ++y) {
+    for (int x = -2; x < 8; ++x) {
+      EXPECT_EQ(frame.row(y)[x], 10 * mirrored(y, 4) + mirrored(x, 6)) << y << ", " << x;
+    }
+  }
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(frame.row(1)) % 64, 0u);
+}
+
+/// A frame whose left half is red and whose lower half is blue light.
+RawFrame quarters(VekiSize size) {
+  RawFrame frame(size);
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) {
+      const bool red = x < size.width / 2;
+      const bool blue = y >= size.height / 2;
+      const int channel = (x & 1) + (y & 1);
+      const bool lit = (channel == 0 && red) || (channel == 2 && blue);
+      frame.row(y)[x] = lit ? 900 : 0;
+    }
+  }
+  frame.mirrorBorder();
+  return frame;
+}
+
+TEST(Pipeline, TurnsClockwiseAtEveryScale) {
+  const VekiSize size = {64, 32};
+  for (const int scale : {1, 2, 4}) {
+    for (const int degrees : {0, 90, 180, 270}) {
+      SCOPED_TRACE(testing::Message() << "scale " << scale << ", " << degrees << " degrees");
+      RawFrame frame = quarters(size);
+      PipelineSettings settings;
+      settings.region = size;
+      settings.degrees = degrees;
+      settings.scale = scale;
+      RawPipeline pipeline(frame, settings);
+      pipeline.convert(frame);
+      Picture picture;
+      toPicture(pipeline.image(), pipeline.image().size(), 0, picture);
+      // Turned by the preview instead.
+      settings.degrees = 0;
+      RawPipeline upright(frame, settings);
+      upright.convert(frame);
+      Picture turned;
+      toPicture(upright.image(), upright.image().size(), degrees, turned);
+      EXPECT_EQ(turned.bgr, picture.bgr);
+      const int w = (isQuarterTurn(degrees) ? size.height : size.width) / scale;
+      const int h = (isQuarterTurn(degrees) ? size.width : size.height) / scale;
+      ASSERT_EQ(picture.width, w);
+      ASSERT_EQ(picture.height, h);
+      // Corners clockwise from the top left; turning by 90 degrees moves each one on.
+      const std::array<std::array<bool, 2>, 4> redBlue = {
+          {{true, false}, {false, false}, {false, true}, {true, true}}};
+      const std::array<VekiPoint, 4> places = {
+          {{w / 4, h / 4}, {3 * w / 4, h / 4}, {3 * w / 4, 3 * h / 4}, {w / 4, 3 * h / 4}}};
+      for (size_t corner = 0; corner < 4; ++corner) {
+        const VekiPoint at = places[(corner + static_cast<size_t>(degrees / 90)) % 4];
+        const Vek8u* const bgr = picture.row(at.y) + 3 * at.x;
+        EXPECT_EQ(bgr[2] > 160, redBlue[corner][0]) << "red of corner " << corner;
+        EXPECT_EQ(bgr[0] > 160, redBlue[corner][1]) << "blue of corner " << corner;
+        EXPECT_LT(bgr[1], 120) << "green of corner " << corner;
+      }
+    }
+  }
+}
+
+TEST(Pipeline, KeepsGreysNeutralAndReachesWhite) {
+  const VekiSize size = {16, 16};
+  PipelineSettings settings;
+  settings.region = size;
+  for (const Matrix3& correction : {settings.colorCorrection, Sensor::colorCorrection()}) {
+    settings.colorCorrection = correction;
+    for (const int value : {60, 200, 500, 1023}) {
+      RawFrame frame(size);
+      for (int y = 0; y < 16; ++y) std::fill_n(frame.row(y), 16, static_cast<Vek16u>(value));
+      frame.mirrorBorder();
+      RawPipeline pipeline(frame, settings);
+      pipeline.convert(frame);
+      Picture picture;
+      toPicture(pipeline.image(), size, 0, picture);
+      EXPECT_LE(channelSpread(picture.row(8) + 24), 5) << value;
+      if (value == 1023) {
+        EXPECT_GE(picture.row(8)[24], 248);
+      }
+    }
+  }
+}
+
+// Dead pixels anywhere, edges included, leave no trace in a uniform frame.
+TEST(Pipeline, ReplacesDeadPixelsUpToTheEdges) {
+  const VekiSize size = {32, 16};
+  PipelineSettings settings;
+  settings.region = size;
+  settings.deadPixels = {{5, 1},  {9, 9},   {5, 30}, {1, 14}, {14, 21},
+                         {9, 11}, {15, 31}, {12, 0}, {0, 17}};
+  RawFrame frame(size);
+  for (int y = 0; y < size.height; ++y) std::fill_n(frame.row(y), size.width, Vek16u{400});
+  for (const VekiDeadPixel& p : settings.deadPixels) frame.row(p.row)[p.column] = 1023;
+  frame.mirrorBorder();
+  RawPipeline pipeline(frame, settings);
+  pipeline.convert(frame);
+  const std::array<const Vek8u*, 3> planes = std::as_const(pipeline.image()).planes();
+  for (int plane = 0; plane < 3; ++plane) {
+    const int half = plane == 0 ? 1 : 2;
+    const size_t p = static_cast<size_t>(plane);
+    for (int y = 0; y < size.height / half; ++y) {
+      const Vek8u* const row = planes[p] + y * pipeline.image().steps()[p];
+      EXPECT_TRUE(
+          std::all_of(row, row + size.width / half, [&](Vek8u v) { return v == planes[p][0]; }))
+          << "plane " << plane << ", row " << y;
+    }
+  }
+}
+
+TEST(Pipeline, CropsToWhatCanBeReduced) {
+  const struct {
+    VekiSize size;
+    int degrees, scale;
+    VekiSize region;
+  } cases[] = {{{1918, 1078}, 0, 1, {1918, 1078}},   {{1918, 1078}, 0, 2, {1912, 1076}},
+               {{1918, 1078}, 90, 2, {1916, 1072}},  {{1920, 1080}, 180, 4, {1920, 1080}},
+               {{1920, 1080}, 270, 4, {1920, 1072}}, {{16, 16}, 90, 4, {16, 16}}};
+  for (const auto& c : cases) {
+    const VekiSize region = usableRegion(c.size, c.degrees, c.scale);
+    EXPECT_EQ(region.width, c.region.width) << c.degrees << ", " << c.scale;
+    EXPECT_EQ(region.height, c.region.height) << c.degrees << ", " << c.scale;
+    RawFrame frame(c.size);
+    PipelineSettings settings;
+    settings.region = region;
+    settings.degrees = c.degrees;
+    settings.scale = c.scale;
+    EXPECT_NO_THROW(RawPipeline(frame, settings).convert(frame));
+  }
+}
+
+// Enlarged, reduced and turned previews stay within the sampling limits of the library.
+TEST(Pipeline, PreviewsOfAnyEvenSize) {
+  const YCbCrImage image({62, 46});
+  Picture picture;
+  for (const VekiSize size : {VekiSize{2, 2}, {30, 22}, {62, 46}, {64, 46}, {250, 90}}) {
+    for (const int degrees : {0, 90, 180, 270}) {
+      EXPECT_NO_THROW(toPicture(image, size, degrees, picture)) << size.width << ", " << degrees;
+      EXPECT_EQ(picture.width, isQuarterTurn(degrees) ? size.height : size.width);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vekcam
