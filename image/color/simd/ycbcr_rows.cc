@@ -214,8 +214,8 @@ void store(PixelWords even, PixelWords odd, Vek8u* dst) {
 
 template <class Source, const Matrix& m, class Format>
 void convert(const Block& p, Vek8u* dst) {
-  constexpr bool oneTerm = m.factor[0][0] == 1024;  // luma is added as it is
-  if constexpr (Format::bytes == 3 && !Source::shared && !oneTerm) {
+  constexpr bool plainLuma = m.factor[0][0] == 1024;  // added as it is, not multiplied
+  if constexpr (Format::bytes == 3 && !Source::shared && !plainLuma) {
     store<Format>(transform<m>(p.even), transform<m>(p.odd), dst);
   } else {
     const auto outputs = [](PixelWords q) {
