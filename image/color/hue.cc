@@ -2,7 +2,6 @@
 #include "vek/image.h"
 
 #include "core/check.h"
-#include "core/region.h"
 #include "image/color/hue_rows.h"
 
 namespace vek {
@@ -10,14 +9,8 @@ namespace {
 
 VekStatus convert(PixelRow HueRows::*kernel, const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                   int dstStep, VekiSize roi) {
-  const VekStatus status = checkPointersSizeSteps({pDst, pSrc}, roi, {srcStep, dstStep});
-  if (status != vekStsNoErr) return status;
-  const PixelRow row = select(hueRows).*kernel;
-  forEachRow(
-      ptrdiff_t{3} * roi.width, roi.height,
-      [row](ptrdiff_t bytes, const Vek8u* src, Vek8u* dst) { row(src, dst, bytes / 3); },
-      Plane{pSrc, srcStep}, Plane{pDst, dstStep});
-  return vekStsNoErr;
+  return convertRegion(checkPointersSizeSteps({pDst, pSrc}, roi, {srcStep, dstStep}),
+                       select(hueRows).*kernel, pSrc, srcStep, pDst, dstStep, roi);
 }
 
 }  // namespace

@@ -6,12 +6,13 @@
 #include <stddef.h>
 
 #include "core/level.h"
+#include "image/color/pixel_rows.h"
 
 namespace vek {
 
 struct LuvRows {
-  void (*rgbToLuv)(const Vek8u* src, Vek8u* dst, ptrdiff_t n);
-  void (*luvToRgb)(const Vek8u* src, Vek8u* dst, ptrdiff_t n);
+  PixelRow rgbToLuv;
+  PixelRow luvToRgb;
 };
 
 VEK_KERNEL_TABLE(LuvRows, luvRows)

@@ -35,4 +35,17 @@ void forEachPixelRow(VekiSize roi, Row row, Images... images) {
   for (ptrdiff_t y = 0; y < rows; ++y) row(n, images.row(y)...);
 }
 
+/// Row kernel of a three-channel conversion: n pixels of three bytes each.
+using PixelRow = void (*)(const Vek8u* src, Vek8u* dst, ptrdiff_t n);
+
+/// Converts the pixels of a region whose arguments passed `status`; returns that status.
+inline VekStatus convertRegion(VekStatus status, PixelRow row, const Vek8u* pSrc, int srcStep,
+                               Vek8u* pDst, int dstStep, VekiSize roi) {
+  if (status != vekStsNoErr) return status;
+  forEachPixelRow(
+      roi, [row](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { row(src, dst, n); },
+      PixelRows<const Vek8u, 3>{{pSrc, srcStep}}, PixelRows<Vek8u, 3>{{pDst, dstStep}});
+  return vekStsNoErr;
+}
+
 }  // namespace vek

@@ -2,7 +2,7 @@
 #include "vek/image.h"
 
 #include "core/check.h"
-#include "core/region.h"
+#include "image/color/pixel_rows.h"
 #include "image/color/twist_body.h"
 #include "image/color/twist_rows.h"
 
@@ -25,12 +25,12 @@ constexpr TwistMatrix rgbToYcc = {
 constexpr TwistMatrix yccToRgb = {
     {22256, 0, 29843, -4088553}, {22256, -7050, -15190, 3180809}, {22256, 36338, 0, -5668739}};
 
-/// Runs row(src, dst, width) on every row.
+/// Runs row(src, dst, n) on the region's pixels.
 template <class Row>
 void colorToGray(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSize roi, Row row) {
-  const Plane src = {pSrc, srcStep};
-  const Plane dst = {pDst, dstStep};
-  for (int y = 0; y < roi.height; ++y) row(src.row(y), dst.row(y), roi.width);
+  forEachPixelRow(
+      roi, [&](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { row(src, dst, n); },
+      PixelRows<const Vek8u, 3>{{pSrc, srcStep}}, PixelRows<Vek8u, 1>{{pDst, dstStep}});
 }
 
 void ColorTwist32s_Q14_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
@@ -43,10 +43,9 @@ void ColorTwist32s_Q14_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int d
     narrow = narrow && fitsWords(channels[k]);
   }
   const auto row = narrow ? select(twistRows).twistQ10 : &twist<Vek64s>;
-  forEachRow(
-      ptrdiff_t{3} * roi.width, roi.height,
-      [&](ptrdiff_t bytes, const Vek8u* src, Vek8u* dst) { row(src, dst, bytes / 3, channels); },
-      Plane{pSrc, srcStep}, Plane{pDst, dstStep});
+  forEachPixelRow(
+      roi, [&](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { row(src, dst, n, channels); },
+      PixelRows<const Vek8u, 3>{{pSrc, srcStep}}, PixelRows<Vek8u, 3>{{pDst, dstStep}});
 }
 
 VekStatus twistBy(const TwistMatrixRow* matrix, const Vek8u* pSrc, int srcStep, Vek8u* pDst,
