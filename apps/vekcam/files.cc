@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -16,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string reason() {
-  return std::strerror(errno);
+  return std::generic_category().message(errno);
 }
 
 struct Closer {
@@ -101,6 +102,10 @@ RawFrame readRawFrame(const std::string& path, VekiSize size, int step) {
   const std::string name = path == "-" ? "standard input" : path;
   const std::string shape = std::to_string(size.width) + "x" + std::to_string(size.height) +
                             " with a step of " + std::to_string(step) + " bytes";
+  const auto tooShort = [&](int row) {
+    return Failure(name + " is too short for " + shape + ": row " + std::to_string(row) +
+                   " is incomplete");
+  };
   const Reader file = openToRead(path);
   RawFrame frame(size);
   const size_t rowBytes = static_cast<size_t>(size.width) * 2;
@@ -110,8 +115,7 @@ RawFrame readRawFrame(const std::string& path, VekiSize size, int step) {
     if (std::ferror(file.get())) throw Failure("cannot read " + name + ": " + reason());
     const bool complete = got == bytes.size() || (y == size.height - 1 && got == rowBytes);
     if (!complete) {
-      throw Failure(name + " is too short for " + shape + ": row " + std::to_string(y) +
-                    " is incomplete");
+      throw tooShort(y);
     }
     Vek16u* const row = frame.row(y);
     for (size_t x = 0; x < static_cast<size_t>(size.width); ++x) {
@@ -137,7 +141,7 @@ std::vector<VekiDeadPixel> readDeadPixels(const std::string& path, VekiSize size
     const std::string_view entry = text;
     const size_t comma = entry.find(',');
     VekiDeadPixel pixel;
-    if (comma == entry.npos || !parseInt(entry.substr(0, comma), pixel.row) ||
+    if (comma == std::string_view::npos || !parseInt(entry.substr(0, comma), pixel.row) ||
         !parseInt(entry.substr(comma + 1), pixel.column)) {
       throw Failure(path + ", line " + std::to_string(number) + ": expected row,column");
     }

@@ -74,8 +74,8 @@ void addSimulate(CLI::App& program, SimulateSettings& settings) {
   addSize(app, "--preview", settings.loop.preview,
           "Size of the pictures before they are turned, even [640x360]");
   addPictureOptions(app, settings.loop.degrees, settings.loop.curve);
-  std::vector<std::string> meterings;
-  for (const Metering metering : allMeterings) meterings.push_back(name(metering));
+  std::vector<std::string> meterings(allMeterings.size());
+  std::ranges::transform(allMeterings, meterings.begin(), [](Metering m) { return name(m); });
   app.add_option_function<std::string>(
          "--metering",
          [&settings](const std::string& text) {

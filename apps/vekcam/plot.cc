@@ -34,23 +34,20 @@ class Axes {
     return height - bottom - at * (height - top - bottom);
   }
 
-  /// Powers of ten and their doubles and halves on a logarithmic axis, else round numbers.
+  /// 1, 2, 5, 10, 20 ... on a logarithmic axis, else about four round numbers.
   std::vector<double> ticks() const {
     std::vector<double> values;
     if (plot_.logarithmic) {
-      for (double decade = 1; decade <= plot_.high; decade *= 10) {
-        for (const double digit : {1, 2, 5}) values.push_back(decade * digit);
-      }
-      std::erase_if(values, [&](double v) { return v < plot_.low || v > plot_.high; });
-      return values;
+      for (int i = 0; i < 15; ++i) values.push_back(std::pow(10, i / 3) * (i % 3 * (i % 3) + 1));
+    } else {
+      const double rough = (plot_.high - plot_.low) / 4;
+      const double decade = std::pow(10, std::floor(std::log10(rough)));
+      const double leading = rough / decade;
+      const double step = decade * (leading < 1.5 ? 1 : leading < 3.5 ? 2 : leading < 7.5 ? 5 : 10);
+      const double first = std::ceil(plot_.low / step);
+      for (int i = 0; i < 15; ++i) values.push_back((first + i) * step);
     }
-    const double rough = (plot_.high - plot_.low) / 4;
-    const double decade = std::pow(10, std::floor(std::log10(rough)));
-    const double leading = rough / decade;
-    const double step = decade * (leading < 1.5 ? 1 : leading < 3.5 ? 2 : leading < 7.5 ? 5 : 10);
-    for (double v = std::ceil(plot_.low / step) * step; v <= plot_.high; v += step) {
-      values.push_back(v);
-    }
+    std::erase_if(values, [&](double v) { return v < plot_.low || v > plot_.high; });
     return values;
   }
 
@@ -81,37 +78,37 @@ std::string svg(const Plot& plot) {
   const double last = static_cast<double>(std::max<size_t>(frames, 1)) - 1;
 
   std::string out = "<svg viewBox=\"0 0 " + number(width) + " " + number(height) +
-                    "\" role=\"img\" aria-label=\"" + plot.title + "\">\n";
-  out += text(left, 16, "start", plot.title, "class=\"title\"");
+                    R"(" role="img" aria-label=")" + plot.title + "\">\n";
+  out += text(left, 16, "start", plot.title, R"(class="title")");
   for (const Span& span : plot.spans) {
     const double from = axes.x(static_cast<double>(span.first));
     const double to = axes.x(std::min(static_cast<double>(span.first + span.count), last));
     out +=
-        rectangle(from, top, to, height - bottom, "fill=\"" + span.colour + "\" opacity=\".16\"");
+        rectangle(from, top, to, height - bottom, R"(fill=")" + span.colour + R"(" opacity=".16")");
     if (plot.spans.size() > mostNames) continue;
-    out += text((from + to) / 2, top - 8, "middle", span.name, "class=\"faint\"");
+    out += text((from + to) / 2, top - 8, "middle", span.name, R"(class="faint")");
   }
   if (plot.bandLow != plot.bandHigh) {
     out += rectangle(left, axes.y(plot.bandHigh), width - right, axes.y(plot.bandLow),
-                     "class=\"band\"");
+                     R"(class="band")");
   }
   for (const double tick : axes.ticks()) {
     const std::string y = number(axes.y(tick));
-    out += "<path class=\"grid\" d=\"M" + number(left) + " " + y + "H" + number(width - right) +
+    out += R"(<path class="grid" d="M)" + number(left) + " " + y + "H" + number(width - right) +
            "\"/>\n";
-    out += text(left - 6, axes.y(tick) + 4, "end", number(tick), "class=\"faint\"");
+    out += text(left - 6, axes.y(tick) + 4, "end", number(tick), R"(class="faint")");
   }
   const size_t stride = frames > 240 ? 48 : 12;
   for (size_t frame = 0; frame < frames; frame += stride) {
     out += text(axes.x(static_cast<double>(frame)), height - 8, "middle", std::to_string(frame),
-                "class=\"faint\"");
+                R"(class="faint")");
   }
   double legend = width - right;
   for (size_t i = plot.series.size(); i-- > 0;) {
     const Series& series = plot.series[i];
     out += text(legend, 16, "end", series.name, "fill=\"" + series.colour + "\"");
     legend -= 8.0 * static_cast<double>(series.name.size()) + 14;
-    out += "<polyline fill=\"none\" stroke=\"" + series.colour + "\" points=\"";
+    out += R"(<polyline fill="none" stroke=")" + series.colour + R"(" points=")";
     for (size_t frame = 0; frame < series.values.size(); ++frame) {
       out += number(axes.x(static_cast<double>(frame))) + "," +
              number(axes.y(series.values[frame])) + " ";

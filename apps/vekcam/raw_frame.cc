@@ -35,7 +35,8 @@ void RawFrame::mirrorBorder() {
   }
 }
 
-std::vector<VekiDeadPixel> withMirroredEntries(std::vector<VekiDeadPixel> dead, VekiSize size) {
+std::vector<VekiDeadPixel> withMirroredEntries(const std::vector<VekiDeadPixel>& dead,
+                                               VekiSize size) {
   // Only the nearest border samples are ever read: the images of the second row and column.
   const auto images = [](int at, int count) {
     std::vector<int> all = {at};
