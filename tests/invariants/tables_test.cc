@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "core/level.h"
-#include "kernel_tables.h"  // written by the build: the headers that declare tables, and forEachTable
+#include "kernel_tables.h"  // written by the build: all table headers, and forEachTable
 
 namespace vek::test {
 namespace {
