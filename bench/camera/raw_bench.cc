@@ -60,7 +60,7 @@ void addFrame(const char* variant, int scale, int rotation, int chromaFormat, in
           Vek16u* const region = src.data<Vek16u>() + g.srcStep / 2 + 1;
           Vek8u* const dst[3] = {y.data() + 6 * inset, cb.data() + 3 * inset,
                                  cr.data() + 3 * inset};
-          benchmark::DoNotOptimize(veki10RGGBtoYCbCr_RotRsz_8u_P3R(region, dst, state.get()));
+          veki10RGGBtoYCbCr_RotRsz_8u_P3R(region, dst, state.get());
         };
       });
 }
@@ -80,9 +80,8 @@ void addFrame(const char* variant, int scale, int rotation, int chromaFormat, in
     const VekiRggbGeometry g = geometry(size, 1, 0, 9, 1);
     return [=] { vekiFree_10RGGBtoYCbCr_RotRsz_P3R(initState(g)); };
   });
-  add("vekiFree_10RGGBtoYCbCr_RotRsz_P3R/null", 0, [](VekiSize) {
-    return [] { benchmark::DoNotOptimize(vekiFree_10RGGBtoYCbCr_RotRsz_P3R(nullptr)); };
-  });
+  add("vekiFree_10RGGBtoYCbCr_RotRsz_P3R/null", 0,
+      [](VekiSize) { return [] { vekiFree_10RGGBtoYCbCr_RotRsz_P3R(nullptr); }; });
   return true;
 }();
 
