@@ -5,6 +5,8 @@
 
 #include <stddef.h>
 
+#include "core/rotation.h"
+
 namespace vek {
 
 /// Pixel (x, y) of the scaled image, seen as the source is oriented, lands `start + x * dx + y *
@@ -15,11 +17,6 @@ struct Orientation {
   ptrdiff_t dy;
   bool turned;  ///< a quarter turn: columns of the scaled image become destination rows
 };
-
-/// Whether the destination holds the scaled image's columns as its rows.
-inline bool isQuarterTurn(int rotation) {
-  return rotation == 1 || rotation == 2;
-}
 
 /// Orientation of a scaled image of `width` x `height` pixels of `bytes` bytes each in a plane with
 /// row step `step`. Codes: 0 unrotated, 1 quarter turn counter-clockwise, 2 quarter turn clockwise,

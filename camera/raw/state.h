@@ -3,6 +3,8 @@
 
 #include "vek/camera.h"
 
+#include "core/rotation.h"
+
 /// Read-only once InitAlloc has returned it.
 struct VekiRggbToYCbCrState {
   const VekiDeadPixel* deadPixels;  ///< in region coordinates: the caller's array, a copy, or null
@@ -29,10 +31,5 @@ namespace vek {
 /// Values of VekiRggbGeometry::chromaFormat.
 inline constexpr int chroma422 = 8;
 inline constexpr int chroma420 = 9;
-
-/// Whether the destination holds the region's columns as its rows.
-inline bool isQuarterTurn(int rotation) {
-  return rotation == 1 || rotation == 2;
-}
 
 }  // namespace vek
