@@ -36,6 +36,7 @@ std::vector<Line> measure(const TableOptions& options) {
       line.pixelsPerSecond = pixels / line.ours;
       line.copyShare = entry.bytesPerPixel / line.ours / (2 / copy);
       bool paired = false;
+      const size_t first = lines.size();
       for (const Entry& peer : entries()) {
         if (peer.name != entry.name || peer.peer.empty()) continue;
         line.peer = peer.peer;
@@ -45,9 +46,10 @@ std::vector<Line> measure(const TableOptions& options) {
       }
       if (!paired) lines.push_back(line);
       const Line& last = lines.back();
-      std::printf("%-52s %-10s %10.1f us", last.name.c_str(), last.size.c_str(), last.ours * 1e6);
-      if (paired) {
-        std::printf("  %-8s %10.1f us  x %.2f", last.peer.c_str(), last.theirs * 1e6, last.ratio());
+      std::printf("%-56s %-10s %10.1f us", last.name.c_str(), last.size.c_str(), last.ours * 1e6);
+      for (size_t i = first; paired && i < lines.size(); ++i) {
+        const Line& pair = lines[i];
+        std::printf("  %-8s %10.1f us  x %.2f", pair.peer.c_str(), pair.theirs * 1e6, pair.ratio());
       }
       std::printf("  %.2f of memcpy\n", last.copyShare);
       std::fflush(stdout);

@@ -29,8 +29,6 @@ void addFrom420(const char* name, int dstBytes, Convert convert) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  addFrom420("vekiYCbCr420RszCscRotRGB_8u_P3C3R/565", 2, libyuv::I420ToRGB565);
-  addFrom420("vekiYCbCr420RszCscRotRGB_8u_P3C3R/888", 3, libyuv::I420ToRGB24);
   addFrom420("vekiYCbCr420ToRGB565_8u16u_P3C3R", 2, libyuv::I420ToRGB565);
   addFrom420("vekiYUV420ToRGB_8u_P3C3R", 3, libyuv::I420ToRAW);
   addPeer("vekiRGBToYUV420_8u_C3P3R", "libyuv", [](VekiSize size) -> Call {
