@@ -58,12 +58,11 @@ void twist(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination* channel
 void grayQ14(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination& c) {
   const CombinationLanes<14> weights(c);
   const auto body = [&](Vek8u* out, const Vek8u* in) {
-    VBytes c0, c1, c2;
-    hn::LoadInterleaved3(byteLanes, in, c0, c1, c2);
+    const Channels v = loadChannels(in);
     VBytes result = hn::Zero(byteLanes);
     const auto phase = [&]<int p>() {
-      result =
-          merge<p>(result, weights.of(pairsOf(phaseOf<p>(c0), phaseOf<p>(c1), phaseOf<p>(c2))));
+      result = merge<p>(result,
+                        weights.of(pairsOf(phaseOf<p>(v.c0), phaseOf<p>(v.c1), phaseOf<p>(v.c2))));
     };
     phase.template operator()<0>();
     phase.template operator()<1>();
@@ -85,10 +84,9 @@ inline VWord lumaOf(VWord r, VWord g, VWord b) {
 
 void lumaRow(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
   const auto body = [](Vek8u* out, const Vek8u* in) {
-    VBytes r, g, b;
-    hn::LoadInterleaved3(byteLanes, in, r, g, b);
-    const VWord even = lumaOf(evenBytes(r), evenBytes(g), evenBytes(b));
-    const VWord odd = lumaOf(oddBytes(r), oddBytes(g), oddBytes(b));
+    const Channels v = loadChannels(in);
+    const VWord even = lumaOf(evenBytes(v.c0), evenBytes(v.c1), evenBytes(v.c2));
+    const VWord odd = lumaOf(oddBytes(v.c0), oddBytes(v.c1), oddBytes(v.c2));
     hn::StoreU(joinBytes(even, odd), byteLanes, out);
   };
   forEachBlock<pixelBlock>(n, body, Out<1>{dst}, In<3>{src});
