@@ -19,6 +19,15 @@ struct Line {
   double ratio() const { return theirs / ours; }
 };
 
+void printLine(const Line& line) {
+  std::printf("%-56s %-10s %10.1f us", line.name.c_str(), line.size.c_str(), line.ours * 1e6);
+  if (line.theirs > 0) {
+    std::printf("  %-8s %10.1f us  x %.2f", line.peer.c_str(), line.theirs * 1e6, line.ratio());
+  }
+  std::printf("  %.2f of memcpy\n", line.copyShare);
+  std::fflush(stdout);
+}
+
 std::vector<Line> measure(const TableOptions& options) {
   std::vector<Line> lines;
   for (VekiSize size : options.sizes) {
@@ -35,24 +44,15 @@ std::vector<Line> measure(const TableOptions& options) {
       const double copy = seconds["memcpy/" + line.size];
       line.pixelsPerSecond = pixels / line.ours;
       line.copyShare = entry.bytesPerPixel / line.ours / (2 / copy);
-      bool paired = false;
-      const size_t first = lines.size();
+      const size_t before = lines.size();
       for (const Entry& peer : entries()) {
         if (peer.name != entry.name || peer.peer.empty()) continue;
         line.peer = peer.peer;
         line.theirs = seconds[label(entry.name, size, peer.peer)];
         lines.push_back(line);
-        paired = true;
       }
-      if (!paired) lines.push_back(line);
-      const Line& last = lines.back();
-      std::printf("%-56s %-10s %10.1f us", last.name.c_str(), last.size.c_str(), last.ours * 1e6);
-      for (size_t i = first; paired && i < lines.size(); ++i) {
-        const Line& pair = lines[i];
-        std::printf("  %-8s %10.1f us  x %.2f", pair.peer.c_str(), pair.theirs * 1e6, pair.ratio());
-      }
-      std::printf("  %.2f of memcpy\n", last.copyShare);
-      std::fflush(stdout);
+      if (lines.size() == before) lines.push_back(line);
+      for (size_t i = before; i < lines.size(); ++i) printLine(lines[i]);
     }
   }
   return lines;
