@@ -2,16 +2,10 @@
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "bench/support.h"
+#include "bench/peers/opencv.h"
 
 namespace vek::bench {
 namespace {
-
-cv::Mat noise(VekiSize size, int type) {
-  cv::Mat image(size.height, size.width, type);
-  cv::randu(image, cv::Scalar::all(0), cv::Scalar::all(256));
-  return image;
-}
 
 /// Registers fn(source, destination) on three-channel images.
 template <class Fn>
