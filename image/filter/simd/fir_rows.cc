@@ -2,6 +2,7 @@
 
 #include "image/filter/cover.h"
 #include "image/filter/fir_body.h"
+#include "image/filter/unrolled.h"
 
 #if VEK_HAVE_HIGHWAY
 
@@ -129,11 +130,22 @@ class WordScaler {
   hn::Vec<decltype(uwords)> high_, low_;
 };
 
+/// Below 2^31: Highway's conversion would see to values beyond.
+VDwords truncated(hn::Vec<decltype(floats)> v) {
+#if HWY_TARGET <= HWY_AVX3 && HWY_ARCH_X86
+  return VDwords{_mm512_cvttps_epi32(v.raw)};
+#elif HWY_TARGET <= HWY_AVX2 && HWY_ARCH_X86
+  return VDwords{_mm256_cvttps_epi32(v.raw)};
+#else
+  return hn::ConvertTo(dwords, v);
+#endif
+}
+
 /// FirScale over sums in dwords, which packing saturates afterwards.
 class DwordScaler {
  public:
   explicit DwordScaler(const FirScale& scale)
-      : byFloats_(scale.divisor <= mostForFloats),
+      : byFloats_(scale.divisor > 1 && scale.divisor <= mostForFloats),
         shift_(scale.shift),
         limit_(hn::Set(dwords,
                        scale.limit < 0x7FFFFFFF ? static_cast<Vek32s>(scale.limit) : 0x7FFFFFFF)),
@@ -152,7 +164,7 @@ class DwordScaler {
   /// quarter of 1 / divisor decides halves and nothing else.
   VDwords operator()(VDwords sums) const {
     if (byFloats_) {
-      return hn::ConvertTo(dwords, hn::MulAdd(hn::ConvertTo(floats, sums), ratio_, offset_));
+      return truncated(hn::MulAdd(hn::ConvertTo(floats, sums), ratio_, offset_));
     }
     const auto clamped = hn::BitCast(udwords, hn::Min(hn::Max(sums, hn::Zero(dwords)), limit_));
     if (shift_ == 32) return hn::BitCast(dwords, mulHighRounded(udwords, clamped, factor_));
@@ -191,18 +203,25 @@ struct PairsInWords {
   VWords low_ = hn::Zero(words), high_ = hn::Zero(words);
 };
 
-/// Four vectors of sums in dwords, in the order of interleaving twice.
+/// A vector of sums in dwords; some processors add up in two parts.
+struct DwordSums {
+  VDwords sum = hn::Zero(dwords), rest = hn::Zero(dwords);
+};
+
+/// The sums of a vector of samples in the order of interleaving twice. Members, not an array, which
+/// compilers keep in memory.
 struct Dwords {
   using Scaler = DwordScaler;
 
   VBytes scaled(const Scaler& scaler) const {
-    const auto total = [&](int i) { return scaler(hn::RearrangeToOddPlusEven(sum[i], rest[i])); };
-    return packWords(hn::ReorderDemote2To(words, total(0), total(1)),
-                     hn::ReorderDemote2To(words, total(2), total(3)));
+    const auto pack = [&](const DwordSums& low, const DwordSums& high) {
+      return hn::ReorderDemote2To(words, scaler(hn::RearrangeToOddPlusEven(low.sum, low.rest)),
+                                  scaler(hn::RearrangeToOddPlusEven(high.sum, high.rest)));
+    };
+    return packWords(pack(a, b), pack(c, d));
   }
 
-  VDwords sum[4] = {hn::Zero(dwords), hn::Zero(dwords), hn::Zero(dwords), hn::Zero(dwords)};
-  VDwords rest[4] = {sum[0], sum[0], sum[0], sum[0]};  ///< for processors that add up in two parts
+  DwordSums a, b, c, d;
 };
 
 /// Coefficients of any size.
@@ -214,23 +233,25 @@ struct PairsInDwords : Dwords {
                                (static_cast<Vek32u>(factor[0]) & 0xFFFF));
   }
   void add(const Vek8u* src, const ptrdiff_t (&where)[2], VDwords packed) {
-    const VBytes a = hn::LoadU(bytes, src + where[0]), b = hn::LoadU(bytes, src + where[1]);
+    const VBytes first = hn::LoadU(bytes, src + where[0]);
+    const VBytes second = hn::LoadU(bytes, src + where[1]);
     const VWords factors = hn::BitCast(words, packed);
     const VBytes zero = hn::Zero(bytes);
-    const VBytes low = hn::InterleaveLower(bytes, a, b), high = hn::InterleaveUpper(bytes, a, b);
-    addTo(0, hn::InterleaveLower(bytes, low, zero), factors);
-    addTo(1, hn::InterleaveUpper(bytes, low, zero), factors);
-    addTo(2, hn::InterleaveLower(bytes, high, zero), factors);
-    addTo(3, hn::InterleaveUpper(bytes, high, zero), factors);
+    const VBytes low = hn::InterleaveLower(bytes, first, second);
+    const VBytes high = hn::InterleaveUpper(bytes, first, second);
+    addTo(a, hn::InterleaveLower(bytes, low, zero), factors);
+    addTo(b, hn::InterleaveUpper(bytes, low, zero), factors);
+    addTo(c, hn::InterleaveLower(bytes, high, zero), factors);
+    addTo(d, hn::InterleaveUpper(bytes, high, zero), factors);
   }
 
  private:
-  void addTo(int i, VBytes samples, VWords factors) {
+  static void addTo(DwordSums& s, VBytes samples, VWords factors) {
 #if defined(__AVX512VNNI__)
-    sum[i] = VDwords{_mm512_dpwssd_epi32(sum[i].raw, samples.raw, factors.raw)};
+    s.sum = VDwords{_mm512_dpwssd_epi32(s.sum.raw, samples.raw, factors.raw)};
 #else
-    sum[i] = hn::ReorderWidenMulAccumulate(dwords, hn::BitCast(words, samples), factors, sum[i],
-                                           rest[i]);
+    s.sum =
+        hn::ReorderWidenMulAccumulate(dwords, hn::BitCast(words, samples), factors, s.sum, s.rest);
 #endif
   }
 };
@@ -247,16 +268,20 @@ struct FoursInDwords : Dwords {
   }
   void add(const Vek8u* src, const ptrdiff_t (&where)[4], VDwords factors) {
     const auto load = [&](int i) { return hn::LoadU(bytes, src + where[i]); };
-    const VBytes a = load(0), b = load(1), c = load(2), d = load(3);
-    const auto addFours = [&](int i, VBytes pairs, VBytes next) {
-      const auto first = hn::BitCast(words, pairs), second = hn::BitCast(words, next);
-      const auto low = hn::InterleaveLower(words, first, second);
-      const auto high = hn::InterleaveUpper(words, first, second);
-      sum[i] = VDwords{_mm512_dpbusd_epi32(sum[i].raw, low.raw, factors.raw)};
-      sum[i + 1] = VDwords{_mm512_dpbusd_epi32(sum[i + 1].raw, high.raw, factors.raw)};
-    };
-    addFours(0, hn::InterleaveLower(bytes, a, b), hn::InterleaveLower(bytes, c, d));
-    addFours(2, hn::InterleaveUpper(bytes, a, b), hn::InterleaveUpper(bytes, c, d));
+    const VBytes first = load(0), second = load(1), third = load(2), fourth = load(3);
+    addTo(a, b, hn::InterleaveLower(bytes, first, second),
+          hn::InterleaveLower(bytes, third, fourth), factors);
+    addTo(c, d, hn::InterleaveUpper(bytes, first, second),
+          hn::InterleaveUpper(bytes, third, fourth), factors);
+  }
+
+ private:
+  static void addTo(DwordSums& low, DwordSums& high, VBytes pairs, VBytes next, VDwords factors) {
+    const auto one = hn::BitCast(words, pairs), two = hn::BitCast(words, next);
+    low.sum = VDwords{
+        _mm512_dpbusd_epi32(low.sum.raw, hn::InterleaveLower(words, one, two).raw, factors.raw)};
+    high.sum = VDwords{
+        _mm512_dpbusd_epi32(high.sum.raw, hn::InterleaveUpper(words, one, two).raw, factors.raw)};
   }
 };
 #else
@@ -273,11 +298,10 @@ void filterBlocks(const FirRegion& r, const Taps& taps, const FirScale& scale) {
       Sums sums[parts];
       taps.forEach([&](const auto& where, Vek32s packed) {
         const VDwords factors = hn::Set(dwords, packed);
-        for (int p = 0; p < parts; ++p) sums[p].add(src + x + p * vectorBytes, where, factors);
+        unrolled<parts>([&](auto p) { sums[p].add(src + x + p * vectorBytes, where, factors); });
       });
-      for (int p = 0; p < parts; ++p) {
-        hn::StoreU(sums[p].scaled(scaler), bytes, dst + x + p * vectorBytes);
-      }
+      unrolled<parts>(
+          [&](auto p) { hn::StoreU(sums[p].scaled(scaler), bytes, dst + x + p * vectorBytes); });
     });
   }
 }
