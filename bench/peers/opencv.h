@@ -7,6 +7,11 @@
 
 namespace vek::bench {
 
+[[maybe_unused]] inline const bool oneThread = [] {
+  cv::setNumThreads(1);
+  return true;
+}();
+
 /// An image of `type` (CV_8UC1, ...) filled with noise.
 inline cv::Mat noise(VekiSize size, int type) {
   cv::Mat image(size.height, size.width, type);
@@ -18,7 +23,6 @@ inline cv::Mat noise(VekiSize size, int type) {
 template <class Fn>
 void addOpenCv(const std::string& name, int type, Fn fn, const std::string& peer = "OpenCV") {
   addPeer(name, peer, [=](VekiSize size) -> Call {
-    cv::setNumThreads(1);
     const cv::Mat src = noise(size, type);
     return [=, dst = cv::Mat()]() mutable { fn(src, dst); };
   });
@@ -28,7 +32,6 @@ void addOpenCv(const std::string& name, int type, Fn fn, const std::string& peer
 template <class Fn>
 void addOpenCv2(const std::string& name, int type, Fn fn) {
   addPeer(name, "OpenCV", [=](VekiSize size) -> Call {
-    cv::setNumThreads(1);
     const cv::Mat a = noise(size, type), b = noise(size, type);
     return [=, dst = cv::Mat()]() mutable { fn(a, b, dst); };
   });

@@ -1,9 +1,8 @@
 // The camera path by OpenCV, on one thread: the raw pipeline as a chain of calls, metering and white
 // balance as what a program cannot do without, the sum of all samples.
-#include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "bench/support.h"
+#include "bench/peers/opencv.h"
 
 namespace vek::bench {
 namespace {
@@ -56,7 +55,6 @@ void addPipeline(const char* name, After after = After::nothing) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  cv::setNumThreads(1);
   addSum("vekiAE_10RGGB_8u_C1R/histogram");
   addSum("vekiAE_10RGGB_8u_C1R/whole-frame");
   addSum("vekiAE_10RGGB_8u_C1R/five-zones");
