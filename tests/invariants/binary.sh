@@ -55,7 +55,7 @@ while read -r level object; do
   esac
   count=$("$objdump" -d --no-show-raw-insn "$object" | grep -cE "$vectors" || true)
   printf '%6d vector instructions: %s %s\n' "$count" "$level" "${object##*.dir/}"
-  [ "$count" -ge 20 ] || none "hardly a vector instruction" "$object"
+  [ "$count" -ge 8 ] || none "hardly a vector instruction" "$object"
   symbols=$("$nm" -g --defined-only "$object")
   some "a table of level $level in $object" "$symbols"
   none "level $level defines more than its tables in $object" \
