@@ -75,6 +75,12 @@ foreach(level IN LISTS VEK_LEVELS)
   endif()
 endforeach()
 
+if(VEK_FUZZ)
+  # Unsigned and implicit conversions too, in what all targets run; fuzz/wraps.txt is what may wrap.
+  target_compile_options(vek_portable PRIVATE -fsanitize=integer -fno-sanitize-recover=integer
+    -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/fuzz/wraps.txt)
+endif()
+
 function(vek_sources)
   target_sources(vek_portable PRIVATE ${ARGN})
 endfunction()

@@ -504,6 +504,21 @@ class Examination {
   }
 };
 
+std::vector<Record> recordsOf(const std::string& family) {
+  const struct {
+    const char* name;
+    std::vector<Record> (*records)();
+  } families[] = {{"core", coreRecords},       {"aaa", aaaRecords},     {"raw", rawRecords},
+                  {"preview", previewRecords}, {"color", colorRecords}, {"arith", arithRecords},
+                  {"filter", filterRecords},   {"stat", statRecords}};
+  std::vector<Record> all;
+  for (const auto& f : families) {
+    if (family != "all" && family != f.name) continue;
+    for (Record& r : f.records()) all.push_back(std::move(r));
+  }
+  return all;
+}
+
 std::string runCase(const Record& record, Random& random, const Options& options,
                     uint64_t* digest) {
   return Examination::examine(record, random, options, digest);

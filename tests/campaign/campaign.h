@@ -205,11 +205,6 @@ struct Record {
 /// An exported function's name and the function.
 #define VEK_NAMED(f) #f, f
 
-struct Family {
-  const char* name;
-  std::vector<Record> (*records)();
-};
-
 std::vector<Record> coreRecords();
 std::vector<Record> aaaRecords();
 std::vector<Record> rawRecords();
@@ -219,10 +214,8 @@ std::vector<Record> arithRecords();
 std::vector<Record> filterRecords();
 std::vector<Record> statRecords();
 
-inline constexpr Family families[] = {{"core", coreRecords},     {"aaa", aaaRecords},
-                                      {"raw", rawRecords},       {"preview", previewRecords},
-                                      {"color", colorRecords},   {"arith", arithRecords},
-                                      {"filter", filterRecords}, {"stat", statRecords}};
+/// A family's records, or with "all" those of all families.
+std::vector<Record> recordsOf(const std::string& family);
 
 struct Options {
   bool faults = true;  ///< spoil arguments, too

@@ -1,5 +1,9 @@
 // campaign: random calls of every exported function, at every level, with results compared between
 // the levels and inaccessible pages or canaries around everything that a call may touch.
+#include "vek/camera.h"
+#include "vek/image.h"
+
+#include <atomic>
 #include <chrono>
 #include <cinttypes>
 #include <csignal>
@@ -7,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <set>
+#include <thread>
 #include <unistd.h>
 
 #include "tests/campaign/campaign.h"
@@ -25,16 +30,8 @@ const char* const usage =
     "       campaign threads CASES                 the same calls in four threads at once\n"
     "       campaign digest [CASES]                digests of the results, the same on any "
     "machine\n"
+    "       campaign throughput                    what two threads do more than one\n"
     "       campaign complete                      no exported function is missing\n";
-
-std::vector<Record> recordsOf(const std::string& family) {
-  std::vector<Record> all;
-  for (const Family& f : families) {
-    if (family != "all" && family != f.name) continue;
-    for (Record& r : f.records()) all.push_back(std::move(r));
-  }
-  return all;
-}
 
 /// The seed of a function's n-th case, so that one seed says which case failed.
 uint64_t seedOf(uint64_t seed, const std::string& name, uint64_t n) {
@@ -138,6 +135,63 @@ int threads(uint64_t cases) {
   return 0;
 }
 
+/// Calls a second of `work`, in `count` threads that start together.
+double callsPerSecond(int count, const std::function<void(int)>& work) {
+  std::atomic<int> calls = 0;
+  const auto start = Clock::now();
+  std::vector<std::thread> threads;
+  for (int t = 0; t < count; ++t) {
+    threads.emplace_back([&, t] {
+      while (secondsSince(start) < 1) work(t), ++calls;
+    });
+  }
+  for (std::thread& t : threads) t.join();
+  return calls / secondsSince(start);
+}
+
+/// Frames of 1280 x 720, each thread with its own.
+int throughput() {
+  constexpr VekiSize size = {1280, 720};
+  std::vector<Vek8u> src(3 * 1280 * 730), dst[2] = {src, src};
+  for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<Vek8u>(i * i >> 7);
+  const Vek8u* const planes[3] = {src.data(), src.data(), src.data()};
+  const int steps[3] = {1280, 640, 640};
+  const struct {
+    const char* name;
+    std::function<void(int)> work;
+  } works[] = {
+      {"vekiYCbCr420ToRGB565_8u16u_P3C3R",
+       [&](int t) {
+         vekiYCbCr420ToRGB565_8u16u_P3C3R(planes, steps, reinterpret_cast<Vek16u*>(dst[t].data()),
+                                          2560, size);
+       }},
+      {"vekiYCbCr420RszRot_8u_P3R, a quarter turn",
+       [&](int t) {
+         Vek8u* const out[3] = {dst[t].data(), dst[t].data() + 1280 * 720,
+                                dst[t].data() + 2 * 1280 * 720};
+         const int outSteps[3] = {720, 360, 360};
+         vekiYCbCr420RszRot_8u_P3R(planes, steps, 1280, 720, out, outSteps, 1280, 720, 1, 1, 65536,
+                                   65536);
+       }},
+      {"vekiFilterBox_8u_C1R, 5 x 5",
+       [&](int t) {
+         vekiFilterBox_8u_C1R(src.data(), 1280, dst[t].data(), 1280, {1270, 720}, {5, 5}, {0, 0});
+       }},
+      {"vekiFilterMedian_8u_C3R, 3 x 3",
+       [&](int t) {
+         vekiFilterMedian_8u_C3R(src.data(), 3840, dst[t].data(), 3840, {1270, 720}, {3, 3},
+                                 {0, 0});
+       }},
+      {"vekiRGBToHSV_8u_C3R",
+       [&](int t) { vekiRGBToHSV_8u_C3R(src.data(), 3840, dst[t].data(), 3840, size); }},
+  };
+  for (const auto& w : works) {
+    const double one = callsPerSecond(1, w.work), two = callsPerSecond(2, w.work);
+    printf("%-42s %7.0f frames a second, two threads %7.0f (%.2f)\n", w.name, one, two, two / one);
+  }
+  return 0;
+}
+
 int digest(uint64_t cases) {
   for (const Record& record : recordsOf("all")) {
     uint64_t value = 0xCBF29CE484222325;
@@ -197,6 +251,7 @@ int main(int count, char** arguments) {
   if (command == "replay" && count > 3) return replay(argument(2), number(argument(3)));
   if (command == "threads") return threads(count > 2 ? number(argument(2)) : 10);
   if (command == "digest") return digest(count > 2 ? number(argument(2)) : 50);
+  if (command == "throughput") return throughput();
   if (command == "complete") return complete();
   fputs(usage, stderr);
   return 2;
