@@ -36,6 +36,11 @@ inline VInt plusDot(VInt acc, VWord a, VWord b) {
 #endif
 }
 
+/// Weights for plusDot().
+inline VWord twoWords(Vek32s first, Vek32s second) {
+  return hn::BitCast(wordLanes, constant((first & 0xFFFF) | second * 65536));
+}
+
 /// In each 128-bit lane the words of a, then those of b, saturated.
 inline VWord packWords(VInt a, VInt b) {
   return hn::ReorderDemote2To(wordLanes, a, b);
@@ -51,6 +56,39 @@ inline VBytes packBytes(VWord a, VWord b) {
   const hn::Half<decltype(byteLanes)> half;
   return hn::Combine(byteLanes, hn::DemoteTo(half, b), hn::DemoteTo(half, a));
 #endif
+}
+
+/// The even 32-bit lanes of a, then those of b, in each 128-bit lane; and the odd ones.
+inline VWord evenInts(VWord a, VWord b) {
+#if defined(__AVX512BW__)
+  return VWord{_mm512_castps_si512(
+      _mm512_shuffle_ps(_mm512_castsi512_ps(a.raw), _mm512_castsi512_ps(b.raw), 0x88))};
+#elif defined(__AVX2__)
+  return VWord{_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
+#else
+  return hn::BitCast(wordLanes,
+                     hn::ConcatEven(intLanes, hn::BitCast(intLanes, b), hn::BitCast(intLanes, a)));
+#endif
+}
+inline VWord oddInts(VWord a, VWord b) {
+#if defined(__AVX512BW__)
+  return VWord{_mm512_castps_si512(
+      _mm512_shuffle_ps(_mm512_castsi512_ps(a.raw), _mm512_castsi512_ps(b.raw), 0xDD))};
+#elif defined(__AVX2__)
+  return VWord{_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0xDD))};
+#else
+  return hn::BitCast(wordLanes,
+                     hn::ConcatOdd(intLanes, hn::BitCast(intLanes, b), hn::BitCast(intLanes, a)));
+#endif
+}
+
+/// In each 128-bit lane the bytes of its lower and its upper half in turn.
+inline VBytes alternateHalves(VBytes v) {
+  alignas(16) static constexpr Vek8u order[16] = {0, 8,  1, 9,  2, 10, 3, 11,
+                                                  4, 12, 5, 13, 6, 14, 7, 15};
+  return hn::TableLookupBytes(v, hn::LoadDup128(byteLanes, order));
 }
 
 #if defined(__AVX512VBMI__)
@@ -116,6 +154,15 @@ inline VBytes inOrder(VBytes v) {
   alignas(64) static constexpr Vek32s transposed[16] = {0, 4, 8,  12, 1, 5, 9,  13,
                                                         2, 6, 10, 14, 3, 7, 11, 15};
   return VBytes{_mm512_permutexvar_epi32(_mm512_load_si512(transposed), v.raw)};
+}
+
+/// Two values of each pixel pair, one in the lower and one in the upper halves of the 128-bit lanes
+/// as they come from groups: all of the first, then all of the second one.
+inline VBytes halvesInOrder(VBytes v) {
+  alignas(64) static constexpr Vek16u order[32] = {0,  8,  16, 24, 1,  9,  17, 25, 2,  10, 18,
+                                                   26, 3,  11, 19, 27, 4,  12, 20, 28, 5,  13,
+                                                   21, 29, 6,  14, 22, 30, 7,  15, 23, 31};
+  return VBytes{_mm512_permutexvar_epi16(_mm512_load_si512(order), v.raw)};
 }
 
 #else
@@ -212,6 +259,15 @@ inline VBytes inOrder(VBytes v) {
   return v;
 }
 
+/// The lower halves of the 128-bit lanes, then the upper ones.
+inline VBytes halvesInOrder(VBytes v) {
+#if defined(__AVX2__)
+  return VBytes{_mm256_permute4x64_epi64(v.raw, 0xD8)};
+#else
+  return v;
+#endif
+}
+
 #endif
 
 /// A combination ready for dot products: its weights as pairs, rounding within the offset.
@@ -220,19 +276,19 @@ struct CombinationLanes {
   VWord w01, w2;
   VInt offset;
 
-  explicit CombinationLanes(const Combination& c)
-      : w01(hn::BitCast(wordLanes, constant((c.weight[0] & 0xFFFF) | c.weight[1] * 65536))),
-        w2(hn::BitCast(wordLanes, constant(c.weight[2] & 0xFFFF))),
-        offset(constant(c.offset + (1 << (shift - 1)))) {}
+  explicit CombinationLanes(const Combination& c, Vek32s rounding = 1 << (shift - 1))
+      : w01(twoWords(c.weight[0], c.weight[1])),
+        w2(twoWords(c.weight[2], 0)),
+        offset(constant(c.offset + rounding)) {}
 
   VInt of(const PixelPairs& p) const {
     return hn::ShiftRight<shift>(plusDot(plusDot(offset, p.c01, w01), p.c2, w2));
   }
 
-  /// Of the pixels of a block in their order, clamped to 0..255.
-  VBytes of(const BlockPairs& p) const {
-    return inOrder(packBytes(packWords(of(p.group[0]), of(p.group[1])),
-                             packWords(of(p.group[2]), of(p.group[3]))));
+  /// Of the groups of a block, clamped to 0..255.
+  VBytes packed(const BlockPairs& p) const {
+    return packBytes(packWords(of(p.group[0]), of(p.group[1])),
+                     packWords(of(p.group[2]), of(p.group[3])));
   }
 };
 
@@ -243,6 +299,11 @@ struct TwistLanes {
 
   explicit TwistLanes(const Combination* channels)
       : x(channels[0]), y(channels[1]), z(channels[2]) {}
+  TwistLanes(const Combination* channels, Vek32s rounding)
+      : x(channels[0], rounding), y(channels[1], rounding), z(channels[2], rounding) {}
+
+  /// Of the groups of a block, clamped to 0..255.
+  Channels packed(const BlockPairs& p) const { return {x.packed(p), y.packed(p), z.packed(p)}; }
 
   /// Stores the pixels of a block in three bytes each.
   void store(const BlockPairs& p, Vek8u* dst) const {

@@ -14,7 +14,7 @@ template <int shift>
 void gray(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination& c) {
   const CombinationLanes<shift> weights(c);
   const auto body = [&](Vek8u* out, const Vek8u* in) {
-    hn::StoreU(weights.of(loadPairs(in)), byteLanes, out);
+    hn::StoreU(inOrder(weights.packed(loadPairs(in))), byteLanes, out);
   };
   forEachBlock<pixelBlock>(n, body, Out<1>{dst}, In<3>{src});
 }
