@@ -38,18 +38,20 @@ template <class SourceRow>
 void resizeTurnedChroma(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, Vek32u xStep,
                         ptrdiff_t width, RowRange rowPairs, SourceRow sourceRow) {
   const ResampleRows& kernels = select(resampleRows);
-  alignas(64) Vek8u even[maxTurnedColumns / 2];
-  alignas(64) Vek8u odd[maxTurnedColumns / 2];
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t pair, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
-                            ptrdiff_t step) {
-    for (const ptrdiff_t end = pair + count; pair < end; ++pair, out += step) {
-      const Vek8u* upper = src.row(sourceRow(2 * pair));
-      const Vek8u* lower = src.row(sourceRow(2 * pair + 1));
-      kernels.interleave(nearestRow(kernels, upper, xStep, x / 2, n / 2, even),
-                         nearestRow(kernels, lower, xStep, x / 2, n / 2, odd), n / 2, out);
-    }
-  };
-  walkTiles(dst, at, 1, width, rowPairs, makeTile);
+  Columns columns;
+  alignas(64) Vek8u even[turnedColumns / 2];
+  alignas(64) Vek8u odd[turnedColumns / 2];
+  walkSamples(
+      dst, at, width, rowPairs,
+      [&](ptrdiff_t x, ptrdiff_t pair, ptrdiff_t n, ptrdiff_t count, Vek8u* out, ptrdiff_t step) {
+        nearestColumns(kernels, xStep, x / 2, n / 2, columns);
+        for (const ptrdiff_t end = pair + count; pair < end; ++pair, out += step) {
+          const Vek8u* upper = src.row(sourceRow(2 * pair));
+          const Vek8u* lower = src.row(sourceRow(2 * pair + 1));
+          kernels.interleave(nearestRow(kernels, upper, columns, even),
+                             nearestRow(kernels, lower, columns, odd), n / 2, out);
+        }
+      });
 }
 
 /// Rows are made in pairs. With an odd height the last pair has one row more than the scaled image;

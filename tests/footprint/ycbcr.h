@@ -3,6 +3,8 @@
 
 #include "vek/vek.h"
 
+#include <string>
+
 #include "tests/support/area.h"
 
 namespace vek::test::footprint {
@@ -34,5 +36,20 @@ inline Area colorPlane(Layout layout, int plane, VekiSize size, int step) {
       return {chroma ? halfWidth : width, chroma ? halfHeight : height, step};
   }
 }
+
+/// What a conversion does follows from its name.
+struct ColorNames {
+  std::string name;
+
+  bool has(const char* part) const { return name.find(part) != std::string::npos; }
+
+  bool forward = has("RGBToY"), packed = has("8u16u"), planar = has("P3");
+  bool rows2 = has("420"), shared = rows2 || has("422");
+  bool oneStep = !shared || !planar, tight = name.back() == '3';
+  Layout planes = rows2 ? Layout::planes420 : shared ? Layout::planes422 : Layout::planes444;
+  Layout reduced = planar ? planes : shared ? Layout::pairs422 : Layout::triples;
+  Layout src = forward ? Layout::triples : reduced;
+  Layout dst = forward ? reduced : packed ? Layout::words : Layout::triples;
+};
 
 }  // namespace vek::test::footprint

@@ -1,10 +1,11 @@
 #!/bin/sh
 # What the built library must be like: it needs the C library alone, has no writable data and does
 # nothing at load time, is hardened, and objects of a higher level define their tables only.
-# usage: binary.sh <readelf> <nm> <libvek.so> <file with lines: level object>
+# usage: binary.sh <readelf> <nm> <libvek.so> <file with lines: level object> [IBT|BTI]
+#        the last argument names the protection of indirect branches that the library was built with
 set -eu
 export LC_ALL=C
-readelf=$1 nm=$2 shared=$3 objects=$4
+readelf=$1 nm=$2 shared=$3 objects=$4 protection=${5-}
 status=0
 
 # none <what is wrong> <lines>: fails with the lines unless there are none.
@@ -40,6 +41,8 @@ none "the allocator pairs cannot be replaced" "$(in_dynamic 'SYMBOLIC')"
 some "binding at load time (-z now)" "$(in_dynamic 'BIND_NOW|FLAGS_1.*NOW')"
 some "read-only relocations (-z relro)" "$(in_segments 'GNU_RELRO')"
 some "a stack that is not executable" "$(in_segments 'GNU_STACK.* RW ')"
+[ -z "$protection" ] || some "protected indirect branches in all objects ($protection)" \
+  "$("$readelf" -nW "$shared" | grep -w "$protection" || true)"
 none "a segment is writable and executable" "$(in_segments ' RWE ')"
 
 # The linker may hand a weak symbol of a higher level to code that runs on every processor.

@@ -17,7 +17,8 @@ inline constexpr Pattern allPatterns[] = {Pattern::noise,    Pattern::zeros,
                                           Pattern::extremes, Pattern::gradient};
 
 /// Memory for one area. It ends (or begins, with Guard::before) at an inaccessible page, so a read
-/// past that side of the area faults; all its other bytes outside the area are canaries.
+/// past that side of the area faults; all its other bytes outside the area are canaries. Of rows
+/// that lie far apart only the pages that they touch exist.
 class Buffer {
  public:
   enum class Guard { after, before };
@@ -41,18 +42,22 @@ class Buffer {
 
   /// The bytes of the area, row after row.
   std::vector<uint8_t> contents() const;
+  void setContents(const std::vector<uint8_t>& bytes);
 
   /// Whether no byte outside the area has changed since construction.
   bool outsideIntact() const;
 
  private:
+  struct Span {
+    uint8_t* begin;
+    size_t size;
+  };
+
   uint8_t* row(ptrdiff_t y) const { return origin_ + area_.first + y * area_.step; }
 
   Area area_;
-  uint8_t* mapping_;
-  size_t mappingSize_;
-  uint8_t* usable_;  ///< the accessible bytes of the mapping
-  size_t usableSize_;
+  Span mapping_;
+  std::vector<Span> accessible_;
   uint8_t* origin_;
 };
 

@@ -1,35 +1,64 @@
 #include "tests/support/failing_allocator.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <mutex>
 
+#include "vek/vek.h"
+
+namespace vek::test {
 namespace {
 
-int live = 0;
+std::mutex mutex;
+std::map<void*, int> live;
+int calls = 0;
 int untilFailure = 0;
 
 }  // namespace
 
-namespace vek::test {
-
 void failAllocation(int n) {
+  const std::lock_guard lock(mutex);
   untilFailure = n;
 }
 
-int liveAllocations() {
-  return live;
+int allocationCalls() {
+  const std::lock_guard lock(mutex);
+  return calls;
+}
+
+std::vector<int> liveAllocations() {
+  const std::lock_guard lock(mutex);
+  std::vector<int> sizes;
+  for (const auto& [block, size] : live) sizes.push_back(size);
+  return sizes;
+}
+
+void dropAllocations() {
+  const std::lock_guard lock(mutex);
+  for (const auto& [block, size] : live) std::free(block);
+  live.clear();
 }
 
 }  // namespace vek::test
 
 extern "C" void* vekiMalloc(int size) {
-  if (untilFailure > 0 && --untilFailure == 0) return nullptr;
-  ++live;
-  return std::memset(std::malloc(static_cast<size_t>(size)), 0xA5, static_cast<size_t>(size));
+  using namespace vek::test;
+  const std::lock_guard lock(mutex);
+  ++calls;
+  if (size < 1 || (untilFailure > 0 && --untilFailure == 0)) return nullptr;
+  void* const block = std::malloc(static_cast<size_t>(size));
+  live[block] = size;
+  return std::memset(block, 0xA5, static_cast<size_t>(size));
 }
 
 extern "C" void vekiFree(void* ptr) {
-  EXPECT_NE(ptr, nullptr);
-  --live;
+  using namespace vek::test;
+  const std::lock_guard lock(mutex);
+  if (ptr != nullptr && live.erase(ptr) == 0) {
+    std::fputs("vekiFree: not a live block\n", stderr);
+    std::abort();
+  }
   std::free(ptr);
 }

@@ -1,29 +1,58 @@
-// Seeded random numbers. Every random test prints its seed on failure (see SeededTest).
+// Random draws from a seed, or from the bytes of a fuzzer's input: the same on every machine.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <random>
 
 namespace vek::test {
 
 class Random {
  public:
-  explicit Random(uint64_t seed) : engine_(seed) {}
+  explicit Random(uint64_t seed) : seed_(seed) {}
+  /// Draws zeros once the bytes are used up.
+  Random(const uint8_t* bytes, size_t size) : bytes_(bytes), left_(size) {}
+
+  bool usedUp() const { return bytes_ != nullptr && left_ == 0; }
+
+  uint64_t bits() { return bytes_ != nullptr ? take(8) : next(); }
 
   /// Uniform in low .. high, both included.
-  int in(int low, int high) { return std::uniform_int_distribution<int>(low, high)(engine_); }
+  int in(int low, int high) {
+    const uint64_t count = static_cast<uint64_t>(int64_t{high} - low) + 1;
+    const size_t bytes = count <= 256 ? 1 : count <= 65536 ? 2 : 4;
+    const uint64_t drawn = bytes_ != nullptr ? take(bytes) : next() >> 16;
+    return static_cast<int>(low + static_cast<int64_t>(drawn % count));
+  }
   bool chance(int percent) { return in(1, 100) <= percent; }
-  uint64_t bits() { return engine_(); }
+
+  template <class T, size_t n>
+  const T& of(const T (&choices)[n]) {
+    return choices[in(0, static_cast<int>(n) - 1)];
+  }
 
   /// Mostly small, sometimes around the sizes of vectors and strips.
   int size(int most) {
-    const int sizes[] = {in(1, 20), in(1, 140), in(1, most)};
-    const int size = sizes[in(0, 2)];
-    return size < most ? size : most;
+    const int limits[] = {20, 140, most};
+    const int limit = of(limits);
+    return in(1, limit < most ? limit : most);
   }
 
  private:
-  std::mt19937_64 engine_;
+  uint64_t next() {  // splitmix64
+    uint64_t z = seed_ += 0x9E3779B97F4A7C15;
+    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9;
+    z = (z ^ (z >> 27)) * 0x94D049BB133111EB;
+    return z ^ (z >> 31);
+  }
+  uint64_t take(size_t count) {
+    uint64_t value = 0;
+    for (; count > 0 && left_ > 0; --count, --left_) value = value << 8 | *bytes_++;
+    return value;
+  }
+
+  uint64_t seed_ = 0;
+  const uint8_t* bytes_ = nullptr;
+  size_t left_ = 0;
 };
 
 }  // namespace vek::test

@@ -29,9 +29,8 @@ Block split(VBytes a, VBytes b, VBytes c) {
 }
 
 Block loadTriples(const Vek8u* src) {
-  VBytes a, b, c;
-  hn::LoadInterleaved3(byteLanes, src, a, b, c);
-  return split(a, b, c);
+  const Channels v = loadChannels(src);
+  return split(v.c0, v.c1, v.c2);
 }
 
 void storeBytes(VWord even, VWord odd, Vek8u* dst) {
@@ -207,8 +206,8 @@ void store(PixelWords even, PixelWords odd, Vek8u* dst) {
   if constexpr (Format::bytes == 2) {
     storeWords(packWord<Format>(even), packWord<Format>(odd), dst);
   } else {
-    hn::StoreInterleaved3(joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1),
-                          joinBytes(even.c2, odd.c2), byteLanes, dst);
+    storeChannels(
+        {joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1), joinBytes(even.c2, odd.c2)}, dst);
   }
 }
 

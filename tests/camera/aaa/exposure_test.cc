@@ -8,7 +8,6 @@
 #include "tests/camera/aaa/raw_frame.h"
 #include "tests/footprint/aaa.h"
 #include "tests/support/differential.h"
-#include "tests/support/failing_allocator.h"
 
 namespace vek::test {
 namespace {
@@ -238,17 +237,6 @@ TEST(Exposure, RefusesBadArguments) {
   EXPECT_EQ(expose(params(0), frame, 32, {16, 8}, nullptr, &value), vekStsBadArgErr);
   EXPECT_EQ(expose(params(0), frame, 32, {16, 8}, &value, nullptr), vekStsBadArgErr);
   EXPECT_EQ(vekiAE_10RGGB_8u_C1R(frame, 32, {16, 8}, &value, &value, nullptr), vekStsBadArgErr);
-}
-
-TEST(Exposure, SurvivesFailingAllocations) {
-  const int allocations[] = {2, 3, 3, 3, 1};
-  for (int mode = 0; mode < 5; ++mode) {
-    const VekiAEParams p = params(mode);
-    expectCleanFailures<VekiAEState>(
-        allocations[mode],
-        [&](VekiAEState** state) { return vekiInitAlloc_AE_10RGGB_8u_C1R(&p, state); },
-        vekiFree_AE_10RGGB_8u_C1R);
-  }
 }
 
 }  // namespace

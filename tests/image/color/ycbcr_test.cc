@@ -61,28 +61,18 @@ Call bind(VekStatus (*f)(Src, Dst, VekiSize)) {
   return [f](const Args& a) { return f(static_cast<Src>(a.src), static_cast<Dst>(a.dst), a.size); };
 }
 
-/// What a function does follows from its name.
-struct Member {
-  std::string name;
+struct Member : footprint::ColorNames {
   Call call;
   /// Faults in the order in which they are answered: P source pointers, Q array of steps, S source
   /// steps, D destination pointers, T destination steps, W size. A space separates the places.
   const char* checks;
 
-  bool has(const char* part) const { return name.find(part) != std::string::npos; }
-
-  bool forward = has("RGBToY"), yuv = has("YUV"), packed = has("8u16u"), bgr = has("BGR");
+  bool yuv = has("YUV"), bgr = has("BGR");
   int format = has("565") ? 565 : has("555") ? 555 : 444;
-  bool rows2 = has("420"), shared = rows2 || has("422"), planar = has("P3");
-  bool oneStep = !shared || !planar, tight = name.back() == '3';
-  Layout planes = rows2 ? Layout::planes420 : shared ? Layout::planes422 : Layout::planes444;
-  Layout reduced = planar ? planes : shared ? Layout::pairs422 : Layout::triples;
-  Layout src = forward ? Layout::triples : reduced;
-  Layout dst = forward ? reduced : packed ? Layout::words : Layout::triples;
 };
 
 Member member(const char* name, Call call, const char* checks) {
-  return {name, std::move(call), checks};
+  return {{name}, std::move(call), checks};
 }
 
 #define MEMBER(f, checks) member(#f, bind(f), checks)

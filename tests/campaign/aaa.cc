@@ -1,0 +1,277 @@
+// Automatic exposure and white balance.
+#include "tests/footprint/aaa.h"
+
+#include "vek/camera.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "tests/campaign/campaign.h"
+
+namespace vek::test {
+namespace {
+
+Refused bad(std::initializer_list<int> values) {
+  return {vekStsBadArgErr, values};
+}
+
+template <class T>
+T word(Random& random, int low, int high) {
+  return static_cast<T>(random.in(low, high));
+}
+
+/// A state that Init makes from a record in the case's memory.
+template <class State, class Params>
+State* make(VekStatus (*init)(const Params*, State**), const Params* params) {
+  State* state = nullptr;
+  init(params, &state);
+  return state;
+}
+
+/// Calls Init, and releases what it made, so that only the null pointer is left to compare.
+template <class State, class Params, VekStatus (*init)(const Params*, State**),
+          VekStatus (*release)(State*)>
+VekStatus initAndFree(const Value* v) {
+  State** const to = as<State**>(v[1]);
+  const VekStatus status = init(as<const Params*>(v[0]), to);
+  if (status < 0) return status;
+  const VekStatus released = release(*to);
+  *to = nullptr;
+  return released;
+}
+
+// ---- Exposure -----------------------------------------------------------------------------------
+
+/// Windows, weights and parameters in memory of the case.
+int drawExposureParams(Case& c, VekiSize* reach) {
+  Random& random = c.random;
+  std::vector<VekiRect> windows;
+  std::vector<Vek16u> weights;
+  for (int n = random.in(1, 4); n > 0; --n) {
+    windows.push_back(
+        {2 * random.in(0, 20), 2 * random.in(0, 10), 2 * random.in(1, 30), 2 * random.in(1, 9)});
+    weights.push_back(word<Vek16u>(random, 1, 40000));
+  }
+  const Area area = footprint::windows(windows.data(), static_cast<int>(windows.size()), 0);
+  *reach = {static_cast<int>(area.bytes / 2), static_cast<int>(area.rows)};
+  const int windowBlock = c.objects(windows), weightBlock = c.objects(weights);
+  VekiAEParams p = {};
+  p.mode = random.in(0, 4);
+  p.pWindows = c.data<VekiRect>(windowBlock);
+  p.pWeights = c.data<Vek16u>(weightBlock);
+  p.numWindows = static_cast<int>(windows.size());
+  p.histCountThresh = word<Vek16u>(random, 0, 50);
+  p.histSpreadThresh = word<Vek16u>(random, 0, 1023);
+  p.darkThresh = word<Vek16u>(random, 0, 1023);
+  p.brightThresh = word<Vek16u>(random, 0, 1023);
+  p.target = word<Vek16u>(random, 0, 1023);
+  p.tolerance = word<Vek16u>(random, 0, random.chance(70) ? 50 : 1023);
+  p.scaleMultiplier = word<Vek16u>(random, 1, random.chance(50) ? 4 : 65535);
+  p.stepSize = word<Vek16u>(random, 1, random.chance(50) ? 100 : 65535);
+  p.scaleMin = random.in(0, 1000), p.scaleMax = random.in(1001, 65535);
+  p.stepMin = random.in(0, 1000), p.stepMax = random.in(1001, 65535);
+  const int block = c.objects(std::vector{p});
+  using P = VekiAEParams;
+  for (int mode : {-1, 5, INT_MAX}) c.refuse(block, &P::mode, mode);
+  for (auto field :
+       {&P::histSpreadThresh, &P::darkThresh, &P::brightThresh, &P::target, &P::tolerance}) {
+    c.refuse(block, field, 1024);
+  }
+  c.refuse(block, &P::scaleMax, INT_MIN);
+  c.refuse(block, &P::stepMin, INT_MAX);
+  c.refuse(block, &P::scaleMultiplier, 0);
+  c.refuse(block, &P::stepSize, 0);
+  if (p.mode != vekiAECallerWindows) return block;
+  c.refuse(block, &P::pWindows, nullptr);
+  c.refuse(block, &P::pWeights, nullptr);
+  c.refuse(block, &P::numWindows, 0);
+  c.refuse(block, &P::numWindows, INT_MIN);
+  for (const VekiRect& w : {VekiRect{-2, 0, 8, 8},
+                            {0, INT_MIN, 8, 8},
+                            {0, 0, INT_MAX, 8},
+                            {0, 0, 8, 0},
+                            {0, 0, INT_MIN, 8}}) {
+    c.refuseEntry(windowBlock, windows.size() - 1, w, vekStsBadArgErr);
+  }
+  c.refuseEntry(weightBlock, weights.size() - 1, Vek16u{0}, vekStsBadArgErr);
+  return block;
+}
+
+/// Several frames in a row; the caller keeps the scale within its limits, which stand behind the
+/// arguments.
+VekStatus expose(const Value* v) {
+  const int frames = as<int>(v[6]);
+  VekStatus status = vekStsNoErr;
+  for (int i = 0; i < frames && status >= 0; ++i) {
+    Vek16u* const scale = as<Vek16u*>(v[4]);
+    if (i > 0) {
+      *scale = static_cast<Vek16u>(std::clamp<int64_t>(*scale, v[7].numbers[0], v[7].numbers[1]));
+    }
+    status = vekiAE_10RGGB_8u_C1R(as<const Vek16u*>(v[0]), as<int>(v[1]), as<VekiSize>(v[2]),
+                                  as<Vek16u*>(v[3]), scale, as<VekiAEState*>(v[5]));
+  }
+  return status;
+}
+
+int drawControl(Case& c, int low, int high) {
+  const std::vector<Vek16u> value = {word<Vek16u>(c.random, low, high)};
+  return c.objects(value, Use::inOut);
+}
+
+void drawExposure(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  Random& random = c.random;
+  VekiSize roi;
+  const int block = drawExposureParams(c, &roi);
+  c.clearFaults();
+  const VekiAEParams p = *c.data<VekiAEParams>(block);
+  const bool windows = p.mode == vekiAECallerWindows;
+  if (!windows) {
+    roi.width = random.size(200);
+    roi.height = random.size(60);
+  }
+  const int srcStep = (2 * roi.width + 3) / 4 * 4 + 4 * random.in(0, 2);
+  const Area area = p.mode == vekiAEHistogram ? footprint::exposureHistogram(roi, srcStep)
+                    : windows ? footprint::windows(p.pWindows, p.numWindows, srcStep)
+                              : footprint::exposureZones(roi, srcStep);
+  // Modes 0 and 2 read some of the padding, too.
+  const Area readable = windows ? area : Area{(area.rows - 1) * srcStep + area.bytes, 1, 0};
+  const int masks[] = {1023, 255, 0xFFFF};
+  const int mask = random.of(masks);
+  c.pointer(c.memory(Use::in, readable, 4, 2, mask), 4);
+  c.number(srcStep, bad({0, -4, INT_MIN, srcStep + 2, 2 * roi.width - 4}));
+  Refused sizes = bad({0, -1, INT_MIN});
+  c.pair(roi.width, roi.height, sizes);
+  c.pointer(drawControl(c, p.stepMin, p.stepMax));
+  c.pointer(drawControl(c, p.scaleMin, p.scaleMax));
+  c.state(make(vekiInitAlloc_AE_10RGGB_8u_C1R, c.data<const VekiAEParams>(block)),
+          [](void* s) { vekiFree_AE_10RGGB_8u_C1R(static_cast<VekiAEState*>(s)); });
+  c.number(random.in(1, 4));
+  c.pair(p.scaleMin, p.scaleMax);
+}
+
+void drawExposureInit(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  VekiSize reach;
+  c.pointer(drawExposureParams(c, &reach));
+  c.pointer(c.objects(std::vector<void*>{&c}, Use::out));
+}
+
+// ---- White balance ------------------------------------------------------------------------------
+
+int drawBalanceParams(Case& c, VekiSize* reach) {
+  Random& random = c.random;
+  std::vector<VekiRect> windows;
+  std::vector<Vek8u> weights;
+  for (int n = random.in(1, 4); n > 0; --n) {
+    windows.push_back(
+        {4 * random.in(0, 5), 8 * random.in(0, 2), 4 * random.size(32), 8 * random.in(1, 5)});
+    weights.push_back(word<Vek8u>(random, 1, 255));
+  }
+  const Area area = footprint::windows(windows.data(), static_cast<int>(windows.size()), 0);
+  *reach = {static_cast<int>(area.bytes / 2), static_cast<int>(area.rows)};
+  const int windowBlock = c.objects(windows), weightBlock = c.objects(weights);
+  VekiAWBParams p = {};
+  p.method = random.in(0, 1);
+  p.pWindows = c.data<VekiRect>(windowBlock);
+  p.pWeights = c.data<Vek8u>(weightBlock);
+  p.numWindows = static_cast<int>(windows.size());
+  const int farthest = random.chance(50) ? 1200 : 65535;
+  for (auto field :
+       {&VekiAWBParams::refRatioR, &VekiAWBParams::refRatioB, &VekiAWBParams::holdTolR,
+        &VekiAWBParams::holdTolB, &VekiAWBParams::validTolR, &VekiAWBParams::validTolB}) {
+    p.*field = word<Vek16u>(random, 0, farthest);
+  }
+  p.wpdLimit1 = word<Vek16u>(random, 1, 1023);
+  p.wpdLimit2 = word<Vek16u>(random, 1, 1023);
+  p.wpdLimit3 = word<Vek16u>(random, 1, 2047);
+  p.wpdLow = word<Vek16u>(random, 1, 1022);
+  p.wpdHigh = word<Vek16u>(random, p.wpdLow + 1, 1023);
+  p.minWhiteCount = random.in(-10, 100);
+  p.maxGainStep = word<Vek16u>(random, 1, random.chance(50) ? 50 : 65535);
+  p.gainMin = word<Vek16u>(random, 0, random.chance(50) ? 0 : 300);
+  p.gainMax = word<Vek16u>(random, p.gainMin, 65535);
+  p.defaultGainR = word<Vek16u>(random, p.gainMin, p.gainMax);
+  p.defaultGainG = word<Vek16u>(random, p.gainMin, p.gainMax);
+  p.defaultGainB = word<Vek16u>(random, p.gainMin, p.gainMax);
+  const int block = c.objects(std::vector{p});
+  using P = VekiAWBParams;
+  for (int method : {-1, 2, INT_MAX}) c.refuse(block, &P::method, method);
+  for (int count : {0, -1, INT_MIN}) c.refuse(block, &P::numWindows, count);
+  c.refuse(block, &P::pWindows, nullptr);
+  c.refuse(block, &P::pWeights, nullptr);
+  for (auto field : {&P::wpdLimit1, &P::wpdLimit2, &P::wpdLow, &P::maxGainStep}) {
+    c.refuse(block, field, 0);
+  }
+  for (auto field : {&P::wpdLimit1, &P::wpdLimit2, &P::wpdHigh}) c.refuse(block, field, 1024);
+  c.refuse(block, &P::wpdLimit3, 2048);
+  for (const VekiRect& w : {VekiRect{-4, 0, 8, 8},
+                            {0, INT_MIN, 8, 8},
+                            {0, 0, 1 << 30, 1 << 30},
+                            {0, 0, 8, 0},
+                            {0, 0, 4096, 2048},
+                            {2, 0, 8, 8}}) {
+    c.refuseEntry(windowBlock, windows.size() - 1, w, vekStsBadArgErr);
+  }
+  c.refuseEntry(weightBlock, weights.size() - 1, Vek8u{0}, vekStsBadArgErr);
+  return block;
+}
+
+VekStatus balance(const Value* v) {
+  VekStatus status = vekStsNoErr;
+  for (int i = as<int>(v[7]); i > 0 && status >= 0; --i) {
+    status = vekiAWB_10RGGB_8u_C1R(as<const Vek16u*>(v[0]), as<int>(v[1]), as<VekiSize>(v[2]),
+                                   as<Vek16u*>(v[3]), as<Vek16u*>(v[4]), as<Vek16u*>(v[5]),
+                                   as<const VekiAWBState*>(v[6]));
+  }
+  return status;
+}
+
+void drawBalance(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  VekiSize roi;
+  const int block = drawBalanceParams(c, &roi);
+  c.clearFaults();
+  const VekiAWBParams p = *c.data<VekiAWBParams>(block);
+  const int srcStep = (2 * roi.width + 7) / 8 * 8 + 8 * c.random.in(0, 2);
+  const int masks[] = {1023, 255, 0xFFFF};
+  const int mask = c.random.of(masks);
+  const Area area = footprint::windows(p.pWindows, p.numWindows, srcStep);
+  c.pointer(c.memory(Use::in, area, 8, 2, mask), 8);
+  c.number(srcStep, bad({0, -8, INT_MIN, srcStep + 4, 2 * roi.width - 8}));
+  c.pair(roi.width, roi.height, bad({0, -1, INT_MIN}));
+  for (int i = 0; i < 3; ++i) c.pointer(drawControl(c, p.gainMin, p.gainMax));
+  c.state(make(vekiInitAlloc_AWB_10RGGB_8u_C1R, c.data<const VekiAWBParams>(block)),
+          [](void* s) { vekiFree_AWB_10RGGB_8u_C1R(static_cast<VekiAWBState*>(s)); });
+  c.number(c.random.in(1, 4));
+}
+
+void drawBalanceInit(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  VekiSize reach;
+  c.pointer(drawBalanceParams(c, &reach));
+  c.pointer(c.objects(std::vector<void*>{&c}, Use::out));
+}
+
+}  // namespace
+
+std::vector<Record> aaaRecords() {
+  std::vector<Record> records = {
+      {"vekiAE_10RGGB_8u_C1R", expose, drawExposure},
+      {"vekiInitAlloc_AE_10RGGB_8u_C1R",
+       initAndFree<VekiAEState, VekiAEParams, vekiInitAlloc_AE_10RGGB_8u_C1R,
+                   vekiFree_AE_10RGGB_8u_C1R>,
+       drawExposureInit,
+       {"vekiFree_AE_10RGGB_8u_C1R"}},
+      {"vekiAWB_10RGGB_8u_C1R", balance, drawBalance},
+      {"vekiInitAlloc_AWB_10RGGB_8u_C1R",
+       initAndFree<VekiAWBState, VekiAWBParams, vekiInitAlloc_AWB_10RGGB_8u_C1R,
+                   vekiFree_AWB_10RGGB_8u_C1R>,
+       drawBalanceInit,
+       {"vekiFree_AWB_10RGGB_8u_C1R"}}};
+  records[0].shareable = false;
+  records[1].allocates = records[3].allocates = true;
+  return records;
+}
+
+}  // namespace vek::test

@@ -1,0 +1,137 @@
+// Colour conversions.
+#include "vek/image.h"
+
+#include "tests/campaign/packed.h"
+#include "tests/footprint/color_models.h"
+#include "tests/footprint/ycbcr.h"
+
+namespace vek::test {
+namespace {
+
+using footprint::ColorNames;
+using footprint::Layout;
+
+/// The images of one side of a conversion: one or three planes, with one step, three, or none.
+template <class Pointer, class Step>
+void drawSide(Case& c, const ColorNames& f, Layout layout, VekiSize size, Use use) {
+  constexpr bool steps = std::is_same_v<Step, const int*>;
+  const int planes = footprint::planeCount(layout);
+  int step[3] = {}, blocks[3];
+  for (int p = 0; p < planes; ++p) {
+    const ptrdiff_t bytes = footprint::colorPlane(layout, p, size, 0).bytes;
+    step[p] = p > 0 && f.oneStep ? step[0]
+              : f.tight          ? static_cast<int>(bytes)
+                                 : c.step(bytes, size.height, {}, use);
+    blocks[p] = c.memory(use, footprint::colorPlane(layout, p, size, step[p]));
+  }
+  if constexpr (std::is_same_v<std::remove_const_t<std::remove_pointer_t<Pointer>>, Vek8u*> ||
+                std::is_same_v<std::remove_const_t<std::remove_pointer_t<Pointer>>, const Vek8u*>) {
+    c.planes(blocks, {1, 1, 1});
+  } else {
+    c.pointer(blocks[0]);
+  }
+  if constexpr (steps) {
+    c.numbers(step, Steps{}.refused);
+  } else if constexpr (std::is_same_v<Step, int>) {
+    c.number(step[0], Steps{}.refused);
+  }
+}
+
+VekiSize drawSize(Random& random) {
+  const int width = random.chance(2) ? random.in(300, 5000) : random.size(200);
+  return {width, random.in(1, 6)};
+}
+
+template <class Src, class SrcStep, class Dst, class DstStep>
+Record planar(const char* name, VekStatus (*f)(Src, SrcStep, Dst, DstStep, VekiSize)) {
+  return {name, bind(f), [names = ColorNames{name}](Case& c) {
+            const VekiSize size = drawSize(c.random);
+            drawSide<Src, SrcStep>(c, names, names.src, size, Use::in);
+            drawSide<Dst, DstStep>(c, names, names.dst, size, Use::out);
+            c.roi(size);
+          }};
+}
+
+template <class Src, class Dst>
+Record planar(const char* name, VekStatus (*f)(Src, Dst, VekiSize)) {
+  return {name, bind(f), [names = ColorNames{name}](Case& c) {
+            const VekiSize size = drawSize(c.random);
+            drawSide<Src, void>(c, names, names.src, size, Use::in);
+            drawSide<Dst, void>(c, names, names.dst, size, Use::out);
+            c.roi(size);
+          }};
+}
+
+}  // namespace
+
+std::vector<Record> colorRecords() {
+  const Manners model = {footprint::pixels};
+  Manners anyStep = model;
+  anyStep.steps.any = true;
+  anyStep.steps.refused = {};
+  return {
+      planar(VEK_NAMED(vekiRGBToYCbCr422_8u_C3C2R)),
+      planar(VEK_NAMED(vekiRGBToYCbCr_8u_C3R)),
+      planar(VEK_NAMED(vekiRGBToYUV420_8u_C3P3)),
+      planar(VEK_NAMED(vekiRGBToYUV420_8u_C3P3R)),
+      planar(VEK_NAMED(vekiRGBToYUV422_8u_C3C2R)),
+      planar(VEK_NAMED(vekiRGBToYUV422_8u_C3P3)),
+      planar(VEK_NAMED(vekiRGBToYUV422_8u_C3P3R)),
+      planar(VEK_NAMED(vekiRGBToYUV_8u_C3P3R)),
+      planar(VEK_NAMED(vekiRGBToYUV_8u_C3R)),
+      planar(VEK_NAMED(vekiYCbCr420ToBGR444_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCr420ToBGR555_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCr420ToBGR565_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCr420ToRGB444_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCr420ToRGB555_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCr420ToRGB565_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCr422ToBGR444_8u16u_C2C3R)),
+      planar(VEK_NAMED(vekiYCbCr422ToBGR555_8u16u_C2C3R)),
+      planar(VEK_NAMED(vekiYCbCr422ToBGR565_8u16u_C2C3R)),
+      planar(VEK_NAMED(vekiYCbCr422ToRGB444_8u16u_C2C3R)),
+      planar(VEK_NAMED(vekiYCbCr422ToRGB555_8u16u_C2C3R)),
+      planar(VEK_NAMED(vekiYCbCr422ToRGB565_8u16u_C2C3R)),
+      planar(VEK_NAMED(vekiYCbCr422ToRGB_8u_C2C3R)),
+      planar(VEK_NAMED(vekiYCbCrToBGR444_8u16u_C3R)),
+      planar(VEK_NAMED(vekiYCbCrToBGR444_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCrToBGR555_8u16u_C3R)),
+      planar(VEK_NAMED(vekiYCbCrToBGR555_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCrToBGR565_8u16u_C3R)),
+      planar(VEK_NAMED(vekiYCbCrToBGR565_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCrToRGB444_8u16u_C3R)),
+      planar(VEK_NAMED(vekiYCbCrToRGB444_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCrToRGB555_8u16u_C3R)),
+      planar(VEK_NAMED(vekiYCbCrToRGB555_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCrToRGB565_8u16u_C3R)),
+      planar(VEK_NAMED(vekiYCbCrToRGB565_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYCbCrToRGB_8u_C3R)),
+      planar(VEK_NAMED(vekiYUV420ToBGR444_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYUV420ToBGR555_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYUV420ToBGR565_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYUV420ToRGB444_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYUV420ToRGB555_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYUV420ToRGB565_8u16u_P3C3R)),
+      planar(VEK_NAMED(vekiYUV420ToRGB_8u_P3C3)),
+      planar(VEK_NAMED(vekiYUV420ToRGB_8u_P3C3R)),
+      planar(VEK_NAMED(vekiYUV422ToRGB_8u_C2C3R)),
+      planar(VEK_NAMED(vekiYUV422ToRGB_8u_P3C3)),
+      planar(VEK_NAMED(vekiYUV422ToRGB_8u_P3C3R)),
+      planar(VEK_NAMED(vekiYUVToRGB_8u_C3R)),
+      planar(VEK_NAMED(vekiYUVToRGB_8u_P3C3R)),
+      packed(VEK_NAMED(vekiColorToGrayQ14_8u_C3C1R), model),
+      packed(VEK_NAMED(vekiHLSToRGB_8u_C3R), model),
+      packed(VEK_NAMED(vekiHSVToRGB_8u_C3R), model),
+      packed(VEK_NAMED(vekiLUVToRGB_8u_C3R), model),
+      packed(VEK_NAMED(vekiRGBToGray_8u_C3C1R), model),
+      packed(VEK_NAMED(vekiRGBToHLS_8u_C3R), model),
+      packed(VEK_NAMED(vekiRGBToHSV_8u_C3R), model),
+      packed(VEK_NAMED(vekiRGBToLUV_8u_C3R), model),
+      packed(VEK_NAMED(vekiRGBToXYZ_8u_C3R), model),
+      packed(VEK_NAMED(vekiRGBToYCC_8u_C3R), model),
+      packed(VEK_NAMED(vekiXYZToRGB_8u_C3R), model),
+      packed(VEK_NAMED(vekiYCCToRGB_8u_C3R), model),
+      packed(VEK_NAMED(vekiColorTwistQ14_8u_C3R), anyStep),
+  };
+}
+
+}  // namespace vek::test

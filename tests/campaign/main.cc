@@ -1,0 +1,210 @@
+// campaign: random calls of every exported function, at every level, with results compared between
+// the levels and inaccessible pages or canaries around everything that a call may touch.
+#include <chrono>
+#include <cinttypes>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <unistd.h>
+
+#include "tests/campaign/campaign.h"
+#include "tests/campaign/exported.h"
+#include "tests/support/levels.h"
+
+extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
+
+namespace vek::test {
+namespace {
+
+const char* const usage =
+    "usage: campaign run FAMILY|all CASES [SEED]   CASES cases of each function\n"
+    "       campaign soak MINUTES [SEED]           cases with new seeds until the time is over\n"
+    "       campaign replay FUNCTION SEED          the one case that failed\n"
+    "       campaign threads CASES                 the same calls in four threads at once\n"
+    "       campaign digest [CASES]                digests of the results, the same on any "
+    "machine\n"
+    "       campaign complete                      no exported function is missing\n";
+
+std::vector<Record> recordsOf(const std::string& family) {
+  std::vector<Record> all;
+  for (const Family& f : families) {
+    if (family != "all" && family != f.name) continue;
+    for (Record& r : f.records()) all.push_back(std::move(r));
+  }
+  return all;
+}
+
+/// The seed of a function's n-th case, so that one seed says which case failed.
+uint64_t seedOf(uint64_t seed, const std::string& name, uint64_t n) {
+  uint64_t mixed = seed * 0x9E3779B97F4A7C15 + n;
+  for (char c : name) mixed = (mixed ^ static_cast<uint8_t>(c)) * 0x100000001B3;
+  return mixed;
+}
+
+/// How to run the case again that runs now.
+char current[160];
+
+void printCurrent() {
+  if (write(2, current, strlen(current)) < 0) return;
+}
+
+struct sigaction previous[NSIG];
+
+/// Says which case crashes; then the signal strikes again, as if this were not here.
+void onCrash(int signal) {
+  printCurrent();
+  sigaction(signal, &previous[signal], nullptr);
+}
+
+void catchCrashes() {
+  for (int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT}) {
+    struct sigaction action = {};
+    action.sa_handler = onCrash;
+    sigaction(signal, &action, &previous[signal]);
+  }
+  if (__sanitizer_set_death_callback != nullptr) __sanitizer_set_death_callback(printCurrent);
+}
+
+bool tryCase(const Record& record, uint64_t seed) {
+  snprintf(current, sizeof current, "campaign replay %s 0x%" PRIx64 "\n", record.name.c_str(),
+           seed);
+  Random random(seed);
+  const std::string wrong = runCase(record, random);
+  if (wrong.empty()) return true;
+  printf("%s: %s\n    again: %s", record.name.c_str(), wrong.c_str(), current);
+  return false;
+}
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+int run(const std::vector<Record>& records, uint64_t cases, uint64_t seed) {
+  const auto start = Clock::now();
+  bool fine = !records.empty();
+  for (const Record& record : records) {
+    for (uint64_t n = 0; n < cases; ++n) {
+      if (tryCase(record, seedOf(seed, record.name, n))) continue;
+      fine = false;
+      break;
+    }
+  }
+  const double seconds = secondsSince(start);
+  const double count = static_cast<double>(cases) * static_cast<double>(records.size());
+  printf("%.0f cases of %zu records in %.1f s, %.0f a second\n", count, records.size(), seconds,
+         count / seconds);
+  return fine ? 0 : 1;
+}
+
+int soak(double minutes, uint64_t seed) {
+  const std::vector<Record> records = recordsOf("all");
+  const auto start = Clock::now();
+  double reported = 0;
+  uint64_t cases = 0;
+  for (uint64_t n = 0;; ++n) {
+    for (const Record& record : records) {
+      const double seconds = secondsSince(start);
+      if (seconds - reported > 30 || seconds > 60 * minutes) {
+        printf("%" PRIu64 " cases in %.0f s, %.0f a second\n", cases, seconds,
+               static_cast<double>(cases) / seconds);
+        fflush(stdout);
+        reported = seconds;
+      }
+      if (seconds > 60 * minutes) return 0;
+      for (uint64_t i = 0; i < 16; ++i, ++cases) {
+        if (!tryCase(record, seedOf(seed, record.name, 16 * n + i))) return 1;
+      }
+    }
+  }
+}
+
+int threads(uint64_t cases) {
+  int run = 0;
+  for (const Record& record : recordsOf("all")) {
+    if (!record.shareable || record.allocates || record.mayAllocate) continue;
+    for (uint64_t n = 0; n < cases; ++n, ++run) {
+      Random random(seedOf(2, record.name, n));
+      const std::string wrong = runInThreads(record, random, 4, 6);
+      if (wrong.empty()) continue;
+      printf("%s: %s\n", record.name.c_str(), wrong.c_str());
+      return 1;
+    }
+  }
+  printf("%d cases, each in four threads at once at %zu levels\n", run, levels().size());
+  return 0;
+}
+
+int digest(uint64_t cases) {
+  for (const Record& record : recordsOf("all")) {
+    uint64_t value = 0xCBF29CE484222325;
+    for (uint64_t n = 0; n < cases; ++n) {
+      Random random(seedOf(1, record.name, n));
+      const std::string wrong = runCase(record, random, {false, false}, &value);
+      if (!wrong.empty()) printf("%s: %s\n", record.name.c_str(), wrong.c_str());
+    }
+    printf("%016" PRIx64 " %s\n", value, record.name.c_str());
+  }
+  return 0;
+}
+
+int complete() {
+  std::set<std::string> covered;
+  for (const Record& record : recordsOf("all")) {
+    covered.insert(record.name);
+    covered.insert(record.also.begin(), record.also.end());
+  }
+  int status = 0;
+  for (const char* name : exportedFunctions) {
+    if (covered.erase(name) != 0) continue;
+    printf("missing from the campaign: %s\n", name);
+    status = 1;
+  }
+  for (const std::string& name : covered) printf("not exported: %s\n", name.c_str());
+  printf("%zu exported functions\n", std::size(exportedFunctions));
+  return covered.empty() ? status : 1;
+}
+
+int replay(const std::string& function, uint64_t seed) {
+  for (const Record& record : recordsOf("all")) {
+    if (record.name == function) return tryCase(record, seed) ? 0 : 1;
+  }
+  fprintf(stderr, "no record %s\n", function.c_str());
+  return 2;
+}
+
+uint64_t number(const char* text) {
+  return strtoull(text, nullptr, 0);
+}
+
+int main(int count, char** arguments) {
+  const auto argument = [&](int i) { return i < count ? arguments[i] : ""; };
+  const std::string command = argument(1);
+  catchCrashes();
+  if (command == "run" && count > 3) {
+    return run(recordsOf(argument(2)), number(argument(3)), number(argument(4)));
+  }
+  if (command == "soak" && count > 2) {
+    const uint64_t seed = count > 3
+                              ? number(argument(3))
+                              : static_cast<uint64_t>(Clock::now().time_since_epoch().count());
+    printf("seed 0x%" PRIx64 "\n", seed);
+    return soak(strtod(argument(2), nullptr), seed);
+  }
+  if (command == "replay" && count > 3) return replay(argument(2), number(argument(3)));
+  if (command == "threads") return threads(count > 2 ? number(argument(2)) : 10);
+  if (command == "digest") return digest(count > 2 ? number(argument(2)) : 50);
+  if (command == "complete") return complete();
+  fputs(usage, stderr);
+  return 2;
+}
+
+}  // namespace
+}  // namespace vek::test
+
+int main(int count, char** arguments) {
+  return vek::test::main(count, arguments);
+}

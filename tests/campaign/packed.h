@@ -1,0 +1,175 @@
+// Functions on packed images whose arguments follow from their signatures: pointwise operations,
+// norms, conversions of whole pixels, mirror and gamma.
+#pragma once
+
+#include <algorithm>
+
+#include "tests/campaign/campaign.h"
+
+namespace vek::test {
+
+/// What a parameter is.
+enum class Part {
+  source,
+  destination,
+  step,
+  roi,
+  number,   ///< an int that is no step: a scale factor, an axis
+  byte,     ///< a value or threshold
+  bytes,    ///< one for each channel
+  amount,   ///< a shift
+  amounts,  ///< one for each channel
+  results,  ///< of norms, one for each channel
+  weights,  ///< three
+  matrix,   ///< 3 x 4
+};
+
+template <class T>
+constexpr Part partOf() {
+  if constexpr (std::is_same_v<T, const Vek8u*>) return Part::source;
+  if constexpr (std::is_same_v<T, Vek8u*>) return Part::destination;
+  if constexpr (std::is_same_v<T, int>) return Part::number;
+  if constexpr (std::is_same_v<T, Vek8u>) return Part::byte;
+  if constexpr (std::is_same_v<T, Vek32u>) return Part::amount;
+  if constexpr (std::is_same_v<T, const Vek32u*>) return Part::amounts;
+  if constexpr (std::is_same_v<T, Vek32s*>) return Part::results;
+  if constexpr (std::is_same_v<T, const Vek32s*>) return Part::weights;
+  if constexpr (std::is_same_v<T, const Vek32s(*)[4]>) return Part::matrix;
+  return Part::roi;
+}
+
+/// An image is followed by its step; other pointers to bytes lead to constants.
+template <class... A>
+std::vector<Part> partsOf(VekStatus (*)(A...)) {
+  std::vector<Part> parts = {partOf<A>()...};
+  for (size_t i = 0; i < parts.size(); ++i) {
+    const bool step = i + 1 < parts.size() && parts[i + 1] == Part::number;
+    if (parts[i] == Part::source && !step) parts[i] = Part::bytes;
+    if ((parts[i] == Part::source || parts[i] == Part::destination) && step) {
+      parts[i + 1] = Part::step;
+    }
+  }
+  return parts;
+}
+
+/// What a family's functions have of their own.
+struct Manners {
+  Area (*area)(VekiSize roi, int channels, int step);
+  bool inPlace = false;
+  Steps steps = {};
+  std::vector<int> numbers = {0};  ///< likely values of its int
+  Refused refusedNumbers = {};
+};
+
+inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels, int dstChannels,
+                       const Manners& manners) {
+  Random& random = c.random;
+  VekiSize roi = {random.size(300), random.in(1, 5)};
+  if (random.chance(2)) roi.width = random.in(300, 6000);
+  if (random.chance(5)) roi.height = random.in(6, 70);
+  const bool ordered = std::count(parts.begin(), parts.end(), Part::byte) == 4 ||
+                       std::count(parts.begin(), parts.end(), Part::bytes) == 4;
+  const int place = manners.inPlace ? random.in(0, 3) : 0;
+  int seen = 0, constants = 0, shared = -1, sharedStep = 0;
+  int low[3] = {};  // where constants have an order: what the third is not below
+  const auto byte = [&](int channel) {
+    const Vek8u likely[] = {0, 1, 127, 128, 254, 255};
+    int value = random.in(0, 255);
+    if (random.chance(40)) value = random.of(likely);
+    if (ordered && constants == 0) low[channel] = value;
+    return ordered && constants == 2 ? std::max(value, low[channel]) : value;
+  };
+  for (Part part : parts) {
+    switch (part) {
+      case Part::source:
+      case Part::destination: {
+        const bool source = part == Part::source;
+        if (!source && shared >= 0) {
+          c.pointer(shared);
+          c.number(sharedStep, manners.steps.refused);
+          break;
+        }
+        const Use use = !source ? Use::out : ++seen == place ? Use::inOut : Use::in;
+        const int channels = source ? srcChannels : dstChannels;
+        const int step =
+            c.step(manners.area(roi, channels, 0).bytes, roi.height, manners.steps, use);
+        const int block = c.memory(use, manners.area(roi, channels, step));
+        if (use == Use::inOut) shared = block, sharedStep = step;
+        c.pointer(block);
+        c.number(step, manners.steps.refused);
+        break;
+      }
+      case Part::step:
+        break;
+      case Part::roi:
+        c.roi(roi);
+        break;
+      case Part::number:
+        c.number(random.chance(50) ? manners.numbers[static_cast<size_t>(random.in(
+                                         0, static_cast<int>(manners.numbers.size()) - 1))]
+                 : manners.refusedNumbers.status == 0 ? random.in(-20, 20)
+                                                      : manners.numbers[0],
+                 manners.refusedNumbers);
+        break;
+      case Part::byte: {
+        const int value = byte(0);
+        const bool floor = ordered && constants++ == 2 && low[0] > 0;
+        c.number(value, floor ? Refused{vekStsThresholdErr, {low[0] - 1}} : Refused{});
+        break;
+      }
+      case Part::bytes: {
+        Vek8u values[3];
+        for (int i = 0; i < 3; ++i) values[i] = static_cast<Vek8u>(byte(i));
+        const int block = c.object(Use::in, values, 3, 1, 1);
+        for (size_t i = 0; i < 3; ++i) {
+          if (!ordered || constants != 2 || low[i] == 0) continue;
+          c.refuseEntry(block, i, static_cast<Vek8u>(low[i] - 1), vekStsThresholdErr);
+        }
+        ++constants;
+        c.pointer(block);
+        break;
+      }
+      case Part::amount:
+      case Part::amounts: {
+        const int likely[] = {0, 1, 3, 5, 7, 8, 9, 31, 32, 256, -1};
+        std::vector<Vek32u> values;
+        const bool equal = random.chance(25);
+        for (size_t i = 0; i < 3; ++i) {
+          values.push_back(equal && i > 0 ? values[0] : static_cast<Vek32u>(random.of(likely)));
+        }
+        if (part == Part::amount) {
+          c.number(values[0]);
+        } else {
+          c.pointer(c.objects(values));
+        }
+        break;
+      }
+      case Part::results:
+        c.pointer(c.memory(Use::out, manners.area({1, 1}, 4 * srcChannels, 0), 4, 4));
+        break;
+      case Part::weights:
+      case Part::matrix: {
+        std::vector<Vek32s> values;
+        const int magnitudes[] = {16384, 60000, 524287, 0x7FFFFFFF};
+        const int most = random.of(magnitudes);
+        for (int i = 0; i < (part == Part::matrix ? 12 : 3); ++i) {
+          values.push_back(random.chance(15) ? most * random.in(-1, 1) : random.in(-most, most));
+        }
+        c.pointer(c.objects(values));
+        break;
+      }
+    }
+  }
+}
+
+template <class... A>
+Record packed(const char* name, VekStatus (*f)(A...), const Manners& manners) {
+  const std::string form = name;
+  const auto has = [&](const char* what) { return form.find(what) != std::string::npos; };
+  const int srcChannels = has("_C1") ? 1 : 3, dstChannels = has("C1R") ? 1 : 3;
+  return {name, bind(f), [=, parts = partsOf(f)](Case& c) {
+            drawPacked(c, parts, srcChannels, dstChannels, manners);
+          }};
+}
+
+}  // namespace vek::test

@@ -1,0 +1,185 @@
+// Resize, rotate and convert.
+#include "vek/camera.h"
+
+#include <climits>
+
+#include "tests/camera/preview/resize_support.h"
+#include "tests/campaign/campaign.h"
+
+namespace vek::test {
+namespace {
+
+Refused bad(std::initializer_list<int> values) {
+  return {vekStsBadArgErr, values};
+}
+
+const Refused belowOne = bad({0, -1, INT_MIN});
+
+/// Sizes are often such that strips and turned tiles are crossed.
+Resize drawResize(Random& random, int widthUnit, int heightUnit, int yAlign, int chromaAlign) {
+  Resize a = randomResize(random, widthUnit, heightUnit, yAlign, chromaAlign);
+  if (!random.chance(3)) return a;
+  a.dstWidth = roundUp(random.in(500, 1500), widthUnit);
+  a.srcWidth = random.in(500, 1500);
+  a.srcStep[0] = roundUp(a.srcWidth, yAlign);
+  a.srcStep[1] = a.srcStep[2] = roundUp(a.srcWidth / 2, chromaAlign);
+  randomSteps(a, random);
+  return a;
+}
+
+using Aligned = const int (&)[3];
+
+void drawPlanes(Case& c, Use use, const Area (&areas)[3], Aligned alignments) {
+  int blocks[3];
+  for (int i = 0; i < 3; ++i) {
+    blocks[i] = c.memory(use, areas[i], static_cast<size_t>(alignments[i]));
+  }
+  c.planes(blocks, alignments);
+}
+
+/// The sampling steps, `x` and `y` being their limits.
+void drawSampling(Case& c, const Resize& a, int64_t x, int64_t y) {
+  const auto refused = [](int64_t limit) {
+    Refused all = belowOne;
+    if (limit < INT_MAX) all.add(static_cast<int>(limit + 1));
+    return all;
+  };
+  c.number(a.xStep, refused(x));
+  c.number(a.yStep, refused(y));
+}
+
+void drawLimitedSampling(Case& c, const Resize& a) {
+  drawSampling(c, a, maxStep(a.srcWidth, a.dstWidth), maxStep(a.srcHeight, a.dstHeight));
+}
+
+/// Reduces to a half or a quarter, mostly unturned.
+void makeExact(Resize& a, Random& random) {
+  const int factor = random.chance(50) ? 2 : 4;
+  a.srcWidth = factor * a.dstWidth + random.in(0, factor - 1);
+  a.srcHeight = factor * a.dstHeight + random.in(0, factor - 1);
+  randomSteps(a, random);
+  a.srcStep[0] = roundUp(a.srcWidth, 8);
+  for (int i : {1, 2}) a.srcStep[i] = roundUp(a.srcWidth / 2, 8) + 8 * random.in(0, 2);
+  if (random.chance(70)) a.rotation = 0;
+}
+
+void drawPlanarResize(Case& c, bool is420) {
+  Random& random = c.random;
+  Resize a = is420 ? drawResize(random, 2, 2, 8, 8) : drawResize(random, 2, 1, 4, 1);
+  if (is420 && random.chance(40)) makeExact(a, random);
+  const int across = a.turned() ? a.dstHeight : a.dstWidth, unit = is420 ? 2 : 1;
+  int dstStep[3] = {roundUp(across, 4), roundUp(across / 2, unit), roundUp(across / 2, unit)};
+  dstStep[0] += 4 * random.in(0, 2);
+  for (int i : {1, 2}) dstStep[i] += unit * random.in(0, 3);
+  const auto print = is420 ? footprint::ycc420(a, dstStep) : footprint::ycc422(a, dstStep);
+  drawPlanes(c, Use::in, print.src, is420 ? Aligned{8, 8, 8} : Aligned{4, 1, 1});
+  c.numbers(a.srcStep, belowOne);
+  c.number(a.srcWidth, bad({0, -1, INT_MIN, INT_MAX}));
+  c.number(a.srcHeight, belowOne);
+  drawPlanes(c, Use::out, print.dst, is420 ? Aligned{4, 2, 2} : Aligned{4, 1, 1});
+  c.numbers(dstStep, belowOne);
+  c.number(a.dstWidth, bad({0, -1, INT_MIN, INT_MAX, a.dstWidth + 1}));
+  c.number(a.dstHeight, belowOne);
+  c.number(a.interpolation, bad({-1, 2, INT_MAX}));
+  c.number(a.rotation, bad({-1, 6, INT_MIN}));
+  drawLimitedSampling(c, a);
+}
+
+void draw420Rgb(Case& c) {
+  Random& random = c.random;
+  const Resize a = drawResize(random, 1, 1, 4, 2);
+  const int format = random.in(4, 7), bytes = pixelBytes(format - 4), unit = format == 7 ? 2 : 8;
+  const int across = a.turned() ? a.dstHeight : a.dstWidth;
+  const int dstStep = roundUp(across * bytes, unit) + unit * random.in(0, 2);
+  const auto print = footprint::ycc420Rgb(a, dstStep, bytes);
+  drawPlanes(c, Use::in, print.src, {4, 2, 2});
+  c.numbers(a.srcStep, bad({0, -1, INT_MIN, a.srcStep[0] + 1}));
+  c.number(a.srcWidth, bad({0, -1, INT_MIN, INT_MAX}));
+  c.number(a.srcHeight, belowOne);
+  c.pointer(c.memory(Use::out, print.dst[0], 8), 8);
+  c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 1}));
+  c.number(a.dstWidth, belowOne);
+  c.number(a.dstHeight, belowOne);
+  c.number(format, bad({3, 8, INT_MIN}));
+  c.number(a.interpolation, bad({-1, 2}));
+  c.number(a.rotation, bad({-1, 6}));
+  drawLimitedSampling(c, a);
+}
+
+void draw422Rgb(Case& c) {
+  Random& random = c.random;
+  Resize a = drawResize(random, random.chance(50) ? 4 : 1, 1, 4, 2);
+  const int format = random.in(0, 3), bytes = pixelBytes(format);
+  if (random.chance(30)) {  // nothing bounds sizes and steps
+    a.srcWidth = random.in(1, a.srcWidth);
+    a.srcHeight = random.in(1, a.srcHeight);
+    a.xStep = random.in(1, 3 * 65536);
+    a.yStep = random.in(1, 3 * 65536);
+  }
+  if (format == 3 ? random.chance(20) : a.turned()) a.dstHeight = a.dstWidth;
+  if (format == 3 && a.turned()) std::swap(a.dstWidth, a.dstHeight);
+  for (int i : {1, 2}) a.srcStep[i] = roundUp(a.srcWidth, 4) / 2 + 2 * random.in(0, 2);
+  const int row = a.dstWidth * bytes, extra = random.in(0, 1);
+  const int dstStep = format == 3 ? roundUp(row, 4) + extra : roundUp(row, 8) + 8 * extra;
+  const auto print = footprint::ycc422Rgb(a, dstStep, bytes);
+  drawPlanes(c, Use::in, print.src, {1, 1, 1});
+  c.numbers(a.srcStep, bad({0, -1, INT_MIN, a.srcStep[0] + 1}));
+  c.number(a.srcWidth, bad({INT_MAX}));
+  c.number(a.srcHeight);
+  c.pointer(c.memory(Use::out, print.dst[0]));
+  c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 2}));
+  c.number(a.dstWidth);
+  c.number(a.dstHeight);
+  c.number(format, bad({-1, 4}));
+  c.number(a.interpolation, bad({-1, 2}));
+  c.number(a.rotation, bad({-1, 6}));
+  drawSampling(c, a, INT_MAX, INT_MAX);
+}
+
+void draw422Reduce(Case& c) {
+  Random& random = c.random;
+  const int factor = 2 << random.in(0, 2);
+  int width = factor * random.size(150), height = factor * random.size(40);
+  if (random.chance(2)) width = factor * random.in(500, 1500);
+  width += random.in(0, factor - 1);
+  height += random.in(0, factor - 1);
+  const int interpolation = random.in(0, 1), format = random.in(0, 1), rotation = random.in(0, 3);
+  const bool turned = rotation == 1 || rotation == 2;
+  const int across = (turned ? height : width) / factor;
+  const int srcStep = roundUp(2 * width, 8) + 8 * random.in(0, 1);
+  const int dstStep = roundUp(2 * across, 8) + 8 * random.in(0, 1);
+  const auto print =
+      footprint::ycc422Reduce(width, height, srcStep, factor, interpolation, rotation, dstStep);
+  c.pointer(c.memory(Use::in, print.src[0], 8), 8);
+  c.number(srcStep, bad({0, -1, INT_MIN, srcStep + 4, 8 * (width / 4) - 8}));
+  c.pointer(c.memory(Use::out, print.dst[0], 8, 2), 8);
+  c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 4}));
+  c.number(width, bad({0, -1, INT_MIN, INT_MAX, factor - 1}));
+  c.number(height, bad({0, -1, INT_MIN, factor - 1}));
+  c.number(factor, bad({0, 1, 3, 16, -2, INT_MAX}));
+  c.number(interpolation, bad({-1, 2}));
+  c.number(format, bad({-1, 2}));
+  c.number(rotation, bad({-1, 4}));
+}
+
+template <class... A>
+Record preview(const char* name, VekStatus (*f)(A...), std::function<void(Case&)> draw) {
+  return {name, bind(f), [draw](Case& c) {
+            c.nullStatus = vekStsBadArgErr;
+            draw(c);
+          }};
+}
+
+}  // namespace
+
+std::vector<Record> previewRecords() {
+  return {
+      preview(VEK_NAMED(vekiYCbCr420RszRot_8u_P3R), [](Case& c) { drawPlanarResize(c, true); }),
+      preview(VEK_NAMED(vekiYCbCr422RszRot_8u_P3R), [](Case& c) { drawPlanarResize(c, false); }),
+      preview(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), draw420Rgb),
+      preview(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), draw422Rgb),
+      preview(VEK_NAMED(vekiResizeCscRotate_8u_C2R), draw422Reduce),
+  };
+}
+
+}  // namespace vek::test

@@ -1,0 +1,155 @@
+// The raw Bayer pipeline.
+#include "tests/footprint/raw.h"
+
+#include "vek/camera.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "tests/camera/raw/pipeline.h"
+#include "tests/campaign/campaign.h"
+#include "tests/support/failing_allocator.h"
+
+namespace vek::test {
+namespace {
+
+VekiRggbGeometry drawGeometry(Random& random) {
+  const int scale = 1 << random.in(0, 2), rotation = random.in(0, 3);
+  const bool turned = rotation == 1 || rotation == 2;
+  // Reduced destinations are multiples of four pixels wide.
+  int width = 2 * scale * random.size(90), height = 2 * scale * random.size(40);
+  if (random.chance(2)) width = 2 * scale * random.in(90, 1200);
+  int& across = turned ? height : width;
+  if (scale > 1) across = (across + 4 * scale - 1) / (4 * scale) * (4 * scale);
+  const int format = random.in(8, 9), border = random.chance(50) ? random.in(-1, 1) : 0;
+  VekiRggbGeometry g = rawGeometry(width, height, scale, rotation, format, border);
+  g.srcStep += 2 * random.in(0, 3);
+  if (random.chance(15)) g.srcStep = -g.srcStep;
+  for (int& step : g.dstStep) step += 8 * random.in(0, 2);
+  return g;
+}
+
+/// Parameters with all they point at; `offset` lets a list of dead pixels lie in sensor
+/// coordinates. Dead pixels are inside the region, so that they need no memory beyond it.
+int drawColor(Case& c, const VekiRggbGeometry& g) {
+  Random& random = c.random;
+  VekiRggbColorParam p = rawColor();
+  std::vector<Vek16s> matrix;
+  const int ranges[] = {300, 1500, 32767};
+  const int range = random.of(ranges);
+  for (int i = 0; i < 9; ++i) matrix.push_back(static_cast<Vek16s>(random.in(-range, range)));
+  p.colorMatrix = c.data<Vek16s>(c.objects(matrix));
+  p.gammaMode = static_cast<Vek32u>(random.in(0, 1));
+  p.gammaCurve[0] = static_cast<Vek32u>(random.in(0, 1));
+  p.gammaCurve[1] = 77;
+  if (p.gammaMode == 1) {
+    p.gammaTable[0] = c.data<Vek8u>(c.memory(Use::in, {1024, 1, 0}));
+  }
+  const int offsets[] = {0, 0, 3, 100};
+  p.rowOffset = random.of(offsets);
+  p.colOffset = random.of(offsets);
+  const bool copied = p.rowOffset != 0 || p.colOffset != 0;
+  int dead = -1;
+  if (random.chance(40)) {
+    std::vector<VekiDeadPixel> list;
+    for (int n = random.in(1, 6); n > 0; --n) {
+      VekiDeadPixel pixel = {random.in(0, g.srcHeight - 1), random.in(0, g.srcWidth - 1)};
+      if (list.empty() && pixel.row == 0 && pixel.column == 0) pixel.column = 1;
+      pixel.row += p.rowOffset, pixel.column += p.colOffset;
+      list.push_back(pixel);
+      if (copied && random.chance(20)) list.push_back({p.rowOffset - 1, INT_MIN});
+    }
+    dead = c.objects(list);
+    p.deadPixels = c.data<VekiDeadPixel>(dead);
+    p.numDeadPixels = static_cast<int>(list.size());
+    c.keptWhenReleased = copied ? 1 : 0;
+  }
+  const int block = c.objects(std::vector{p});
+  using P = VekiRggbColorParam;
+  c.refuse(block, &P::gammaMode, 2);
+  c.refuse(block, &P::gammaMode, UINT_MAX);
+  c.refuse(block, &P::reserved, 1);
+  c.refuse(block, &P::rowOffset, -1);
+  c.refuse(block, &P::colOffset, INT_MIN);
+  c.refuse(block, &P::colorMatrix, nullptr);
+  if (dead >= 0 && copied) c.refuse(block, &P::numDeadPixels, 0);
+  return block;
+}
+
+int drawGeometryBlock(Case& c, const VekiRggbGeometry& g) {
+  const int block = c.objects(std::vector{g});
+  using G = VekiRggbGeometry;
+  c.refuse(block, &G::srcStep, g.srcStep + 1);
+  for (auto field : {&G::srcWidth, &G::srcHeight}) {
+    for (int size : {INT_MIN, -2, 0, INT_MAX - 1}) c.refuse(block, field, size);
+  }
+  for (auto field : {&G::dstWidth, &G::dstHeight}) {
+    for (int size : {INT_MIN, -1, 0, 1 << 30}) c.refuse(block, field, size);
+  }
+  for (int rotation : {-1, 4}) c.refuse(block, &G::rotation, rotation);
+  for (int format : {7, 10, INT_MIN}) c.refuse(block, &G::chromaFormat, format);
+  for (int mode : {5 - g.filterMode, 0, INT_MAX}) c.refuse(block, &G::filterMode, mode);
+  return block;
+}
+
+VekStatus initAndFree(const Value* v) {
+  VekiRggbToYCbCrState** const to = as<VekiRggbToYCbCrState**>(v[2]);
+  const VekStatus status = vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(
+      as<const VekiRggbColorParam*>(v[0]), as<const VekiRggbGeometry*>(v[1]), to);
+  if (status < 0) return status;
+  const VekStatus released = vekiFree_10RGGBtoYCbCr_RotRsz_P3R(*to);
+  *to = nullptr;
+  return released;
+}
+
+void drawInit(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  c.keptWhenRefused = 1;  // the block for the state
+  const VekiRggbGeometry g = drawGeometry(c.random);
+  c.pointer(drawColor(c, g));
+  c.pointer(drawGeometryBlock(c, g));
+  c.pointer(c.objects(std::vector<void*>{&c}, Use::out));
+}
+
+void drawFrame(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  const VekiRggbGeometry g = drawGeometry(c.random);
+  const int block = drawColor(c, g);
+  c.clearFaults();
+  c.keptWhenReleased = 0;
+  const VekiRggbColorParam p = *c.data<VekiRggbColorParam>(block);
+  RawState state = makeState(p, g);
+  // Dead pixels are replaced in the frame itself.
+  const auto print = footprint::rawFrame(g);
+  const Use use = p.deadPixels != nullptr ? Use::inOut : Use::in;
+  const int masks[] = {1023, 0xFFFF};
+  const int mask = c.random.of(masks);
+  c.pointer(c.memory(use, print.src, 2, 2, mask));
+  const int luma = g.filterMode == 2 ? 8 : 4, chroma = luma / 2;
+  const size_t inset = g.filterMode == 2 && g.srcBorderValid == 0 ? 1 : 0;
+  int blocks[3];
+  for (int i = 0; i < 3; ++i) {
+    const auto unit = static_cast<size_t>(i == 0 ? luma : chroma);
+    blocks[i] = c.memory(Use::out, print.dst[i], unit, 1, 0, inset * (unit == 8 ? 6 : 3));
+  }
+  c.planes(blocks, {luma, chroma, chroma});
+  c.state(state.release(), [](void* s) {
+    vekiFree_10RGGBtoYCbCr_RotRsz_P3R(static_cast<VekiRggbToYCbCrState*>(s));
+    dropAllocations();
+  });
+}
+
+}  // namespace
+
+std::vector<Record> rawRecords() {
+  std::vector<Record> records = {
+      {"veki10RGGBtoYCbCr_RotRsz_8u_P3R", bind(veki10RGGBtoYCbCr_RotRsz_8u_P3R), drawFrame},
+      {"vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R",
+       initAndFree,
+       drawInit,
+       {"vekiFree_10RGGBtoYCbCr_RotRsz_P3R"}}};
+  records[1].allocates = true;
+  return records;
+}
+
+}  // namespace vek::test
