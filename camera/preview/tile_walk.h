@@ -17,10 +17,18 @@ namespace vek {
 /// the destination.
 inline constexpr ptrdiff_t stripColumns = 1024;
 inline constexpr ptrdiff_t stripRows = 16;
-inline constexpr ptrdiff_t turnedColumns = 256;
-inline constexpr ptrdiff_t turnedRows = 64;
-inline constexpr ptrdiff_t tileSamples = 16384;
-static_assert(stripColumns * stripRows == tileSamples && turnedColumns * turnedRows == tileSamples);
+inline constexpr ptrdiff_t tileSamples = stripColumns * stripRows;
+
+struct TileShape {
+  ptrdiff_t columns, rows;
+};
+
+/// The shape of a tile whose columns become rows. There can be twice as many rows, with what is left
+/// at either end.
+constexpr TileShape turnedShape(ptrdiff_t pixelBytes) {
+  return pixelBytes == 1 ? TileShape{128, 64} : TileShape{64, 128};
+}
+static_assert(2 * 128 * 64 == tileSamples);
 
 /// The rows first .. end - 1 of the scaled image.
 struct RowRange {
@@ -28,8 +36,8 @@ struct RowRange {
 };
 
 /// How far apart the rows of a tile's buffer are.
-constexpr ptrdiff_t tileStep(bool turned) {
-  return turned ? turnedColumns : stripColumns;
+constexpr ptrdiff_t tileStep(bool turned, ptrdiff_t pixelBytes) {
+  return turned ? turnedShape(pixelBytes).columns : stripColumns;
 }
 
 /// How many rows of a quarter turn come before the first whole cache line of the destination rows,
@@ -53,15 +61,14 @@ template <class Tile>
 void forEachTile(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdiff_t width,
                  RowRange rows, Tile tile) {
   const bool columnsBecomeRows = at.dy == pixelBytes || at.dy == -pixelBytes;
-  const ptrdiff_t most = !at.turned ? stripRows : columnsBecomeRows ? turnedRows : 1;
-  const ptrdiff_t columns = tileStep(at.turned);
-  ptrdiff_t count = 0;
-  for (ptrdiff_t y = rows.first; y < rows.end; y += count) {
-    count = y == rows.first && most == turnedRows
-                ? rowsToLine(dst + at.start + y * at.dy, at, pixelBytes)
-                : 0;
-    if (count == 0) count = most;
-    if (count > rows.end - y) count = rows.end - y;
+  const bool blocks = at.turned && columnsBecomeRows;
+  const ptrdiff_t unit = !at.turned ? stripRows : blocks ? turnedShape(pixelBytes).rows : 1;
+  const ptrdiff_t columns = tileStep(at.turned, pixelBytes);
+  ptrdiff_t count = unit;
+  if (blocks) count += rowsToLine(dst + at.start + rows.first * at.dy, at, pixelBytes);
+  for (ptrdiff_t y = rows.first; y < rows.end; y += count, count = unit) {
+    const ptrdiff_t rest = rows.end - y;
+    if (rest < count || (blocks && rest < 2 * unit)) count = rest;
     for (ptrdiff_t x = 0; x < width; x += columns) {
       const ptrdiff_t n = width - x < columns ? width - x : columns;
       tile(x, y, n, count, dst + at.start + x * at.dx + y * at.dy);
@@ -76,7 +83,7 @@ void walkSamples(Vek8u* dst, const Orientation& at, ptrdiff_t width, RowRange ro
                  MakeTile makeTile) {
   const PlaceTile place = select(placeRows).bytes1;
   const bool direct = !at.turned && at.dx == 1;
-  const ptrdiff_t step = tileStep(at.turned);
+  const ptrdiff_t step = tileStep(at.turned, 1);
   alignas(64) Vek8u tile[tileSamples];
   forEachTile(dst, at, 1, width, rows,
               [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
@@ -107,7 +114,8 @@ template <class MakeSamples>
 void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, ptrdiff_t width,
                 RowRange rows, MakeSamples makeSamples) {
   const PlaceRows& place = select(placeRows);
-  const ptrdiff_t size = kernels.bytes, step = tileStep(at.turned);
+  const ptrdiff_t size = kernels.bytes, step = tileStep(at.turned, size);
+  const ptrdiff_t turnedStep = 2 * turnedShape(size).rows;
   SampleTile buffer, turned;
 
   const auto convertForwards = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
@@ -135,13 +143,13 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
     const auto turn = [&](Plane<const Vek8u> plane, ptrdiff_t columns, ptrdiff_t rowCount,
                           Vek8u* out) {
       place.bytes1(plane.data, plane.step, columns, rowCount, dy > 0 ? out : out + rowCount - 1,
-                   turnedRows, dy);
+                   turnedStep, dy);
     };
     turn(s.y, n, count, turned.y);
     turn(s.cb, pairs, chromaRows, turned.cb);
     turn(s.cr, pairs, chromaRows, turned.cr);
     const Samples samples = {
-        {turned.y, turnedRows}, {turned.cb, turnedRows}, {turned.cr, turnedRows}, 1};
+        {turned.y, turnedStep}, {turned.cb, turnedStep}, {turned.cr, turnedStep}, 1};
     (s.chromaShift == 1 ? kernels.paired : kernels.single)(
         samples, count, n, dy > 0 ? to : to + (count - 1) * at.dy, at.dx);
   };
