@@ -27,5 +27,14 @@ void cscRow(const Vek8u* __restrict y, const Vek8u* __restrict cb, const Vek8u* 
   }
 }
 
+template <int pixels, class Matrix, class Format>
+void csc(const Samples& samples, ptrdiff_t n, ptrdiff_t rows, Vek8u* dst, ptrdiff_t dstStep) {
+  for (ptrdiff_t y = 0; y < rows; ++y) {
+    const ptrdiff_t chroma = y >> samples.chromaShift;
+    cscRow<pixels, Matrix, Format>(samples.y.row(y), samples.cb.row(chroma), samples.cr.row(chroma),
+                                   n, dst + y * dstStep);
+  }
+}
+
 }  // namespace
 }  // namespace vek::VEK_LEVEL

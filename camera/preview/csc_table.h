@@ -1,4 +1,4 @@
-// The table of a level whose cscRow<pixels, Matrix, Format> converts one row.
+// The table of a level whose csc<pixels, Matrix, Format> converts a tile.
 #pragma once
 
 #include "camera/preview/csc_matrix.h"
@@ -7,15 +7,6 @@
 
 namespace vek::VEK_LEVEL {
 namespace {
-
-template <int pixels, class Matrix, class Format>
-void csc(const Samples& samples, ptrdiff_t n, ptrdiff_t rows, Vek8u* dst, ptrdiff_t dstStep) {
-  for (ptrdiff_t y = 0; y < rows; ++y) {
-    const ptrdiff_t chroma = y >> samples.chromaShift;
-    cscRow<pixels, Matrix, Format>(samples.y.row(y), samples.cb.row(chroma), samples.cr.row(chroma),
-                                   n, dst + y * dstStep);
-  }
-}
 
 template <int pixels>
 constexpr CscFormats formats = {csc<pixels, MatrixQ8, Rgb565>,  csc<pixels, MatrixQ8, Rgb555>,

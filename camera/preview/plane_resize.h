@@ -29,7 +29,12 @@ struct PlanarResize {
 inline void turnPlane(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, ptrdiff_t width,
                       RowRange rows) {
   const PlaceTile place = select(placeRows).bytes1;
-  forEachTile(dst, at, 1, width, rows,
+  if (at.dx == 1 && at.dy == width && src.step == width) {  // one long row
+    const size_t bytes = static_cast<size_t>(width * (rows.end - rows.first));
+    memcpy(dst + at.start + rows.first * width, src.row(rows.first), bytes);
+    return;
+  }
+  forEachTile(dst, at, 1, width, rows, wideTile,
               [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
                 place(src.row(y) + x, src.step, n, count, to, at.dx, at.dy);
               });

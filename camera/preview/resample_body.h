@@ -34,13 +34,5 @@ void bilinear(const Vek8u* __restrict top, const Vek8u* __restrict bottom, Vek32
   }
 }
 
-void interleave(const Vek8u* __restrict even, const Vek8u* __restrict odd, ptrdiff_t n,
-                Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    dst[2 * i] = even[i];
-    dst[2 * i + 1] = odd[i];
-  }
-}
-
 }  // namespace
 }  // namespace vek::VEK_LEVEL

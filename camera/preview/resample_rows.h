@@ -40,9 +40,6 @@ struct ResampleRows {
   /// callers' step limits give it weight 0 there. With fy 0 `bottom` is not read.
   void (*bilinear)(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& columns,
                    Vek8u* dst);
-
-  /// dst[2i] = even[i], dst[2i + 1] = odd[i] for i < n.
-  void (*interleave)(const Vek8u* even, const Vek8u* odd, ptrdiff_t n, Vek8u* dst);
 };
 
 VEK_KERNEL_TABLE(ResampleRows, resampleRows)

@@ -17,20 +17,22 @@ namespace vek {
 /// the destination.
 inline constexpr ptrdiff_t stripColumns = 1024;
 inline constexpr ptrdiff_t stripRows = 16;
-inline constexpr ptrdiff_t turnedColumns = 256;
-inline constexpr ptrdiff_t turnedRows = 64;
-inline constexpr ptrdiff_t tileSamples = 16384;
-static_assert(stripColumns * stripRows == tileSamples && turnedColumns * turnedRows == tileSamples);
+inline constexpr ptrdiff_t tileSamples = stripColumns * stripRows;
+
+/// A tile whose columns become rows. There can be twice as many rows, with what is left at either
+/// end.
+struct TurnedTile {
+  ptrdiff_t columns, rows;
+};
+inline constexpr TurnedTile wideTile = {128, 64};
+inline constexpr TurnedTile tallTile = {64, 128};
+static_assert(2 * wideTile.columns * wideTile.rows == tileSamples &&
+              2 * tallTile.columns * tallTile.rows == tileSamples);
 
 /// The rows first .. end - 1 of the scaled image.
 struct RowRange {
   ptrdiff_t first, end;
 };
-
-/// How far apart the rows of a tile's buffer are.
-constexpr ptrdiff_t tileStep(bool turned) {
-  return turned ? turnedColumns : stripColumns;
-}
 
 /// How many rows of a quarter turn come before the first whole cache line of the destination rows,
 /// at `to`; 0 if the lines of the rows begin at different places, or the rows are odd.
@@ -51,17 +53,16 @@ inline ptrdiff_t rowsToLine(const Vek8u* to, const Orientation& at, ptrdiff_t pi
 /// then written in the order of the walk.
 template <class Tile>
 void forEachTile(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdiff_t width,
-                 RowRange rows, Tile tile) {
+                 RowRange rows, const TurnedTile& shape, Tile tile) {
   const bool columnsBecomeRows = at.dy == pixelBytes || at.dy == -pixelBytes;
-  const ptrdiff_t most = !at.turned ? stripRows : columnsBecomeRows ? turnedRows : 1;
-  const ptrdiff_t columns = tileStep(at.turned);
-  ptrdiff_t count = 0;
-  for (ptrdiff_t y = rows.first; y < rows.end; y += count) {
-    count = y == rows.first && most == turnedRows
-                ? rowsToLine(dst + at.start + y * at.dy, at, pixelBytes)
-                : 0;
-    if (count == 0) count = most;
-    if (count > rows.end - y) count = rows.end - y;
+  const bool blocks = at.turned && columnsBecomeRows;
+  const ptrdiff_t unit = !at.turned ? stripRows : blocks ? shape.rows : 1;
+  const ptrdiff_t columns = at.turned ? shape.columns : stripColumns;
+  ptrdiff_t count = unit;
+  if (blocks) count += rowsToLine(dst + at.start + rows.first * at.dy, at, pixelBytes);
+  for (ptrdiff_t y = rows.first; y < rows.end; y += count, count = unit) {
+    const ptrdiff_t rest = rows.end - y;
+    if (rest < count || (blocks && rest < 2 * unit)) count = rest;
     for (ptrdiff_t x = 0; x < width; x += columns) {
       const ptrdiff_t n = width - x < columns ? width - x : columns;
       tile(x, y, n, count, dst + at.start + x * at.dx + y * at.dy);
@@ -76,9 +77,9 @@ void walkSamples(Vek8u* dst, const Orientation& at, ptrdiff_t width, RowRange ro
                  MakeTile makeTile) {
   const PlaceTile place = select(placeRows).bytes1;
   const bool direct = !at.turned && at.dx == 1;
-  const ptrdiff_t step = tileStep(at.turned);
+  const ptrdiff_t step = at.turned ? wideTile.columns : stripColumns;
   alignas(64) Vek8u tile[tileSamples];
-  forEachTile(dst, at, 1, width, rows,
+  forEachTile(dst, at, 1, width, rows, wideTile,
               [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
                 if (direct) return makeTile(x, y, n, count, to, at.dy);
                 makeTile(x, y, n, count, tile, step);
@@ -105,9 +106,10 @@ struct PixelKernels {
 /// are fewer bytes, and pixels are then written once and in order.
 template <class MakeSamples>
 void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, ptrdiff_t width,
-                RowRange rows, MakeSamples makeSamples) {
+                RowRange rows, const TurnedTile& shape, MakeSamples makeSamples) {
   const PlaceRows& place = select(placeRows);
-  const ptrdiff_t size = kernels.bytes, step = tileStep(at.turned);
+  const ptrdiff_t size = kernels.bytes, step = at.turned ? shape.columns : stripColumns;
+  const ptrdiff_t turnedStep = 2 * shape.rows;
   SampleTile buffer, turned;
 
   const auto convertForwards = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
@@ -135,13 +137,13 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
     const auto turn = [&](Plane<const Vek8u> plane, ptrdiff_t columns, ptrdiff_t rowCount,
                           Vek8u* out) {
       place.bytes1(plane.data, plane.step, columns, rowCount, dy > 0 ? out : out + rowCount - 1,
-                   turnedRows, dy);
+                   turnedStep, dy);
     };
     turn(s.y, n, count, turned.y);
     turn(s.cb, pairs, chromaRows, turned.cb);
     turn(s.cr, pairs, chromaRows, turned.cr);
     const Samples samples = {
-        {turned.y, turnedRows}, {turned.cb, turnedRows}, {turned.cr, turnedRows}, 1};
+        {turned.y, turnedStep}, {turned.cb, turnedStep}, {turned.cr, turnedStep}, 1};
     (s.chromaShift == 1 ? kernels.paired : kernels.single)(
         samples, count, n, dy > 0 ? to : to + (count - 1) * at.dy, at.dx);
   };
@@ -150,7 +152,7 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
     place.of(static_cast<int>(size))(turned.y, 0, n, count, to, at.dx, at.dy);
   };
   forEachTile(
-      dst, at, size, width, rows,
+      dst, at, size, width, rows, shape,
       [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
         const Samples s = makeSamples(x, y, n, count, buffer, step);
         if (!at.turned)

@@ -109,7 +109,8 @@ void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scal
     }
     return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 1};
   };
-  walkPixels(pDst, at, kernels, scaling.width & ~1, {0, scaling.height & ~1}, makeSamples);
+  walkPixels(pDst, at, kernels, scaling.width & ~1, {0, scaling.height & ~1},
+             scaling.unscaled() ? tallTile : wideTile, makeSamples);
   repeatOddEdges(scaling, pDst + at.start, at, static_cast<int>(kernels.bytes));
 }
 

@@ -116,7 +116,7 @@ void resizeCscRotate(Plane<const Vek8u> src, Vek8u* pDst, int dstStep, int width
     return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 0};
   };
   walkPixels(pDst, orientation(rotation, columns, rows, 2, dstStep), pixels, columns, {0, rows},
-             makeSamples);
+             wideTile, makeSamples);
 }
 
 constexpr auto _vekiResize2CscRotate_8u_C2R = resizeCscRotate<2>;

@@ -154,7 +154,7 @@ void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientat
     }
     return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 0};
   };
-  walkPixels(pDst, at, kernels, width, {0, height}, makeSamples);
+  walkPixels(pDst, at, kernels, width, {0, height}, wideTile, makeSamples);
 }
 
 constexpr auto _ResizeRotateCSCNN = resizeRotateCsc<nearestLuma, 2>;

@@ -52,9 +52,10 @@ VWords times(VWords v8) {
   return hn::MulHigh(v8, constant(factor));
 }
 
-/// What a pair of chroma samples adds to red, green and blue, offsets and black level included.
+/// What chroma adds to red, green and blue, offsets and black level included.
 struct Chroma {
-  VWords red, green, blue, blueCarry;
+  VWords red, green, blue;
+  VWords blueCarry;
 };
 
 /// Of Cb << 8 and Cr << 8.
@@ -66,6 +67,7 @@ Chroma chromaOf(VWords cb8, VWords cr8) {
                    greenCentre = -128 * (Matrix::greenCb + Matrix::greenCr) >> s;
   constexpr Vek32s greenCb = -Matrix::greenCb >> s, greenCr = -Matrix::greenCr >> s;
   Chroma c;
+  c.blueCarry = hn::Zero(words);
   c.red = hn::Add(times<(Matrix::redCr << (8 - s))>(cr8), constant(offset - black - redCentre));
   c.green = hn::Sub(constant(offset - black + greenCentre),
                     hn::Add(times<(greenCb << 8)>(cb8), times<(greenCr << 8)>(cr8)));
@@ -143,38 +145,92 @@ VWords oddBytes(hn::Vec<Bytes> v) {
   return hn::And(hn::BitCast(words, v), constant(0xFF00));
 }
 
+/// Even words and odd words in turn.
+void storeInTurn(VWords even, VWords odd, Vek8u* out) {
+#if defined(__AVX512F__)
+  alignas(64) static constexpr Vek64s low[8] = {0, 1, 8, 9, 2, 3, 10, 11};
+  alignas(64) static constexpr Vek64s high[8] = {4, 5, 12, 13, 6, 7, 14, 15};
+  const __m512i lower = _mm512_unpacklo_epi16(even.raw, odd.raw);
+  const __m512i upper = _mm512_unpackhi_epi16(even.raw, odd.raw);
+  _mm512_storeu_si512(out, _mm512_permutex2var_epi64(lower, _mm512_load_si512(low), upper));
+  _mm512_storeu_si512(out + 64, _mm512_permutex2var_epi64(lower, _mm512_load_si512(high), upper));
+#else
+  hn::StoreInterleaved2(even, odd, words, reinterpret_cast<Vek16u*>(out));
+#endif
+}
+
 /// Even and odd pixels of a block lie in vectors of their own, so that both line up with the chroma
 /// that a pair shares.
-template <int pixels, class Matrix, class Format>
-void cscRow(const Vek8u* y, const Vek8u* cb, const Vek8u* cr, ptrdiff_t n, Vek8u* dst) {
+template <class Matrix, class Format>
+void convertBlock(const Vek8u* y, const Chroma& evenChroma, const Chroma& oddChroma, Vek8u* out) {
+  const auto y8 = hn::LoadU(bytes, y);
+  const Pixels even = pixelsOf<Matrix>(evenBytes(y8), evenChroma);
+  const Pixels odd = pixelsOf<Matrix>(oddBytes(y8), oddChroma);
+  if constexpr (Format::bytes == 2) {
+    storeInTurn(packWord<Format>(even), packWord<Format>(odd), out);
+  } else {
+    static_assert(Format::bPos == 0 && Format::rPos == 2);
+    storeChannels({packBytes<blueBits>(even.blue, odd.blue), packBytes<bits>(even.green, odd.green),
+                   packBytes<bits>(even.red, odd.red)},
+                  out);
+  }
+}
+
+/// Calls convert(chroma of the even pixels, chroma of the odd pixels).
+template <int pixels, class Matrix, class Convert>
+void withChroma(const Vek8u* cb, const Vek8u* cr, Convert convert) {
+  if constexpr (pixels == 2) {
+    const auto shared = [](const Vek8u* at) {
+      return hn::ShiftLeft<8>(hn::PromoteTo(words, hn::LoadU(halfBytes, at)));
+    };
+    const Chroma chroma = chromaOf<Matrix>(shared(cb), shared(cr));
+    convert(chroma, chroma);
+  } else {
+    const auto cb8 = hn::LoadU(bytes, cb), cr8 = hn::LoadU(bytes, cr);
+    convert(chromaOf<Matrix>(evenBytes(cb8), evenBytes(cr8)),
+            chromaOf<Matrix>(oddBytes(cb8), oddBytes(cr8)));
+  }
+}
+
+/// A last, shorter block of a row that has a whole one overlaps it, pairs of pixels kept together.
+template <class Body, class... Streams>
+void forEachPixelBlock(ptrdiff_t n, Body body, Streams... streams) {
   constexpr int block = static_cast<int>(hn::MaxLanes(bytes));
-  const auto body = [](Vek8u* out, const Vek8u* luma, const Vek8u* blue, const Vek8u* red) {
-    const auto y8 = hn::LoadU(bytes, luma);
-    Pixels even, odd;
-    if constexpr (pixels == 2) {
-      const auto shared = [](const Vek8u* at) {
-        return hn::ShiftLeft<8>(hn::PromoteTo(words, hn::LoadU(halfBytes, at)));
-      };
-      const Chroma chroma = chromaOf<Matrix>(shared(blue), shared(red));
-      even = pixelsOf<Matrix>(evenBytes(y8), chroma);
-      odd = pixelsOf<Matrix>(oddBytes(y8), chroma);
-    } else {
-      const auto cb8 = hn::LoadU(bytes, blue), cr8 = hn::LoadU(bytes, red);
-      even = pixelsOf<Matrix>(evenBytes(y8), chromaOf<Matrix>(evenBytes(cb8), evenBytes(cr8)));
-      odd = pixelsOf<Matrix>(oddBytes(y8), chromaOf<Matrix>(oddBytes(cb8), oddBytes(cr8)));
+  const ptrdiff_t rest = n % block;
+  if (n < block || rest % 2 != 0) return forEachBlock<block>(n, body, streams...);
+  forEachBlock<block>(n - rest, body, streams...);
+  if (rest != 0) forEachBlock<block>(block, body, Streams{streams.at(n - block)}...);
+}
+
+template <int pixels, class Matrix, class Format>
+void csc(const Samples& samples, ptrdiff_t n, ptrdiff_t rows, Vek8u* dst, ptrdiff_t dstStep) {
+  using Pixel = Out<Format::bytes>;
+  using ChromaIn = In<1, pixels>;
+  ptrdiff_t y = 0;
+  if (samples.chromaShift == 1) {
+    const auto body = [](Vek8u* upper, Vek8u* lower, const Vek8u* upperLuma, const Vek8u* lowerLuma,
+                         const Vek8u* cb, const Vek8u* cr) {
+      withChroma<pixels, Matrix>(cb, cr, [=](const Chroma& even, const Chroma& odd) {
+        convertBlock<Matrix, Format>(upperLuma, even, odd, upper);
+        convertBlock<Matrix, Format>(lowerLuma, even, odd, lower);
+      });
+    };
+    for (; y + 2 <= rows; y += 2, dst += 2 * dstStep) {
+      forEachPixelBlock(n, body, Pixel{dst}, Pixel{dst + dstStep}, In<1>{samples.y.row(y)},
+                        In<1>{samples.y.row(y + 1)}, ChromaIn{samples.cb.row(y / 2)},
+                        ChromaIn{samples.cr.row(y / 2)});
     }
-    if constexpr (Format::bytes == 2) {
-      hn::StoreInterleaved2(packWord<Format>(even), packWord<Format>(odd), words,
-                            reinterpret_cast<Vek16u*>(out));
-    } else {
-      static_assert(Format::bPos == 0 && Format::rPos == 2);
-      storeChannels({packBytes<blueBits>(even.blue, odd.blue),
-                     packBytes<bits>(even.green, odd.green), packBytes<bits>(even.red, odd.red)},
-                    out);
-    }
+  }
+  const auto body = [](Vek8u* out, const Vek8u* luma, const Vek8u* cb, const Vek8u* cr) {
+    withChroma<pixels, Matrix>(cb, cr, [=](const Chroma& even, const Chroma& odd) {
+      convertBlock<Matrix, Format>(luma, even, odd, out);
+    });
   };
-  forEachBlock<block>(n, body, Out<Format::bytes>{dst}, In<1>{y}, In<1, pixels>{cb},
-                      In<1, pixels>{cr});
+  for (; y < rows; ++y, dst += dstStep) {
+    const ptrdiff_t chroma = y >> samples.chromaShift;
+    forEachPixelBlock(n, body, Pixel{dst}, In<1>{samples.y.row(y)},
+                      ChromaIn{samples.cb.row(chroma)}, ChromaIn{samples.cr.row(chroma)});
+  }
 }
 
 }  // namespace

@@ -58,9 +58,7 @@ void prepare(Columns& c, bool neighbours) {
   const ptrdiff_t lastLeft = columnOf(c, c.n - 1);
   c.last = neighbours && lastLeft < c.lastColumn ? lastLeft + 1 : lastLeft;
   c.block = lanes;
-  const auto reach = [&] {
-    return ((Vek64s{c.step} * (c.block - 1)) >> 16) + 2;
-  };
+  const auto reach = [&] { return ((Vek64s{c.step} * (c.block - 1)) >> 16) + 2; };
   while (reach() > window - 1) c.block /= 2;
   c.passes = reach() > window / 2 - 1 ? 2 : 1;
   for (ptrdiff_t i = 0, k = 0; i < c.n; i += c.block, ++k) {
@@ -220,7 +218,7 @@ void bilinearVectors(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Col
 
 }  // namespace
 
-constexpr ResampleRows resampleRows = {prepare, nearestVectors, bilinearVectors, interleave};
+constexpr ResampleRows resampleRows = {prepare, nearestVectors, bilinearVectors};
 
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
@@ -234,7 +232,7 @@ void prepare(Columns& /*columns*/, bool /*neighbours*/) {}
 
 }  // namespace
 
-constexpr ResampleRows resampleRows = {prepare, nearest, bilinear, interleave};
+constexpr ResampleRows resampleRows = {prepare, nearest, bilinear};
 
 }  // namespace vek::VEK_LEVEL
 

@@ -17,7 +17,6 @@ constexpr Bytes bytes;
 using Wide = hn::ScalableTag<Vek8u>;
 constexpr Wide wide;
 constexpr ptrdiff_t side = 16;  // bytes of a transposed block in either direction
-constexpr ptrdiff_t wideRows = static_cast<ptrdiff_t>(hn::MaxLanes(wide));
 
 /// A tile without the orientation of its rows: column x becomes the destination row at dst + x *
 /// dx, its pixels in ascending order.
@@ -84,33 +83,39 @@ void turnColumns(Tag tag, const Vek8u* from, ptrdiff_t fromStep, ptrdiff_t cols,
   });
 }
 
-/// Full cache lines of the destination (AVX-512; halves of them, written one after the other, on
-/// AVX2) from rows that each give a full line, too. Rows at such steps that they share the sets of
-/// the cache would push each other out between their blocks: they are copied into a stage first.
-void turnBytes(const Turn& t) {
-  if (t.cols < side || t.rows < side) return turnPixels<1>(t);
-  constexpr ptrdiff_t line = 64;
-  const bool aliased = (t.tileStep & 1023) == 0 && t.rows > side;
-  alignas(64) Vek8u stage[wideRows * line];
-  ptrdiff_t y = 0;
-  for (; y + wideRows <= t.rows; y += wideRows) {
+/// Rows y and on, as many at a time as a vector has bytes; returns the first that is left. Rows at
+/// such steps that they share the sets of the cache would push each other out between their blocks:
+/// of these, whole lines are copied into a stage first.
+template <class Tag>
+ptrdiff_t turnRows(Tag tag, const Turn& t, ptrdiff_t y) {
+  constexpr ptrdiff_t line = 64, length = static_cast<ptrdiff_t>(hn::MaxLanes(Tag()));
+  const bool staged = t.tileStep % 1024 == 0 && t.cols >= line && length > side;
+  alignas(64) Vek8u stage[length * line];
+  for (; y + length <= t.rows; y += length) {
     const Vek8u* const from = t.tile + y * t.tileStep;
-    if (!aliased || t.cols < line) {
-      turnColumns(wide, from, t.tileStep, t.cols, t.dst + y, t.dx);
+    if (!staged) {
+      turnColumns(tag, from, t.tileStep, t.cols, t.dst + y, t.dx);
       continue;
     }
     forEachOverlappingBlock(t.cols, line, [&](ptrdiff_t x) {
-      for (ptrdiff_t i = 0; i < wideRows; ++i) {
+      for (ptrdiff_t i = 0; i < length; ++i) {
         memcpy(stage + i * line, from + i * t.tileStep + x, line);
       }
-      turnColumns(wide, stage, line, line, t.dst + x * t.dx + y, t.dx);
+      turnColumns(tag, stage, line, line, t.dst + x * t.dx + y, t.dx);
     });
   }
-  if (y == t.rows) return;
-  y = y + side <= t.rows ? y : t.rows - side;
-  forEachOverlappingBlock(t.rows - y, side, [&](ptrdiff_t i) {
-    turnColumns(bytes, t.tile + (y + i) * t.tileStep, t.tileStep, t.cols, t.dst + y + i, t.dx);
-  });
+  if constexpr (length > side) {
+    return turnRows(hn::Half<Tag>(), t, y);
+  } else {
+    return y;
+  }
+}
+
+/// Where the rows go on for it, each row of the destination gets a cache line at a time (two halves
+/// of one on AVX2).
+void turnBytes(const Turn& t) {
+  if (t.cols < side || t.rows < side) return turnPixels<1>(t);
+  if (turnRows(wide, t, 0) < t.rows) turnRows(bytes, t, t.rows - side);
 }
 
 /// Puts pixels of `size` bytes, as many as fit behind a vector's first `spare` bytes, in descending
@@ -167,7 +172,7 @@ ptrdiff_t reverseVectors(Tag, const Vek8u* src, ptrdiff_t i, ptrdiff_t n, Vek8u*
 template <int size>
 void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
   ptrdiff_t i = 0;
-  if constexpr (wideRows > side) i = reverseVectors<size>(wide, src, i, n, dst);
+  if constexpr (hn::MaxLanes(Wide()) > side) i = reverseVectors<size>(wide, src, i, n, dst);
   i = reverseVectors<size>(bytes, src, i, n, dst);
   for (; i < n; ++i) copyPixel<size>(dst + i * size, src + (n - 1 - i) * size);
 }
