@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <pthread.h>
 #include <set>
 #include <thread>
 #include <unistd.h>
@@ -31,6 +33,8 @@ const char* const usage =
     "       campaign digest [CASES]                digests of the results, the same on any "
     "machine\n"
     "       campaign throughput                    what two threads do more than one\n"
+    "       campaign stack LIMIT [CASES]           no function takes more than LIMIT bytes of "
+    "stack\n"
     "       campaign complete                      no exported function is missing\n";
 
 /// The seed of a function's n-th case, so that one seed says which case failed.
@@ -205,6 +209,63 @@ int digest(uint64_t cases) {
   return 0;
 }
 
+/// Runs `work` on a stack of its own and returns how much of it was overwritten.
+size_t stackOf(const std::function<void()>& work) {
+  constexpr size_t size = 1 << 20;
+  constexpr uint8_t paint = 0xC5;
+  static std::vector<uint8_t> memory(size + 4096);
+  auto* const stack =
+      reinterpret_cast<uint8_t*>((reinterpret_cast<uintptr_t>(memory.data()) + 4095) / 4096 * 4096);
+  memset(stack, paint, size);
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstack(&attributes, stack, size);
+  pthread_t thread;
+  const auto start = [](void* work) -> void* {
+    (*static_cast<const std::function<void()>*>(work))();
+    return nullptr;
+  };
+  if (pthread_create(&thread, &attributes, start, const_cast<std::function<void()>*>(&work)) != 0) {
+    return size;
+  }
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  size_t untouched = 0;
+  while (untouched < size && stack[untouched] == paint) ++untouched;
+  return size - untouched;
+}
+
+/// What a thread that does nothing takes is left out.
+int stack(size_t limit, uint64_t cases) {
+  bool fine = true;
+  const size_t idle = stackOf([] {});
+  for (const Record& record : recordsOf("all")) {
+    std::map<Level, size_t> deepest;
+    Record measured = record;
+    measured.call = [&](const Value* arguments) {
+      VekStatus status = vekStsNoErr;
+      const Level level = cpuLevel();
+      const size_t used = stackOf([&] {
+        const LevelScope scope(level);
+        status = record.call(arguments);
+      });
+      deepest[level] = std::max(deepest[level], used - std::min(used, idle));
+      return status;
+    };
+    for (uint64_t n = 0; n < cases; ++n) {
+      Random random(seedOf(3, record.name, n));
+      runCase(measured, random, {false, false});
+    }
+    printf("%-44s", record.name.c_str());
+    for (const auto& [level, bytes] : deepest) {
+      printf(" %s %zu", name(level), bytes);
+      fine &= bytes <= limit;
+    }
+    printf("\n");
+  }
+  return fine ? 0 : 1;
+}
+
 int complete() {
   std::set<std::string> covered;
   for (const Record& record : recordsOf("all")) {
@@ -252,6 +313,9 @@ int main(int count, char** arguments) {
   if (command == "threads") return threads(count > 2 ? number(argument(2)) : 10);
   if (command == "digest") return digest(count > 2 ? number(argument(2)) : 50);
   if (command == "throughput") return throughput();
+  if (command == "stack" && count > 2) {
+    return stack(number(argument(2)), count > 3 ? number(argument(3)) : 20);
+  }
   if (command == "complete") return complete();
   fputs(usage, stderr);
   return 2;
