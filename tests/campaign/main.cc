@@ -211,7 +211,7 @@ int digest(uint64_t cases) {
 
 /// Runs `work` on a stack of its own and returns how much of it was overwritten.
 size_t stackOf(const std::function<void()>& work) {
-  constexpr size_t size = 1 << 20;
+  constexpr size_t size = 1 << 18;
   constexpr uint8_t paint = 0xC5;
   static std::vector<uint8_t> memory(size + 4096);
   auto* const stack =
@@ -314,7 +314,7 @@ int main(int count, char** arguments) {
   if (command == "digest") return digest(count > 2 ? number(argument(2)) : 50);
   if (command == "throughput") return throughput();
   if (command == "stack" && count > 2) {
-    return stack(number(argument(2)), count > 3 ? number(argument(3)) : 20);
+    return stack(number(argument(2)), count > 3 ? number(argument(3)) : 10);
   }
   if (command == "complete") return complete();
   fputs(usage, stderr);
