@@ -20,7 +20,7 @@ int channelsOf(const std::string& name) {
 /// Source, destination and region of a filter; `anchor` is the pixel's place in what it reads.
 void drawImages(Case& c, int channels, VekiSize mask, VekiPoint anchor, VekiSize most) {
   VekiSize roi = {c.random.size(most.width), c.random.in(1, most.height)};
-  if (c.random.chance(1) && mask.width < 20) roi.width = c.random.in(1000, 6000);
+  if (c.random.chance(1) && mask.width * mask.height < 200) roi.width = c.random.in(1000, 6000);
   Neighbourhood n = {channels, roi, mask, anchor, 0, 0};
   n.srcStep = c.step(footprint::filterSource(n).bytes, roi.height + mask.height - 1, {}, Use::in);
   n.dstStep = c.step(footprint::filterDestination(n).bytes, roi.height);

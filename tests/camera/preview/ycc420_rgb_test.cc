@@ -120,49 +120,5 @@ TEST(Ycc420Rgb, KnownColours) {
   }
 }
 
-TEST(Ycc420Rgb, RefusesBadArguments) {
-  alignas(8) Vek8u y[64] = {}, cb[64] = {}, cr[64] = {}, dst[256] = {};
-  struct Args {
-    const Vek8u* src[3];
-    int srcStep[3], srcWidth, srcHeight;
-    Vek8u* dst;
-    int dstStep, dstWidth, dstHeight, format, interpolation, rotation, xStep, yStep;
-  };
-  const Args good = {{y, cb, cr}, {8, 4, 4}, 8, 8, dst, 24, 8, 8, 7, 0, 0, 65536, 65536};
-  const auto call = [](const Args& a, bool nullSrc = false, bool nullStep = false) {
-    return vekiYCbCr420RszCscRotRGB_8u_P3C3R(
-        nullSrc ? nullptr : a.src, nullStep ? nullptr : a.srcStep, a.srcWidth, a.srcHeight, a.dst,
-        a.dstStep, a.dstWidth, a.dstHeight, a.format, a.interpolation, a.rotation, a.xStep,
-        a.yStep);
-  };
-  EXPECT_EQ(call(good), vekStsNoErr);
-  EXPECT_EQ(call(good, true, false), vekStsBadArgErr);
-  EXPECT_EQ(call(good, false, true), vekStsBadArgErr);
-  const auto fails = [&](const char* what, auto change) {
-    Args a = good;
-    change(a);
-    EXPECT_EQ(call(a), vekStsBadArgErr) << what;
-  };
-  fails("null Cr", [&](Args& a) { a.src[2] = nullptr; });
-  fails("null dst", [&](Args& a) { a.dst = nullptr; });
-  fails("dst alignment", [&](Args& a) { a.dst = dst + 4; });
-  fails("Y alignment", [&](Args& a) { a.src[0] = y + 2; });
-  fails("Cb alignment", [&](Args& a) { a.src[1] = cb + 1; });
-  fails("width 0", [&](Args& a) { a.srcWidth = 0; });
-  fails("1 to 1", [&](Args& a) { a.srcWidth = a.dstWidth = 1; });
-  fails("step above its limit", [&](Args& a) { a.xStep = 65537; });
-  fails("step 0", [&](Args& a) { a.yStep = 0; });
-  fails("negative row step", [&](Args& a) { a.srcStep[0] = -8; });
-  fails("short row step", [&](Args& a) { a.srcStep[1] = 2; });
-  fails("odd chroma step", [&](Args& a) { a.srcStep[2] = 5; });
-  fails("format 3", [&](Args& a) { a.format = 3; });
-  fails("interpolation -1", [&](Args& a) { a.interpolation = -1; });
-  fails("rotation 6", [&](Args& a) { a.rotation = 6; });
-  fails("odd 24-bit step", [&](Args& a) { a.dstStep = 25; });
-  fails("short 24-bit step", [&](Args& a) { a.dstStep = 22; });
-  fails("16-bit step", [&](Args& a) { a.format = 4, a.dstStep = 20; });
-  fails("turned row too short", [&](Args& a) { a.dstHeight = 10, a.yStep = 1, a.rotation = 1; });
-}
-
 }  // namespace
 }  // namespace vek::test

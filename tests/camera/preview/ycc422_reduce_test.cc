@@ -142,43 +142,5 @@ TEST(CscRows, LevelsEqualPortable) {
   }
 }
 
-TEST(Ycc422Reduce, RefusesBadArguments) {
-  alignas(8) Vek8u src[256] = {};
-  alignas(8) Vek16u dst[64] = {};
-  struct Args {
-    const Vek8u* src;
-    int srcStep;
-    Vek16u* dst;
-    int dstStep, width, height, factor, interpolation, format, rotation;
-  };
-  const Args good = {src, 16, dst, 8, 8, 8, 2, 1, 0, 0};
-  const auto status = [&](auto change) {
-    Args a = good;
-    change(a);
-    return vekiResizeCscRotate_8u_C2R(a.src, a.srcStep, a.dst, a.dstStep, a.width, a.height,
-                                      a.factor, a.interpolation, a.format, a.rotation);
-  };
-  EXPECT_EQ(status([](Args&) {}), 0);
-  EXPECT_EQ(status([](Args& a) { a.factor = a.width = 4, a.dstStep = 8; }), 0);
-  const auto fails = [&](const char* what, auto change) {
-    EXPECT_EQ(status(change), vekStsBadArgErr) << what;
-  };
-  fails("null source", [](Args& a) { a.src = nullptr; });
-  fails("null destination and factor 0", [](Args& a) { a.dst = nullptr, a.factor = 0; });
-  fails("source alignment", [](Args& a) { a.src += 4; });
-  fails("destination alignment", [](Args& a) { a.dst += 2; });
-  fails("source step 0", [](Args& a) { a.srcStep = 0; });
-  fails("destination step alignment", [](Args& a) { a.dstStep = 12; });
-  fails("width below the factor", [](Args& a) { a.factor = 8, a.width = 7; });
-  fails("negative height", [](Args& a) { a.height = INT32_MIN; });
-  fails("factor 3", [](Args& a) { a.factor = 3; });
-  fails("factor 0", [](Args& a) { a.factor = 0; });
-  fails("turned row", [](Args& a) { a.height = 10, a.rotation = 1; });
-  fails("short source", [](Args& a) { a.srcStep = 8; });
-  fails("interpolation -1", [](Args& a) { a.interpolation = -1; });
-  fails("format 2", [](Args& a) { a.format = 2; });
-  fails("rotation 4", [](Args& a) { a.rotation = 4; });
-}
-
 }  // namespace
 }  // namespace vek::test

@@ -221,31 +221,5 @@ TEST(RawFrame, ReplacesDeadPixelsInListOrder) {
   }
 }
 
-TEST(RawFrame, RefusesNullAndMisalignedPointers) {
-  alignas(8) Vek8u planes[3][512];
-  Vek16u frame[18 * 18] = {};
-  Vek16u* const src = frame + 19;
-  // Scale, valid border, and where luma and chroma may start.
-  const int cases[][4] = {{1, 1, 0, 0}, {1, 0, 6, 3}, {2, 0, 4, 2}, {4, 1, 4, 2}};
-  for (const auto& [scale, border, luma, chroma] : cases) {
-    const RawState state = makeState(rawColor(), rawGeometry(16, 16, scale, 0, 9, border));
-    const auto call = [&](Vek16u* from, const std::array<Vek8u*, 3>& dst) {
-      return veki10RGGBtoYCbCr_RotRsz_8u_P3R(from, dst.data(), state.get());
-    };
-    const std::array<Vek8u*, 3> good = {planes[0] + luma, planes[1] + chroma, planes[2] + chroma};
-    EXPECT_EQ(call(src, good), vekStsNoErr);
-    EXPECT_EQ(call(nullptr, good), vekStsBadArgErr);
-    EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, nullptr, state.get()), vekStsBadArgErr);
-    EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, good.data(), nullptr), vekStsBadArgErr);
-    for (size_t i = 0; i < 3; ++i) {
-      std::array<Vek8u*, 3> bad = good;
-      bad[i] += (scale == 1 ? 4 : 2) / (i == 0 ? 1 : 2);
-      EXPECT_EQ(call(src, bad), vekStsBadArgErr) << scale << ' ' << border << ' ' << i;
-      bad[i] = nullptr;
-      EXPECT_EQ(call(src, bad), vekStsBadArgErr);
-    }
-  }
-}
-
 }  // namespace
 }  // namespace vek::test
