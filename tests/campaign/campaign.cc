@@ -386,6 +386,11 @@ class Examination {
     std::vector<std::vector<uint8_t>> expected;
     VekStatus expectedStatus = 0;
     bool otherSide = false;
+    if (record.define) {
+      Trial trial(c, true);
+      trial.call(record.define);
+      expected = trial.written();
+    }
     for (Level level : levels()) {
       const LevelScope scope(level);
       const std::string at = std::string(" at level ") + name(level);
@@ -402,15 +407,17 @@ class Examination {
       if (status < 0 && !trial.nothingWritten()) return "refuses, but has written" + at;
       if (!trial.outsideIntact()) return "wrote outside" + at;
       if (level == Level::portable) {
-        expected = trial.written();
         expectedStatus = status;
+        if (!record.define) expected = trial.written();
         if (digest != nullptr) digestIn(*digest, static_cast<uint32_t>(status));
         if (digest != nullptr) trial.digest(*digest);
-      } else if (status != expectedStatus) {
+      }
+      if (status != expectedStatus) {
         return "status " + std::to_string(status) + " instead of " +
                std::to_string(expectedStatus) + at;
-      } else if (const std::string where = difference(expected, trial.written()); !where.empty()) {
-        return "not the portable result" + at + where;
+      }
+      if (const std::string where = difference(expected, trial.written()); !where.empty()) {
+        return (record.define ? "not as defined" : "not the portable result") + at + where;
       }
       if (!trial.sourcesIntact()) return "wrote into a source" + at;
       otherSide = !otherSide;

@@ -206,6 +206,7 @@ struct Record {
   Call call;
   std::function<void(Case&)> draw;
   std::vector<std::string> also = {};  ///< other functions that a call of this one exercises
+  Call define = {};                    ///< writes what the call must write, by the definition
   bool shareable = true;               ///< calls with the same arguments may run at the same time
   bool allocates = false;              ///< and lets go of all of it but what the case says
   bool mayAllocate = false;
