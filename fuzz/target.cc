@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace vek::test;
   static const std::vector<Record> records = recordsOf(VEK_FUZZ_FAMILY);
   Random random(data, size);
-  for (int calls = 0; calls < 16 && !random.usedUp(); ++calls) {
+  for (int calls = 0; calls < 6 && !random.usedUp(); ++calls) {
     const Record& record = records[static_cast<size_t>(random.in(0, int(records.size()) - 1))];
     const std::string wrong = runCase(record, random);
     if (wrong.empty()) continue;

@@ -30,14 +30,22 @@ State* make(VekStatus (*init)(const Params*, State**), const Params* params) {
 
 /// Calls Init, and releases what it made, so that only the null pointer is left to compare.
 template <class State, class Params, VekStatus (*init)(const Params*, State**),
-          VekStatus (*release)(State*)>
+          VekStatus (*release)(State*), VekStatus ofNull>
 VekStatus initAndFree(const Value* v) {
   State** const to = as<State**>(v[1]);
   const VekStatus status = init(as<const Params*>(v[0]), to);
   if (status < 0) return status;
   const VekStatus released = release(*to);
   *to = nullptr;
-  return released;
+  return release(nullptr) == ofNull ? released : vekStsContextMatchErr;
+}
+
+/// The region; one that windows fill must not be smaller.
+void drawRegion(Case& c, VekiSize roi, bool filled) {
+  c.pair(roi.width, roi.height, bad({0, -1, INT_MIN}));
+  c.alsoRefuse(0, INT_MAX);  // wider than the step
+  if (filled) c.alsoRefuse(0, roi.width - 1);
+  if (filled) c.alsoRefuse(1, roi.height - 1);
 }
 
 // ---- Exposure -----------------------------------------------------------------------------------
@@ -70,6 +78,9 @@ int drawExposureParams(Case& c, VekiSize* reach) {
   p.stepSize = word<Vek16u>(random, 1, random.chance(50) ? 100 : 65535);
   p.scaleMin = random.in(0, 1000), p.scaleMax = random.in(1001, 65535);
   p.stepMin = random.in(0, 1000), p.stepMax = random.in(1001, 65535);
+  if (p.mode != vekiAECallerWindows && random.chance(50)) {  // of no matter then
+    p.pWindows = nullptr, p.pWeights = nullptr, p.numWindows = -1;
+  }
   const int block = c.objects(std::vector{p});
   using P = VekiAEParams;
   for (int mode : {-1, 5, INT_MAX}) c.refuse(block, &P::mode, mode);
@@ -115,7 +126,10 @@ VekStatus expose(const Value* v) {
 
 int drawControl(Case& c, int low, int high) {
   const std::vector<Vek16u> value = {word<Vek16u>(c.random, low, high)};
-  return c.objects(value, Use::inOut);
+  const int block = c.objects(value, Use::inOut);
+  if (low > 0) c.refuseEntry(block, 0, static_cast<Vek16u>(low - 1), vekStsBadArgErr);
+  if (high < 65535) c.refuseEntry(block, 0, static_cast<Vek16u>(high + 1), vekStsBadArgErr);
+  return block;
 }
 
 void drawExposure(Case& c) {
@@ -140,8 +154,7 @@ void drawExposure(Case& c) {
   const int mask = random.of(masks);
   c.pointer(c.memory(Use::in, readable, 4, 2, mask), 4);
   c.number(srcStep, bad({0, -4, INT_MIN, srcStep + 2, 2 * roi.width - 4}));
-  Refused sizes = bad({0, -1, INT_MIN});
-  c.pair(roi.width, roi.height, sizes);
+  drawRegion(c, roi, windows);
   c.pointer(drawControl(c, p.stepMin, p.stepMax));
   c.pointer(drawControl(c, p.scaleMin, p.scaleMax));
   c.state(make(vekiInitAlloc_AE_10RGGB_8u_C1R, c.data<const VekiAEParams>(block)),
@@ -239,7 +252,7 @@ void drawBalance(Case& c) {
   const Area area = footprint::windows(p.pWindows, p.numWindows, srcStep);
   c.pointer(c.memory(Use::in, area, 8, 2, mask), 8);
   c.number(srcStep, bad({0, -8, INT_MIN, srcStep + 4, 2 * roi.width - 8}));
-  c.pair(roi.width, roi.height, bad({0, -1, INT_MIN}));
+  drawRegion(c, roi, true);
   for (int i = 0; i < 3; ++i) c.pointer(drawControl(c, p.gainMin, p.gainMax));
   c.state(make(vekiInitAlloc_AWB_10RGGB_8u_C1R, c.data<const VekiAWBParams>(block)),
           [](void* s) { vekiFree_AWB_10RGGB_8u_C1R(static_cast<VekiAWBState*>(s)); });
@@ -260,13 +273,13 @@ std::vector<Record> aaaRecords() {
       {"vekiAE_10RGGB_8u_C1R", expose, drawExposure},
       {"vekiInitAlloc_AE_10RGGB_8u_C1R",
        initAndFree<VekiAEState, VekiAEParams, vekiInitAlloc_AE_10RGGB_8u_C1R,
-                   vekiFree_AE_10RGGB_8u_C1R>,
+                   vekiFree_AE_10RGGB_8u_C1R, vekStsNoErr>,
        drawExposureInit,
        {"vekiFree_AE_10RGGB_8u_C1R"}},
       {"vekiAWB_10RGGB_8u_C1R", balance, drawBalance},
       {"vekiInitAlloc_AWB_10RGGB_8u_C1R",
        initAndFree<VekiAWBState, VekiAWBParams, vekiInitAlloc_AWB_10RGGB_8u_C1R,
-                   vekiFree_AWB_10RGGB_8u_C1R>,
+                   vekiFree_AWB_10RGGB_8u_C1R, vekStsBadArgErr>,
        drawBalanceInit,
        {"vekiFree_AWB_10RGGB_8u_C1R"}}};
   records[0].shareable = false;

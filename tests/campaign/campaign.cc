@@ -223,9 +223,9 @@ class Trial {
 
   void spoil(const Case::Fault& f) {
     if (f.block >= 0) {
-      const Case::Block& b = case_.blocks_[static_cast<size_t>(f.block)];
-      std::copy(f.bytes.begin(), f.bytes.end(), b.initial->data() + f.offset);
-      spoilt_.push_back(f.block);
+      uint8_t* const at = memoryOf(static_cast<size_t>(f.block)) + f.offset;
+      spoilt_.push_back({at, {at, at + f.bytes.size()}});
+      std::copy(f.bytes.begin(), f.bytes.end(), at);
       return;
     }
     const auto a = static_cast<size_t>(f.argument);
@@ -244,9 +244,8 @@ class Trial {
 
   /// Undoes all that was spoiled.
   void mend() {
-    for (int block : spoilt_) {
-      const Case::Block& b = case_.blocks_[static_cast<size_t>(block)];
-      b.initial->setContents(b.contents);
+    for (auto spoilt = spoilt_.rbegin(); spoilt != spoilt_.rend(); ++spoilt) {
+      std::copy(spoilt->second.begin(), spoilt->second.end(), spoilt->first);
     }
     spoilt_.clear();
     setArguments();
@@ -289,6 +288,11 @@ class Trial {
   }
 
  private:
+  uint8_t* memoryOf(size_t block) const {
+    return buffers_[block] != nullptr ? buffers_[block]->data()
+                                      : case_.blocks_[block].initial->data();
+  }
+
   Value valueOf(size_t a, size_t c) const {
     const Case::Argument& argument = case_.arguments_[a];
     const Case::Cell& cell = argument.cells[c];
@@ -296,9 +300,7 @@ class Trial {
     v.numbers[0] = cell.number;
     if (argument.made != nullptr) v.pointer = argument.made.get();
     if (cell.block >= 0) {
-      const auto block = static_cast<size_t>(cell.block);
-      v.pointer = buffers_[block] != nullptr ? buffers_[block]->data()
-                                             : case_.blocks_[block].initial->data();
+      v.pointer = memoryOf(static_cast<size_t>(cell.block));
     }
     return v;
   }
@@ -331,7 +333,7 @@ class Trial {
   std::vector<std::unique_ptr<Buffer>> arrays_;
   std::vector<std::vector<uint8_t>> before_;
   std::vector<Value> values_;
-  std::vector<int> spoilt_;  ///< blocks with spoilt contents
+  std::vector<std::pair<uint8_t*, std::vector<uint8_t>>> spoilt_;  ///< with what was there
 };
 
 /// What the campaign does with a case.
@@ -384,6 +386,11 @@ class Examination {
     std::vector<std::vector<uint8_t>> expected;
     VekStatus expectedStatus = 0;
     bool otherSide = false;
+    if (record.define) {
+      Trial trial(c, true);
+      trial.call(record.define);
+      expected = trial.written();
+    }
     for (Level level : levels()) {
       const LevelScope scope(level);
       const std::string at = std::string(" at level ") + name(level);
@@ -400,15 +407,17 @@ class Examination {
       if (status < 0 && !trial.nothingWritten()) return "refuses, but has written" + at;
       if (!trial.outsideIntact()) return "wrote outside" + at;
       if (level == Level::portable) {
-        expected = trial.written();
         expectedStatus = status;
+        if (!record.define) expected = trial.written();
         if (digest != nullptr) digestIn(*digest, static_cast<uint32_t>(status));
         if (digest != nullptr) trial.digest(*digest);
-      } else if (status != expectedStatus) {
+      }
+      if (status != expectedStatus) {
         return "status " + std::to_string(status) + " instead of " +
                std::to_string(expectedStatus) + at;
-      } else if (const std::string where = difference(expected, trial.written()); !where.empty()) {
-        return "not the portable result" + at + where;
+      }
+      if (const std::string where = difference(expected, trial.written()); !where.empty()) {
+        return (record.define ? "not as defined" : "not the portable result") + at + where;
       }
       if (!trial.sourcesIntact()) return "wrote into a source" + at;
       otherSide = !otherSide;

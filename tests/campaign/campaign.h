@@ -58,7 +58,7 @@ class Refused {
   VekStatus status = vekStsNoErr;
 
  private:
-  int values_[6] = {};
+  int values_[8] = {};
   size_t count_ = 0;
 };
 
@@ -127,6 +127,15 @@ class Case {
     refuseBytes(block, index * sizeof(T), bad, status);
   }
 
+  /// The same for anything anywhere in a block.
+  template <class T>
+  void refuseAt(int block, size_t offset, const T& bad) {
+    refuseBytes(block, offset, bad);
+  }
+  /// One more value that a number of the last argument must not have.
+  void alsoRefuse(int cell, int bad) {
+    arguments_.back().cells[static_cast<size_t>(cell)].refused.add(bad);
+  }
   void clearFaults() { faults_.clear(); }
 
   /// A step for rows of `bytes` bytes.
@@ -197,6 +206,7 @@ struct Record {
   Call call;
   std::function<void(Case&)> draw;
   std::vector<std::string> also = {};  ///< other functions that a call of this one exercises
+  Call define = {};                    ///< writes what the call must write, by the definition
   bool shareable = true;               ///< calls with the same arguments may run at the same time
   bool allocates = false;              ///< and lets go of all of it but what the case says
   bool mayAllocate = false;

@@ -62,6 +62,11 @@ Record planar(const char* name, VekStatus (*f)(Src, Dst, VekiSize)) {
           }};
 }
 
+#define VEK_FORMATS(make, prefix, suffix)                                               \
+  make(VEK_NAMED(prefix##RGB565##suffix)), make(VEK_NAMED(prefix##RGB555##suffix)),     \
+      make(VEK_NAMED(prefix##RGB444##suffix)), make(VEK_NAMED(prefix##BGR565##suffix)), \
+      make(VEK_NAMED(prefix##BGR555##suffix)), make(VEK_NAMED(prefix##BGR444##suffix))
+
 }  // namespace
 
 std::vector<Record> colorRecords() {
@@ -79,38 +84,13 @@ std::vector<Record> colorRecords() {
       planar(VEK_NAMED(vekiRGBToYUV422_8u_C3P3R)),
       planar(VEK_NAMED(vekiRGBToYUV_8u_C3P3R)),
       planar(VEK_NAMED(vekiRGBToYUV_8u_C3R)),
-      planar(VEK_NAMED(vekiYCbCr420ToBGR444_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCr420ToBGR555_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCr420ToBGR565_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCr420ToRGB444_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCr420ToRGB555_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCr420ToRGB565_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCr422ToBGR444_8u16u_C2C3R)),
-      planar(VEK_NAMED(vekiYCbCr422ToBGR555_8u16u_C2C3R)),
-      planar(VEK_NAMED(vekiYCbCr422ToBGR565_8u16u_C2C3R)),
-      planar(VEK_NAMED(vekiYCbCr422ToRGB444_8u16u_C2C3R)),
-      planar(VEK_NAMED(vekiYCbCr422ToRGB555_8u16u_C2C3R)),
-      planar(VEK_NAMED(vekiYCbCr422ToRGB565_8u16u_C2C3R)),
+      VEK_FORMATS(planar, vekiYCbCr420To, _8u16u_P3C3R),
+      VEK_FORMATS(planar, vekiYCbCr422To, _8u16u_C2C3R),
       planar(VEK_NAMED(vekiYCbCr422ToRGB_8u_C2C3R)),
-      planar(VEK_NAMED(vekiYCbCrToBGR444_8u16u_C3R)),
-      planar(VEK_NAMED(vekiYCbCrToBGR444_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCrToBGR555_8u16u_C3R)),
-      planar(VEK_NAMED(vekiYCbCrToBGR555_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCrToBGR565_8u16u_C3R)),
-      planar(VEK_NAMED(vekiYCbCrToBGR565_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCrToRGB444_8u16u_C3R)),
-      planar(VEK_NAMED(vekiYCbCrToRGB444_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCrToRGB555_8u16u_C3R)),
-      planar(VEK_NAMED(vekiYCbCrToRGB555_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYCbCrToRGB565_8u16u_C3R)),
-      planar(VEK_NAMED(vekiYCbCrToRGB565_8u16u_P3C3R)),
+      VEK_FORMATS(planar, vekiYCbCrTo, _8u16u_C3R),
+      VEK_FORMATS(planar, vekiYCbCrTo, _8u16u_P3C3R),
       planar(VEK_NAMED(vekiYCbCrToRGB_8u_C3R)),
-      planar(VEK_NAMED(vekiYUV420ToBGR444_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYUV420ToBGR555_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYUV420ToBGR565_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYUV420ToRGB444_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYUV420ToRGB555_8u16u_P3C3R)),
-      planar(VEK_NAMED(vekiYUV420ToRGB565_8u16u_P3C3R)),
+      VEK_FORMATS(planar, vekiYUV420To, _8u16u_P3C3R),
       planar(VEK_NAMED(vekiYUV420ToRGB_8u_P3C3)),
       planar(VEK_NAMED(vekiYUV420ToRGB_8u_P3C3R)),
       planar(VEK_NAMED(vekiYUV422ToRGB_8u_C2C3R)),

@@ -172,4 +172,9 @@ Record packed(const char* name, VekStatus (*f)(A...), const Manners& manners) {
           }};
 }
 
+/// Both channel counts of a function.
+#define VEK_C1_C3(make, name, form, ...)                          \
+  make(VEK_NAMED(name##_8u_C1##form) __VA_OPT__(, ) __VA_ARGS__), \
+      make(VEK_NAMED(name##_8u_C3##form) __VA_OPT__(, ) __VA_ARGS__)
+
 }  // namespace vek::test

@@ -37,6 +37,14 @@ void drawPlanes(Case& c, Use use, const Area (&areas)[3], Aligned alignments) {
   c.planes(blocks, alignments);
 }
 
+/// Row steps that are aligned, but shorter than the rows of an image `width` pixels wide.
+void refuseShort(Case& c, int width, Aligned alignments) {
+  for (int i = 0; i < 3; ++i) {
+    const int row = i == 0 ? width : width / 2;
+    c.alsoRefuse(i, (row - 1) / alignments[i] * alignments[i]);
+  }
+}
+
 /// The sampling steps, `x` and `y` being their limits.
 void drawSampling(Case& c, const Resize& a, int64_t x, int64_t y) {
   const auto refused = [](int64_t limit) {
@@ -74,12 +82,23 @@ void drawPlanarResize(Case& c, bool is420) {
   const auto print = is420 ? footprint::ycc420(a, dstStep) : footprint::ycc422(a, dstStep);
   drawPlanes(c, Use::in, print.src, is420 ? Aligned{8, 8, 8} : Aligned{4, 1, 1});
   c.numbers(a.srcStep, belowOne);
+  c.alsoRefuse(0, a.srcStep[0] + 2);
+  for (int i : {1, 2}) {
+    if (is420) c.alsoRefuse(i, a.srcStep[i] + 4);
+  }
+  refuseShort(c, a.srcWidth, is420 ? Aligned{8, 8, 8} : Aligned{4, 1, 1});
   c.number(a.srcWidth, bad({0, -1, INT_MIN, INT_MAX}));
   c.number(a.srcHeight, belowOne);
   drawPlanes(c, Use::out, print.dst, is420 ? Aligned{4, 2, 2} : Aligned{4, 1, 1});
   c.numbers(dstStep, belowOne);
+  c.alsoRefuse(0, dstStep[0] + 2);
+  for (int i : {1, 2}) {
+    if (is420) c.alsoRefuse(i, dstStep[i] + 1);
+  }
+  refuseShort(c, across, is420 ? Aligned{4, 2, 2} : Aligned{4, 1, 1});
   c.number(a.dstWidth, bad({0, -1, INT_MIN, INT_MAX, a.dstWidth + 1}));
   c.number(a.dstHeight, belowOne);
+  if (is420) c.alsoRefuse(0, a.dstHeight + 1);
   c.number(a.interpolation, bad({-1, 2, INT_MAX}));
   c.number(a.rotation, bad({-1, 6, INT_MIN}));
   drawLimitedSampling(c, a);
@@ -94,10 +113,11 @@ void draw420Rgb(Case& c) {
   const auto print = footprint::ycc420Rgb(a, dstStep, bytes);
   drawPlanes(c, Use::in, print.src, {4, 2, 2});
   c.numbers(a.srcStep, bad({0, -1, INT_MIN, a.srcStep[0] + 1}));
+  refuseShort(c, a.srcWidth, {4, 2, 2});
   c.number(a.srcWidth, bad({0, -1, INT_MIN, INT_MAX}));
   c.number(a.srcHeight, belowOne);
   c.pointer(c.memory(Use::out, print.dst[0], 8), 8);
-  c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 1}));
+  c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 1, (across * bytes - 1) / unit * unit}));
   c.number(a.dstWidth, belowOne);
   c.number(a.dstHeight, belowOne);
   c.number(format, bad({3, 8, INT_MIN}));
@@ -124,6 +144,7 @@ void draw422Rgb(Case& c) {
   const auto print = footprint::ycc422Rgb(a, dstStep, bytes);
   drawPlanes(c, Use::in, print.src, {1, 1, 1});
   c.numbers(a.srcStep, bad({0, -1, INT_MIN, a.srcStep[0] + 1}));
+  refuseShort(c, a.srcWidth, {4, 2, 2});
   c.number(a.srcWidth, bad({INT_MAX}));
   c.number(a.srcHeight);
   c.pointer(c.memory(Use::out, print.dst[0]));
@@ -151,9 +172,9 @@ void draw422Reduce(Case& c) {
   const auto print =
       footprint::ycc422Reduce(width, height, srcStep, factor, interpolation, rotation, dstStep);
   c.pointer(c.memory(Use::in, print.src[0], 8), 8);
-  c.number(srcStep, bad({0, -1, INT_MIN, srcStep + 4, 8 * (width / 4) - 8}));
+  c.number(srcStep, bad({0, -1, INT_MIN, srcStep + 4, (2 * width - 1) / 8 * 8}));
   c.pointer(c.memory(Use::out, print.dst[0], 8, 2), 8);
-  c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 4}));
+  c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 4, (2 * across - 1) / 8 * 8}));
   c.number(width, bad({0, -1, INT_MIN, INT_MAX, factor - 1}));
   c.number(height, bad({0, -1, INT_MIN, factor - 1}));
   c.number(factor, bad({0, 1, 3, 16, -2, INT_MAX}));

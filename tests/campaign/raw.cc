@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 
 #include "tests/camera/raw/pipeline.h"
 #include "tests/campaign/campaign.h"
@@ -72,6 +73,11 @@ int drawColor(Case& c, const VekiRggbGeometry& g) {
   c.refuse(block, &P::rowOffset, -1);
   c.refuse(block, &P::colOffset, INT_MIN);
   c.refuse(block, &P::colorMatrix, nullptr);
+  if (p.gammaMode == 0) c.refuseAt(block, offsetof(P, gammaCurve), 2);
+  if (p.gammaMode == 1) c.refuseAt(block, offsetof(P, gammaTable), static_cast<Vek8u*>(nullptr));
+  if (dead >= 0 && copied) {
+    c.refuseEntry(dead, 0, VekiDeadPixel{p.rowOffset, p.colOffset}, vekStsBadArgErr);
+  }
   if (dead >= 0 && copied) c.refuse(block, &P::numDeadPixels, 0);
   return block;
 }
@@ -86,6 +92,12 @@ int drawGeometryBlock(Case& c, const VekiRggbGeometry& g) {
   for (auto field : {&G::dstWidth, &G::dstHeight}) {
     for (int size : {INT_MIN, -1, 0, 1 << 30}) c.refuse(block, field, size);
   }
+  for (size_t i = 0; i < 3; ++i) {  // too short, then misaligned
+    const int unit = (g.filterMode == 2 ? 8 : 4) / (i == 0 ? 1 : 2);
+    const int row = i == 0 ? g.dstWidth : g.dstWidth / 2;
+    c.refuseAt(block, offsetof(G, dstStep) + i * sizeof(int), (row - 1) / unit * unit);
+    c.refuseAt(block, offsetof(G, dstStep) + i * sizeof(int), g.dstStep[i] + unit / 2);
+  }
   for (int rotation : {-1, 4}) c.refuse(block, &G::rotation, rotation);
   for (int format : {7, 10, INT_MIN}) c.refuse(block, &G::chromaFormat, format);
   for (int mode : {5 - g.filterMode, 0, INT_MAX}) c.refuse(block, &G::filterMode, mode);
@@ -99,7 +111,7 @@ VekStatus initAndFree(const Value* v) {
   if (status < 0) return status;
   const VekStatus released = vekiFree_10RGGBtoYCbCr_RotRsz_P3R(*to);
   *to = nullptr;
-  return released;
+  return released | vekiFree_10RGGBtoYCbCr_RotRsz_P3R(nullptr);
 }
 
 void drawInit(Case& c) {

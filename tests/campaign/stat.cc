@@ -15,24 +15,15 @@ std::vector<Record> statRecords() {
                         {},
                         {INT_MIN, -257, -63, -62, -32, -31, 0, 1, 8, 16, 31, 32, 256, INT_MAX}};
   return {
-      packed(VEK_NAMED(vekiNorm_Inf_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNorm_Inf_8u_C3RSfs), norm),
-      packed(VEK_NAMED(vekiNorm_L1_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNorm_L1_8u_C3RSfs), norm),
-      packed(VEK_NAMED(vekiNorm_L2_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNorm_L2_8u_C3RSfs), norm),
-      packed(VEK_NAMED(vekiNormDiff_Inf_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNormDiff_Inf_8u_C3RSfs), norm),
-      packed(VEK_NAMED(vekiNormDiff_L1_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNormDiff_L1_8u_C3RSfs), norm),
-      packed(VEK_NAMED(vekiNormDiff_L2_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNormDiff_L2_8u_C3RSfs), norm),
-      packed(VEK_NAMED(vekiNormRel_Inf_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNormRel_Inf_8u_C3RSfs), norm),
-      packed(VEK_NAMED(vekiNormRel_L1_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNormRel_L1_8u_C3RSfs), norm),
-      packed(VEK_NAMED(vekiNormRel_L2_8u_C1RSfs), norm),
-      packed(VEK_NAMED(vekiNormRel_L2_8u_C3RSfs), norm),
+      VEK_C1_C3(packed, vekiNorm_Inf, RSfs, norm),
+      VEK_C1_C3(packed, vekiNorm_L1, RSfs, norm),
+      VEK_C1_C3(packed, vekiNorm_L2, RSfs, norm),
+      VEK_C1_C3(packed, vekiNormDiff_Inf, RSfs, norm),
+      VEK_C1_C3(packed, vekiNormDiff_L1, RSfs, norm),
+      VEK_C1_C3(packed, vekiNormDiff_L2, RSfs, norm),
+      VEK_C1_C3(packed, vekiNormRel_Inf, RSfs, norm),
+      VEK_C1_C3(packed, vekiNormRel_L1, RSfs, norm),
+      VEK_C1_C3(packed, vekiNormRel_L2, RSfs, norm),
   };
 }
 

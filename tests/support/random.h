@@ -9,7 +9,7 @@ namespace vek::test {
 class Random {
  public:
   explicit Random(uint64_t seed) : seed_(seed) {}
-  /// Draws zeros once the bytes are used up.
+  /// Draws zeros, which make small and plain cases, once the bytes are used up.
   Random(const uint8_t* bytes, size_t size) : bytes_(bytes), left_(size) {}
 
   bool usedUp() const { return bytes_ != nullptr && left_ == 0; }
@@ -23,7 +23,7 @@ class Random {
     const uint64_t drawn = bytes_ != nullptr ? take(bytes) : next() >> 16;
     return static_cast<int>(low + static_cast<int64_t>(drawn % count));
   }
-  bool chance(int percent) { return in(1, 100) <= percent; }
+  bool chance(int percent) { return in(0, 99) >= 100 - percent; }
 
   template <class T, size_t n>
   const T& of(const T (&choices)[n]) {

@@ -221,23 +221,6 @@ TEST(ColourModels, LuvIsClose) {
   }
 }
 
-/// Out-of-gamut bytes too, with tails and guards.
-TEST(ColourModels, InversesAreTheSameAtEveryLevel) {
-  Random random(baseSeed());
-  for (int round = 0; round < 60; ++round) {
-    const VekiSize roi = {random.size(400), 3};
-    const int step = 3 * roi.width + random.in(0, 5);
-    Buffer src(footprint::pixels(roi, 3, step));
-    src.fill(random, allPatterns[round % 6]);
-    for (Convert convert :
-         {vekiRGBToLUV_8u_C3R, vekiLUVToRGB_8u_C3R, vekiHSVToRGB_8u_C3R, vekiHLSToRGB_8u_C3R}) {
-      runAtEveryLevel({{footprint::pixels(roi, 3, step)}}, [&](auto dst) {
-        EXPECT_EQ(convert(src.data(), step, dst[0], step, roi), 0);
-      });
-    }
-  }
-}
-
 TEST(ColourModels, Tables) {
   const int lightness[] = {0, 9, 18, 26, 33, 39, 44, 48, 52, 56};
   for (int i = 0; i < 10; ++i) EXPECT_EQ(RGB_LUV_L_channel[i], lightness[i]);
