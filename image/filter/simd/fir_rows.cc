@@ -1,5 +1,6 @@
 #include "image/filter/fir_rows.h"
 
+#include "core/kernel/byte_pairs.h"
 #include "image/filter/cover.h"
 #include "image/filter/fir_body.h"
 #include "image/filter/unrolled.h"
@@ -86,21 +87,6 @@ struct WalkedTaps {
         taps, [&](const auto& where, const auto& factor) { body(where, Sums::pack(factor)); });
   }
 };
-
-/// Sums of the products of each two bytes, unsigned samples and signed factors, that fit 16 bits.
-VWords mulPairs(VBytes samples, VWords factors) {
-#if HWY_TARGET <= HWY_AVX3 && HWY_ARCH_X86
-  return VWords{_mm512_maddubs_epi16(samples.raw, factors.raw)};
-#elif HWY_TARGET <= HWY_AVX2 && HWY_ARCH_X86
-  return VWords{_mm256_maddubs_epi16(samples.raw, factors.raw)};
-#else
-  const auto pairs = hn::BitCast(uwords, samples);
-  const auto first = hn::BitCast(words, hn::And(pairs, hn::Set(uwords, 0xFF)));
-  const auto second = hn::BitCast(words, hn::ShiftRight<8>(pairs));
-  return hn::Add(hn::Mul(first, hn::ShiftRight<8>(hn::ShiftLeft<8>(factors))),
-                 hn::Mul(second, hn::ShiftRight<8>(factors)));
-#endif
-}
 
 /// FirScale over sums in words, which packing saturates to bytes afterwards.
 class WordScaler {
@@ -193,11 +179,11 @@ struct PairsInWords {
   }
   void add(const Vek8u* src, const ptrdiff_t (&where)[2], VDwords packed) {
     const VBytes a = hn::LoadU(bytes, src + where[0]), b = hn::LoadU(bytes, src + where[1]);
-    const VWords factors = hn::BitCast(words, packed);
-    low_ = hn::Add(low_, mulPairs(hn::InterleaveLower(bytes, a, b), factors));
-    high_ = hn::Add(high_, mulPairs(hn::InterleaveUpper(bytes, a, b), factors));
+    const VBytes factors = hn::BitCast(bytes, packed);
+    low_ = hn::Add(low_, sumOfPairs(hn::InterleaveLower(bytes, a, b), factors));
+    high_ = hn::Add(high_, sumOfPairs(hn::InterleaveUpper(bytes, a, b), factors));
   }
-  VBytes scaled(const Scaler& scaler) const { return packWords(scaler(low_), scaler(high_)); }
+  VBytes scaled(const Scaler& scaler) const { return packClamped(scaler(low_), scaler(high_)); }
 
  private:
   VWords low_ = hn::Zero(words), high_ = hn::Zero(words);
@@ -218,7 +204,7 @@ struct Dwords {
       return hn::ReorderDemote2To(words, scaler(hn::RearrangeToOddPlusEven(low.sum, low.rest)),
                                   scaler(hn::RearrangeToOddPlusEven(high.sum, high.rest)));
     };
-    return packWords(pack(a, b), pack(c, d));
+    return packClamped(pack(a, b), pack(c, d));
   }
 
   DwordSums a, b, c, d;
