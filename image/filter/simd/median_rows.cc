@@ -44,7 +44,7 @@ struct VectorCount {
 
 constexpr MedianRows medianRows = {
     medianNetwork<Vector, 3>,
-    medianNetwork<Vector, 5>,
+    medianNetwork5<Vector>,
     {medianNetwork<Vector, 7>, medianNetwork<Vector, 9>, medianNetwork<Vector, 11>},
     Vector::size,
     medianByCounting,
@@ -59,7 +59,7 @@ HWY_AFTER_NAMESPACE();
 namespace vek::VEK_LEVEL {
 
 constexpr MedianRows medianRows = {
-    medianNetwork<Sample, 3>,     medianNetwork<Sample, 5>, {}, Sample::size, nullptr,
+    medianNetwork<Sample, 3>,     medianNetwork5<Sample>, {}, Sample::size, nullptr,
     columnHistograms<PlainCount>, runningHistogram};
 
 }  // namespace vek::VEK_LEVEL
