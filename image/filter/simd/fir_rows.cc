@@ -16,7 +16,6 @@ constexpr hn::Repartition<Vek16s, decltype(bytes)> words;
 constexpr hn::RebindToUnsigned<decltype(words)> uwords;
 constexpr hn::Repartition<Vek32s, decltype(bytes)> dwords;
 constexpr hn::RebindToUnsigned<decltype(dwords)> udwords;
-constexpr hn::RebindToFloat<decltype(dwords)> floats;
 using VBytes = hn::Vec<decltype(bytes)>;
 using VWords = hn::Vec<decltype(words)>;
 using VDwords = hn::Vec<decltype(dwords)>;
@@ -116,55 +115,32 @@ class WordScaler {
   hn::Vec<decltype(uwords)> high_, low_;
 };
 
-/// Below 2^31: Highway's conversion would see to values beyond.
-VDwords truncated(hn::Vec<decltype(floats)> v) {
-#if HWY_TARGET <= HWY_AVX3 && HWY_ARCH_X86
-  return VDwords{_mm512_cvttps_epi32(v.raw)};
-#elif HWY_TARGET <= HWY_AVX2 && HWY_ARCH_X86
-  return VDwords{_mm256_cvttps_epi32(v.raw)};
-#else
-  return hn::ConvertTo(dwords, v);
-#endif
-}
-
 /// FirScale over sums in dwords, which packing saturates afterwards.
 class DwordScaler {
  public:
   explicit DwordScaler(const FirScale& scale)
-      : byFloats_(scale.divisor > 1 && scale.divisor <= mostForFloats),
+      : byFloats_(scale.divisor > 1 && scale.divisor <= Quotients::mostDivisor),
         shift_(scale.shift),
         limit_(hn::Set(dwords,
                        scale.limit < 0x7FFFFFFF ? static_cast<Vek32s>(scale.limit) : 0x7FFFFFFF)),
         factor_(hn::Set(udwords, scale.multiplier)),
         half_(hn::Set(udwords, scale.shift == 0 ? 0 : Vek32u{1} << ((scale.shift - 1) & 31))),
-        ratio_(hn::Set(floats, 1 / static_cast<float>(scale.divisor))) {
-    // Whether the multiplier is above 2^32 / divisor: then halves round up.
-    const Vek32u excess = scale.multiplier * static_cast<Vek32u>(scale.divisor);
-    const float quarter = 0.25f / static_cast<float>(scale.divisor);
-    const bool up = scale.shift < 32 || excess < 0x80000000u;
-    offset_ = hn::Set(floats, up ? 0.5f + quarter : 0.5f - quarter);
-  }
+        quotients_(scale.divisor,
+                   scale.shift < 32 || Quotients::roundsUp(scale.multiplier, scale.divisor)) {}
 
-  /// Up to a divisor of 4096 the sums that matter are exact as floats, and quotients are in error
-  /// by less than 2^-15, while they are halves or at least 1 / (2 divisor) away from halves: a
-  /// quarter of 1 / divisor decides halves and nothing else.
   VDwords operator()(VDwords sums) const {
-    if (byFloats_) {
-      return truncated(hn::MulAdd(hn::ConvertTo(floats, sums), ratio_, offset_));
-    }
+    if (byFloats_) return quotients_.of(sums);
     const auto clamped = hn::BitCast(udwords, hn::Min(hn::Max(sums, hn::Zero(dwords)), limit_));
     if (shift_ == 32) return hn::BitCast(dwords, mulHighRounded(udwords, clamped, factor_));
     return hn::BitCast(dwords, hn::ShiftRightSame(hn::Add(clamped, half_), shift_));
   }
 
  private:
-  static constexpr int mostForFloats = 4096;
-
   bool byFloats_;
   int shift_;
   VDwords limit_;
   hn::Vec<decltype(udwords)> factor_, half_;
-  hn::Vec<decltype(floats)> ratio_, offset_;
+  Quotients quotients_;
 };
 
 /// The sums of a vector of samples in words. Samples are interleaved with those of the next tap
