@@ -135,16 +135,23 @@ typename Block::Value median3(typename Block::Value a, typename Block::Value b,
 
 /// The greatest minimum, the median middle and the least maximum of the three columns have the
 /// window's median as their own median.
+template <class Block, class Value = typename Block::Value>
+Value medianOfColumns(Value least0, Value least1, Value least2, Value middle0, Value middle1,
+                      Value middle2, Value most0, Value most1, Value most2) {
+  return median3<Block>(Block::higher(Block::higher(least0, least1), least2),
+                        median3<Block>(middle0, middle1, middle2),
+                        Block::lower(Block::lower(most0, most1), most2));
+}
+
 template <class Block>
 void medians3(const SortedRows<3, 3>& sorted, ptrdiff_t pixelBytes, ptrdiff_t n, Vek8u* dst) {
   Block::cover(n, [&](ptrdiff_t x) {
     const auto load = [&](int rank, ptrdiff_t column) {
       return Block::load(sorted.at[rank] + x + column * pixelBytes);
     };
-    const auto least = Block::higher(Block::higher(load(0, 0), load(0, 1)), load(0, 2));
-    const auto middle = median3<Block>(load(1, 0), load(1, 1), load(1, 2));
-    const auto most = Block::lower(Block::lower(load(2, 0), load(2, 1)), load(2, 2));
-    Block::store(median3<Block>(least, middle, most), dst + x);
+    Block::store(medianOfColumns<Block>(load(0, 0), load(0, 1), load(0, 2), load(1, 0), load(1, 1),
+                                        load(1, 2), load(2, 0), load(2, 1), load(2, 2)),
+                 dst + x);
   });
 }
 
