@@ -46,12 +46,12 @@ Box makeBox(VekiSize mask) {
   return {mask.width, mask.height, {factor, area}};
 }
 
-/// The means of `n` bytes of each of `rows` rows from 16-bit column sums.
+/// The means of `n` bytes of each of `rows` rows from sums of columns.
 template <int pixelBytes>
-void blurSmall(const BoxRows& kernels, const Box& box, Plane<const Vek8u> src, Plane<Vek8u> dst,
-               ptrdiff_t n, int rows) {
+void blurByColumns(const BoxRows& kernels, const Box& box, Plane<const Vek8u> src, Plane<Vek8u> dst,
+                   ptrdiff_t n, int rows) {
   const ptrdiff_t span = n + (box.width - 1) * pixelBytes;
-  alignas(64) Vek16u columns[smallStrip + (smallBoxWidth - 1) * 3];
+  alignas(64) Vek16u columns[smallStrip + (columnBoxWidth - 1) * 3];
   memset(columns, 0, static_cast<size_t>(span) * sizeof columns[0]);
   for (ptrdiff_t y = 0; y < box.height - 1; ++y) {
     kernels.slideColumns(columns, src.row(y), nullptr, span);
@@ -92,8 +92,8 @@ void blur(const BoxRows& kernels, const Box& box, Plane<const Vek8u> src, Plane<
   }
 }
 
-constexpr auto BlurSmall_8u_C1S = blurSmall<1>;
-constexpr auto BlurSmall_8u_C3S = blurSmall<3>;
+constexpr auto BlurByColumns_8u_C1S = blurByColumns<1>;
+constexpr auto BlurByColumns_8u_C3S = blurByColumns<3>;
 constexpr auto Blur_8u_C1S = blur<1>;
 constexpr auto Blur_8u_C3S = blur<3>;
 
@@ -112,13 +112,14 @@ VekStatus filterBox(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, Ve
     }
     return vekStsNoErr;
   }
-  const bool isSmall = box.scale.area <= smallBoxArea && box.width <= smallBoxWidth;
-  const auto small = pixelBytes == 1 ? BlurSmall_8u_C1S : BlurSmall_8u_C3S;
+  const BoxRows& kernels = select(boxRows);
+  const bool isSmall = box.width <= kernels.mostWidth && box.scale.area <= kernels.mostArea &&
+                       (box.scale.area <= smallBoxArea || box.height <= columnBoxHeight);
+  const auto small = pixelBytes == 1 ? BlurByColumns_8u_C1S : BlurByColumns_8u_C3S;
   const auto large = pixelBytes == 1 ? Blur_8u_C1S : Blur_8u_C3S;
   const ptrdiff_t strip = isSmall ? smallStrip : wideStrip;
   const Vek8u* corner = pSrc - static_cast<ptrdiff_t>(anchor.y) * srcStep -
                         static_cast<ptrdiff_t>(anchor.x) * pixelBytes;
-  const BoxRows& kernels = select(boxRows);
   for (ptrdiff_t x = 0; x < rowBytes; x += strip) {
     const ptrdiff_t n = rowBytes - x < strip ? rowBytes - x : strip;
     (isSmall ? small : large)(kernels, box, {corner + x, srcStep}, {pDst + x, dstStep}, n,

@@ -24,17 +24,18 @@ void slideColumns(Vek16u* __restrict columns, const Vek8u* __restrict entering,
   }
 }
 
+template <class Sum>
 [[maybe_unused]] void averageColumns(const Vek16u* __restrict columns, ptrdiff_t width,
                                      ptrdiff_t pixelBytes, ptrdiff_t n, const BoxScale& scale,
                                      Vek8u* __restrict dst) {
   constexpr ptrdiff_t block = 256;
-  Vek16u sums[block];
+  Sum sums[block];
   for (ptrdiff_t x = 0; x < n; x += block) {
     const ptrdiff_t count = n - x < block ? n - x : block;
     for (ptrdiff_t i = 0; i < count; ++i) sums[i] = columns[x + i];
     for (ptrdiff_t k = 1; k < width; ++k) {
       const Vek16u* next = columns + x + k * pixelBytes;
-      for (ptrdiff_t i = 0; i < count; ++i) sums[i] = static_cast<Vek16u>(sums[i] + next[i]);
+      for (ptrdiff_t i = 0; i < count; ++i) sums[i] = static_cast<Sum>(sums[i] + next[i]);
     }
     for (ptrdiff_t i = 0; i < count; ++i) dst[x + i] = boxMean(sums[i], scale.factor);
   }

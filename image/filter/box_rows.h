@@ -11,9 +11,12 @@
 
 namespace vek {
 
-/// Largest mask width and area that the 16-bit sums serve: at most 255 * 257 = 65535.
-inline constexpr ptrdiff_t smallBoxWidth = 16;
+/// Sums of up to this many samples fit 16 bits: 255 * 257 = 65535.
 inline constexpr int64_t smallBoxArea = 257;
+/// The same for three columns of this height.
+inline constexpr ptrdiff_t columnBoxHeight = 85;
+/// Widest mask that is summed column by column at any level.
+inline constexpr ptrdiff_t columnBoxWidth = 48;
 
 /// A mean of `area` samples is min(255, (sum * factor + 2^31) >> 32).
 struct BoxScale {
@@ -38,7 +41,10 @@ struct WideBoxRows {
 struct BoxRows {
   /// columns[i] += entering[i] - leaving[i]; `leaving` may be null.
   void (*slideColumns)(Vek16u* columns, const Vek8u* entering, const Vek8u* leaving, ptrdiff_t n);
-  /// Means of `width` <= smallBoxWidth neighbouring columns each; the sums fit 16 bits.
+  /// Largest mask that `average` is for; beyond smallBoxArea it is columnBoxHeight tall at most.
+  ptrdiff_t mostWidth;
+  int64_t mostArea;
+  /// Means of `width` neighbouring columns each.
   void (*average)(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                   const BoxScale& scale, Vek8u* dst);
   WideBoxRows<Vek32u> sums32;

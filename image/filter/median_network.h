@@ -26,6 +26,10 @@ struct Sample {
   static void store(Value v, Vek8u* p) { *p = v; }
   static Value lower(Value a, Value b) { return a < b ? a : b; }
   static Value higher(Value a, Value b) { return a > b ? a : b; }
+  static void exchange(Value a, Value b, Value& low, Value& high) {
+    low = lower(a, b);
+    high = higher(a, b);
+  }
 
   template <class Body>
   static void cover(ptrdiff_t n, Body body) {
@@ -53,8 +57,12 @@ template <class Block, int m, int n, int step = 1>
     mergeSorted<Block, m / 2, n / 2, 2 * step>(a + step, b + step, odd);
     out[0] = even[0];
     unrolled<pairs>([&](auto i) {
-      out[2 * i + 1] = Block::lower(odd[i], even[i + 1]);
-      out[2 * i + 2] = Block::higher(odd[i], even[i + 1]);
+      if constexpr (i % 2 == 1) {
+        Block::exchange(odd[i], even[i + 1], out[2 * i + 1], out[2 * i + 2]);
+      } else {
+        out[2 * i + 1] = Block::lower(odd[i], even[i + 1]);
+        out[2 * i + 2] = Block::higher(odd[i], even[i + 1]);
+      }
     });
     if constexpr (odds > pairs) out[m + n - 1] = odd[odds - 1];
     if constexpr (evens - 1 > pairs) out[m + n - 1] = even[evens - 1];

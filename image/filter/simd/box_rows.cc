@@ -34,46 +34,7 @@ VBytes toBytes(hn::Vec<decltype(swords)> low, hn::Vec<decltype(swords)> high) {
 #endif
 }
 
-/// Up to 128 samples the factor is 2^18 times the rounded 16384 / area, and sums stay within 32640:
-/// (S * f + 8192) >> 14 is then one rounding multiplication, (S * 2f + 16384) >> 15.
-class SmallMeans {
- public:
-  static constexpr int64_t mostArea = 128;
-
-  explicit SmallMeans(const BoxScale& scale)
-      : factor_(hn::Set(swords, static_cast<Vek16s>(scale.factor >> 17))) {}
-
-  VBytes operator()(VWords low, VWords high) const { return toBytes(mean(low), mean(high)); }
-
- private:
-  hn::Vec<decltype(swords)> mean(VWords sums) const {
-    return hn::MulFixedPoint15(hn::BitCast(swords, sums), factor_);
-  }
-
-  hn::Vec<decltype(swords)> factor_;
-};
-
-class WordMeans {
- public:
-  explicit WordMeans(const BoxScale& scale)
-      : quotients_(static_cast<int>(scale.area),
-                   Quotients::roundsUp(scale.factor, static_cast<int>(scale.area))) {}
-
-  VBytes operator()(VWords low, VWords high) const { return toBytes(mean(low), mean(high)); }
-
- private:
-  /// Interleaved with zeros the words of each 128 bits become dwords, and packing undoes it.
-  hn::Vec<decltype(swords)> mean(VWords sums) const {
-    const VWords zero = hn::Zero(words);
-    const auto quotients = [&](VWords v) { return quotients_.of(hn::BitCast(sdwords, v)); };
-    return hn::ReorderDemote2To(swords, quotients(hn::InterleaveLower(words, sums, zero)),
-                                quotients(hn::InterleaveUpper(words, sums, zero)));
-  }
-
-  Quotients quotients_;
-};
-
-/// Two vectors of sums of `width` addends, `distance` words apart.
+/// The sums of two vectors of windows.
 struct Sums {
   VWords low, high;
 
@@ -85,25 +46,87 @@ struct Sums {
   }
 };
 
+/// The same in dwords. Interleaved with zeros the words of each 128 bits become dwords, and packing
+/// undoes it.
+struct WideSums {
+  VDwords a, b, c, d;
+
+  explicit WideSums(const Sums& v)
+      : a(lower(v.low)), b(upper(v.low)), c(lower(v.high)), d(upper(v.high)) {}
+  explicit WideSums(const Vek16u* from) : WideSums(Sums(from)) {}
+  void add(const Vek16u* from) {
+    const WideSums more(from);
+    a = hn::Add(a, more.a);
+    b = hn::Add(b, more.b);
+    c = hn::Add(c, more.c);
+    d = hn::Add(d, more.d);
+  }
+
+ private:
+  static VDwords lower(VWords v) {
+    return hn::BitCast(dwords, hn::InterleaveLower(words, v, hn::Zero(words)));
+  }
+  static VDwords upper(VWords v) {
+    return hn::BitCast(dwords, hn::InterleaveUpper(words, v, hn::Zero(words)));
+  }
+};
+
+/// Up to 128 samples the factor is 2^18 times the rounded 16384 / area, and sums stay within 32640:
+/// (S * f + 8192) >> 14 is then one rounding multiplication, (S * 2f + 16384) >> 15.
+class ProductMeans {
+ public:
+  static constexpr int64_t mostArea = 128;
+
+  explicit ProductMeans(const BoxScale& scale)
+      : factor_(hn::Set(swords, static_cast<Vek16s>(scale.factor >> 17))) {}
+
+  VBytes of(const Sums& sums) const { return toBytes(mean(sums.low), mean(sums.high)); }
+
+ private:
+  hn::Vec<decltype(swords)> mean(VWords sums) const {
+    return hn::MulFixedPoint15(hn::BitCast(swords, sums), factor_);
+  }
+
+  hn::Vec<decltype(swords)> factor_;
+};
+
+class QuotientMeans {
+ public:
+  explicit QuotientMeans(const BoxScale& scale)
+      : quotients_(static_cast<int>(scale.area),
+                   Quotients::roundsUp(scale.factor, static_cast<int>(scale.area))) {}
+
+  VBytes of(const Sums& sums) const { return of(WideSums(sums)); }
+  VBytes of(const WideSums& sums) const {
+    const auto mean = [&](VDwords v) { return quotients_.of(hn::BitCast(sdwords, v)); };
+    return toBytes(hn::ReorderDemote2To(swords, mean(sums.a), mean(sums.b)),
+                   hn::ReorderDemote2To(swords, mean(sums.c), mean(sums.d)));
+  }
+
+ private:
+  Quotients quotients_;
+};
+
 template <class Means>
-void averageBlocks(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
+void averageNarrow(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                    const BoxScale& scale, Vek8u* dst) {
   const Means means(scale);
   coverRow(n, 2 * lanes, [&](ptrdiff_t x) {
     Sums sums(columns + x);
     for (ptrdiff_t k = 1; k < width; ++k) sums.add(columns + x + k * pixelBytes);
-    hn::StoreU(means(sums.low, sums.high), bytes, dst + x);
+    hn::StoreU(means.of(sums), bytes, dst + x);
   });
 }
 
-/// Of wide masks every three neighbours are added up once for all windows that contain them.
-template <class Means>
+/// Of wide masks every three neighbours are added up once for all windows that contain them. The
+/// totals are sums of type Total.
+template <class Means, class Total>
 void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                      const BoxScale& scale, Vek8u* dst) {
   constexpr ptrdiff_t strip = 1024;
   const Means means(scale);
   const ptrdiff_t whole = width - width % 3;
-  alignas(64) Vek16u threes[strip + 3 * smallBoxWidth];
+  alignas(64) Vek16u threes[strip + 3 * columnBoxWidth];
   ptrdiff_t begin = 0;
   while (begin < n) {
     // The last strip is never shorter than a block: it overlaps the one before.
@@ -118,11 +141,11 @@ void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelByte
       hn::StoreU(sums.high, words, threes + x + lanes);
     });
     coverRow(count, 2 * lanes, [&](ptrdiff_t x) {
-      Sums sums(threes + x);
+      Total total(threes + x);
       ptrdiff_t k = 3;
-      for (; k < whole; k += 3) sums.add(threes + x + k * pixelBytes);
-      for (; k < width; ++k) sums.add(from + x + k * pixelBytes);
-      hn::StoreU(means(sums.low, sums.high), bytes, dst + begin + x);
+      for (; k < whole; k += 3) total.add(threes + x + k * pixelBytes);
+      for (; k < width; ++k) total.add(from + x + k * pixelBytes);
+      hn::StoreU(means.of(total), bytes, dst + begin + x);
     });
     begin += count;
   }
@@ -131,13 +154,19 @@ void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelByte
 void average(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
              const BoxScale& scale, Vek8u* dst) {
   constexpr ptrdiff_t leastForThrees = 7;
-  if (n < 2 * lanes) return averageColumns(columns, width, pixelBytes, n, scale, dst);
-  const bool isSmall = scale.area <= SmallMeans::mostArea;
-  const auto filter = width < leastForThrees
-                          ? (isSmall ? averageBlocks<SmallMeans> : averageBlocks<WordMeans>)
-                          : (isSmall ? averageByThrees<SmallMeans> : averageByThrees<WordMeans>);
+  const bool wide = scale.area > smallBoxArea;
+  const bool products = scale.area <= ProductMeans::mostArea;
+  const auto filter =
+      n < 2 * lanes ? (wide ? averageColumns<Vek32u> : averageColumns<Vek16u>)
+      : wide        ? averageByThrees<QuotientMeans, WideSums>
+      : width < leastForThrees
+          ? (products ? averageNarrow<ProductMeans> : averageNarrow<QuotientMeans>)
+          : (products ? averageByThrees<ProductMeans, Sums> : averageByThrees<QuotientMeans, Sums>);
   filter(columns, width, pixelBytes, n, scale, dst);
 }
+
+constexpr ptrdiff_t mostWidth = columnBoxWidth;
+constexpr int64_t mostArea = Quotients::mostDivisor;
 
 /// At most 256: packing saturates.
 hn::Vec<decltype(halfWords)> means(VDwords sums, Vek32u factor) {
@@ -164,7 +193,9 @@ HWY_AFTER_NAMESPACE();
 
 namespace vek::VEK_LEVEL {
 namespace {
-constexpr auto average = averageColumns;
+constexpr auto average = averageColumns<Vek16u>;
+constexpr ptrdiff_t mostWidth = 16;
+constexpr int64_t mostArea = smallBoxArea;
 constexpr auto scaleSums32 = scaleSums<Vek32u>;
 }  // namespace
 }  // namespace vek::VEK_LEVEL
@@ -175,6 +206,8 @@ namespace vek::VEK_LEVEL {
 
 constexpr BoxRows boxRows = {
     slideColumns,
+    mostWidth,
+    mostArea,
     average,
     {slideWindows<Vek32u>, averageWindows<Vek32u, scaleSums32>},
     {slideWindows<uint64_t>, averageWindows<uint64_t, scaleSums<uint64_t>>}};

@@ -20,6 +20,18 @@ struct Vector {
   static void store(Value v, Vek8u* p) { hn::StoreU(v, bytes, p); }
   static Value lower(Value a, Value b) { return hn::Min(a, b); }
   static Value higher(Value a, Value b) { return hn::Max(a, b); }
+  /// The lower and the higher value. Minima and maxima of 512 bits all go to one port: a comparison
+  /// and two choices now and then take the others.
+  static void exchange(Value a, Value b, Value& low, Value& high) {
+#if defined(__AVX512BW__)
+    const auto less = hn::Lt(a, b);
+    low = hn::IfThenElse(less, a, b);
+    high = hn::IfThenElse(less, b, a);
+#else
+    low = lower(a, b);
+    high = higher(a, b);
+#endif
+  }
 
   template <class Body>
   static void cover(ptrdiff_t n, Body body) {
