@@ -51,7 +51,7 @@ VekStatus filterMedian(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                rowBytes, roiSize.height, mask.width, mask.height};
   if (rowBytes >= rows.leastBytes) {
     const MedianNetwork network = mask.width == mask.height ? rows.network(mask.width) : nullptr;
-    const bool countable = mask.width <= countingWidth && mask.width * mask.height <= countingArea;
+    const bool countable = isCountable(mask.width, mask.height);
     const auto filter = network != nullptr ? network : countable ? rows.byCounting : nullptr;
     if (filter != nullptr) {
       filter(region);

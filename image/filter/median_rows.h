@@ -26,9 +26,12 @@ struct MedianRegion {
 /// - 1 of them.
 inline constexpr ptrdiff_t medianHistograms = 192;
 
-/// Widest mask, and greatest number of its samples, that is counted threshold by threshold.
-inline constexpr ptrdiff_t countingWidth = 21;
-inline constexpr ptrdiff_t countingArea = 255;
+/// Whether a mask may be counted threshold by threshold: the samples of three of its columns, or all
+/// of them, are at most 255.
+inline constexpr ptrdiff_t countingWidth = 33;
+inline bool isCountable(ptrdiff_t maskWidth, ptrdiff_t maskHeight) {
+  return maskWidth <= countingWidth && (maskHeight <= 85 || maskWidth * maskHeight <= 255);
+}
 
 /// Medians of all channels.
 using MedianNetwork = void (*)(const MedianRegion& region);
@@ -39,7 +42,7 @@ struct MedianRows {
   MedianNetwork larger[3];  ///< 7 x 7, 9 x 9, 11 x 11; null where histograms are faster
   ptrdiff_t leastBytes;     ///< of a row that goes through a network
 
-  /// All channels, for masks within the limits of counting and rows of leastBytes; null if the
+  /// All channels, for countable masks and rows of leastBytes; null if the
   /// level has none.
   void (*byCounting)(const MedianRegion& region);
   /// One channel. Time per pixel does not depend on the mask; columns + maskWidth - 1 <= medianHistograms.

@@ -606,10 +606,10 @@ VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u*
  *  maskSize.height neighbourhood whose pixel at `anchor` lies on the destination pixel (see
  *  vekiFilterBox). Both mask dimensions are odd; the height is at most 255, the width has no limit.
  *
- *  Square masks of 3 to 11 go through sorting networks and other masks of up to 255 samples and 21
- *  columns count how many samples are below each threshold that matters (in regions of at least one
- *  vector's width); all others go through histograms, with a time per pixel that does not depend on
- *  the mask up to a width of 129 and grows with its height beyond. Uses up to 105 KB of stack.
+ *  Square masks of 3 to 11 go through sorting networks, and other masks of up to 33 x 85 count how
+ *  many samples are below each threshold that matters (in regions of at least one vector's width);
+ *  all others go through histograms, with a time per pixel that does not depend on the mask up to a
+ *  width of 129 and grows with its height beyond. Uses up to 121 KB of stack.
  *
  *  Return vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (an empty region);
  *  vekStsStepErr (a step below 1); vekStsMaskSizeErr (a mask dimension below 1 or even, or a height

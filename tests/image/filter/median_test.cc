@@ -58,7 +58,8 @@ TEST(FilterMedian, AnyOddMask) {
       }
     }
   }
-  compareMedian({1, {400, 2}, {21, 21}, {3, 4}, 450, 400}, random, Pattern::noise);
+  compareMedian({1, {400, 2}, {41, 21}, {3, 4}, 450, 400}, random, Pattern::noise);
+  compareMedian({3, {100, 30}, {17, 17}, {0, 16}, 360, 310}, random, Pattern::noise);
 }
 
 TEST(FilterMedian, RefusesBadArguments) {
