@@ -17,7 +17,7 @@ struct MedianRegion {
   Vek8u* dst;
   ptrdiff_t dstStep;
   ptrdiff_t pixelBytes;
-  ptrdiff_t columns;  ///< samples of a row: those of all channels where they are treated alike
+  ptrdiff_t columns;  ///< samples of a row
   ptrdiff_t rows;
   ptrdiff_t maskWidth, maskHeight;  ///< odd; the height is at most 255
 };
@@ -26,8 +26,8 @@ struct MedianRegion {
 /// - 1 of them.
 inline constexpr ptrdiff_t medianHistograms = 192;
 
-/// Whether a mask may be counted threshold by threshold: the samples of three of its columns, or all
-/// of them, are at most 255.
+/// Whether a mask may be counted threshold by threshold: three of its columns, or all of them, have
+/// 255 samples at most.
 inline constexpr ptrdiff_t countingWidth = 33;
 inline bool isCountable(ptrdiff_t maskWidth, ptrdiff_t maskHeight) {
   return maskWidth <= countingWidth && (maskHeight <= 85 || maskWidth * maskHeight <= 255);
@@ -45,7 +45,8 @@ struct MedianRows {
   /// All channels, for countable masks and rows of leastBytes; null if the
   /// level has none.
   void (*byCounting)(const MedianRegion& region);
-  /// One channel. Time per pixel does not depend on the mask; columns + maskWidth - 1 <= medianHistograms.
+  /// One channel. Time per pixel does not depend on the mask; columns + maskWidth - 1 <=
+  /// medianHistograms.
   void (*columnHistograms)(const MedianRegion& region);
   /// One channel. Time per pixel grows with the mask's height; no limits.
   void (*runningHistogram)(const MedianRegion& region);
