@@ -12,15 +12,10 @@ constexpr int border = cv::BORDER_REPLICATE | cv::BORDER_ISOLATED;
 /// Registers fn(source, destination) for both numbers of channels: `function` is the name up to
 /// them.
 template <class Fn>
-void addBoth(const std::string& function, const std::string& variant, Fn fn) {
-  for (int channels : {1, 3}) {
-    const std::string name = function + (channels == 1 ? "_8u_C1R" : "_8u_C3R") + variant;
-    addPeer(name, "OpenCV", [=](VekiSize size) -> Call {
-      const cv::Mat src = noise(size, CV_8UC(channels));
-      cv::Mat dst;
-      return [=]() mutable { fn(src, dst); };
-    });
-  }
+void addBoth(const std::string& function, const std::string& variant, Fn fn,
+             const std::string& peer = "OpenCV") {
+  addOpenCv(function + "_8u_C1R" + variant, CV_8UC1, fn, peer);
+  addOpenCv(function + "_8u_C3R" + variant, CV_8UC3, fn, peer);
 }
 
 std::string squareLabel(int side) {
@@ -33,15 +28,23 @@ void addFilter2D(int side, const char* variant, const cv::Mat& kernel) {
   });
 }
 
-/// Of the two ways that OpenCV has, the one that takes separable kernels is the faster.
+/// By both ways that OpenCV has.
 void addFilter1D(const char* variant, const cv::Mat& row) {
-  const cv::Mat one = cv::Mat::ones(1, 1, CV_32F);
-  addBoth("vekiFilterRow", variant, [=](const cv::Mat& src, cv::Mat& dst) {
-    cv::sepFilter2D(src, dst, -1, row, one, {-1, -1}, 0, border);
-  });
-  addBoth("vekiFilterColumn", variant, [=](const cv::Mat& src, cv::Mat& dst) {
-    cv::sepFilter2D(src, dst, -1, one, row, {-1, -1}, 0, border);
-  });
+  const cv::Mat column = row.t(), one = cv::Mat::ones(1, 1, CV_32F);
+  const auto addForm = [&](const char* function, const cv::Mat& x, const cv::Mat& y,
+                           const cv::Mat& kernel) {
+    addBoth(function, variant, [=](const cv::Mat& src, cv::Mat& dst) {
+      cv::sepFilter2D(src, dst, -1, x, y, {-1, -1}, 0, border);
+    });
+    addBoth(
+        function, variant,
+        [=](const cv::Mat& src, cv::Mat& dst) {
+          cv::filter2D(src, dst, -1, kernel, {-1, -1}, 0, border);
+        },
+        "OpenCV-2D");
+  };
+  addForm("vekiFilterRow", row, one, row);
+  addForm("vekiFilterColumn", one, row, column);
 }
 
 void addMirror(const char* variant, int code) {
@@ -54,15 +57,10 @@ void addGamma(const char* name, double exponent) {
   for (int i = 0; i < 256; ++i) {
     table.at<uint8_t>(i) = cv::saturate_cast<uint8_t>(255 * std::pow(i / 255.0, exponent));
   }
-  addPeer(name, "OpenCV", [=](VekiSize size) -> Call {
-    const cv::Mat src = noise(size, CV_8UC3);
-    cv::Mat dst;
-    return [=]() mutable { cv::LUT(src, table, dst); };
-  });
+  addOpenCv(name, CV_8UC3, [=](const cv::Mat& src, cv::Mat& dst) { cv::LUT(src, table, dst); });
 }
 
 [[maybe_unused]] const bool registered = [] {
-  cv::setNumThreads(1);
   for (int side : {3, 5, 15, 31}) {
     addBoth("vekiFilterBox", squareLabel(side), [=](const cv::Mat& src, cv::Mat& dst) {
       cv::blur(src, dst, {side, side}, {-1, -1}, border);

@@ -17,8 +17,7 @@ constexpr ptrdiff_t wideStrip = 3072;  // whole pixels
 
 struct Box {
   ptrdiff_t width, height;
-  int64_t area;
-  Vek32u factor;  ///< of the sums, in 1 / 2^32
+  BoxScale scale;
 };
 
 VekStatus check(const Vek8u* pSrc, int srcStep, const Vek8u* pDst, int dstStep, VekiSize roiSize,
@@ -44,15 +43,15 @@ Box makeBox(VekiSize mask) {
   const uint64_t n = static_cast<uint64_t>(area);
   const Vek32u factor =
       area <= 128 ? roundedRatio(1u << 14, n) << 18 : roundedRatio(uint64_t{1} << 32, n);
-  return {mask.width, mask.height, area, factor};
+  return {mask.width, mask.height, {factor, area}};
 }
 
-/// The means of `n` bytes of each of `rows` rows from 16-bit column sums.
+/// The means of `n` bytes of each of `rows` rows from sums of columns.
 template <int pixelBytes>
-void blurSmall(const BoxRows& kernels, const Box& box, Plane<const Vek8u> src, Plane<Vek8u> dst,
-               ptrdiff_t n, int rows) {
+void blurByColumns(const BoxRows& kernels, const Box& box, Plane<const Vek8u> src, Plane<Vek8u> dst,
+                   ptrdiff_t n, int rows) {
   const ptrdiff_t span = n + (box.width - 1) * pixelBytes;
-  alignas(64) Vek16u columns[smallStrip + (smallBoxWidth - 1) * 3];
+  alignas(64) Vek16u columns[smallStrip + (columnBoxWidth - 1) * 3];
   memset(columns, 0, static_cast<size_t>(span) * sizeof columns[0]);
   for (ptrdiff_t y = 0; y < box.height - 1; ++y) {
     kernels.slideColumns(columns, src.row(y), nullptr, span);
@@ -60,7 +59,7 @@ void blurSmall(const BoxRows& kernels, const Box& box, Plane<const Vek8u> src, P
   for (ptrdiff_t y = 0; y < rows; ++y) {
     const Vek8u* leaving = y == 0 ? nullptr : src.row(y - 1);
     kernels.slideColumns(columns, src.row(y + box.height - 1), leaving, span);
-    kernels.average(columns, box.width, pixelBytes, n, box.factor, dst.row(y));
+    kernels.average(columns, box.width, pixelBytes, n, box.scale, dst.row(y));
   }
 }
 
@@ -78,7 +77,7 @@ void blurWide(const WideBoxRows<Sum>& kernels, const Box& box, Plane<const Vek8u
     const Vek8u* leaving = y == 0 ? nullptr : src.row(y - 1);
     kernels.slide(differences, first, src.row(y + box.height - 1), leaving, box.width, pixelBytes,
                   n);
-    kernels.average(differences, first, pixelBytes, n, box.factor, dst.row(y));
+    kernels.average(differences, first, pixelBytes, n, box.scale, dst.row(y));
   }
 }
 
@@ -86,15 +85,15 @@ template <int pixelBytes>
 void blur(const BoxRows& kernels, const Box& box, Plane<const Vek8u> src, Plane<Vek8u> dst,
           ptrdiff_t n, int rows) {
   constexpr int64_t largest32 = 0xFFFFFFFF / 255;
-  if (box.area <= largest32) {
+  if (box.scale.area <= largest32) {
     blurWide<pixelBytes>(kernels.sums32, box, src, dst, n, rows);
   } else {
     blurWide<pixelBytes>(kernels.sums64, box, src, dst, n, rows);
   }
 }
 
-constexpr auto BlurSmall_8u_C1S = blurSmall<1>;
-constexpr auto BlurSmall_8u_C3S = blurSmall<3>;
+constexpr auto BlurByColumns_8u_C1S = blurByColumns<1>;
+constexpr auto BlurByColumns_8u_C3S = blurByColumns<3>;
 constexpr auto Blur_8u_C1S = blur<1>;
 constexpr auto Blur_8u_C3S = blur<3>;
 
@@ -107,19 +106,20 @@ VekStatus filterBox(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, Ve
   const Box box = makeBox(maskSize);
   const ptrdiff_t rowBytes = static_cast<ptrdiff_t>(roiSize.width) * pixelBytes;
   const Plane<Vek8u> dst = {pDst, dstStep};
-  if (box.factor == 0) {  // more than 2^33 samples: every mean rounds to 0
+  if (box.scale.factor == 0) {  // more than 2^33 samples: every mean rounds to 0
     for (ptrdiff_t y = 0; y < roiSize.height; ++y) {
       memset(dst.row(y), 0, static_cast<size_t>(rowBytes));
     }
     return vekStsNoErr;
   }
-  const bool isSmall = box.area <= smallBoxArea && box.width <= smallBoxWidth;
-  const auto small = pixelBytes == 1 ? BlurSmall_8u_C1S : BlurSmall_8u_C3S;
+  const BoxRows& kernels = select(boxRows);
+  const bool isSmall = box.width <= kernels.mostWidth && box.scale.area <= kernels.mostArea &&
+                       (box.scale.area <= smallBoxArea || box.height <= columnBoxHeight);
+  const auto small = pixelBytes == 1 ? BlurByColumns_8u_C1S : BlurByColumns_8u_C3S;
   const auto large = pixelBytes == 1 ? Blur_8u_C1S : Blur_8u_C3S;
   const ptrdiff_t strip = isSmall ? smallStrip : wideStrip;
   const Vek8u* corner = pSrc - static_cast<ptrdiff_t>(anchor.y) * srcStep -
                         static_cast<ptrdiff_t>(anchor.x) * pixelBytes;
-  const BoxRows& kernels = select(boxRows);
   for (ptrdiff_t x = 0; x < rowBytes; x += strip) {
     const ptrdiff_t n = rowBytes - x < strip ? rowBytes - x : strip;
     (isSmall ? small : large)(kernels, box, {corner + x, srcStep}, {pDst + x, dstStep}, n,

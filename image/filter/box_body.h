@@ -24,19 +24,20 @@ void slideColumns(Vek16u* __restrict columns, const Vek8u* __restrict entering,
   }
 }
 
+template <class Sum>
 [[maybe_unused]] void averageColumns(const Vek16u* __restrict columns, ptrdiff_t width,
-                                     ptrdiff_t pixelBytes, ptrdiff_t n, Vek32u factor,
+                                     ptrdiff_t pixelBytes, ptrdiff_t n, const BoxScale& scale,
                                      Vek8u* __restrict dst) {
   constexpr ptrdiff_t block = 256;
-  Vek16u sums[block];
+  Sum sums[block];
   for (ptrdiff_t x = 0; x < n; x += block) {
     const ptrdiff_t count = n - x < block ? n - x : block;
     for (ptrdiff_t i = 0; i < count; ++i) sums[i] = columns[x + i];
     for (ptrdiff_t k = 1; k < width; ++k) {
       const Vek16u* next = columns + x + k * pixelBytes;
-      for (ptrdiff_t i = 0; i < count; ++i) sums[i] = static_cast<Vek16u>(sums[i] + next[i]);
+      for (ptrdiff_t i = 0; i < count; ++i) sums[i] = static_cast<Sum>(sums[i] + next[i]);
     }
-    for (ptrdiff_t i = 0; i < count; ++i) dst[x + i] = boxMean(sums[i], factor);
+    for (ptrdiff_t i = 0; i < count; ++i) dst[x + i] = boxMean(sums[i], scale.factor);
   }
 }
 
@@ -75,9 +76,9 @@ void slideWindows(Sum* __restrict differences, Sum* __restrict first,
 }
 
 template <class Sum>
-[[maybe_unused]] void scaleSums(const Sum* __restrict sums, ptrdiff_t n, Vek32u factor,
+[[maybe_unused]] void scaleSums(const Sum* __restrict sums, ptrdiff_t n, const BoxScale& scale,
                                 Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = boxMean(sums[i], factor);
+  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = boxMean(sums[i], scale.factor);
 }
 
 /// Bytes whose sums are formed at a time: whole pixels.
@@ -110,16 +111,16 @@ void sumDifferences(const Sum* __restrict differences, ptrdiff_t n, Sum* __restr
 }
 
 /// By blocks, so that scaling is a loop of its own, which vectors can take.
-template <class Sum, void (*scale)(const Sum*, ptrdiff_t, Vek32u, Vek8u*)>
+template <class Sum, void (*scaleBlock)(const Sum*, ptrdiff_t, const BoxScale&, Vek8u*)>
 void averageWindows(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
-                    Vek32u factor, Vek8u* dst) {
+                    const BoxScale& scale, Vek8u* dst) {
   const auto sumUp = pixelBytes == 1 ? sumDifferences<1, Sum> : sumDifferences<3, Sum>;
   Sum next[3] = {first[0], first[1], first[2]};
   Sum sums[sumBlock];
   for (ptrdiff_t x = 0; x < n; x += sumBlock) {
     const ptrdiff_t count = n - x < sumBlock ? n - x : sumBlock;
     sumUp(differences + x, count, next, sums);
-    scale(sums, count, factor, dst + x);
+    scaleBlock(sums, count, scale, dst + x);
   }
 }
 

@@ -4,7 +4,9 @@ namespace vek::portable {
 
 constexpr BoxRows boxRows = {
     slideColumns,
-    averageColumns,
+    16,
+    smallBoxArea,
+    averageColumns<Vek16u>,
     {slideWindows<Vek32u>, averageWindows<Vek32u, scaleSums<Vek32u>>},
     {slideWindows<uint64_t>, averageWindows<uint64_t, scaleSums<uint64_t>>}};
 

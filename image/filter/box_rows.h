@@ -11,12 +11,21 @@
 
 namespace vek {
 
-/// Largest mask width and area that the 16-bit sums serve: at most 255 * 257 = 65535.
-inline constexpr ptrdiff_t smallBoxWidth = 16;
+/// Sums of up to this many samples fit 16 bits: 255 * 257 = 65535.
 inline constexpr int64_t smallBoxArea = 257;
+/// The same for three columns of this height.
+inline constexpr ptrdiff_t columnBoxHeight = 85;
+/// Widest mask that is summed column by column at any level.
+inline constexpr ptrdiff_t columnBoxWidth = 48;
+
+/// A mean of `area` samples is min(255, (sum * factor + 2^31) >> 32).
+struct BoxScale {
+  Vek32u factor;
+  int64_t area;
+};
 
 /// Every kernel treats the bytes of a row alike; `pixelBytes` (1 or 3) is the distance of
-/// horizontal neighbours. A mean is min(255, (sum * factor + 2^31) >> 32).
+/// horizontal neighbours.
 template <class Sum>
 struct WideBoxRows {
   /// The sums of a row's windows as the first one of each channel and the differences between
@@ -26,15 +35,18 @@ struct WideBoxRows {
                 ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n);
   /// The n means of these windows; the last pixel's differences are 0.
   void (*average)(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
-                  Vek32u factor, Vek8u* dst);
+                  const BoxScale& scale, Vek8u* dst);
 };
 
 struct BoxRows {
   /// columns[i] += entering[i] - leaving[i]; `leaving` may be null.
   void (*slideColumns)(Vek16u* columns, const Vek8u* entering, const Vek8u* leaving, ptrdiff_t n);
-  /// Means of `width` <= smallBoxWidth neighbouring columns each; the sums fit 16 bits.
+  /// Largest mask that `average` is for; beyond smallBoxArea it is columnBoxHeight tall at most.
+  ptrdiff_t mostWidth;
+  int64_t mostArea;
+  /// Means of `width` neighbouring columns each.
   void (*average)(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
-                  Vek32u factor, Vek8u* dst);
+                  const BoxScale& scale, Vek8u* dst);
   WideBoxRows<Vek32u> sums32;
   WideBoxRows<uint64_t> sums64;
 };

@@ -18,20 +18,42 @@ void coverRow(ptrdiff_t n, ptrdiff_t block, Body body) {
   if (n % block != 0) body(n - block);
 }
 
-/// Signed words saturated to bytes, the two vectors' 128-bit blocks by turns: undoes InterleaveLower
-/// and InterleaveUpper.
-template <class V>
-hn::Vec<hn::ScalableTag<Vek8u>> packWords(V low, V high) {
-#if HWY_TARGET <= HWY_AVX3 && HWY_ARCH_X86
-  return hn::Vec<hn::ScalableTag<Vek8u>>{_mm512_packus_epi16(low.raw, high.raw)};
-#elif HWY_TARGET <= HWY_AVX2 && HWY_ARCH_X86
-  return hn::Vec<hn::ScalableTag<Vek8u>>{_mm256_packus_epi16(low.raw, high.raw)};
+/// Quotients by a divisor of 2 to 4096, rounded, as (v * factor + 2^31) >> 32 with a factor of
+/// 2^32 / divisor, rounded, or as a shift gives them. The sums that matter are exact as floats, and
+/// quotients are in error by less than 2^-15, while they are halves or at least 1 / (2 divisor)
+/// away from halves: a quarter of 1 / divisor decides halves and nothing else.
+class Quotients {
+ public:
+  static constexpr int mostDivisor = 4096;
+  static constexpr hn::ScalableTag<Vek32s> dwords = {};
+  static constexpr hn::ScalableTag<float> floats = {};
+  using Dwords = hn::Vec<hn::ScalableTag<Vek32s>>;
+
+  /// Halves round up, or down.
+  Quotients(int divisor, bool up)
+      : ratio_(hn::Set(floats, 1 / static_cast<float>(divisor))),
+        offset_(hn::Set(floats, 0.5f + (up ? 0.25f : -0.25f) / static_cast<float>(divisor))) {}
+
+  /// Whether the rounded factor is not below 2^32 / divisor.
+  static bool roundsUp(Vek32u factor, int divisor) {
+    return factor * static_cast<Vek32u>(divisor) < 0x80000000u;
+  }
+
+  /// Highway's conversion would see to quotients beyond 2^31.
+  Dwords of(Dwords v) const {
+    const auto quotients = hn::MulAdd(hn::ConvertTo(floats, v), ratio_, offset_);
+#if defined(__AVX512BW__)
+    return Dwords{_mm512_cvttps_epi32(quotients.raw)};
+#elif defined(__AVX2__)
+    return Dwords{_mm256_cvttps_epi32(quotients.raw)};
 #else
-  constexpr hn::ScalableTag<Vek8u> bytes;
-  constexpr hn::Half<decltype(bytes)> half;
-  return hn::Combine(bytes, hn::DemoteTo(half, high), hn::DemoteTo(half, low));
+    return hn::ConvertTo(dwords, quotients);
 #endif
-}
+  }
+
+ private:
+  hn::Vec<hn::ScalableTag<float>> ratio_, offset_;
+};
 
 /// (v * factor + 2^31) >> 32 in each lane.
 template <class D, class V = hn::Vec<D>>

@@ -77,7 +77,7 @@ FirKernel kernelFor(const FirRows& rows, const Vek32s* pKernel, int64_t n) {
     bytes = bytes && pKernel[i] >= -128 && pKernel[i] <= 127;
   }
   if (magnitude > 0x7FFFFFFF / 255) return rows.sums64;
-  return !bytes ? rows.sums32 : magnitude <= 0x7FFF / 255 ? rows.sums16 : rows.sums32Of8;
+  return bytes && magnitude <= 0x7FFF / 255 ? rows.sums16 : rows.sums32;
 }
 
 /// `corner` is the first sample of the neighbourhood of the region's first pixel, and tap (0, 0)

@@ -44,8 +44,7 @@ using FirKernel = void (*)(const FirRegion& region, const FirTaps& taps, const F
 
 /// By the bits that every partial sum fits in, signed.
 struct FirRows {
-  FirKernel sums16;     ///< coefficients of 8 bits, signed
-  FirKernel sums32Of8;  ///< likewise
+  FirKernel sums16;  ///< of coefficients of 8 bits, signed
   FirKernel sums32;
   FirKernel sums64;
 };

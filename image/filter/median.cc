@@ -2,7 +2,6 @@
 #include "vek/image.h"
 
 #include "core/check.h"
-#include "core/region.h"
 #include "image/filter/median_rows.h"
 
 namespace vek {
@@ -46,26 +45,25 @@ VekStatus filterMedian(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
   if (status != vekStsNoErr) return status;
 
   const MedianRows& rows = select(medianRows);
-  const Plane corner = {pSrc - ptrdiff_t{anchor.y} * srcStep - ptrdiff_t{anchor.x} * channels,
-                        srcStep};
-  const Plane dst = {pDst, dstStep};
+  const Vek8u* corner = pSrc - ptrdiff_t{anchor.y} * srcStep - ptrdiff_t{anchor.x} * channels;
   const ptrdiff_t rowBytes = ptrdiff_t{roiSize.width} * channels;
-  const MedianNetwork network = mask.width == mask.height ? rows.network(mask.width) : nullptr;
-  if (network != nullptr && rowBytes >= rows.leastBytes) {
-    for (ptrdiff_t y = 0; y < roiSize.height; ++y) {
-      network(corner.row(y), srcStep, channels, dst.row(y), rowBytes);
+  const MedianRegion region = {corner,   srcStep,        pDst,       dstStep,    channels,
+                               rowBytes, roiSize.height, mask.width, mask.height};
+  if (rowBytes >= rows.leastBytes) {
+    const MedianNetwork network = mask.width == mask.height ? rows.network(mask.width) : nullptr;
+    const bool countable = isCountable(mask.width, mask.height);
+    const auto filter = network != nullptr ? network : countable ? rows.byCounting : nullptr;
+    if (filter != nullptr) {
+      filter(region);
+      return vekStsNoErr;
     }
-    return vekStsNoErr;
-  }
-  if (rows.byCounting != nullptr && rowBytes >= rows.leastBytes && mask.width <= countingWidth &&
-      mask.width * mask.height <= countingArea) {
-    rows.byCounting({corner.data, srcStep, pDst, dstStep, channels, rowBytes, roiSize.height,
-                     mask.width, mask.height});
-    return vekStsNoErr;
   }
   for (int c = 0; c < channels; ++c) {
-    medianByHistograms(rows, {corner.data + c, srcStep, pDst + c, dstStep, channels, roiSize.width,
-                              roiSize.height, mask.width, mask.height});
+    MedianRegion channel = region;
+    channel.corner += c;
+    channel.dst += c;
+    channel.columns = roiSize.width;
+    medianByHistograms(rows, channel);
   }
   return vekStsNoErr;
 }

@@ -5,6 +5,7 @@
 // again. The work for a threshold does not depend on the mask's height and hardly on its width.
 #pragma once
 
+#include "core/kernel/byte_pairs.h"
 #include "image/filter/cover.h"
 #include "image/filter/median_rows.h"
 #include "image/filter/unrolled.h"
@@ -15,9 +16,50 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// A strip of `vectors` vectors of windows. Every count fits 8 bits: a window has 255 samples at
-/// most. The bytes of a row are treated alike, whatever their channel.
-template <int vectors>
+/// The numbers of samples below a threshold in a vector of windows of up to 255 samples.
+class ByteTotals {
+ public:
+  static constexpr hn::ScalableTag<Vek8u> bytes = {};
+  using Value = hn::Vec<hn::ScalableTag<Vek8u>>;
+
+  void add(Value counts) { totals_ = hn::Add(totals_, counts); }
+  hn::Mask<hn::ScalableTag<Vek8u>> notAbove(ptrdiff_t rank) const {
+    return hn::Eq(hn::Min(totals_, hn::Set(bytes, static_cast<Vek8u>(rank))), totals_);
+  }
+
+ private:
+  Value totals_ = hn::Zero(bytes);
+};
+
+/// The same for windows of up to 2^15 - 1 samples.
+class WordTotals {
+ public:
+  static constexpr hn::ScalableTag<Vek8u> bytes = {};
+  static constexpr hn::Repartition<Vek16u, hn::ScalableTag<Vek8u>> words = {};
+  using Value = hn::Vec<hn::ScalableTag<Vek8u>>;
+  using Words = hn::Vec<hn::Repartition<Vek16u, hn::ScalableTag<Vek8u>>>;
+
+  void add(Value counts) {
+    const Value zero = hn::Zero(bytes);
+    low_ = hn::Add(low_, hn::BitCast(words, hn::InterleaveLower(bytes, counts, zero)));
+    high_ = hn::Add(high_, hn::BitCast(words, hn::InterleaveUpper(bytes, counts, zero)));
+  }
+  hn::Mask<hn::ScalableTag<Vek8u>> notAbove(ptrdiff_t rank) const {
+    constexpr hn::RebindToSigned<decltype(words)> swords;
+    const auto excess = [&](Words totals) {
+      const Words most = hn::Set(words, static_cast<Vek16u>(rank));
+      return hn::BitCast(swords, hn::SaturatedSub(totals, most));
+    };
+    return hn::Eq(packClamped(excess(low_), excess(high_)), hn::Zero(bytes));
+  }
+
+ private:
+  Words low_ = hn::Zero(words), high_ = hn::Zero(words);
+};
+
+/// A strip of `vectors` vectors of windows. The counts of three neighbouring columns fit 8 bits.
+/// The bytes of a row are treated alike, whatever their channel.
+template <class Totals, int vectors>
 class CountingStrip {
  public:
   static constexpr hn::ScalableTag<Vek8u> bytes = {};
@@ -139,21 +181,19 @@ class CountingStrip {
   Found raise(const Vek8u* columns, const Vek8u* threes, Vek8u base, Vek8u raised,
               Value* medians) const {
     const ptrdiff_t distance = r_.pixelBytes;
-    Value sums[vectors];
-    unrolled<vectors>([&](auto i) { sums[i] = hn::Zero(bytes); });
-    const auto addAll = [&](const Vek8u* from) {
-      unrolled<vectors>(
-          [&](auto i) { sums[i] = hn::Add(sums[i], hn::LoadU(bytes, from + i * size)); });
+    Totals totals[vectors];
+    const auto addAll = [&](const Vek8u* counts) {
+      unrolled<vectors>([&](auto i) { totals[i].add(hn::LoadU(bytes, counts + i * size)); });
     };
     ptrdiff_t k = 0;
     for (; k + 3 <= r_.maskWidth; k += 3) addAll(threes + k * distance);
     for (; k < r_.maskWidth; ++k) addAll(columns + k * distance);
-    const Value rank = hn::Set(bytes, static_cast<Vek8u>((r_.maskWidth * r_.maskHeight - 1) / 2));
+    const ptrdiff_t rank = (r_.maskWidth * r_.maskHeight - 1) / 2;
     const Value from = hn::Set(bytes, base), to = hn::Set(bytes, raised);
     auto below = hn::Eq(from, to), above = below;  // none
     unrolled<vectors>([&](auto i) {
       const auto asked = hn::Eq(medians[i], from);
-      const auto reached = hn::And(asked, hn::Eq(hn::Min(sums[i], rank), sums[i]));
+      const auto reached = hn::And(asked, totals[i].notAbove(rank));
       medians[i] = hn::IfThenElse(reached, to, medians[i]);
       above = hn::Or(above, reached);
       below = hn::Or(below, hn::AndNot(reached, asked));
@@ -188,9 +228,9 @@ class CountingStrip {
 };
 
 /// Filters the strips that fit from x on; returns where they end.
-template <int vectors>
+template <class Totals, int vectors>
 ptrdiff_t filterStrips(const MedianRegion& r, ptrdiff_t x) {
-  using Strip = CountingStrip<vectors>;
+  using Strip = CountingStrip<Totals, vectors>;
   for (; x + Strip::length <= r.columns; x += Strip::length) {
     Strip strip(r, x);
     for (ptrdiff_t y = 0; y < r.rows; ++y) strip.filterRow(y);
@@ -198,11 +238,18 @@ ptrdiff_t filterStrips(const MedianRegion& r, ptrdiff_t x) {
   return x;
 }
 
-void medianByCounting(const MedianRegion& r) {
-  constexpr int vectors = static_cast<int>(256 / CountingStrip<1>::size);
-  const ptrdiff_t rest = r.columns - filterStrips<1>(r, filterStrips<vectors>(r, 0));
+template <class Totals>
+void countMedians(const MedianRegion& r) {
+  constexpr ptrdiff_t size = CountingStrip<Totals, 1>::size;
+  constexpr int vectors = static_cast<int>(256 / size);
+  const ptrdiff_t end = filterStrips<Totals, 1>(r, filterStrips<Totals, vectors>(r, 0));
   // The last strip overlaps the one before.
-  if (rest > 0) filterStrips<1>(r, r.columns - CountingStrip<1>::size);
+  if (end < r.columns) filterStrips<Totals, 1>(r, r.columns - size);
+}
+
+void medianByCounting(const MedianRegion& r) {
+  const bool small = r.maskWidth * r.maskHeight <= 255;
+  (small ? countMedians<ByteTotals> : countMedians<WordTotals>)(r);
 }
 
 }  // namespace

@@ -2,15 +2,16 @@
 // whatever `Block` calls a value: one sample, or a vector of neighbouring ones.
 //
 // Each column of the mask is sorted once for all windows that contain it, and so are pairs (and
-// fours) of neighbouring columns. A window of 5 merges two pairs and takes the median of the result
-// and its fifth column; 7 is 4 + 2 + 1, 9 is 8 + 1, 11 is 8 + 2 + 1. Everything is unrolled:
-// the compiler drops the comparisons whose outcome no median can depend on.
+// fours) of neighbouring columns. A window of 7 is 4 + 2 + 1 columns, 9 is 8 + 1, 11 is 8 + 2 + 1.
+// Windows of 5 go by two, one above the other: the four rows that they share are merged once.
+// Everything is unrolled: the compiler drops the comparisons whose outcome no median can depend on.
 #pragma once
 
 #include "vek/vek.h"
 
 #include <stddef.h>
 
+#include "image/filter/median_rows.h"
 #include "image/filter/unrolled.h"
 
 namespace vek::VEK_LEVEL {
@@ -25,6 +26,10 @@ struct Sample {
   static void store(Value v, Vek8u* p) { *p = v; }
   static Value lower(Value a, Value b) { return a < b ? a : b; }
   static Value higher(Value a, Value b) { return a > b ? a : b; }
+  static void exchange(Value a, Value b, Value& low, Value& high) {
+    low = lower(a, b);
+    high = higher(a, b);
+  }
 
   template <class Body>
   static void cover(ptrdiff_t n, Body body) {
@@ -52,8 +57,12 @@ template <class Block, int m, int n, int step = 1>
     mergeSorted<Block, m / 2, n / 2, 2 * step>(a + step, b + step, odd);
     out[0] = even[0];
     unrolled<pairs>([&](auto i) {
-      out[2 * i + 1] = Block::lower(odd[i], even[i + 1]);
-      out[2 * i + 2] = Block::higher(odd[i], even[i + 1]);
+      if constexpr (i % 2 == 1) {
+        Block::exchange(odd[i], even[i + 1], out[2 * i + 1], out[2 * i + 2]);
+      } else {
+        out[2 * i + 1] = Block::lower(odd[i], even[i + 1]);
+        out[2 * i + 2] = Block::higher(odd[i], even[i + 1]);
+      }
     });
     if constexpr (odds > pairs) out[m + n - 1] = odd[odds - 1];
     if constexpr (evens - 1 > pairs) out[m + n - 1] = even[evens - 1];
@@ -115,14 +124,14 @@ template <class Block, int side, int n>
   }
 }
 
-template <class Block, int side>
-void sortColumns(const Vek8u* corner, ptrdiff_t srcStep, ptrdiff_t count,
-                 SortedRows<side, side>& sorted) {
+/// Sorts n samples, `step` bytes apart, from each byte on.
+template <class Block, int side, int n>
+void sortSamples(const Vek8u* src, ptrdiff_t step, ptrdiff_t count, SortedRows<side, n>& sorted) {
   Block::cover(count, [&](ptrdiff_t x) {
-    typename Block::Value v[side];
-    unrolled<side>([&](auto j) { v[j] = Block::load(corner + j * srcStep + x); });
-    sortValues<Block, side>(v);
-    unrolled<side>([&](auto j) { Block::store(v[j], sorted.at[j] + x); });
+    typename Block::Value v[n];
+    unrolled<n>([&](auto j) { v[j] = Block::load(src + j * step + x); });
+    sortValues<Block, n>(v);
+    unrolled<n>([&](auto j) { Block::store(v[j], sorted.at[j] + x); });
   });
 }
 
@@ -134,16 +143,23 @@ typename Block::Value median3(typename Block::Value a, typename Block::Value b,
 
 /// The greatest minimum, the median middle and the least maximum of the three columns have the
 /// window's median as their own median.
+template <class Block, class Value = typename Block::Value>
+Value medianOfColumns(Value least0, Value least1, Value least2, Value middle0, Value middle1,
+                      Value middle2, Value most0, Value most1, Value most2) {
+  return median3<Block>(Block::higher(Block::higher(least0, least1), least2),
+                        median3<Block>(middle0, middle1, middle2),
+                        Block::lower(Block::lower(most0, most1), most2));
+}
+
 template <class Block>
 void medians3(const SortedRows<3, 3>& sorted, ptrdiff_t pixelBytes, ptrdiff_t n, Vek8u* dst) {
   Block::cover(n, [&](ptrdiff_t x) {
     const auto load = [&](int rank, ptrdiff_t column) {
       return Block::load(sorted.at[rank] + x + column * pixelBytes);
     };
-    const auto least = Block::higher(Block::higher(load(0, 0), load(0, 1)), load(0, 2));
-    const auto middle = median3<Block>(load(1, 0), load(1, 1), load(1, 2));
-    const auto most = Block::lower(Block::lower(load(2, 0), load(2, 1)), load(2, 2));
-    Block::store(median3<Block>(least, middle, most), dst + x);
+    Block::store(medianOfColumns<Block>(load(0, 0), load(0, 1), load(0, 2), load(1, 0), load(1, 1),
+                                        load(1, 2), load(2, 0), load(2, 1), load(2, 2)),
+                 dst + x);
   });
 }
 
@@ -181,32 +197,107 @@ void mediansOfHalves(const SortedRows<side, side>& ones, const SortedRows<side, 
   });
 }
 
+/// Calls filter(x, count) for strips that cover a row. The last one is never shorter than a block:
+/// it overlaps the one before.
+template <class Block, int side, class Filter>
+void forStrips(ptrdiff_t n, Filter filter) {
+  for (ptrdiff_t x = 0; x < n;) {
+    if (n - x < Block::size) x = n - Block::size;
+    const ptrdiff_t count = n - x < networkStrip(side) ? n - x : networkStrip(side);
+    filter(x, count);
+    x += count;
+  }
+}
+
 template <class Block, int side>
-void medianNetwork(const Vek8u* corner, ptrdiff_t srcStep, ptrdiff_t pixelBytes, Vek8u* dst,
-                   ptrdiff_t n) {
+void medianNetwork(const MedianRegion& r) {
   SortedRows<side, side> ones;
   constexpr int inTwos = side > 3 ? 2 * side : 1, inFours = side > 8 ? 4 * side : 1;
   [[maybe_unused]] SortedRows<side, inTwos> twos;
   [[maybe_unused]] SortedRows<side, inFours> fours;
-  ptrdiff_t x = 0;
-  while (x < n) {
-    // The last strip is never shorter than a block: it overlaps the one before.
-    if (n - x < Block::size) x = n - Block::size;
-    const ptrdiff_t count = n - x < networkStrip(side) ? n - x : networkStrip(side);
-    const ptrdiff_t columns = count + (side - 1) * pixelBytes;
-    sortColumns<Block>(corner + x, srcStep, columns, ones);
-    if constexpr (side == 3) {
-      medians3<Block>(ones, pixelBytes, count, dst + x);
-    } else {
-      mergeNeighbours<Block>(ones, pixelBytes, columns - pixelBytes, twos);
-      if constexpr (side < 8) {
-        mediansOfHalves<Block>(ones, twos, twos, pixelBytes, count, dst + x);
+  const ptrdiff_t pixelBytes = r.pixelBytes;
+  for (ptrdiff_t y = 0; y < r.rows; ++y) {
+    forStrips<Block, side>(r.columns, [&](ptrdiff_t x, ptrdiff_t count) {
+      Vek8u* dst = r.dst + y * r.dstStep + x;
+      const ptrdiff_t columns = count + (side - 1) * pixelBytes;
+      sortSamples<Block>(r.corner + y * r.srcStep + x, r.srcStep, columns, ones);
+      if constexpr (side == 3) {
+        medians3<Block>(ones, pixelBytes, count, dst);
       } else {
-        mergeNeighbours<Block>(twos, 2 * pixelBytes, columns - 3 * pixelBytes, fours);
-        mediansOfHalves<Block>(ones, twos, fours, pixelBytes, count, dst + x);
+        mergeNeighbours<Block>(ones, pixelBytes, columns - pixelBytes, twos);
+        if constexpr (side < 8) {
+          mediansOfHalves<Block>(ones, twos, twos, pixelBytes, count, dst);
+        } else {
+          mergeNeighbours<Block>(twos, 2 * pixelBytes, columns - 3 * pixelBytes, fours);
+          mediansOfHalves<Block>(ones, twos, fours, pixelBytes, count, dst);
+        }
       }
-    }
-    x += count;
+    });
+  }
+}
+
+/// The row that only one of two windows of 5 has.
+template <class Block>
+struct OwnRow {
+  SortedRows<5, 2> pairs;  ///< of horizontal neighbours
+  const Vek8u* src;
+  Vek8u* dst;
+
+  void sort(const Vek8u* from, Vek8u* to, ptrdiff_t pixelBytes, ptrdiff_t count) {
+    src = from;
+    dst = to;
+    sortSamples<Block>(src, pixelBytes, count + 3 * pixelBytes, pairs);
+  }
+
+  /// The median of six sorted candidates and the row's five samples from x on.
+  [[gnu::always_inline]] inline void storeMedian(const typename Block::Value* candidates,
+                                                 ptrdiff_t x, ptrdiff_t pixelBytes) const {
+    typename Block::Value left[2], right[2], four[4], five[5];
+    loadSorted<Block>(pairs, x, left);
+    loadSorted<Block>(pairs, x + 2 * pixelBytes, right);
+    mergeSorted<Block, 2, 2>(left, right, four);
+    const auto last = Block::load(src + x + 4 * pixelBytes);
+    mergeSorted<Block, 4, 1>(four, &last, five);
+    Block::store(rankOfTwo<Block, 5, 5>(candidates, five), dst + x);
+  }
+};
+
+/// Of the 20 samples that two windows share only those of rank 7 to 12 can be the median of either:
+/// it has 12 below it, at most five of them in the window's own row.
+template <class Block>
+void mediansOfTwo(const SortedRows<5, 4>& ones, const SortedRows<5, 8>& twos,
+                  const OwnRow<Block>& upper, const OwnRow<Block>& lower, ptrdiff_t pixelBytes,
+                  ptrdiff_t n) {
+  Block::cover(n, [&](ptrdiff_t x) {
+    typename Block::Value left[8], right[8], last[4], sixteen[16], middle[14];
+    loadSorted<Block>(twos, x, left);
+    loadSorted<Block>(twos, x + 2 * pixelBytes, right);
+    mergeSorted<Block, 8, 8>(left, right, sixteen);
+    loadSorted<Block>(ones, x + 4 * pixelBytes, last);
+    mergeSorted<Block, 10, 4>(sixteen + 3, last, middle);
+    upper.storeMedian(middle + 4, x, pixelBytes);
+    lower.storeMedian(middle + 4, x, pixelBytes);
+  });
+}
+
+template <class Block>
+void medianNetwork5(const MedianRegion& r) {
+  SortedRows<5, 4> ones;
+  SortedRows<5, 8> twos;
+  OwnRow<Block> upper, lower;
+  for (ptrdiff_t y = 0; y < r.rows; y += 2) {
+    const bool single = y + 1 == r.rows;  // both windows are the same
+    const Vek8u* src = r.corner + y * r.srcStep;
+    Vek8u* dst = r.dst + y * r.dstStep;
+    forStrips<Block, 5>(r.columns, [&](ptrdiff_t x, ptrdiff_t count) {
+      const ptrdiff_t columns = count + 4 * r.pixelBytes;
+      sortSamples<Block>(src + r.srcStep + x, r.srcStep, columns, ones);
+      mergeNeighbours<Block>(ones, r.pixelBytes, columns - r.pixelBytes, twos);
+      upper.sort(src + x, dst + x, r.pixelBytes, count);
+      lower.sort(src + x + (single ? 0 : 5 * r.srcStep), dst + x + (single ? 0 : r.dstStep),
+                 r.pixelBytes, count);
+      mediansOfTwo(ones, twos, upper, lower, r.pixelBytes, count);
+    });
   }
 }
 

@@ -10,19 +10,15 @@
 
 namespace vek {
 
-/// The n medians of a row for a square mask of a fixed side. `corner` is the top-left sample of the
-/// first neighbourhood; horizontal neighbours are `pixelBytes` (1 or 3) bytes apart.
-using MedianNetwork = void (*)(const Vek8u* corner, ptrdiff_t srcStep, ptrdiff_t pixelBytes,
-                               Vek8u* dst, ptrdiff_t n);
-
-/// One channel of a region: samples are `pixelBytes` apart in both images.
+/// One channel of a region, or all of them: samples are `pixelBytes` (1 or 3) apart in both images.
 struct MedianRegion {
   const Vek8u* corner;  ///< top-left sample of the first neighbourhood
   ptrdiff_t srcStep;
   Vek8u* dst;
   ptrdiff_t dstStep;
   ptrdiff_t pixelBytes;
-  ptrdiff_t columns, rows;
+  ptrdiff_t columns;  ///< samples of a row
+  ptrdiff_t rows;
   ptrdiff_t maskWidth, maskHeight;  ///< odd; the height is at most 255
 };
 
@@ -30,9 +26,15 @@ struct MedianRegion {
 /// - 1 of them.
 inline constexpr ptrdiff_t medianHistograms = 192;
 
-/// Widest mask, and greatest number of its samples, that is counted threshold by threshold.
-inline constexpr ptrdiff_t countingWidth = 21;
-inline constexpr ptrdiff_t countingArea = 255;
+/// Whether a mask may be counted threshold by threshold: three of its columns, or all of them, have
+/// 255 samples at most.
+inline constexpr ptrdiff_t countingWidth = 33;
+inline bool isCountable(ptrdiff_t maskWidth, ptrdiff_t maskHeight) {
+  return maskWidth <= countingWidth && (maskHeight <= 85 || maskWidth * maskHeight <= 255);
+}
+
+/// Medians of all channels.
+using MedianNetwork = void (*)(const MedianRegion& region);
 
 struct MedianRows {
   MedianNetwork MedianFilter3x3_8u;
@@ -40,15 +42,16 @@ struct MedianRows {
   MedianNetwork larger[3];  ///< 7 x 7, 9 x 9, 11 x 11; null where histograms are faster
   ptrdiff_t leastBytes;     ///< of a row that goes through a network
 
-  /// For masks within the limits of counting and rows of leastBytes; null if the level has none.
-  /// `columns` counts bytes: neighbours in a row are `pixelBytes` apart.
+  /// All channels, for countable masks and rows of leastBytes; null if the
+  /// level has none.
   void (*byCounting)(const MedianRegion& region);
-  /// Time per pixel does not depend on the mask; columns + maskWidth - 1 <= medianHistograms.
+  /// One channel. Time per pixel does not depend on the mask; columns + maskWidth - 1 <=
+  /// medianHistograms.
   void (*columnHistograms)(const MedianRegion& region);
-  /// Time per pixel grows with the mask's height; no limits.
+  /// One channel. Time per pixel grows with the mask's height; no limits.
   void (*runningHistogram)(const MedianRegion& region);
 
-  /// Null if the level has none.
+  /// For square masks; null if the level has none.
   MedianNetwork network(ptrdiff_t side) const {
     if (side == 3) return MedianFilter3x3_8u;
     if (side == 5) return MedianFilter5x5_8u;

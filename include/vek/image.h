@@ -545,8 +545,9 @@ VEK_API VekStatus vekiCopy_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, i
  *
  *  With S the sum of the n = width x height samples: up to n = 128 the mean is (S * f + 8192) >> 14
  *  with f = 16384 / n, above it is (S * f + 2^31) >> 32 with f = 2^32 / n, f rounded to nearest
- *  (exact halves down) and the mean saturated to 255. The time per pixel does not depend on the
- *  size of the mask. Uses up to 38 KB of stack.
+ *  (exact halves down) and the mean saturated to 255. The time per pixel grows slowly
+ *  with the mask's width up to 48 and does not depend on its size otherwise. Uses up to 38 KB of
+ *  stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsStepErr (a step below 1);
  *  vekStsSizeErr (an empty region); vekStsMaskSizeErr (a mask width or height below 2);
@@ -605,9 +606,10 @@ VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u*
  *  maskSize.height neighbourhood whose pixel at `anchor` lies on the destination pixel (see
  *  vekiFilterBox). Both mask dimensions are odd; the height is at most 255, the width has no limit.
  *
- *  Square masks of 3 to 11 go through sorting networks (in regions of at least one vector's width);
- *  others through histograms, with a time per pixel that does not depend on the mask up to a width
- *  of 129 and grows with its height beyond. Uses up to 54 KB of stack.
+ *  Square masks of 3 to 11 go through sorting networks, and other masks of up to 33 x 85 count how
+ *  many samples are below each threshold that matters (in regions of at least one vector's width);
+ *  all others go through histograms, with a time per pixel that does not depend on the mask up to a
+ *  width of 129 and grows with its height beyond. Uses up to 121 KB of stack.
  *
  *  Return vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (an empty region);
  *  vekStsStepErr (a step below 1); vekStsMaskSizeErr (a mask dimension below 1 or even, or a height

@@ -1,6 +1,6 @@
 #include "image/filter/gamma_rows.h"
 
-#include "core/kernel/vector.h"
+#include "core/kernel/byte_table.h"
 
 #if VEK_HAVE_HIGHWAY
 
@@ -10,6 +10,19 @@ namespace {
 
 constexpr hn::ScalableTag<Vek8u> bytes;
 using VBytes = hn::Vec<decltype(bytes)>;
+
+#if VEK_HAVE_BYTE_TABLE
+
+class Table {
+ public:
+  explicit Table(const Vek8u* entries) : table_(entries) {}
+  VBytes operator()(VBytes index) const { return VBytes{table_.at(index.raw)}; }
+
+ private:
+  ByteTable table_;
+};
+
+#else
 
 /// Half a table as eight parts of 16 entries. x86 looks up by an index's low four bits unless its
 /// top bit is set; there each part but the first is kept as its difference (exclusive or) from the
@@ -42,14 +55,26 @@ class HalfTable {
   VBytes parts_[8];
 };
 
+class Table {
+ public:
+  explicit Table(const Vek8u* entries) : low_(entries), high_(entries + 128) {}
+
+  VBytes operator()(VBytes index) const {
+    const VBytes top = hn::Set(bytes, 128);
+    return hn::IfThenElse(hn::Lt(index, top), low_(index), high_(hn::Xor(index, top)));
+  }
+
+ private:
+  HalfTable low_, high_;
+};
+
+#endif
+
 void ownGamma_8u_(const GammaTable& table, const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
   constexpr int block = static_cast<int>(hn::MaxLanes(bytes));
-  const HalfTable low(table.entries), high(table.entries + 128);
+  const Table lookUp(table.entries);
   const auto body = [&](Vek8u* out, const Vek8u* in) {
-    const VBytes v = hn::LoadU(bytes, in);
-    const VBytes top = hn::Set(bytes, 128);
-    const auto isLow = hn::Lt(v, top);
-    hn::StoreU(hn::IfThenElse(isLow, low(v), high(hn::Xor(v, top))), bytes, out);
+    hn::StoreU(lookUp(hn::LoadU(bytes, in)), bytes, out);
   };
   forEachBlock<block>(n, body, Out<1>{dst}, In<1>{src});
 }

@@ -43,8 +43,9 @@ TEST(FilterBox, EqualsTheNaiveMean) {
 /// images that would give 256 (86 = 2 x 43, 102, 120).
 TEST(FilterBox, EveryAreaNearALimit) {
   Random random(baseSeed() + 1);
-  const VekiSize masks[] = {{2, 43},  {6, 17},  {15, 8},  {16, 8},  {8, 16},     {3, 43}, {17, 8},
-                            {12, 11}, {15, 17}, {16, 16}, {2, 128}, {1 << 8, 2}, {43, 6}};
+  const VekiSize masks[] = {{2, 43},  {6, 17},  {15, 8},  {16, 8},     {8, 16}, {3, 43},
+                            {17, 8},  {12, 11}, {15, 17}, {16, 16},    {6, 43}, {48, 85},
+                            {48, 86}, {49, 6},  {2, 128}, {1 << 8, 2}, {43, 6}};
   for (VekiSize mask : masks) {
     for (int channels : {1, 3}) {
       for (Pattern pattern : {Pattern::ones, Pattern::noise}) {
@@ -56,7 +57,7 @@ TEST(FilterBox, EveryAreaNearALimit) {
 
 TEST(FilterBox, SpansStrips) {
   Random random(baseSeed() + 2);
-  for (VekiSize mask : {VekiSize{3, 3}, VekiSize{21, 13}}) {
+  for (VekiSize mask : {VekiSize{3, 3}, VekiSize{21, 13}, VekiSize{61, 5}}) {
     for (int channels : {1, 3}) {
       compareBox({channels, {4200 / channels * 2, 4}, mask, {1, 1}, 8500, 8500}, random,
                  Pattern::noise);

@@ -26,14 +26,15 @@ void compareMedian(const Neighbourhood& a, Random& random, Pattern pattern) {
 
 TEST(FilterMedian, SquareMasks) {
   Random random(baseSeed());
-  for (int side = 1; side <= 13; side += 2) {
+  for (int side = 1; side <= 15; side += 2) {
     for (int round = 0; round < 24 && !HasFailure(); ++round) {
       const int channels = random.in(0, 1) * 2 + 1;
       compareMedian(randomNeighbourhood(random, channels, {side, side}, 110, 3), random,
                     allPatterns[random.in(0, 5)]);
     }
     // Longer than one strip, ending in less than a vector.
-    for (int width : {193, 230, 2080}) {
+    compareMedian({1, {270, 25}, {side, side}, {0, 0}, 290, 270}, random, Pattern::noise);
+    for (int width : {193, 2080}) {
       compareMedian({1, {width, 2}, {side, side}, {0, 0}, 2100, 2100}, random, Pattern::noise);
     }
     compareMedian({3, {355, 2}, {side, side}, {side - 1, 0}, 1200, 1100}, random,
@@ -44,8 +45,9 @@ TEST(FilterMedian, SquareMasks) {
 /// Tall, wide and flat masks, on both sides of the widths where the algorithm changes.
 TEST(FilterMedian, AnyOddMask) {
   Random random(baseSeed() + 1);
-  const VekiSize masks[] = {{1, 3},   {3, 1},   {5, 3},   {1, 255}, {257, 3},   {129, 5},
-                            {131, 5}, {21, 33}, {31, 31}, {3, 255}, {129, 255}, {901, 75}};
+  const VekiSize masks[] = {{1, 3},   {3, 1},   {5, 3},   {1, 255},   {257, 3},
+                            {129, 5}, {131, 5}, {21, 11}, {15, 17},   {23, 11},
+                            {21, 33}, {31, 31}, {3, 255}, {129, 255}, {901, 75}};
   for (VekiSize mask : masks) {
     const bool large = mask.width * mask.height > 10000;
     for (int channels : {1, 3}) {
@@ -56,7 +58,8 @@ TEST(FilterMedian, AnyOddMask) {
       }
     }
   }
-  compareMedian({1, {400, 2}, {21, 21}, {3, 4}, 450, 400}, random, Pattern::noise);
+  compareMedian({1, {400, 2}, {41, 21}, {3, 4}, 450, 400}, random, Pattern::noise);
+  compareMedian({3, {100, 30}, {17, 17}, {0, 16}, 360, 310}, random, Pattern::noise);
 }
 
 TEST(FilterMedian, RefusesBadArguments) {
