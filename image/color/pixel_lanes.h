@@ -106,6 +106,17 @@ void convertPixels(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
   forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
 }
 
+/// v without its fraction, for values that fit: Highway's conversion sees to those that do not.
+inline VInt truncated(VFloat v) {
+#if defined(__AVX512F__)
+  return VInt{_mm512_cvttps_epi32(v.raw)};
+#elif defined(__AVX2__)
+  return VInt{_mm256_cvttps_epi32(v.raw)};
+#else
+  return hn::ConvertTo(intLanes, v);
+#endif
+}
+
 /// 1 / d to 21 bits or better, from an approximation of at least 11 bits and one step of Newton's.
 inline VFloat reciprocal(VFloat d) {
 #if HWY_ARCH_X86

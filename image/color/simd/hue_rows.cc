@@ -13,8 +13,8 @@ namespace {
 /// floor(n / d * factor + add), for |n| <= d <= 255 and values that are multiples of 1 / (2 d). The
 /// computed one is off by less than 1/1024, which is added: it then truncates to the exact floor.
 inline VInt floorOfRatio(VFloat n, VFloat reciprocal, float factor, float add) {
-  return hn::ConvertTo(intLanes, hn::MulAdd(hn::Mul(n, reciprocal), hn::Set(floatLanes, factor),
-                                            hn::Set(floatLanes, add + 1.0f / 1024)));
+  return truncated(hn::MulAdd(hn::Mul(n, reciprocal), hn::Set(floatLanes, factor),
+                              hn::Set(floatLanes, add + 1.0f / 1024)));
 }
 
 /// What both forward conversions need of a pixel, and the pairs of components whose difference is

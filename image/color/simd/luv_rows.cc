@@ -34,7 +34,7 @@ template <int shift>
 VInt scaledQuotient(VInt n, VInt d) {
   const VFloat scaled = hn::Mul(toFloat(n), hn::Set(floatLanes, static_cast<float>(1 << shift)));
   const VFloat estimate = hn::Div(scaled, toFloat(d));
-  return mendQuotient(hn::ConvertTo(intLanes, estimate), hn::ShiftLeft<shift>(n), d);
+  return mendQuotient(truncated(estimate), hn::ShiftLeft<shift>(n), d);
 }
 
 void RGB_LUV_8u_C3(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
@@ -58,7 +58,7 @@ inline VInt proportion(VInt n, VInt y, VInt b4, VFloat reciprocal) {
   const VInt size = hn::Abs(n);
   const VFloat estimate = hn::Min(hn::Mul(hn::Mul(toFloat(size), toFloat(y)), reciprocal),
                                   hn::Set(floatLanes, static_cast<float>(mostXZ + 2)));
-  const VInt q = mendQuotient(hn::ConvertTo(intLanes, estimate), hn::Mul(size, y), b4);
+  const VInt q = mendQuotient(truncated(estimate), hn::Mul(size, y), b4);
   const VInt bounded = hn::Min(q, constant(mostXZ));
   return hn::IfThenElse(hn::Lt(n, constant(0)), hn::Neg(bounded), bounded);
 }
