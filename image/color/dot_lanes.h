@@ -305,18 +305,29 @@ struct TwistLanes {
   /// Of the groups of a block, clamped to 0..255.
   Channels packed(const BlockPairs& p) const { return {x.packed(p), y.packed(p), z.packed(p)}; }
 
-  /// Stores the pixels of a block in three bytes each.
-  void store(const BlockPairs& p, Vek8u* dst) const {
-    VBytes lanes[4];
-    for (int g = 0; g < 4; g += 2) {
-      const VWord third = packWords(z.of(p.group[g]), z.of(p.group[g + 1]));
-      for (int k = g; k < g + 2; ++k) {
-        lanes[k] = packBytes(packWords(x.of(p.group[k]), y.of(p.group[k])), third);
-      }
-    }
-    storeGroups(lanes, dst);
-  }
+  PixelLanes of(const PixelPairs& p) const { return {x.of(p), y.of(p), z.of(p)}; }
 };
+
+/// Runs fn(PixelPairs) -> PixelLanes on the pixels of a block and stores the results, clamped to
+/// 0..255, in three bytes each.
+template <class Fn>
+void convertGroups(const BlockPairs& p, Vek8u* dst, Fn fn) {
+  VBytes lanes[4];
+  for (int g = 0; g < 4; g += 2) {
+    const PixelLanes a = fn(p.group[g]), b = fn(p.group[g + 1]);
+    const VWord third = packWords(a.c2, b.c2);
+    lanes[g] = packBytes(packWords(a.c0, a.c1), third);
+    lanes[g + 1] = packBytes(packWords(b.c0, b.c1), third);
+  }
+  storeGroups(lanes, dst);
+}
+
+/// The same on a row of pixels.
+template <class Fn>
+void convertPixelPairs(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
+  const auto body = [&fn](Vek8u* out, const Vek8u* in) { convertGroups(loadPairs(in), out, fn); };
+  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+}
 
 }  // namespace
 }  // namespace vek::VEK_LEVEL

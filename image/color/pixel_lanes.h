@@ -88,24 +88,6 @@ void forEachPhase(Phase phase) {
   phase.template operator()<3>();
 }
 
-/// Runs fn(PixelLanes) -> PixelLanes on every pixel of a row.
-template <class Fn>
-void convertPixels(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
-  const auto body = [&fn](Vek8u* out, const Vek8u* in) {
-    const Channels v = loadChannels(in);
-    VBytes x = hn::Zero(byteLanes), y = x, z = x;
-    forEachPhase([&]<int p>() {
-      const PixelLanes result =
-          fn(PixelLanes{phaseOf<p>(v.c0), phaseOf<p>(v.c1), phaseOf<p>(v.c2)});
-      x = merge<p>(x, result.c0);
-      y = merge<p>(y, result.c1);
-      z = merge<p>(z, result.c2);
-    });
-    storeChannels({x, y, z}, out);
-  };
-  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
-}
-
 /// v without its fraction, for values that fit: Highway's conversion sees to those that do not.
 inline VInt truncated(VFloat v) {
 #if defined(__AVX512F__)
@@ -131,21 +113,8 @@ inline VFloat toFloat(VInt v) {
   return hn::ConvertTo(floatLanes, v);
 }
 
-/// floor(n / d) from a quotient q that is off by at most one; n is given modulo 2^32, which is
-/// enough to see on which side the rest lies. d >= 1.
-inline VInt mendQuotient(VInt q, VInt n, VInt d) {
-  const VInt rest = hn::Sub(n, hn::Mul(q, d));
-  const VInt above = hn::VecFromMask(intLanes, hn::Lt(rest, constant(0)));
-  const VInt below = hn::VecFromMask(intLanes, hn::Gt(rest, hn::Sub(d, constant(1))));
-  return hn::Sub(hn::Add(q, above), below);  // true lanes are -1
-}
-
 inline VInt times(VInt v, Vek32s factor) {
   return hn::Mul(v, constant(factor));
-}
-
-inline VInt clampToByte(VInt v) {
-  return hn::Min(hn::Max(v, constant(0)), constant(255));
 }
 
 }  // namespace

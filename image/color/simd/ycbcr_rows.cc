@@ -200,14 +200,15 @@ void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek
 
 template <class Source, const Matrix& m, class Format>
 void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
-  const auto body = [](Vek8u* out, const Vek8u* in) {
-    if constexpr (Source::Stream::bytes == Format::bytes) {  // three
-      TwistLanes<10>(combinations<m>, 0).store(loadPairs(in), out);
-    } else {
+  if constexpr (Source::Stream::bytes == Format::bytes) {  // three
+    const TwistLanes<10> matrix(combinations<m>, 0);
+    convertPixelPairs(src, dst, n, [&](const PixelPairs& p) { return matrix.of(p); });
+  } else {
+    const auto body = [](Vek8u* out, const Vek8u* in) {
       store<Format>(Source::template convert<m>(in), out);
-    }
-  };
-  forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
+    };
+    forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
+  }
 }
 
 template <const Matrix& m>
