@@ -64,12 +64,16 @@ inline Channels loadChannels(const Vek8u* src) {
           Channels::V{permuted(collectedAt<2>, blendThirds(c, b, a))}};
 }
 
-inline void storeChannels(const Channels& v, Vek8u* dst) {
-  const __m512i x = permuted(pixelOf<0>, v.c0.raw), y = permuted(pixelOf<1>, v.c1.raw),
-                z = permuted(pixelOf<2>, v.c2.raw);
+/// Stores channels whose samples are in the lanes that they were collected in.
+inline void storeThirds(__m512i x, __m512i y, __m512i z, Vek8u* dst) {
   _mm512_storeu_si512(dst, blendThirds(x, y, z));
   _mm512_storeu_si512(dst + 64, blendThirds(y, z, x));
   _mm512_storeu_si512(dst + 128, blendThirds(z, x, y));
+}
+
+inline void storeChannels(const Channels& v, Vek8u* dst) {
+  storeThirds(permuted(pixelOf<0>, v.c0.raw), permuted(pixelOf<1>, v.c1.raw),
+              permuted(pixelOf<2>, v.c2.raw), dst);
 }
 
 #else

@@ -122,31 +122,25 @@ inline BlockPairs loadPairs(const Vek8u* src) {
            groupOf<true>(src + 144)}};
 }
 
-/// Byte 3 i + c comes from the 128-bit lane of pixel i.
-template <int third>
-constexpr ByteOrder interleavedGroup = [] {
+/// For each lane of storeThirds() where its pixel's sample lies when groups are packed.
+template <int channel>
+constexpr ByteOrder packedPixelOf = [] {
   ByteOrder order = {};
-  for (int i = 0; i < 16; ++i) {
-    for (int c = 0; c < 3; ++c) {
-      const int from = c < 2 ? 4 * c : third;
-      order.at[3 * i + c] = static_cast<Vek8u>(i / 4 * 16 + from + i % 4);
-    }
+  for (int i = 0; i < 64; ++i) {
+    order.at[(3 * i + channel) % 64] = static_cast<Vek8u>(i / 4 % 4 * 16 + i / 16 * 4 + i % 4);
   }
   return order;
 }();
 
-template <int third>
-void storeGroup(VBytes v, Vek8u* dst) {
-  _mm512_mask_storeu_epi8(dst, 0x0000FFFFFFFFFFFF, permuted(interleavedGroup<third>, v.raw));
-}
-
-/// `lanes[g]` holds in each 128-bit lane the first channel of its four pixels, then the second one,
-/// then the third one (even groups) or something else and the third one (odd groups).
-inline void storeGroups(const VBytes (&lanes)[4], Vek8u* dst) {
-  storeGroup<8>(lanes[0], dst);
-  storeGroup<12>(lanes[1], dst + 48);
-  storeGroup<8>(lanes[2], dst + 96);
-  storeGroup<12>(lanes[3], dst + 144);
+/// Stores the groups' pixels in three bytes each, clamped to 0..255. Whole vectors are worth more
+/// than fewer instructions: 48 bytes at a time take longer where memory is the bound.
+inline void storeGroups(const PixelLanes (&p)[4], Vek8u* dst) {
+  const auto packed = [&](VInt PixelLanes::*c) {
+    return packBytes(packWords(p[0].*c, p[1].*c), packWords(p[2].*c, p[3].*c)).raw;
+  };
+  storeThirds(permuted(packedPixelOf<0>, packed(&PixelLanes::c0)),
+              permuted(packedPixelOf<1>, packed(&PixelLanes::c1)),
+              permuted(packedPixelOf<2>, packed(&PixelLanes::c2)), dst);
 }
 
 /// One channel of a block, from packed values of its groups.
@@ -226,7 +220,8 @@ inline BlockPairs loadPairs(const Vek8u* src) {
   return {{groupOf<0>(src), groupOf<1>(src), groupOf<2>(src), groupOf<3>(src)}};
 }
 
-/// Byte 3 i + c of a lane's four pixels. Bytes from 4 g on lie four places higher, where they meet
+/// Byte 3 i + c of a lane's four pixels, which come with the first channel of all four, the second
+/// one, then the third one (even groups) or another group's and the third one. Bytes from 4 g on lie four places higher, where they meet
 /// the bytes of the next group when both are shifted together.
 template <int g>
 constexpr LaneOrder interleavedGroup = [] {
@@ -243,9 +238,14 @@ constexpr LaneOrder interleavedGroup = [] {
   return order;
 }();
 
-/// `lanes[g]` holds in each 128-bit lane the first channel of its four pixels, then the second one,
-/// then the third one (even groups) or something else and the third one (odd groups).
-inline void storeGroups(const VBytes (&lanes)[4], Vek8u* dst) {
+/// Stores the groups' pixels in three bytes each, clamped to 0..255.
+inline void storeGroups(const PixelLanes (&p)[4], Vek8u* dst) {
+  VBytes lanes[4];
+  for (int g = 0; g < 4; g += 2) {
+    const VWord third = packWords(p[g].c2, p[g + 1].c2);
+    lanes[g] = packBytes(packWords(p[g].c0, p[g].c1), third);
+    lanes[g + 1] = packBytes(packWords(p[g + 1].c0, p[g + 1].c1), third);
+  }
   const VBytes a = shuffled(interleavedGroup<0>, lanes[0]);
   const VBytes b = shuffled(interleavedGroup<1>, lanes[1]);
   const VBytes c = shuffled(interleavedGroup<2>, lanes[2]);
@@ -308,24 +308,13 @@ struct TwistLanes {
   PixelLanes of(const PixelPairs& p) const { return {x.of(p), y.of(p), z.of(p)}; }
 };
 
-/// Runs fn(PixelPairs) -> PixelLanes on the pixels of a block and stores the results, clamped to
-/// 0..255, in three bytes each.
-template <class Fn>
-void convertGroups(const BlockPairs& p, Vek8u* dst, Fn fn) {
-  VBytes lanes[4];
-  for (int g = 0; g < 4; g += 2) {
-    const PixelLanes a = fn(p.group[g]), b = fn(p.group[g + 1]);
-    const VWord third = packWords(a.c2, b.c2);
-    lanes[g] = packBytes(packWords(a.c0, a.c1), third);
-    lanes[g + 1] = packBytes(packWords(b.c0, b.c1), third);
-  }
-  storeGroups(lanes, dst);
-}
-
-/// The same on a row of pixels.
+/// Runs fn(PixelPairs) -> PixelLanes on every pixel of a row; the results are clamped to 0..255.
 template <class Fn>
 void convertPixelPairs(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
-  const auto body = [&fn](Vek8u* out, const Vek8u* in) { convertGroups(loadPairs(in), out, fn); };
+  const auto body = [&fn](Vek8u* out, const Vek8u* in) {
+    const BlockPairs p = loadPairs(in);
+    storeGroups({fn(p.group[0]), fn(p.group[1]), fn(p.group[2]), fn(p.group[3])}, out);
+  };
   forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
 }
 
