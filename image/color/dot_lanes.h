@@ -132,11 +132,15 @@ constexpr ByteOrder packedPixelOf = [] {
   return order;
 }();
 
-/// Stores the groups' pixels in three bytes each, clamped to 0..255. Whole vectors are worth more
-/// than fewer instructions: 48 bytes at a time take longer where memory is the bound.
-inline void storeGroups(const PixelLanes (&p)[4], Vek8u* dst) {
-  const auto packed = [&](VInt PixelLanes::*c) {
-    return packBytes(packWords(p[0].*c, p[1].*c), packWords(p[2].*c, p[3].*c)).raw;
+/// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255. Whole vectors are
+/// worth more than fewer instructions: 48 bytes at a time take longer where memory is the bound.
+template <class Fn>
+void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
+  const BlockPairs pairs = loadPairs(src);
+  const PixelLanes a = fn(pairs.group[0]), b = fn(pairs.group[1]);
+  const PixelLanes c = fn(pairs.group[2]), d = fn(pairs.group[3]);
+  const auto packed = [&](VInt PixelLanes::*channel) {
+    return packBytes(packWords(a.*channel, b.*channel), packWords(c.*channel, d.*channel)).raw;
   };
   storeThirds(permuted(packedPixelOf<0>, packed(&PixelLanes::c0)),
               permuted(packedPixelOf<1>, packed(&PixelLanes::c1)),
@@ -238,21 +242,21 @@ constexpr LaneOrder interleavedGroup = [] {
   return order;
 }();
 
-/// Stores the groups' pixels in three bytes each, clamped to 0..255.
-inline void storeGroups(const PixelLanes (&p)[4], Vek8u* dst) {
+/// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255.
+template <class Fn>
+void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
   VBytes lanes[4];
-  for (int g = 0; g < 4; g += 2) {
-    const VWord third = packWords(p[g].c2, p[g + 1].c2);
-    lanes[g] = packBytes(packWords(p[g].c0, p[g].c1), third);
-    lanes[g + 1] = packBytes(packWords(p[g + 1].c0, p[g + 1].c1), third);
-  }
-  const VBytes a = shuffled(interleavedGroup<0>, lanes[0]);
-  const VBytes b = shuffled(interleavedGroup<1>, lanes[1]);
-  const VBytes c = shuffled(interleavedGroup<2>, lanes[2]);
-  const VBytes d = shuffled(interleavedGroup<3>, lanes[3]);
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<4>(byteLanes, b, a), dst);
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<8>(byteLanes, c, b), dst + 16);
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<12>(byteLanes, d, c), dst + 32);
+  const auto convertTwo = [&]<int g>() {
+    const PixelLanes a = fn(groupOf<g>(src)), b = fn(groupOf<g + 1>(src));
+    const VWord third = packWords(a.c2, b.c2);
+    lanes[g] = shuffled(interleavedGroup<g>, packBytes(packWords(a.c0, a.c1), third));
+    lanes[g + 1] = shuffled(interleavedGroup<g + 1>, packBytes(packWords(b.c0, b.c1), third));
+  };
+  convertTwo.template operator()<0>();
+  convertTwo.template operator()<2>();
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<4>(byteLanes, lanes[1], lanes[0]), dst);
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<8>(byteLanes, lanes[2], lanes[1]), dst + 16);
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<12>(byteLanes, lanes[3], lanes[2]), dst + 32);
 }
 
 inline VBytes inOrder(VBytes v) {
@@ -311,10 +315,7 @@ struct TwistLanes {
 /// Runs fn(PixelPairs) -> PixelLanes on every pixel of a row; the results are clamped to 0..255.
 template <class Fn>
 void convertPixelPairs(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
-  const auto body = [&fn](Vek8u* out, const Vek8u* in) {
-    const BlockPairs p = loadPairs(in);
-    storeGroups({fn(p.group[0]), fn(p.group[1]), fn(p.group[2]), fn(p.group[3])}, out);
-  };
+  const auto body = [&fn](Vek8u* out, const Vek8u* in) { convertBlock(in, out, fn); };
   forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
 }
 
