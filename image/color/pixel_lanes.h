@@ -1,4 +1,4 @@
-// Drivers for kernels that compute three-channel pixels in 16-bit or 32-bit lanes.
+// Lanes for kernels of three-channel pixels: bytes, and 16-bit or 32-bit parts of them.
 #pragma once
 
 #include "core/kernel/interleave.h"
