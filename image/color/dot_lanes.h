@@ -132,8 +132,8 @@ constexpr ByteOrder packedPixelOf = [] {
   return order;
 }();
 
-/// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255. Whole vectors are
-/// worth more than fewer instructions: 48 bytes at a time take longer where memory is the bound.
+/// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255. Whole vectors
+/// are worth more than fewer instructions: 48 bytes at a time take longer where memory is the bound.
 template <class Fn>
 void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
   const BlockPairs pairs = loadPairs(src);
@@ -211,8 +211,8 @@ void storeLanes(D d, hn::Vec<D> v, Vek8u* dst) {
   }
 }
 
-/// The 12 bytes of four pixels in each lane; those of the last group are loaded from 4 bytes before,
-/// so that no load leaves the block.
+/// The 12 bytes of four pixels in each lane; those of the last group are loaded from 4 bytes
+/// before, so that no load leaves the block.
 template <int g>
 PixelPairs groupOf(const Vek8u* src) {
   const VBytes v = loadLanes(byteLanes, src + 12 * g - (g == 3 ? 4 : 0));
@@ -225,8 +225,9 @@ inline BlockPairs loadPairs(const Vek8u* src) {
 }
 
 /// Byte 3 i + c of a lane's four pixels, which come with the first channel of all four, the second
-/// one, then the third one (even groups) or another group's and the third one. Bytes from 4 g on lie four places higher, where they meet
-/// the bytes of the next group when both are shifted together.
+/// one, then the third one (even groups) or another group's and the third one. Bytes from 4 g on
+/// lie four places higher, where they meet the bytes of the next group when both are shifted
+/// together.
 template <int g>
 constexpr LaneOrder interleavedGroup = [] {
   LaneOrder order = {};

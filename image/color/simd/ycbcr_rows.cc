@@ -39,8 +39,8 @@ struct Interleaved444 {
   }
 };
 
-// Where pixel pairs share chroma: 16-bit sums of luma and of a chroma part that is computed once for
-// both. Luma's factor is weight << drop, so floor((factor * y + c) / 2^10) is
+// Where pixel pairs share chroma: 16-bit sums of luma and of a chroma part that is computed once
+// for both. Luma's factor is weight << drop, so floor((factor * y + c) / 2^10) is
 // (weight * y + floor(c / 2^drop)) >> (10 - drop), exactly.
 
 template <const Matrix& m>
