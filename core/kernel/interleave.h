@@ -56,23 +56,67 @@ inline __m512i permuted(const ByteOrder& order, __m512i v) {
   return _mm512_permutexvar_epi8(_mm512_load_si512(order.at), v);
 }
 
-inline Channels loadChannels(const Vek8u* src) {
-  const __m512i a = _mm512_loadu_si512(src), b = _mm512_loadu_si512(src + 64),
-                c = _mm512_loadu_si512(src + 128);
-  return {Channels::V{permuted(collectedAt<0>, blendThirds(a, c, b))},
-          Channels::V{permuted(collectedAt<1>, blendThirds(b, a, c))},
-          Channels::V{permuted(collectedAt<2>, blendThirds(c, b, a))}};
+/// The channels of three vectors that follow each other in memory, in the order of collection.
+inline Channels separated(Channels::V first, Channels::V second, Channels::V third) {
+  const __m512i a = first.raw, b = second.raw, c = third.raw;
+  return {Channels::V{blendThirds(a, c, b)}, Channels::V{blendThirds(b, a, c)},
+          Channels::V{blendThirds(c, b, a)}};
 }
 
-inline void storeChannels(const Channels& v, Vek8u* dst) {
-  const __m512i x = permuted(pixelOf<0>, v.c0.raw), y = permuted(pixelOf<1>, v.c1.raw),
-                z = permuted(pixelOf<2>, v.c2.raw);
+inline Channels loadChannels(const Vek8u* src) {
+  const hn::ScalableTag<Vek8u> d;
+  const Channels v = separated(hn::LoadU(d, src), hn::LoadU(d, src + 64), hn::LoadU(d, src + 128));
+  return {Channels::V{permuted(collectedAt<0>, v.c0.raw)},
+          Channels::V{permuted(collectedAt<1>, v.c1.raw)},
+          Channels::V{permuted(collectedAt<2>, v.c2.raw)}};
+}
+
+/// Stores channels whose samples are in the lanes that they were collected in.
+inline void storeThirds(__m512i x, __m512i y, __m512i z, Vek8u* dst) {
   _mm512_storeu_si512(dst, blendThirds(x, y, z));
   _mm512_storeu_si512(dst + 64, blendThirds(y, z, x));
   _mm512_storeu_si512(dst + 128, blendThirds(z, x, y));
 }
 
+inline void storeChannels(const Channels& v, Vek8u* dst) {
+  storeThirds(permuted(pixelOf<0>, v.c0.raw), permuted(pixelOf<1>, v.c1.raw),
+              permuted(pixelOf<2>, v.c2.raw), dst);
+}
+
 #else
+
+/// Of 0xFF in lanes that are `phase` more than a multiple of 3, else 0.
+template <int phase>
+Channels::V thirdOfLanes() {
+  const hn::ScalableTag<Vek8u> d;
+  static constexpr auto flags = [] {
+    struct {
+      alignas(32) Vek8u at[32];
+    } table = {};
+    for (int i = phase; i < 32; i += 3) table.at[i] = 0xFF;
+    return table;
+  }();
+  static_assert(hn::MaxLanes(d) <= 32);
+  return hn::Load(d, flags.at);
+}
+
+/// Lanes 0, 3, ... of a, lanes 1, 4, ... of b, lanes 2, 5, ... of c.
+inline Channels::V blendThirds(Channels::V a, Channels::V b, Channels::V c) {
+  const auto isFirst = hn::MaskFromVec(thirdOfLanes<0>());
+  const auto isSecond = hn::MaskFromVec(thirdOfLanes<1>());
+  return hn::IfThenElse(isFirst, a, hn::IfThenElse(isSecond, b, c));
+}
+
+/// The channels of three vectors that follow each other in memory, each in an order of its own.
+inline Channels separated(Channels::V first, Channels::V second, Channels::V third) {
+  if constexpr (hn::MaxLanes(hn::ScalableTag<Vek8u>()) % 3 == 1) {
+    return {blendThirds(first, third, second), blendThirds(second, first, third),
+            blendThirds(third, second, first)};
+  } else {
+    return {blendThirds(first, second, third), blendThirds(third, first, second),
+            blendThirds(second, third, first)};
+  }
+}
 
 inline Channels loadChannels(const Vek8u* src) {
   Channels v;

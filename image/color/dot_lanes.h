@@ -122,31 +122,29 @@ inline BlockPairs loadPairs(const Vek8u* src) {
            groupOf<true>(src + 144)}};
 }
 
-/// Byte 3 i + c comes from the 128-bit lane of pixel i.
-template <int third>
-constexpr ByteOrder interleavedGroup = [] {
+/// For each lane of storeThirds() where its pixel's sample lies when groups are packed.
+template <int channel>
+constexpr ByteOrder packedPixelOf = [] {
   ByteOrder order = {};
-  for (int i = 0; i < 16; ++i) {
-    for (int c = 0; c < 3; ++c) {
-      const int from = c < 2 ? 4 * c : third;
-      order.at[3 * i + c] = static_cast<Vek8u>(i / 4 * 16 + from + i % 4);
-    }
+  for (int i = 0; i < 64; ++i) {
+    order.at[(3 * i + channel) % 64] = static_cast<Vek8u>(i / 4 % 4 * 16 + i / 16 * 4 + i % 4);
   }
   return order;
 }();
 
-template <int third>
-void storeGroup(VBytes v, Vek8u* dst) {
-  _mm512_mask_storeu_epi8(dst, 0x0000FFFFFFFFFFFF, permuted(interleavedGroup<third>, v.raw));
-}
-
-/// `lanes[g]` holds in each 128-bit lane the first channel of its four pixels, then the second one,
-/// then the third one (even groups) or something else and the third one (odd groups).
-inline void storeGroups(const VBytes (&lanes)[4], Vek8u* dst) {
-  storeGroup<8>(lanes[0], dst);
-  storeGroup<12>(lanes[1], dst + 48);
-  storeGroup<8>(lanes[2], dst + 96);
-  storeGroup<12>(lanes[3], dst + 144);
+/// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255. Whole vectors
+/// are worth more than fewer instructions: 48 bytes at a time take longer where memory is the bound.
+template <class Fn>
+void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
+  const BlockPairs pairs = loadPairs(src);
+  const PixelLanes a = fn(pairs.group[0]), b = fn(pairs.group[1]);
+  const PixelLanes c = fn(pairs.group[2]), d = fn(pairs.group[3]);
+  const auto packed = [&](VInt PixelLanes::*channel) {
+    return packBytes(packWords(a.*channel, b.*channel), packWords(c.*channel, d.*channel)).raw;
+  };
+  storeThirds(permuted(packedPixelOf<0>, packed(&PixelLanes::c0)),
+              permuted(packedPixelOf<1>, packed(&PixelLanes::c1)),
+              permuted(packedPixelOf<2>, packed(&PixelLanes::c2)), dst);
 }
 
 /// One channel of a block, from packed values of its groups.
@@ -213,8 +211,8 @@ void storeLanes(D d, hn::Vec<D> v, Vek8u* dst) {
   }
 }
 
-/// The 12 bytes of four pixels in each lane; those of the last group are loaded from 4 bytes before,
-/// so that no load leaves the block.
+/// The 12 bytes of four pixels in each lane; those of the last group are loaded from 4 bytes
+/// before, so that no load leaves the block.
 template <int g>
 PixelPairs groupOf(const Vek8u* src) {
   const VBytes v = loadLanes(byteLanes, src + 12 * g - (g == 3 ? 4 : 0));
@@ -226,8 +224,10 @@ inline BlockPairs loadPairs(const Vek8u* src) {
   return {{groupOf<0>(src), groupOf<1>(src), groupOf<2>(src), groupOf<3>(src)}};
 }
 
-/// Byte 3 i + c of a lane's four pixels. Bytes from 4 g on lie four places higher, where they meet
-/// the bytes of the next group when both are shifted together.
+/// Byte 3 i + c of a lane's four pixels, which come with the first channel of all four, the second
+/// one, then the third one (even groups) or another group's and the third one. Bytes from 4 g on
+/// lie four places higher, where they meet the bytes of the next group when both are shifted
+/// together.
 template <int g>
 constexpr LaneOrder interleavedGroup = [] {
   LaneOrder order = {};
@@ -243,16 +243,21 @@ constexpr LaneOrder interleavedGroup = [] {
   return order;
 }();
 
-/// `lanes[g]` holds in each 128-bit lane the first channel of its four pixels, then the second one,
-/// then the third one (even groups) or something else and the third one (odd groups).
-inline void storeGroups(const VBytes (&lanes)[4], Vek8u* dst) {
-  const VBytes a = shuffled(interleavedGroup<0>, lanes[0]);
-  const VBytes b = shuffled(interleavedGroup<1>, lanes[1]);
-  const VBytes c = shuffled(interleavedGroup<2>, lanes[2]);
-  const VBytes d = shuffled(interleavedGroup<3>, lanes[3]);
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<4>(byteLanes, b, a), dst);
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<8>(byteLanes, c, b), dst + 16);
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<12>(byteLanes, d, c), dst + 32);
+/// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255.
+template <class Fn>
+void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
+  VBytes lanes[4];
+  const auto convertTwo = [&]<int g>() {
+    const PixelLanes a = fn(groupOf<g>(src)), b = fn(groupOf<g + 1>(src));
+    const VWord third = packWords(a.c2, b.c2);
+    lanes[g] = shuffled(interleavedGroup<g>, packBytes(packWords(a.c0, a.c1), third));
+    lanes[g + 1] = shuffled(interleavedGroup<g + 1>, packBytes(packWords(b.c0, b.c1), third));
+  };
+  convertTwo.template operator()<0>();
+  convertTwo.template operator()<2>();
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<4>(byteLanes, lanes[1], lanes[0]), dst);
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<8>(byteLanes, lanes[2], lanes[1]), dst + 16);
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<12>(byteLanes, lanes[3], lanes[2]), dst + 32);
 }
 
 inline VBytes inOrder(VBytes v) {
@@ -305,18 +310,15 @@ struct TwistLanes {
   /// Of the groups of a block, clamped to 0..255.
   Channels packed(const BlockPairs& p) const { return {x.packed(p), y.packed(p), z.packed(p)}; }
 
-  /// Stores the pixels of a block in three bytes each.
-  void store(const BlockPairs& p, Vek8u* dst) const {
-    VBytes lanes[4];
-    for (int g = 0; g < 4; g += 2) {
-      const VWord third = packWords(z.of(p.group[g]), z.of(p.group[g + 1]));
-      for (int k = g; k < g + 2; ++k) {
-        lanes[k] = packBytes(packWords(x.of(p.group[k]), y.of(p.group[k])), third);
-      }
-    }
-    storeGroups(lanes, dst);
-  }
+  PixelLanes of(const PixelPairs& p) const { return {x.of(p), y.of(p), z.of(p)}; }
 };
+
+/// Runs fn(PixelPairs) -> PixelLanes on every pixel of a row; the results are clamped to 0..255.
+template <class Fn>
+void convertPixelPairs(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
+  const auto body = [&fn](Vek8u* out, const Vek8u* in) { convertBlock(in, out, fn); };
+  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+}
 
 }  // namespace
 }  // namespace vek::VEK_LEVEL

@@ -1,4 +1,4 @@
-// Drivers for kernels that compute three-channel pixels in 16-bit or 32-bit lanes.
+// Lanes for kernels of three-channel pixels: bytes, and 16-bit or 32-bit parts of them.
 #pragma once
 
 #include "core/kernel/interleave.h"
@@ -88,22 +88,15 @@ void forEachPhase(Phase phase) {
   phase.template operator()<3>();
 }
 
-/// Runs fn(PixelLanes) -> PixelLanes on every pixel of a row.
-template <class Fn>
-void convertPixels(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
-  const auto body = [&fn](Vek8u* out, const Vek8u* in) {
-    const Channels v = loadChannels(in);
-    VBytes x = hn::Zero(byteLanes), y = x, z = x;
-    forEachPhase([&]<int p>() {
-      const PixelLanes result =
-          fn(PixelLanes{phaseOf<p>(v.c0), phaseOf<p>(v.c1), phaseOf<p>(v.c2)});
-      x = merge<p>(x, result.c0);
-      y = merge<p>(y, result.c1);
-      z = merge<p>(z, result.c2);
-    });
-    storeChannels({x, y, z}, out);
-  };
-  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+/// v without its fraction, for values that fit: Highway's conversion sees to those that do not.
+inline VInt truncated(VFloat v) {
+#if defined(__AVX512F__)
+  return VInt{_mm512_cvttps_epi32(v.raw)};
+#elif defined(__AVX2__)
+  return VInt{_mm256_cvttps_epi32(v.raw)};
+#else
+  return hn::ConvertTo(intLanes, v);
+#endif
 }
 
 /// 1 / d to 21 bits or better, from an approximation of at least 11 bits and one step of Newton's.
@@ -120,21 +113,8 @@ inline VFloat toFloat(VInt v) {
   return hn::ConvertTo(floatLanes, v);
 }
 
-/// floor(n / d) from a quotient q that is off by at most one; n is given modulo 2^32, which is
-/// enough to see on which side the rest lies. d >= 1.
-inline VInt mendQuotient(VInt q, VInt n, VInt d) {
-  const VInt rest = hn::Sub(n, hn::Mul(q, d));
-  const VInt above = hn::VecFromMask(intLanes, hn::Lt(rest, constant(0)));
-  const VInt below = hn::VecFromMask(intLanes, hn::Gt(rest, hn::Sub(d, constant(1))));
-  return hn::Sub(hn::Add(q, above), below);  // true lanes are -1
-}
-
 inline VInt times(VInt v, Vek32s factor) {
   return hn::Mul(v, constant(factor));
-}
-
-inline VInt clampToByte(VInt v) {
-  return hn::Min(hn::Max(v, constant(0)), constant(255));
 }
 
 }  // namespace

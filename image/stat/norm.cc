@@ -9,7 +9,7 @@ namespace vek {
 namespace {
 
 /// Bytes of each image that a relative norm goes through twice, while they are still cached.
-constexpr ptrdiff_t stripBytes = 16384;
+constexpr ptrdiff_t stripBytes = 65536;
 
 struct Totals {
   uint64_t channel[3] = {};

@@ -13,8 +13,8 @@ namespace {
 /// floor(n / d * factor + add), for |n| <= d <= 255 and values that are multiples of 1 / (2 d). The
 /// computed one is off by less than 1/1024, which is added: it then truncates to the exact floor.
 inline VInt floorOfRatio(VFloat n, VFloat reciprocal, float factor, float add) {
-  return hn::ConvertTo(intLanes, hn::MulAdd(hn::Mul(n, reciprocal), hn::Set(floatLanes, factor),
-                                            hn::Set(floatLanes, add + 1.0f / 1024)));
+  return truncated(hn::MulAdd(hn::Mul(n, reciprocal), hn::Set(floatLanes, factor),
+                              hn::Set(floatLanes, add + 1.0f / 1024)));
 }
 
 /// What both forward conversions need of a pixel, and the pairs of components whose difference is
@@ -39,15 +39,14 @@ struct HueBytes {
 /// `saturation`, 255 * range / allowed, both rounded half up. The position in the sector is within
 /// 43 of 0 and is computed 64 too large.
 inline void hueAndSaturation(const HueBytes& p, VBytes allowed, VBytes& hue, VBytes& saturation) {
-  const VBytes one = hn::Set(byteLanes, 1);
-  const VBytes rangeDivisor = hn::Max(p.range, one), allowedDivisor = hn::Max(allowed, one);
+  const VBytes divisor = hn::Max(allowed, hn::Set(byteLanes, 1));
   VBytes position = hn::Zero(byteLanes);
   saturation = position;
   forEachPhase([&]<int phase>() {
     const VFloat range = toFloat(phaseOf<phase>(p.range));
     const VFloat difference = toFloat(hn::Sub(phaseOf<phase>(p.ahead), phaseOf<phase>(p.behind)));
-    const VFloat perRange = reciprocal(toFloat(phaseOf<phase>(rangeDivisor)));
-    const VFloat perAllowed = reciprocal(toFloat(phaseOf<phase>(allowedDivisor)));
+    const VFloat perRange = reciprocal(hn::Max(range, hn::Set(floatLanes, 1.0f)));
+    const VFloat perAllowed = reciprocal(toFloat(phaseOf<phase>(divisor)));
     position = merge<phase>(position, floorOfRatio(difference, perRange, 42.5f, 64.5f));
     saturation = merge<phase>(saturation, floorOfRatio(range, perAllowed, 255.0f, 0.5f));
   });

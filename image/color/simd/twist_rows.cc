@@ -25,8 +25,7 @@ void lumaRow(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
 
 void twist(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination* channels) {
   const TwistLanes<10> matrix(channels);
-  const auto body = [&](Vek8u* out, const Vek8u* in) { matrix.store(loadPairs(in), out); };
-  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+  convertPixelPairs(src, dst, n, [&](const PixelPairs& p) { return matrix.of(p); });
 }
 
 }  // namespace

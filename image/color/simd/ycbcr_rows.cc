@@ -39,36 +39,12 @@ struct Interleaved444 {
   }
 };
 
-struct Planes444 {
-  using Chroma = In<1>;
-
-  template <const Matrix& m>
-  static Channels convert(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
-    const VBytes luma = hn::LoadU(byteLanes, y), second = hn::LoadU(byteLanes, u),
-                 third = hn::LoadU(byteLanes, v), zero = hn::Zero(byteLanes);
-    const auto words = [zero](VBytes bytes, bool upper) {
-      return hn::BitCast(wordLanes, upper ? hn::InterleaveUpper(byteLanes, bytes, zero)
-                                          : hn::InterleaveLower(byteLanes, bytes, zero));
-    };
-    const auto pairs = [&](bool upper, bool upperWords) {
-      const VBytes first = upper ? hn::InterleaveUpper(byteLanes, luma, second)
-                                 : hn::InterleaveLower(byteLanes, luma, second);
-      const VWord rest = words(third, upper), none = hn::Zero(wordLanes);
-      return PixelPairs{words(first, upperWords), upperWords
-                                                      ? hn::InterleaveUpper(wordLanes, rest, none)
-                                                      : hn::InterleaveLower(wordLanes, rest, none)};
-    };
-    return TwistLanes<10>(combinations<m>, 0)
-        .packed({{pairs(false, false), pairs(false, true), pairs(true, false), pairs(true, true)}});
-  }
-};
-
-// Where pixel pairs share chroma: 16-bit sums of luma and of a chroma part that is computed once.
-// Luma's factor is weight << drop, so floor((factor * y + c) / 2^10) is
+// Where pixel pairs share chroma: 16-bit sums of luma and of a chroma part that is computed once
+// for both. Luma's factor is weight << drop, so floor((factor * y + c) / 2^10) is
 // (weight * y + floor(c / 2^drop)) >> (10 - drop), exactly.
 
 template <const Matrix& m>
-struct SharedChroma {
+struct Chroma16 {
   static constexpr Vek32s factor = m.factor[0][0];
   static_assert(factor == 1192 || factor == 1024);
   static constexpr int drop = factor == 1192 ? 3 : 10;
@@ -79,7 +55,7 @@ struct SharedChroma {
   /// (b, r) in each 32-bit lane, those of the lower and the upper halves of the 128-bit lanes.
   VWord lower, upper;
 
-  SharedChroma(VWord b, VWord r)
+  Chroma16(VWord b, VWord r)
       : lower(hn::InterleaveLower(wordLanes, b, r)), upper(hn::InterleaveUpper(wordLanes, b, r)) {}
 
   template <Vek32s bFactor, Vek32s rFactor, Vek32s offset>
@@ -90,28 +66,17 @@ struct SharedChroma {
                      hn::ShiftRight<drop>(plusDot(start, upper, factors)));
   }
 
-  /// Output k for the luma parts of the even and the odd pixels. 129 * b + 37995 can leave 16 bits
-  /// upwards, so blue's chroma is added in two halves of the same sign: a sum that saturates is
-  /// far above 255 and stays there.
+  /// Output k for a luma part. 129 * b + 37995 can leave 16 bits upwards, so blue's chroma is added
+  /// in two halves of the same sign: a sum that saturates is far above 255 and stays there.
   template <int k>
-  VBytes component(VWord even, VWord odd) const {
+  VWord component(VWord luma) const {
     constexpr Vek32s offset = m.offset[k] - factor * m.centre[0] + (bias << drop);
     constexpr Vek32s bFactor = m.factor[k][1], rFactor = m.factor[k][2];
     constexpr bool halves = (bFactor * 128 >> drop) + bias > 32767;
-    if constexpr (halves) {
-      constexpr Vek32s half = bFactor / 2 >> drop << drop;
-      const VWord first = part<half, 0, 0>();
-      even = hn::SaturatedAdd(even, first);
-      odd = hn::SaturatedAdd(odd, first);
-      return joined(even, odd, part<bFactor - half, rFactor, offset>());
-    } else {
-      return joined(even, odd, part<bFactor, rFactor, offset>());
-    }
-  }
-
-  static VBytes joined(VWord even, VWord odd, VWord chroma) {
-    return alternateHalves(packBytes(hn::ShiftRight<10 - drop>(hn::SaturatedAdd(even, chroma)),
-                                     hn::ShiftRight<10 - drop>(hn::SaturatedAdd(odd, chroma))));
+    constexpr Vek32s half = halves ? bFactor / 2 >> drop << drop : 0;
+    if constexpr (halves) luma = hn::SaturatedAdd(luma, part<half, 0, 0>());
+    return hn::ShiftRight<10 - drop>(
+        hn::SaturatedAdd(luma, part<bFactor - half, rFactor, offset>()));
   }
 
   static VWord lumaPart(VWord y) {
@@ -120,12 +85,61 @@ struct SharedChroma {
 };
 
 template <const Matrix& m>
-Channels convertShared(VWord evenLuma, VWord oddLuma, VWord b, VWord r) {
-  const SharedChroma<m> chroma(b, r);
-  const VWord even = chroma.lumaPart(evenLuma), odd = chroma.lumaPart(oddLuma);
-  return {chroma.template component<0>(even, odd), chroma.template component<1>(even, odd),
-          chroma.template component<2>(even, odd)};
+Channels convertParts(VWord evenLuma, VWord oddLuma, const Chroma16<m>& evenChroma,
+                      const Chroma16<m>& oddChroma) {
+  const VWord even = Chroma16<m>::lumaPart(evenLuma), odd = Chroma16<m>::lumaPart(oddLuma);
+  const auto output = [&]<int k>() {
+    return alternateHalves(
+        packBytes(evenChroma.template component<k>(even), oddChroma.template component<k>(odd)));
+  };
+  return {output.template operator()<0>(), output.template operator()<1>(),
+          output.template operator()<2>()};
 }
+
+template <const Matrix& m>
+Channels convertShared(VWord evenLuma, VWord oddLuma, VWord b, VWord r) {
+  const Chroma16<m> chroma(b, r);
+  return convertParts<m>(evenLuma, oddLuma, chroma, chroma);
+}
+
+struct Planes444 {
+  using Chroma = In<1>;
+
+  /// In 16-bit sums where luma is added as it is, else in 32-bit ones.
+  template <const Matrix& m>
+  static Channels convert(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
+    const VBytes luma = hn::LoadU(byteLanes, y), second = hn::LoadU(byteLanes, u),
+                 third = hn::LoadU(byteLanes, v);
+    if constexpr (Chroma16<m>::weight == 1) {
+      return convertParts<m>(evenBytes(luma), oddBytes(luma),
+                             Chroma16<m>(evenBytes(second), evenBytes(third)),
+                             Chroma16<m>(oddBytes(second), oddBytes(third)));
+    } else {
+      return TwistLanes<10>(combinations<m>, 0)
+          .packed(
+              {{pairs<false, false>(luma, second, third), pairs<false, true>(luma, second, third),
+                pairs<true, false>(luma, second, third), pairs<true, true>(luma, second, third)}});
+    }
+  }
+
+ private:
+  template <bool upper>
+  static VBytes interleaved(VBytes a, VBytes b) {
+    return upper ? hn::InterleaveUpper(byteLanes, a, b) : hn::InterleaveLower(byteLanes, a, b);
+  }
+
+  /// A quarter of each 128-bit lane: of its upper or lower half the upper or lower half.
+  template <bool upperHalf, bool upperQuarter>
+  static PixelPairs pairs(VBytes a, VBytes b, VBytes c) {
+    const VBytes zero = hn::Zero(byteLanes);
+    const VBytes firstTwo = interleaved<upperHalf>(a, b);
+    const VWord third = hn::BitCast(wordLanes, interleaved<upperHalf>(c, zero)),
+                none = hn::Zero(wordLanes);
+    return {hn::BitCast(wordLanes, interleaved<upperQuarter>(firstTwo, zero)),
+            upperQuarter ? hn::InterleaveUpper(wordLanes, third, none)
+                         : hn::InterleaveLower(wordLanes, third, none)};
+  }
+};
 
 struct Planes422 {
   using Chroma = In<1, 2>;
@@ -200,14 +214,15 @@ void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek
 
 template <class Source, const Matrix& m, class Format>
 void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
-  const auto body = [](Vek8u* out, const Vek8u* in) {
-    if constexpr (Source::Stream::bytes == Format::bytes) {  // three
-      TwistLanes<10>(combinations<m>, 0).store(loadPairs(in), out);
-    } else {
+  if constexpr (Source::Stream::bytes == Format::bytes) {  // three
+    const TwistLanes<10> matrix(combinations<m>, 0);
+    convertPixelPairs(src, dst, n, [&](const PixelPairs& p) { return matrix.of(p); });
+  } else {
+    const auto body = [](Vek8u* out, const Vek8u* in) {
       store<Format>(Source::template convert<m>(in), out);
-    }
-  };
-  forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
+    };
+    forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
+  }
 }
 
 template <const Matrix& m>
