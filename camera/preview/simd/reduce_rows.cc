@@ -3,6 +3,10 @@
 
 #if VEK_HAVE_HIGHWAY
 
+#if defined(__AVX512F__)
+#include <immintrin.h>
+#endif
+
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
@@ -48,6 +52,25 @@ constexpr hn::Repartition<uint64_t, decltype(bytes)> groupPairs;
 using Groups = hn::Vec<decltype(groups)>;
 constexpr ptrdiff_t groupLanes = lanes / 4;
 
+/// Stores the first byte of each lane.
+void storeFirsts(Groups v, Vek8u* dst) {
+#if defined(__AVX512F__)
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm512_cvtepi32_epi8(v.raw));
+#else
+  constexpr hn::Rebind<Vek8u, decltype(groups)> firsts;
+  hn::StoreU(hn::TruncateTo(firsts, v), firsts, dst);
+#endif
+}
+
+void storeFirsts(hn::Vec<decltype(groupPairs)> v, Vek8u* dst) {
+#if defined(__AVX512F__)
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(dst), _mm512_cvtepi64_epi8(v.raw));
+#else
+  constexpr hn::Rebind<Vek8u, decltype(groupPairs)> firsts;
+  hn::StoreU(hn::TruncateTo(firsts, v), firsts, dst);
+#endif
+}
+
 Groups averageBytes(Groups a, Groups b) {
   return hn::BitCast(groups, hn::AverageRound(hn::BitCast(bytes, a), hn::BitCast(bytes, b)));
 }
@@ -86,16 +109,14 @@ Groups averageRows(const Vek8u* src, ptrdiff_t step) {
 template <int factor>
 void averageBlocksVectors(Plane<const Vek8u> src, ptrdiff_t n, Vek8u* __restrict y,
                           Vek8u* __restrict cb, Vek8u* __restrict cr) {
-  constexpr hn::Rebind<Vek8u, decltype(groups)> lumaBytes;
-  constexpr hn::Rebind<Vek8u, decltype(groupPairs)> chromaBytes;
   const ptrdiff_t even = n & ~ptrdiff_t{1};
   if (even < groupLanes) return averageBlocks<factor>(src, n, y, cb, cr);
   forEachOverlappingBlock(even, groupLanes, [&](ptrdiff_t i) {
     const Groups pixels = averageRows<factor, factor>(src.data + 2 * factor * i, src.step);
     const auto pairs = hn::BitCast(groupPairs, pixels);
-    hn::StoreU(hn::TruncateTo(lumaBytes, hn::ShiftRight<8>(pixels)), lumaBytes, y + i);
-    hn::StoreU(hn::TruncateTo(chromaBytes, pairs), chromaBytes, cb + i / 2);
-    hn::StoreU(hn::TruncateTo(chromaBytes, hn::ShiftRight<16>(pairs)), chromaBytes, cr + i / 2);
+    storeFirsts(hn::ShiftRight<8>(pixels), y + i);
+    storeFirsts(pairs, cb + i / 2);
+    storeFirsts(hn::ShiftRight<16>(pairs), cr + i / 2);
   });
   if (even != n) {
     averageBlocks<factor>({src.data + 2 * factor * even, src.step}, 1, y + even, cb + even / 2,
@@ -108,11 +129,9 @@ template <class Lanes>
 void pickLanes(Lanes, const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict dst) {
   constexpr ptrdiff_t count = static_cast<ptrdiff_t>(hn::MaxLanes(Lanes()));
   constexpr ptrdiff_t stride = lanes / count;
-  constexpr hn::Rebind<Vek8u, Lanes> narrowBytes;
   ptrdiff_t i = 0;
   for (; i + count < n; i += count) {
-    const auto v = hn::BitCast(Lanes(), hn::LoadU(bytes, src + i * stride));
-    hn::StoreU(hn::TruncateTo(narrowBytes, v), narrowBytes, dst + i);
+    storeFirsts(hn::BitCast(Lanes(), hn::LoadU(bytes, src + i * stride)), dst + i);
   }
   for (; i < n; ++i) dst[i] = src[i * stride];
 }
