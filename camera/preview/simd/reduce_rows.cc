@@ -3,7 +3,7 @@
 
 #if VEK_HAVE_HIGHWAY
 
-#if defined(__AVX512F__)
+#if defined(__AVX2__)
 #include <immintrin.h>
 #endif
 
@@ -17,12 +17,16 @@ using Bytes = hn::Vec<decltype(bytes)>;
 using Words = hn::Vec<decltype(words)>;
 constexpr ptrdiff_t lanes = static_cast<ptrdiff_t>(hn::MaxLanes(bytes));
 
-Words evenBytes(Bytes v) {
-  return hn::And(hn::BitCast(words, v), hn::Set(words, 0xFF));
-}
-
-Words oddBytes(Bytes v) {
-  return hn::ShiftRight<8>(hn::BitCast(words, v));
+/// Sums of neighbouring bytes.
+Words sumNeighbours(Bytes v) {
+#if defined(__AVX512BW__)
+  return Words{_mm512_maddubs_epi16(v.raw, _mm512_set1_epi8(1))};
+#elif defined(__AVX2__)
+  return Words{_mm256_maddubs_epi16(v.raw, _mm256_set1_epi8(1))};
+#else
+  const Words pairs = hn::BitCast(words, v);
+  return hn::Add(hn::And(pairs, hn::Set(words, 0xFF)), hn::ShiftRight<8>(pairs));
+#endif
 }
 
 /// The low bytes of the lanes.
@@ -35,9 +39,8 @@ void sumBlocksVectors(const Vek8u* __restrict top, const Vek8u* __restrict botto
   if (stride != 2 || n < lanes) return sumBlocks(top, bottom, stride, n, dst);
   forEachOverlappingBlock(n, lanes, [&](ptrdiff_t i) {
     const auto sums = [&](ptrdiff_t x) {
-      const Bytes upper = hn::LoadU(bytes, top + x), lower = hn::LoadU(bytes, bottom + x);
-      const Words sum = hn::Add(hn::Add(evenBytes(upper), oddBytes(upper)),
-                                hn::Add(evenBytes(lower), oddBytes(lower)));
+      const Words sum = hn::Add(sumNeighbours(hn::LoadU(bytes, top + x)),
+                                sumNeighbours(hn::LoadU(bytes, bottom + x)));
       return hn::ShiftRight<2>(hn::Add(sum, hn::Set(words, 4)));
     };
     hn::StoreU(narrow(sums(2 * i), sums(2 * i + lanes)), bytes, dst + i);
