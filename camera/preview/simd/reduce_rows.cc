@@ -127,6 +127,8 @@ void averageBlocksVectors(Plane<const Vek8u> src, ptrdiff_t n, Vek8u* __restrict
   }
 }
 
+#if defined(__AVX512F__)
+
 /// Samples that begin their lanes; the last ones, whose lanes reach beyond the row, one by one.
 template <class Lanes>
 void pickLanes(Lanes, const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict dst) {
@@ -144,6 +146,12 @@ void pickVectors(const Vek8u* src, ptrdiff_t stride, ptrdiff_t n, Vek8u* dst) {
   if (stride == 8) return pickLanes(groupPairs, src, n, dst);
   pick(src, stride, n, dst);
 }
+
+#else
+
+constexpr auto pickVectors = pick;
+
+#endif
 
 }  // namespace
 

@@ -84,7 +84,7 @@ TEST(Ycc420Rgb, SpansStripsAndTiles) {
   Random random(baseSeed() + 1);
   for (int rotation : {0, 1, 4}) {
     for (int format : {4, 7}) {
-      compare({1032, 70, {1032, 518, 516}, 1031, 69, 1, rotation, 65536, 65536}, format, 3104,
+      compare({1032, 70, {1032, 518, 516}, 1031, 69, 1, rotation, 65536, 65536}, format, 3136,
               random);
     }
   }
