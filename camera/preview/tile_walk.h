@@ -29,6 +29,8 @@ inline constexpr TurnedTile tallTile = {64, 128};
 static_assert(2 * wideTile.columns * wideTile.rows == tileSamples &&
               2 * tallTile.columns * tallTile.rows == tileSamples);
 
+inline constexpr TurnedTile planeTile = {256, 128};  ///< turned without a buffer
+
 /// The rows first .. end - 1 of the scaled image.
 struct RowRange {
   ptrdiff_t first, end;
