@@ -26,7 +26,7 @@ struct Columns {
   bool blended;      ///< not all phases are whole
   bool everyOther;   ///< the step is two samples
   Vek32s first[most];
-  alignas(64) Vek16u pairs[4 * most];
+  alignas(64) Vek8u places[8 * most];
   alignas(64) Vek16u fractions[most];
 
   /// Sample that block k begins with.
