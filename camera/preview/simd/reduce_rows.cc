@@ -129,16 +129,18 @@ void averageBlocksVectors(Plane<const Vek8u> src, ptrdiff_t n, Vek8u* __restrict
 
 #if defined(__AVX512F__)
 
-/// Samples that begin their lanes; the last ones, whose lanes reach beyond the row, one by one.
+/// Samples that begin their lanes; the lanes of the last ones, which would reach beyond the row, end
+/// in them instead.
 template <class Lanes>
 void pickLanes(Lanes, const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict dst) {
   constexpr ptrdiff_t count = static_cast<ptrdiff_t>(hn::MaxLanes(Lanes()));
   constexpr ptrdiff_t stride = lanes / count;
-  ptrdiff_t i = 0;
-  for (; i + count < n; i += count) {
+  if (n <= count) return pick(src, stride, n, dst);
+  for (ptrdiff_t i = 0; i + count < n; i += count) {
     storeFirsts(hn::BitCast(Lanes(), hn::LoadU(bytes, src + i * stride)), dst + i);
   }
-  for (; i < n; ++i) dst[i] = src[i * stride];
+  const auto last = hn::LoadU(bytes, src + (n - count) * stride - (stride - 1));
+  storeFirsts(hn::ShiftRight<8 * (stride - 1)>(hn::BitCast(Lanes(), last)), dst + n - count);
 }
 
 void pickVectors(const Vek8u* src, ptrdiff_t stride, ptrdiff_t n, Vek8u* dst) {
