@@ -153,14 +153,19 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
     kernels.paired(s, n, count, turned.y, 0);
     place.of(static_cast<int>(size))(turned.y, 0, n, count, to, at.dx, at.dy);
   };
-  forEachTile(
-      dst, at, size, width, rows, shape,
-      [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
-        const Samples s = makeSamples(x, y, n, count, buffer, step);
-        if (!at.turned)
-          return (at.dx > 0 ? convertForwards(s, n, count, to) : convertBackwards(s, n, count, to));
-        at.dy == size || at.dy == -size ? convertTurned(s, n, count, to) : scatter(s, n, count, to);
-      });
+  forEachTile(dst, at, size, width, rows, shape,
+              [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+                const Samples s = makeSamples(x, y, n, count, buffer, step);
+                if (at.turned && (at.dy == size || at.dy == -size)) {
+                  convertTurned(s, n, count, to);
+                } else if (at.turned) {
+                  scatter(s, n, count, to);
+                } else if (at.dx > 0) {
+                  convertForwards(s, n, count, to);
+                } else {
+                  convertBackwards(s, n, count, to);
+                }
+              });
 }
 
 }  // namespace vek
