@@ -34,7 +34,7 @@ inline void turnPlane(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
     memcpy(dst + at.start + rows.first * width, src.row(rows.first), bytes);
     return;
   }
-  forEachTile(dst, at, 1, width, rows, wideTile,
+  forEachTile(dst, at, 1, width, rows, planeTile,
               [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
                 place(src.row(y) + x, src.step, n, count, to, at.dx, at.dy);
               });

@@ -44,26 +44,36 @@ void sumBlocks(const Vek8u* top, const Vek8u* bottom, ptrdiff_t stride, ptrdiff_
   }
 }
 
-Vek8u roundedAverage(int a, int b) {
-  return static_cast<Vek8u>((a + b + 1) >> 1);
-}
-
-void splitPairs(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict y, Vek8u* __restrict cb,
-                Vek8u* __restrict cr) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    y[i] = roundedAverage(src[4 * i + 1], src[4 * i + 3]);
-    cb[i] = src[4 * i];
-    cr[i] = src[4 * i + 2];
+/// The average in pairs of `columns` samples `stride` bytes apart in each of `rows` rows.
+template <int columns, int rows>
+Vek32s average(Plane<const Vek8u> src, ptrdiff_t stride) {
+  const auto rounded = [](Vek32s a, Vek32s b) { return (a + b + 1) >> 1; };
+  if constexpr (rows > 1) {
+    constexpr int half = rows / 2;
+    return rounded(average<columns, half>(src, stride),
+                   average<columns, half>({src.row(half), src.step}, stride));
+  } else if constexpr (columns > 1) {
+    constexpr int half = columns / 2;
+    return rounded(average<half, rows>(src, stride),
+                   average<half, rows>({src.data + half * stride, src.step}, stride));
+  } else {
+    return *src.data;
   }
 }
 
-void halve(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n / 2; ++i) dst[i] = roundedAverage(src[2 * i], src[2 * i + 1]);
-  if (n % 2 != 0) dst[n / 2] = src[n - 1];
-}
-
-void average(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict acc) {
-  for (ptrdiff_t i = 0; i < n; ++i) acc[i] = roundedAverage(acc[i], src[i]);
+template <int factor>
+void averageBlocks(Plane<const Vek8u> src, ptrdiff_t n, Vek8u* __restrict y, Vek8u* __restrict cb,
+                   Vek8u* __restrict cr) {
+  const auto at = [&](ptrdiff_t x) -> Plane<const Vek8u> { return {src.data + x, src.step}; };
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const ptrdiff_t x = i * 2 * factor;
+    y[i] = static_cast<Vek8u>(average<factor, factor>(at(x + 1), 2));
+    if (i % 2 != 0) continue;
+    const bool alone = i == n - 1;
+    const auto chroma = alone ? average<factor / 2, factor> : average<factor, factor>;
+    cb[i / 2] = static_cast<Vek8u>(chroma(at(x), 4));
+    cr[i / 2] = static_cast<Vek8u>(chroma(at(x + 2), 4));
+  }
 }
 
 }  // namespace

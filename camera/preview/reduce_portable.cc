@@ -2,6 +2,7 @@
 
 namespace vek::portable {
 
-constexpr ReduceRows reduceRows = {pick, sumBlocks, splitPairs, halve, average};
+constexpr ReduceRows reduceRows = {pick, sumBlocks, averageBlocks<2>, averageBlocks<4>,
+                                   averageBlocks<8>};
 
 }  // namespace vek::portable

@@ -6,6 +6,7 @@
 #include <stddef.h>
 
 #include "core/level.h"
+#include "core/region.h"
 
 namespace vek {
 
@@ -18,15 +19,15 @@ struct ReduceRows {
   void (*sumBlocks)(const Vek8u* top, const Vek8u* bottom, ptrdiff_t stride, ptrdiff_t n,
                     Vek8u* dst);
 
-  /// From `n` groups Cb, Y0, Cr, Y1: y[i] = the rounded average of Y0 and Y1, and the chroma.
-  void (*splitPairs)(const Vek8u* src, ptrdiff_t n, Vek8u* y, Vek8u* cb, Vek8u* cr);
-
-  /// Rounded averages of neighbours: dst[i] of src[2i] and src[2i + 1]; with an odd n the last
-  /// sample stays as it is. n samples become (n + 1) / 2.
-  void (*halve)(const Vek8u* src, ptrdiff_t n, Vek8u* dst);
-
-  /// acc[i] = the rounded average of acc[i] and src[i] for i < n.
-  void (*average)(const Vek8u* src, ptrdiff_t n, Vek8u* acc);
+  /// `n` pixels from blocks of factor x factor pixels of an image of groups Cb, Y0, Cr,
+  /// Y1: rounded averages in pairs, first of horizontal neighbours until each row of a block is one
+  /// value, then of rows. Chroma k is averaged over blocks 2k and 2k + 1, over block 2k alone if it
+  /// is the last one.
+  using AverageBlocks = void (*)(Plane<const Vek8u> src, ptrdiff_t n, Vek8u* y, Vek8u* cb,
+                                 Vek8u* cr);
+  AverageBlocks averageBlocks2;
+  AverageBlocks averageBlocks4;
+  AverageBlocks averageBlocks8;
 };
 
 VEK_KERNEL_TABLE(ReduceRows, reduceRows)

@@ -17,14 +17,22 @@ struct Columns {
   ptrdiff_t n;           ///< `most` at most
   ptrdiff_t lastColumn;  ///< of the source
 
-  // What prepare() makes of them, each level as its kernels need it.
-  ptrdiff_t last;   ///< the last column that is touched
-  ptrdiff_t block;  ///< samples that are looked up at a time; 0: none are
-  int passes;       ///< look-ups for a block
-  bool blended;     ///< not all phases are whole
+  // What prepare() makes of them, each level as its kernels need it. The last block of samples
+  // overlaps the one before it; entries of block k begin at k * block.
+  ptrdiff_t last;    ///< the last column that is touched
+  ptrdiff_t block;   ///< samples that are looked up at a time; 0: none are
+  ptrdiff_t blocks;  ///< how many of these there are
+  int passes;        ///< look-ups for a block
+  bool blended;      ///< not all phases are whole
+  bool everyOther;   ///< the step is two samples
   Vek32s first[most];
-  alignas(64) Vek16u pairs[4 * most];
+  alignas(64) Vek8u places[8 * most];
   alignas(64) Vek16u fractions[most];
+
+  /// Sample that block k begins with.
+  ptrdiff_t start(ptrdiff_t k) const {
+    return k == 0 || (k + 1) * block <= n ? k * block : n - block;
+  }
 };
 
 struct ResampleRows {

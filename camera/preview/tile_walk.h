@@ -29,6 +29,8 @@ inline constexpr TurnedTile tallTile = {64, 128};
 static_assert(2 * wideTile.columns * wideTile.rows == tileSamples &&
               2 * tallTile.columns * tallTile.rows == tileSamples);
 
+inline constexpr TurnedTile planeTile = {256, 128};  ///< turned without a buffer
+
 /// The rows first .. end - 1 of the scaled image.
 struct RowRange {
   ptrdiff_t first, end;
@@ -151,14 +153,19 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
     kernels.paired(s, n, count, turned.y, 0);
     place.of(static_cast<int>(size))(turned.y, 0, n, count, to, at.dx, at.dy);
   };
-  forEachTile(
-      dst, at, size, width, rows, shape,
-      [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
-        const Samples s = makeSamples(x, y, n, count, buffer, step);
-        if (!at.turned)
-          return (at.dx > 0 ? convertForwards(s, n, count, to) : convertBackwards(s, n, count, to));
-        at.dy == size || at.dy == -size ? convertTurned(s, n, count, to) : scatter(s, n, count, to);
-      });
+  forEachTile(dst, at, size, width, rows, shape,
+              [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+                const Samples s = makeSamples(x, y, n, count, buffer, step);
+                if (at.turned && (at.dy == size || at.dy == -size)) {
+                  convertTurned(s, n, count, to);
+                } else if (at.turned) {
+                  scatter(s, n, count, to);
+                } else if (at.dx > 0) {
+                  convertForwards(s, n, count, to);
+                } else {
+                  convertBackwards(s, n, count, to);
+                }
+              });
 }
 
 }  // namespace vek

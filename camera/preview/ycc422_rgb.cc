@@ -76,6 +76,8 @@ struct Strip {
   ptrdiff_t x, n, regular;
   Columns columns;
 
+  explicit Strip(const Phases& p) : phases(p) {}
+
   void prepare(const ResampleRows& kernels, bool blended, ptrdiff_t lastColumn, ptrdiff_t from,
                ptrdiff_t count) {
     x = from, n = count, regular = phases.regular(from, count);
@@ -131,7 +133,7 @@ void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientat
   const PixelKernels kernels = {csc.paired.of(format), csc.single.of(format), pixelBytes};
   const bool blended = lumaRow == bilinearLuma;
   const bool unscaled = !blended && src.columns.step == oneSample && src.rows.step == oneSample;
-  Strip strip = {src.columns, 0, 0, 0, {}}, chromaStrip = {src.chromaColumns, 0, 0, 0, {}};
+  Strip strip(src.columns), chromaStrip(src.chromaColumns);
   const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count,
                                SampleTile& tile, ptrdiff_t step) -> Samples {
     const ptrdiff_t pairs = (n + 1) / 2;

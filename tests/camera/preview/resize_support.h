@@ -36,12 +36,13 @@ inline int roundUp(int value, int unit) {
   return (value + unit - 1) / unit * unit;
 }
 
-/// Chooses sampling steps within the limits, often the limits themselves.
+/// Chooses sampling steps within the limits, often the limits themselves or whole samples.
 inline void randomSteps(Resize& a, Random& random) {
   const int xMost = maxStep(a.srcWidth, a.dstWidth), yMost = maxStep(a.srcHeight, a.dstHeight);
   const bool unscaled = a.srcWidth == a.dstWidth && a.srcHeight == a.dstHeight;
   a.xStep = unscaled ? 65536 : random.chance(50) ? xMost : random.in(1, xMost);
   a.yStep = unscaled ? 65536 : random.chance(50) ? yMost : random.in(1, yMost);
+  if (a.xStep > 65536 && random.chance(40)) a.xStep &= ~0xFFFF;
 }
 
 /// Sizes are multiples of the units (a destination that is to have an even width: 2), row steps of
