@@ -6,14 +6,14 @@
 #include <cstring>
 #include <sstream>
 
+#include "bench/report.h"
 #include "bench/support.h"
 #include "bench/table.h"
 
 namespace vek::bench {
 
-std::vector<Entry>& entries() {
-  static std::vector<Entry> all;
-  return all;
+std::string label(const std::string& name, VekiSize size, const std::string& peer) {
+  return name + "/" + sizeText(size) + (peer.empty() ? "" : "/peer:" + peer);
 }
 
 namespace {
@@ -90,12 +90,7 @@ int tableMain(int argc, char** argv) {
       return 2;
     }
   }
-  // Repetitions of a function, its peers and memcpy take turns; each is long enough to be steady.
-  const char* flags[] = {argv[0], "--benchmark_repetitions=9",
-                         "--benchmark_enable_random_interleaving=true",
-                         "--benchmark_min_time=0.012"};
-  int count = 4;
-  benchmark::Initialize(&count, const_cast<char**>(flags));
+  initializeForTables(argv[0]);
   return runTable(options);
 }
 

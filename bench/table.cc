@@ -1,13 +1,10 @@
 #include "bench/table.h"
 
-#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 #include <fstream>
-#include <map>
-#include <set>
 
+#include "bench/report.h"
 #include "bench/support.h"
 
 namespace vek::bench {
@@ -22,36 +19,13 @@ struct Line {
   double ratio() const { return theirs / ours; }
 };
 
-/// Keeps the median of each benchmark's repetitions, in seconds.
-class Medians : public benchmark::BenchmarkReporter {
- public:
-  bool ReportContext(const Context&) override { return true; }
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
-        seconds[run.run_name.function_name] =
-            run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
-      }
-    }
+void printLine(const Line& line) {
+  std::printf("%-56s %-10s %10.1f us", line.name.c_str(), line.size.c_str(), line.ours * 1e6);
+  if (line.theirs > 0) {
+    std::printf("  %-8s %10.1f us  x %.2f", line.peer.c_str(), line.theirs * 1e6, line.ratio());
   }
-
-  std::map<std::string, double> seconds;
-};
-
-std::string sizeText(VekiSize size) {
-  return std::to_string(size.width) + "x" + std::to_string(size.height);
-}
-
-/// The name as a regular expression: only letters, digits and / _ - stand for themselves.
-std::string quoted(const std::string& name) {
-  std::string result;
-  for (char c : name) {
-    if (!std::isalnum(static_cast<unsigned char>(c)) && c != '/' && c != '_' && c != '-') {
-      result += '\\';
-    }
-    result += c;
-  }
-  return result;
+  std::printf("  %.2f of memcpy\n", line.copyShare);
+  std::fflush(stdout);
 }
 
 std::vector<Line> measure(const TableOptions& options) {
@@ -60,34 +34,25 @@ std::vector<Line> measure(const TableOptions& options) {
     for (const Entry& entry : entries()) {
       if (!entry.peer.empty() || entry.name.find(options.filter) == std::string::npos) continue;
       // Google Benchmark interleaves the repetitions of what one call runs.
-      Medians medians;
       const std::string ours = label(entry.name, size, "");
-      benchmark::RunSpecifiedBenchmarks(
-          &medians, "^(" + quoted(ours) + "(/peer:.*)?|memcpy/" + sizeText(size) + ")$");
+      auto seconds = medians(quoted(ours) + "(/peer:.*)?|memcpy/" + sizeText(size));
       Line line;
       line.name = entry.name;
       line.size = sizeText(size);
-      line.ours = medians.seconds[ours];
+      line.ours = seconds[ours];
       const double pixels = static_cast<double>(size.width) * size.height;
-      const double copy = medians.seconds["memcpy/" + line.size];
+      const double copy = seconds["memcpy/" + line.size];
       line.pixelsPerSecond = pixels / line.ours;
       line.copyShare = entry.bytesPerPixel / line.ours / (2 / copy);
-      bool paired = false;
+      const size_t before = lines.size();
       for (const Entry& peer : entries()) {
         if (peer.name != entry.name || peer.peer.empty()) continue;
         line.peer = peer.peer;
-        line.theirs = medians.seconds[label(entry.name, size, peer.peer)];
+        line.theirs = seconds[label(entry.name, size, peer.peer)];
         lines.push_back(line);
-        paired = true;
       }
-      if (!paired) lines.push_back(line);
-      const Line& last = lines.back();
-      std::printf("%-52s %-10s %10.1f us", last.name.c_str(), last.size.c_str(), last.ours * 1e6);
-      if (paired) {
-        std::printf("  %-8s %10.1f us  x %.2f", last.peer.c_str(), last.theirs * 1e6, last.ratio());
-      }
-      std::printf("  %.2f of memcpy\n", last.copyShare);
-      std::fflush(stdout);
+      if (lines.size() == before) lines.push_back(line);
+      for (size_t i = before; i < lines.size(); ++i) printLine(lines[i]);
     }
   }
   return lines;
@@ -104,31 +69,10 @@ double geometricMean(const std::vector<Line>& lines) {
   return count > 0 ? std::exp(logs / count) : 0;
 }
 
-std::string processor() {
-  std::ifstream file("/proc/cpuinfo");
-  for (std::string line; std::getline(file, line);) {
-    if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
-  }
-  return "unknown processor";
-}
-
-std::string today() {
-  const std::time_t now = std::time(nullptr);
-  char text[16];
-  std::strftime(text, sizeof text, "%Y-%m-%d", std::localtime(&now));
-  return text;
-}
-
 bool writeMarkdown(const std::string& path, const std::vector<Line>& lines) {
   std::ofstream file(path);
   file
-      << "# Benchmarks\n\nWritten by `./dev bench`: " << today() << ", " << processor()
-      << ", compiled by "
-#if defined(__clang__)
-      << "clang " << __clang_version__
-#else
-      << "GCC " << __VERSION__
-#endif
+      << "# Benchmarks\n\nWritten by `./dev bench`: " << circumstances()
       << ". One thread; medians of interleaved runs.\n\n"
          "Ratio is the peer's time over ours: above 1 we are faster. Copy is the bytes that a call "
          "reads and\nwrites a second, against those of `memcpy` of one plane of the same size.\n\n";
@@ -170,10 +114,6 @@ bool writeJson(const std::string& path, const std::vector<Line>& lines) {
 }
 
 }  // namespace
-
-std::string label(const std::string& name, VekiSize size, const std::string& peer) {
-  return name + "/" + sizeText(size) + (peer.empty() ? "" : "/peer:" + peer);
-}
 
 int runTable(const TableOptions& options) {
   const std::vector<Line> lines = measure(options);

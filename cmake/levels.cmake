@@ -38,6 +38,19 @@ target_include_directories(vek_compile INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT
 target_compile_features(vek_compile INTERFACE cxx_std_20)
 target_compile_options(vek_compile INTERFACE -fno-exceptions -fno-rtti -fno-threadsafe-statics
   ${VEK_WARNINGS})
+# What Debian builds its packages with; docs/reliability.md has the cost. Read-only relocations and
+# binding at load time are in library.cmake.
+if(VEK_HARDEN AND NOT VEK_SANITIZE)
+  target_compile_options(vek_compile INTERFACE -fstack-protector-strong
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+    target_compile_options(vek_compile INTERFACE -fcf-protection)
+    set(VEK_BRANCH_PROTECTION IBT)
+  elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+    target_compile_options(vek_compile INTERFACE -mbranch-protection=standard)
+    set(VEK_BRANCH_PROTECTION BTI)
+  endif()
+endif()
 
 function(vek_object_library name level)
   add_library(${name} OBJECT)

@@ -100,7 +100,7 @@ void addMirror(const char* variant, int flip) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  for (int side : {3, 15, 31}) {
+  for (int side : {3, 5, 15, 31}) {
     addMasked("vekiFilterBox_8u_C1R/", vekiFilterBox_8u_C1R, 1, {side, side});
     addMasked("vekiFilterBox_8u_C3R/", vekiFilterBox_8u_C3R, 3, {side, side});
   }

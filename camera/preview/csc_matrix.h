@@ -10,15 +10,13 @@ namespace {
 /// R = luma y + redCr r, G = luma y + greenCb b + greenCr r, B = luma y + blueCb b with
 /// `fractionBits` fractional bits, of y = Y - 16, b = Cb - 128, r = Cr - 128. Each is shifted down
 /// to its field without a rounding term.
-///
-/// Vector kernels work in 16-bit lanes: they split each coefficient as (high << splitBits) + low.
 struct MatrixQ8 {
-  static constexpr int fractionBits = 8, splitBits = 2;
+  static constexpr int fractionBits = 8;
   static constexpr Vek32s luma = 298, redCr = 409, greenCr = -208, greenCb = -100, blueCb = 516;
 };
 
 struct MatrixQ10 {
-  static constexpr int fractionBits = 10, splitBits = 4;
+  static constexpr int fractionBits = 10;
   static constexpr Vek32s luma = 1192, redCr = 1634, greenCr = -833, greenCb = -401, blueCb = 2065;
 };
 

@@ -29,11 +29,15 @@ struct PlanarResize {
 inline void turnPlane(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, ptrdiff_t width,
                       RowRange rows) {
   const PlaceTile place = select(placeRows).bytes1;
-  const ptrdiff_t most = at.turned ? turnedRows(1) : rows.end - rows.first;
-  for (ptrdiff_t y = rows.first; y < rows.end; y += most) {
-    const ptrdiff_t count = rows.end - y < most ? rows.end - y : most;
-    place(src.row(y), src.step, width, count, dst + at.start + y * at.dy, at.dx, at.dy);
+  if (at.dx == 1 && at.dy == width && src.step == width) {  // one long row
+    const size_t bytes = static_cast<size_t>(width * (rows.end - rows.first));
+    memcpy(dst + at.start + rows.first * width, src.row(rows.first), bytes);
+    return;
   }
+  forEachTile(dst, at, 1, width, rows, wideTile,
+              [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+                place(src.row(y) + x, src.step, n, count, to, at.dx, at.dy);
+              });
 }
 
 /// Row y of the scaled plane takes the nearest samples of source row sourceRow(y).
@@ -42,13 +46,15 @@ void resizeNearest(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
                    const Scaling& scaling, ptrdiff_t width, RowRange rows, SourceRow sourceRow) {
   if (scaling.unscaled()) return turnPlane(src, dst, at, width, rows);
   const ResampleRows& kernels = select(resampleRows);
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
-                            ptrdiff_t step) {
-    for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
-      putRow(nearestRow(kernels, src.row(sourceRow(y)), scaling.xStep, x, n, out), n, out);
-    }
-  };
-  walkTiles(dst, at, 1, width, rows, makeTile);
+  Columns columns;
+  walkSamples(
+      dst, at, width, rows,
+      [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out, ptrdiff_t step) {
+        nearestColumns(kernels, scaling.xStep, x, n, columns);
+        for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
+          putRow(nearestRow(kernels, src.row(sourceRow(y)), columns, out), n, out);
+        }
+      });
 }
 
 /// Row y of the scaled plane blends the source rows around phase rowPhase(y).
@@ -56,13 +62,15 @@ template <class RowPhase>
 void resizeBilinear(Plane<const Vek8u> src, int srcWidth, Vek8u* dst, const Orientation& at,
                     Vek32u xStep, ptrdiff_t width, RowRange rows, RowPhase rowPhase) {
   const ResampleRows& kernels = select(resampleRows);
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
-                            ptrdiff_t step) {
-    for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
-      putRow(bilinearRow(kernels, src, srcWidth - 1, rowPhase(y), xStep, x, n, out), n, out);
-    }
-  };
-  walkTiles(dst, at, 1, width, rows, makeTile);
+  Columns columns;
+  walkSamples(
+      dst, at, width, rows,
+      [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out, ptrdiff_t step) {
+        blendedColumns(kernels, xStep, x, n, srcWidth - 1, columns);
+        for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
+          putRow(blendedRow(kernels, src, rowPhase(y), columns, out), n, out);
+        }
+      });
 }
 
 }  // namespace vek

@@ -6,11 +6,11 @@
 namespace vek::VEK_LEVEL {
 namespace {
 
-void nearest(const Vek8u* __restrict row, Vek32u phase, Vek32u step, ptrdiff_t n,
-             Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
+void nearest(const Vek8u* __restrict row, const Columns& columns, Vek8u* __restrict dst) {
+  Vek32u phase = columns.phase;
+  for (ptrdiff_t i = 0; i < columns.n; ++i) {
     dst[i] = row[phase >> 16];
-    phase += step;
+    phase += columns.step;
   }
 }
 
@@ -20,26 +20,19 @@ Vek32s blend(Vek32s a, Vek32s b, Vek32s fraction) {
 }
 
 void bilinear(const Vek8u* __restrict top, const Vek8u* __restrict bottom, Vek32s fy,
-              ptrdiff_t lastColumn, Vek32u phase, Vek32u step, ptrdiff_t n, Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
+              const Columns& columns, Vek8u* __restrict dst) {
+  if (fy == 0) bottom = top;
+  Vek32u phase = columns.phase;
+  for (ptrdiff_t i = 0; i < columns.n; ++i) {
     const ptrdiff_t left = phase >> 16;
-    const ptrdiff_t right = left < lastColumn ? left + 1 : left;
+    const ptrdiff_t right = left < columns.lastColumn ? left + 1 : left;
     const Vek32s fx = static_cast<Vek32s>(phase & 0xFFFF);
     const Vek32s upper = blend(top[left], top[right], fx);
     const Vek32s lower = blend(bottom[left], bottom[right], fx);
     dst[i] = static_cast<Vek8u>(blend(upper, lower, fy));
-    phase += step;
-  }
-}
-
-void interleave(const Vek8u* __restrict even, const Vek8u* __restrict odd, ptrdiff_t n,
-                Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    dst[2 * i] = even[i];
-    dst[2 * i + 1] = odd[i];
+    phase += columns.step;
   }
 }
 
 }  // namespace
-
 }  // namespace vek::VEK_LEVEL

@@ -2,6 +2,13 @@
 
 namespace vek::portable {
 
-constexpr ResampleRows resampleRows = {nearest, bilinear, interleave};
+namespace {
+
+/// The loops take each phase as it comes.
+void prepare(Columns& /*columns*/, bool /*neighbours*/) {}
+
+}  // namespace
+
+constexpr ResampleRows resampleRows = {prepare, nearest, bilinear};
 
 }  // namespace vek::portable

@@ -1,4 +1,4 @@
-// Row kernels that sample a source row at equidistant 16.16 phases.
+// Row kernels that sample source rows at equidistant 16.16 phases.
 #pragma once
 
 #include "vek/vek.h"
@@ -9,19 +9,37 @@
 
 namespace vek {
 
+/// The columns of a strip, sample i at phase + i * step, the same for all rows of a tile.
+struct Columns {
+  static constexpr ptrdiff_t most = 1024;
+
+  Vek32u phase, step;
+  ptrdiff_t n;           ///< `most` at most
+  ptrdiff_t lastColumn;  ///< of the source
+
+  // What prepare() makes of them, each level as its kernels need it.
+  ptrdiff_t last;   ///< the last column that is touched
+  ptrdiff_t block;  ///< samples that are looked up at a time; 0: none are
+  int passes;       ///< look-ups for a block
+  bool blended;     ///< not all phases are whole
+  Vek32s first[most];
+  alignas(64) Vek16u pairs[4 * most];
+  alignas(64) Vek16u fractions[most];
+};
+
 struct ResampleRows {
-  /// dst[i] = row[(phase + i * step) >> 16] for i < n.
-  void (*nearest)(const Vek8u* row, Vek32u phase, Vek32u step, ptrdiff_t n, Vek8u* dst);
+  /// Prepares `columns`, of which the first four members are set. `neighbours`: for bilinear().
+  void (*prepare)(Columns& columns, bool neighbours);
 
-  /// The bilinear blend of rows `top` and `bottom` with the vertical weight fy (0..65535) at
-  /// columns (phase + i * step) for i < n: two horizontal blends a + (((b - a) * fx) >> 16), then a
-  /// vertical one, each rounding toward minus infinity. A right neighbour beyond column
-  /// `lastColumn` is replaced by the left one; the callers' step limits give it weight 0 there.
-  void (*bilinear)(const Vek8u* top, const Vek8u* bottom, Vek32s fy, ptrdiff_t lastColumn,
-                   Vek32u phase, Vek32u step, ptrdiff_t n, Vek8u* dst);
+  /// dst[i] = row[column i] for i < n, rounded down.
+  void (*nearest)(const Vek8u* row, const Columns& columns, Vek8u* dst);
 
-  /// dst[2i] = even[i], dst[2i + 1] = odd[i] for i < n.
-  void (*interleave)(const Vek8u* even, const Vek8u* odd, ptrdiff_t n, Vek8u* dst);
+  /// The bilinear blend of rows `top` and `bottom` with the vertical weight fy (0..65535) for i < n:
+  /// two horizontal blends a + (((b - a) * fx) >> 16), then a vertical one, each rounding toward
+  /// minus infinity. A right neighbour beyond the last column is replaced by the left one; the
+  /// callers' step limits give it weight 0 there. With fy 0 `bottom` is not read.
+  void (*bilinear)(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& columns,
+                   Vek8u* dst);
 };
 
 VEK_KERNEL_TABLE(ResampleRows, resampleRows)

@@ -45,25 +45,41 @@ inline Vek32u lastRowPhase(int srcHeight) {
   return static_cast<Vek32u>(srcHeight - 1) << 16;
 }
 
-/// `n` samples of a row at the nearest columns, beginning with sample x of the scaled row; unscaled
-/// samples are used where they lie.
-inline const Vek8u* nearestRow(const ResampleRows& rows, const Vek8u* row, Vek32u xStep,
-                               ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
-  if (xStep == oneSample) return row + x;
-  rows.nearest(row, halfSample + static_cast<Vek32u>(x) * xStep, xStep, n, buffer);
+/// The columns of a strip that begins with sample x of the scaled row, for nearest samples.
+inline void nearestColumns(const ResampleRows& rows, Vek32u xStep, ptrdiff_t x, ptrdiff_t n,
+                           Columns& columns) {
+  columns.phase = halfSample + static_cast<Vek32u>(x) * xStep;
+  columns.step = xStep;
+  columns.n = n;
+  if (xStep != oneSample) rows.prepare(columns, false);
+}
+
+/// The same for blended samples.
+inline void blendedColumns(const ResampleRows& rows, Vek32u xStep, ptrdiff_t x, ptrdiff_t n,
+                           ptrdiff_t lastColumn, Columns& columns) {
+  columns.phase = static_cast<Vek32u>(x) * xStep;
+  columns.step = xStep;
+  columns.n = n;
+  columns.lastColumn = lastColumn;
+  rows.prepare(columns, true);
+}
+
+/// The nearest samples of a row; unscaled ones are used where they lie.
+inline const Vek8u* nearestRow(const ResampleRows& rows, const Vek8u* row, const Columns& columns,
+                               Vek8u* buffer) {
+  if (columns.step == oneSample) return row + (columns.phase >> 16);
+  rows.nearest(row, columns, buffer);
   return buffer;
 }
 
-/// `n` samples blended from the source row at `rowPhase` and the one below, beginning with sample x
-/// of the scaled row. A row or column that has weight 0 is not read.
-inline const Vek8u* bilinearRow(const ResampleRows& rows, const Plane<const Vek8u>& plane,
-                                ptrdiff_t lastColumn, Vek32u rowPhase, Vek32u xStep, ptrdiff_t x,
-                                ptrdiff_t n, Vek8u* buffer) {
+/// Samples blended from the source row at `rowPhase` and the one below. A row or column that has
+/// weight 0 is not read.
+inline const Vek8u* blendedRow(const ResampleRows& rows, const Plane<const Vek8u>& plane,
+                               Vek32u rowPhase, const Columns& columns, Vek8u* buffer) {
   const Vek8u* top = plane.row(rowPhase >> 16);
   const Vek32s fy = static_cast<Vek32s>(rowPhase & 0xFFFF);
-  if (fy == 0 && xStep == oneSample) return top + x;
-  rows.bilinear(top, fy == 0 ? top : top + plane.step, fy, lastColumn,
-                static_cast<Vek32u>(x) * xStep, xStep, n, buffer);
+  if (fy == 0 && columns.step == oneSample) return top + (columns.phase >> 16);
+  rows.bilinear(top, top + plane.step, fy, columns, buffer);
   return buffer;
 }
 

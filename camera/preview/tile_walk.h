@@ -1,67 +1,164 @@
-// The walk over a scaled image: tiles of finished pixels are made as the source is oriented and put
-// where the orientation wants them.
+// The walks over a scaled image: tiles are made as the source is oriented and put where the
+// orientation wants them.
 #pragma once
 
 #include "vek/vek.h"
 
 #include <stddef.h>
+#include <stdint.h>
 
+#include "camera/preview/csc_rows.h"
 #include "camera/preview/orientation.h"
 #include "core/kernel/place_rows.h"
 
 namespace vek {
 
-/// Tiles are strips of two rows, or, where rows become columns, blocks whose columns fill whole
-/// cache lines of the destination.
+/// Tiles are strips, or, where rows become columns, blocks whose columns fill whole cache lines of
+/// the destination.
 inline constexpr ptrdiff_t stripColumns = 1024;
-inline constexpr ptrdiff_t stripRows = 2;
-inline constexpr ptrdiff_t maxTurnedColumns = 256;
-inline constexpr ptrdiff_t maxTileBytes = 16384;
+inline constexpr ptrdiff_t stripRows = 16;
+inline constexpr ptrdiff_t tileSamples = stripColumns * stripRows;
 
-constexpr ptrdiff_t turnedColumns(ptrdiff_t pixelBytes) {
-  return pixelBytes == 3 ? 128 : maxTurnedColumns;
-}
-
-constexpr ptrdiff_t turnedRows(ptrdiff_t pixelBytes) {
-  return pixelBytes == 1 ? 64 : 32;
-}
+/// A tile whose columns become rows. There can be twice as many rows, with what is left at either
+/// end.
+struct TurnedTile {
+  ptrdiff_t columns, rows;
+};
+inline constexpr TurnedTile wideTile = {128, 64};
+inline constexpr TurnedTile tallTile = {64, 128};
+static_assert(2 * wideTile.columns * wideTile.rows == tileSamples &&
+              2 * tallTile.columns * tallTile.rows == tileSamples);
 
 /// The rows first .. end - 1 of the scaled image.
 struct RowRange {
   ptrdiff_t first, end;
 };
 
-/// Calls makeTile(x, y, columns, rows, out, step) for tiles that cover `rows` of the scaled image,
-/// top to bottom and left to right. It writes the tile's pixels as the source is oriented, rows
-/// `step` bytes apart, straight into the destination where that is possible. x and y - rows.first
-/// are even. If neither coordinate runs along destination rows, a tile is part of one row:
-/// pixels that meet are then written in the order of the walk.
-template <class MakeTile>
-void walkTiles(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdiff_t width,
-               RowRange rows, MakeTile makeTile) {
-  const PlaceTile place = select(placeRows).of(static_cast<int>(pixelBytes));
-  const bool direct = !at.turned && at.dx == pixelBytes;
-  const bool columnsBecomeRows = at.dy == pixelBytes || at.dy == -pixelBytes;
-  const ptrdiff_t tileColumns = at.turned ? turnedColumns(pixelBytes) : stripColumns;
-  const ptrdiff_t tileRows = !at.turned          ? stripRows
-                             : columnsBecomeRows ? turnedRows(pixelBytes)
-                                                 : 1;
-  const ptrdiff_t tileStep = tileColumns * pixelBytes;
-  alignas(64) Vek8u tile[maxTileBytes];
+/// How many rows of a quarter turn come before the first whole cache line of the destination rows,
+/// at `to`; 0 if the lines of the rows begin at different places, or the rows are odd.
+inline ptrdiff_t rowsToLine(const Vek8u* to, const Orientation& at, ptrdiff_t pixelBytes) {
+  constexpr ptrdiff_t line = 64;
+  if (at.dx % line != 0) return 0;
+  const Vek8u* const edge = at.dy > 0 ? to : to + pixelBytes;
+  const ptrdiff_t past = static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(edge) % line);
+  for (ptrdiff_t rows = 0; rows < line; rows += 2) {
+    if ((past + (at.dy > 0 ? rows : -rows) * pixelBytes) % line == 0) return rows;
+  }
+  return 0;
+}
 
-  for (ptrdiff_t y = rows.first; y < rows.end; y += tileRows) {
-    const ptrdiff_t rowCount = rows.end - y < tileRows ? rows.end - y : tileRows;
-    for (ptrdiff_t x = 0; x < width; x += tileColumns) {
-      const ptrdiff_t columns = width - x < tileColumns ? width - x : tileColumns;
-      Vek8u* const to = dst + at.start + x * at.dx + y * at.dy;
-      if (direct) {
-        makeTile(x, y, columns, rowCount, to, at.dy);
-      } else {
-        makeTile(x, y, columns, rowCount, tile, tileStep);
-        place(tile, tileStep, columns, rowCount, to, at.dx, at.dy);
-      }
+/// Calls tile(x, y, columns, rows, to) for tiles that cover `rows` of the scaled image, top to
+/// bottom and left to right; `to` is where pixel (x, y) goes. x and y - rows.first are even. If
+/// neither coordinate runs along destination rows, a tile is part of one row: pixels that meet are
+/// then written in the order of the walk.
+template <class Tile>
+void forEachTile(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdiff_t width,
+                 RowRange rows, const TurnedTile& shape, Tile tile) {
+  const bool columnsBecomeRows = at.dy == pixelBytes || at.dy == -pixelBytes;
+  const bool blocks = at.turned && columnsBecomeRows;
+  const ptrdiff_t unit = !at.turned ? stripRows : blocks ? shape.rows : 1;
+  const ptrdiff_t columns = at.turned ? shape.columns : stripColumns;
+  ptrdiff_t count = unit;
+  if (blocks) count += rowsToLine(dst + at.start + rows.first * at.dy, at, pixelBytes);
+  for (ptrdiff_t y = rows.first; y < rows.end; y += count, count = unit) {
+    const ptrdiff_t rest = rows.end - y;
+    if (rest < count || (blocks && rest < 2 * unit)) count = rest;
+    for (ptrdiff_t x = 0; x < width; x += columns) {
+      const ptrdiff_t n = width - x < columns ? width - x : columns;
+      tile(x, y, n, count, dst + at.start + x * at.dx + y * at.dy);
     }
   }
+}
+
+/// Walks a plane: makeTile(x, y, n, rows, out, step) writes samples as the source is oriented, rows
+/// `step` bytes apart, straight into the destination where that is possible.
+template <class MakeTile>
+void walkSamples(Vek8u* dst, const Orientation& at, ptrdiff_t width, RowRange rows,
+                 MakeTile makeTile) {
+  const PlaceTile place = select(placeRows).bytes1;
+  const bool direct = !at.turned && at.dx == 1;
+  const ptrdiff_t step = at.turned ? wideTile.columns : stripColumns;
+  alignas(64) Vek8u tile[tileSamples];
+  forEachTile(dst, at, 1, width, rows, wideTile,
+              [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+                if (direct) return makeTile(x, y, n, count, to, at.dy);
+                makeTile(x, y, n, count, tile, step);
+                place(tile, step, n, count, to, at.dx, at.dy);
+              });
+}
+
+/// Y, Cb and Cr of a tile; each chroma sample serves two columns.
+struct SampleTile {
+  alignas(64) Vek8u y[tileSamples];
+  alignas(64) Vek8u cb[tileSamples / 2];
+  alignas(64) Vek8u cr[tileSamples / 2];
+};
+
+/// A format's conversions.
+struct PixelKernels {
+  Csc paired, single;
+  ptrdiff_t bytes;
+};
+
+/// Walks an image that is converted to pixels: makeSamples(x, y, n, rows, buffer, step) returns the
+/// samples of a tile as the source is oriented, in the buffer, with rows `step` and step / 2 bytes
+/// apart, or where they are. Not the pixels but the samples are turned, before the conversion: they
+/// are fewer bytes, and pixels are then written once and in order.
+template <class MakeSamples>
+void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, ptrdiff_t width,
+                RowRange rows, const TurnedTile& shape, MakeSamples makeSamples) {
+  const PlaceRows& place = select(placeRows);
+  const ptrdiff_t size = kernels.bytes, step = at.turned ? shape.columns : stripColumns;
+  const ptrdiff_t turnedStep = 2 * shape.rows;
+  SampleTile buffer, turned;
+
+  const auto convertForwards = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+    kernels.paired(s, n, count, to, at.dy);
+  };
+  const auto convertBackwards = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+    const ptrdiff_t pairs = (n + 1) / 2, chromaRows = count >> s.chromaShift;
+    place.bytes1(s.y.data, s.y.step, n, count, turned.y + n - 1, -1, step);
+    place.bytes1(s.cb.data, s.cb.step, pairs, chromaRows, turned.cb + pairs - 1, -1, step / 2);
+    place.bytes1(s.cr.data, s.cr.step, pairs, chromaRows, turned.cr + pairs - 1, -1, step / 2);
+    Vek8u* const left = to - (n - 1) * size;
+    const ptrdiff_t odd = n % 2;  // the last column, now the first, has its chroma alone
+    const auto from = [&](ptrdiff_t x) -> Samples {
+      return {{turned.y + x, step},
+              {turned.cb + x, step / 2},
+              {turned.cr + x, step / 2},
+              s.chromaShift};
+    };
+    if (odd != 0) kernels.single(from(0), 1, count, left, at.dy);
+    kernels.paired(from(odd), n - odd, count, left + odd * size, at.dy);
+  };
+  const auto convertTurned = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+    const ptrdiff_t pairs = (n + 1) / 2, chromaRows = count >> s.chromaShift;
+    const ptrdiff_t dy = at.dy > 0 ? 1 : -1;
+    const auto turn = [&](Plane<const Vek8u> plane, ptrdiff_t columns, ptrdiff_t rowCount,
+                          Vek8u* out) {
+      place.bytes1(plane.data, plane.step, columns, rowCount, dy > 0 ? out : out + rowCount - 1,
+                   turnedStep, dy);
+    };
+    turn(s.y, n, count, turned.y);
+    turn(s.cb, pairs, chromaRows, turned.cb);
+    turn(s.cr, pairs, chromaRows, turned.cr);
+    const Samples samples = {
+        {turned.y, turnedStep}, {turned.cb, turnedStep}, {turned.cr, turnedStep}, 1};
+    (s.chromaShift == 1 ? kernels.paired : kernels.single)(
+        samples, count, n, dy > 0 ? to : to + (count - 1) * at.dy, at.dx);
+  };
+  const auto scatter = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+    kernels.paired(s, n, count, turned.y, 0);
+    place.of(static_cast<int>(size))(turned.y, 0, n, count, to, at.dx, at.dy);
+  };
+  forEachTile(
+      dst, at, size, width, rows, shape,
+      [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+        const Samples s = makeSamples(x, y, n, count, buffer, step);
+        if (!at.turned)
+          return (at.dx > 0 ? convertForwards(s, n, count, to) : convertBackwards(s, n, count, to));
+        at.dy == size || at.dy == -size ? convertTurned(s, n, count, to) : scatter(s, n, count, to);
+      });
 }
 
 }  // namespace vek

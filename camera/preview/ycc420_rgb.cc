@@ -47,14 +47,6 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int 
   return vekStsNoErr;
 }
 
-const Vek8u* lumaRow(const ResampleRows& rows, const Image420& src, const Scaling& scaling,
-                     Vek32u rowPhase, ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
-  if (scaling.bilinear) {
-    return bilinearRow(rows, src.y, src.width - 1, rowPhase, scaling.xStep, x, n, buffer);
-  }
-  return nearestRow(rows, src.y.row((rowPhase + halfSample) >> 16), scaling.xStep, x, n, buffer);
-}
-
 /// With an odd size the last column repeats its left neighbour and the last row the one before it.
 void repeatOddEdges(const Scaling& scaling, Vek8u* first, Orientation at, int pixelBytes) {
   const auto copy = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t fromX, ptrdiff_t fromY) {
@@ -71,38 +63,55 @@ void repeatOddEdges(const Scaling& scaling, Vek8u* first, Orientation at, int pi
   }
 }
 
-/// Makes tiles of row pairs that share their chroma row.
+/// Rows are made in pairs that share their chroma row.
 void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scaling, Vek8u* pDst,
                                         int dstStep, int dstFormat, int rotation) {
   const ResampleRows& resample = select(resampleRows);
-  const CscRow convert = select(cscRows).of(dstFormat - rgb565);
-  const int pixelBytes = dstFormat == bgr24 ? 3 : 2;
-  const Orientation at = orientation(rotation, scaling.width, scaling.height, pixelBytes, dstStep);
+  const CscRows& csc = select(cscRows);
+  const int format = dstFormat - rgb565;
+  const PixelKernels kernels = {csc.paired.of(format), csc.single.of(format),
+                                dstFormat == bgr24 ? 3 : 2};
+  const Orientation at =
+      orientation(rotation, scaling.width, scaling.height, kernels.bytes, dstStep);
   const Vek32u lastPhase = lastRowPhase(src.height);
 
-  alignas(64) Vek8u luma[stripColumns];
-  alignas(64) Vek8u blue[stripColumns / 2];
-  alignas(64) Vek8u red[stripColumns / 2];
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t y0, ptrdiff_t n, ptrdiff_t rows, Vek8u* out,
-                            ptrdiff_t step) {
-    for (ptrdiff_t y = y0; y < y0 + rows; y += 2, out += 2 * step) {
-      const Vek32u phase = static_cast<Vek32u>(y) * scaling.yStep;
-      const Vek32u nextPhase = phase + scaling.yStep;
-      const Vek32u chromaRow = (phase + oneSample) >> 17;
-      const Vek8u* cb =
-          nearestRow(resample, src.cb.row(chromaRow), scaling.xStep, x / 2, n / 2, blue);
-      const Vek8u* cr =
-          nearestRow(resample, src.cr.row(chromaRow), scaling.xStep, x / 2, n / 2, red);
-      convert(lumaRow(resample, src, scaling, phase, x, n, luma), cb, cr, n, out);
-      if (scaling.bilinear && nextPhase >= lastPhase) {
-        memcpy(out + step, out, static_cast<size_t>(n * pixelBytes));
-      } else {
-        convert(lumaRow(resample, src, scaling, nextPhase, x, n, luma), cb, cr, n, out + step);
-      }
+  Columns columns, chromaColumns;
+  const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t rows,
+                               SampleTile& tile, ptrdiff_t step) -> Samples {
+    if (scaling.unscaled()) {
+      return {{src.y.row(y) + x, src.y.step},
+              {src.cb.row(y / 2) + x / 2, src.cb.step},
+              {src.cr.row(y / 2) + x / 2, src.cr.step},
+              1};
     }
+    if (scaling.bilinear) {
+      blendedColumns(resample, scaling.xStep, x, n, src.width - 1, columns);
+    } else {
+      nearestColumns(resample, scaling.xStep, x, n, columns);
+    }
+    nearestColumns(resample, scaling.xStep, x / 2, n / 2, chromaColumns);
+    for (ptrdiff_t i = 0; i < rows; ++i) {
+      const Vek32u phase = static_cast<Vek32u>(y + i) * scaling.yStep;
+      Vek8u* const luma = tile.y + i * step;
+      if (!scaling.bilinear) {
+        putRow(nearestRow(resample, src.y.row((phase + halfSample) >> 16), columns, luma), n, luma);
+      } else if (i % 2 != 0 && phase >= lastPhase) {
+        putRow(luma - step, n, luma);
+      } else {
+        putRow(blendedRow(resample, src.y, phase, columns, luma), n, luma);
+      }
+      if (i % 2 != 0) continue;
+      const Vek32u chromaRow = (phase + oneSample) >> 17;
+      Vek8u* const cb = tile.cb + i / 2 * (step / 2);
+      Vek8u* const cr = tile.cr + i / 2 * (step / 2);
+      putRow(nearestRow(resample, src.cb.row(chromaRow), chromaColumns, cb), n / 2, cb);
+      putRow(nearestRow(resample, src.cr.row(chromaRow), chromaColumns, cr), n / 2, cr);
+    }
+    return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 1};
   };
-  walkTiles(pDst, at, pixelBytes, scaling.width & ~1, {0, scaling.height & ~1}, makeTile);
-  repeatOddEdges(scaling, pDst + at.start, at, pixelBytes);
+  walkPixels(pDst, at, kernels, scaling.width & ~1, {0, scaling.height & ~1},
+             scaling.unscaled() ? tallTile : wideTile, makeSamples);
+  repeatOddEdges(scaling, pDst + at.start, at, static_cast<int>(kernels.bytes));
 }
 
 }  // namespace

@@ -28,11 +28,9 @@ VekStatus check(const Vek8u* pSrc, int srcStep, const Vek16u* pDst, int dstStep,
   return vekStsNoErr;
 }
 
-/// Samples of a strip of one output row.
-struct Strip {
-  alignas(64) Vek8u y[stripColumns];
-  alignas(64) Vek8u cb[stripColumns / 2];
-  alignas(64) Vek8u cr[stripColumns / 2];
+/// Samples of a part of one output row.
+struct Row {
+  Vek8u *y, *cb, *cr;
 };
 
 /// Averages neighbours until `n` samples have become n / 2^times. `a` is used up, `b` is scratch.
@@ -49,7 +47,7 @@ void halveTimes(const ReduceRows& kernels, Vek8u* a, Vek8u* b, ptrdiff_t n, int 
 
 /// Averages the blocks of `n` output pixels in one source row.
 template <int factor>
-void averageRow(const ReduceRows& kernels, const Vek8u* src, ptrdiff_t n, Strip& out) {
+void averageRow(const ReduceRows& kernels, const Vek8u* src, ptrdiff_t n, const Row& out) {
   constexpr int levels = factor == 2 ? 1 : factor == 4 ? 2 : 3;
   constexpr ptrdiff_t most = stripColumns * factor / 2;
   alignas(64) Vek8u y[most];
@@ -67,24 +65,30 @@ void averageRow(const ReduceRows& kernels, const Vek8u* src, ptrdiff_t n, Strip&
   halveTimes(kernels, cr, scratch, pairs, levels, out.cr);
 }
 
-/// Averages the blocks of `n` output pixels; strips[0] is the result.
+/// Averages the blocks of `n` output pixels.
 template <int factor>
-void averageBlocks(const ReduceRows& kernels, Plane<const Vek8u> src, ptrdiff_t n, Strip* strips) {
-  for (int i = 0; i < factor; ++i) averageRow<factor>(kernels, src.row(i), n, strips[i]);
+void averageBlocks(const ReduceRows& kernels, Plane<const Vek8u> src, ptrdiff_t n, const Row& out) {
+  alignas(64) Vek8u others[factor - 1][2 * stripColumns];
+  Row rows[factor] = {out};
+  for (int i = 1; i < factor; ++i) {
+    Vek8u* const other = others[i - 1];
+    rows[i] = {other, other + stripColumns, other + stripColumns + stripColumns / 2};
+  }
+  for (int i = 0; i < factor; ++i) averageRow<factor>(kernels, src.row(i), n, rows[i]);
   const ptrdiff_t pairs = (n + 1) / 2;
   for (int apart = 1; apart < factor; apart *= 2) {
     for (int i = 0; i < factor; i += 2 * apart) {
-      const Strip& other = strips[i + apart];
-      kernels.average(other.y, n, strips[i].y);
-      kernels.average(other.cb, pairs, strips[i].cb);
-      kernels.average(other.cr, pairs, strips[i].cr);
+      const Row& other = rows[i + apart];
+      kernels.average(other.y, n, rows[i].y);
+      kernels.average(other.cb, pairs, rows[i].cb);
+      kernels.average(other.cr, pairs, rows[i].cr);
     }
   }
 }
 
 /// Takes the first samples of the blocks of `n` output pixels.
 template <int factor>
-void pickBlocks(const ReduceRows& kernels, const Vek8u* src, ptrdiff_t n, Strip& out) {
+void pickBlocks(const ReduceRows& kernels, const Vek8u* src, ptrdiff_t n, const Row& out) {
   kernels.pick(src + 1, 2 * factor, n, out.y);
   kernels.pick(src, 4 * factor, (n + 1) / 2, out.cb);
   kernels.pick(src + 2, 4 * factor, (n + 1) / 2, out.cr);
@@ -95,24 +99,24 @@ void resizeCscRotate(Plane<const Vek8u> src, Vek8u* pDst, int dstStep, int width
                      bool average, int dstFormat, int rotation) {
   const ReduceRows& kernels = select(reduceRows);
   const CscRows& csc = select(cscRows);
-  const CscRow convert = dstFormat == rgb565 ? csc.rgb565Q10 : csc.rgb555Q10;
+  const auto format = dstFormat == rgb565 ? &CscFormats::rgb565Q10 : &CscFormats::rgb555Q10;
+  const PixelKernels pixels = {csc.paired.*format, csc.single.*format, 2};
   const ptrdiff_t columns = width / factor, rows = height / factor;
-
-  Strip strips[factor];
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
-                            ptrdiff_t step) {
-    for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
-      const Vek8u* blocks = src.row(factor * y) + 2 * factor * x;
+  const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count,
+                               SampleTile& tile, ptrdiff_t step) -> Samples {
+    for (ptrdiff_t i = 0; i < count; ++i) {
+      const Vek8u* blocks = src.row(factor * (y + i)) + 2 * factor * x;
+      const Row out = {tile.y + i * step, tile.cb + i * (step / 2), tile.cr + i * (step / 2)};
       if (average) {
-        averageBlocks<factor>(kernels, {blocks, src.step}, n, strips);
+        averageBlocks<factor>(kernels, {blocks, src.step}, n, out);
       } else {
-        pickBlocks<factor>(kernels, blocks, n, strips[0]);
+        pickBlocks<factor>(kernels, blocks, n, out);
       }
-      convert(strips[0].y, strips[0].cb, strips[0].cr, n, out);
     }
+    return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 0};
   };
-  walkTiles(pDst, orientation(rotation, columns, rows, 2, dstStep), 2, columns, {0, rows},
-            makeTile);
+  walkPixels(pDst, orientation(rotation, columns, rows, 2, dstStep), pixels, columns, {0, rows},
+             wideTile, makeSamples);
 }
 
 constexpr auto _vekiResize2CscRotate_8u_C2R = resizeCscRotate<2>;

@@ -32,24 +32,22 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int 
   return vekStsNoErr;
 }
 
-/// Chroma of a quarter turn. The destination is subsampled along its own rows, so each pair of
-/// source rows becomes one destination column that alternates between the two.
+/// Chroma of a quarter turn. The destination is subsampled along its own rows, so that each pair of
+/// source rows becomes one destination column that alternates between the two: the upper rows fill
+/// every other destination row, the lower ones those between.
 template <class SourceRow>
-void resizeTurnedChroma(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, Vek32u xStep,
-                        ptrdiff_t width, RowRange rowPairs, SourceRow sourceRow) {
-  const ResampleRows& kernels = select(resampleRows);
-  alignas(64) Vek8u even[maxTurnedColumns / 2];
-  alignas(64) Vek8u odd[maxTurnedColumns / 2];
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t pair, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
-                            ptrdiff_t step) {
-    for (const ptrdiff_t end = pair + count; pair < end; ++pair, out += step) {
-      const Vek8u* upper = src.row(sourceRow(2 * pair));
-      const Vek8u* lower = src.row(sourceRow(2 * pair + 1));
-      kernels.interleave(nearestRow(kernels, upper, xStep, x / 2, n / 2, even),
-                         nearestRow(kernels, lower, xStep, x / 2, n / 2, odd), n / 2, out);
+void resizeTurnedChroma(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
+                        const Scaling& scaling, ptrdiff_t width, RowRange rowPairs,
+                        SourceRow sourceRow) {
+  for (ptrdiff_t lower : {0, 1}) {
+    const Orientation alternating = {at.start + lower * at.dx, 2 * at.dx, at.dy, true};
+    if (scaling.unscaled()) {
+      turnPlane({src.row(lower), 2 * src.step}, dst, alternating, width, rowPairs);
+    } else {
+      resizeNearest(src, dst, alternating, scaling, width, rowPairs,
+                    [&](ptrdiff_t pair) { return sourceRow(2 * pair + lower); });
     }
-  };
-  walkTiles(dst, at, 1, width, rowPairs, makeTile);
+  }
 }
 
 /// Rows are made in pairs. With an odd height the last pair has one row more than the scaled image;
@@ -78,8 +76,8 @@ void _vekiYCbCr422RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int sr
       const Plane<Vek8u> dst = planes.dst[i];
       if (isQuarterTurn(rotation)) {
         resizeTurnedChroma(planes.src[i], dst.data,
-                           orientation(rotation, width, height / 2, 1, dst.step), scaling.xStep,
-                           width, {rows.first / 2, rows.end / 2}, sourceRow);
+                           orientation(rotation, width, height / 2, 1, dst.step), scaling,
+                           width / 2, {rows.first / 2, rows.end / 2}, sourceRow);
       } else {
         resizeNearest(planes.src[i], dst.data,
                       orientation(rotation, width / 2, height, 1, dst.step), scaling, width / 2,

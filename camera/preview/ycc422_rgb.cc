@@ -70,67 +70,91 @@ struct Sampler {
   }
 };
 
-/// `n` samples of a row at the nearest columns, beginning with sample x.
-const Vek8u* nearest(const ResampleRows& kernels, const Phases& columns, const Vek8u* row,
-                     ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
-  const ptrdiff_t regular = columns.regular(x, n);
-  const Vek8u* samples =
-      nearestRow(kernels, row, static_cast<Vek32u>(columns.step), x, regular, buffer);
-  if (regular == n) return samples;
-  putRow(samples, regular, buffer);
-  for (ptrdiff_t i = regular; i < n; ++i) buffer[i] = row[columns.at(x + i) >> 16];
-  return buffer;
-}
+/// The columns of a strip: those that are not held, and may be prepared, come first.
+struct Strip {
+  const Phases& phases;
+  ptrdiff_t x, n, regular;
+  Columns columns;
 
-/// `n` luma samples at the nearest columns, beginning with sample x.
-const Vek8u* nearestLuma(const ResampleRows& kernels, const Sampler& src, Vek64s rowPhase,
-                         ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
-  return nearest(kernels, src.columns, src.y.row(static_cast<ptrdiff_t>(rowPhase >> 16)), x, n,
-                 buffer);
-}
-
-/// `n` luma samples blended from the four around each phase.
-const Vek8u* bilinearLuma(const ResampleRows& kernels, const Sampler& src, Vek64s rowPhase,
-                          ptrdiff_t x, ptrdiff_t n, Vek8u* buffer) {
-  const Plane<const Vek8u> plane = {src.y.row(static_cast<ptrdiff_t>(rowPhase >> 16)), src.y.step};
-  const Vek32u fy = static_cast<Vek32u>(rowPhase & 0xFFFF);
-  const ptrdiff_t regular = src.columns.regular(x, n);
-  const Vek8u* samples = bilinearRow(kernels, plane, src.width - 1, fy,
-                                     static_cast<Vek32u>(src.columns.step), x, regular, buffer);
-  if (regular == n) return samples;
-  putRow(samples, regular, buffer);
-  for (ptrdiff_t i = regular; i < n; ++i) {
-    const Vek64s phase = src.columns.at(x + i);
-    const Vek8u* left = plane.data + (phase >> 16);
-    const Vek32u fx = static_cast<Vek32u>(phase & 0xFFFF);
-    kernels.bilinear(left, fy == 0 ? left : left + plane.step, static_cast<Vek32s>(fy),
-                     fx == 0 ? 0 : 1, fx, 0, 1, buffer + i);
+  void prepare(const ResampleRows& kernels, bool blended, ptrdiff_t lastColumn, ptrdiff_t from,
+               ptrdiff_t count) {
+    x = from, n = count, regular = phases.regular(from, count);
+    const Vek32u step = static_cast<Vek32u>(phases.step);
+    if (blended) {
+      blendedColumns(kernels, step, x, regular, lastColumn, columns);
+    } else {
+      nearestColumns(kernels, step, x, regular, columns);
+    }
   }
-  return buffer;
+};
+
+/// The samples of a row at the nearest columns.
+void nearest(const ResampleRows& kernels, const Strip& strip, const Vek8u* row, Vek8u* out) {
+  putRow(nearestRow(kernels, row, strip.columns, out), strip.regular, out);
+  for (ptrdiff_t i = strip.regular; i < strip.n; ++i) {
+    out[i] = row[strip.phases.at(strip.x + i) >> 16];
+  }
+}
+
+/// Luma samples at the nearest columns.
+void nearestLuma(const ResampleRows& kernels, const Sampler& src, const Strip& strip,
+                 Vek64s rowPhase, Vek8u* out) {
+  nearest(kernels, strip, src.y.row(static_cast<ptrdiff_t>(rowPhase >> 16)), out);
+}
+
+/// Luma samples blended from the four around each phase.
+void bilinearLuma(const ResampleRows& kernels, const Sampler& src, const Strip& strip,
+                  Vek64s rowPhase, Vek8u* out) {
+  const Plane<const Vek8u> plane = {src.y.row(static_cast<ptrdiff_t>(rowPhase >> 16)), src.y.step};
+  const Vek32s fy = static_cast<Vek32s>(rowPhase & 0xFFFF);
+  putRow(blendedRow(kernels, plane, static_cast<Vek32u>(fy), strip.columns, out), strip.regular,
+         out);
+  const auto blend = [](Vek32s a, Vek32s b, Vek32s f) { return a + (((b - a) * f) >> 16); };
+  for (ptrdiff_t i = strip.regular; i < strip.n; ++i) {
+    const Vek64s phase = strip.phases.at(strip.x + i);
+    const Vek8u* left = plane.data + (phase >> 16);
+    const Vek32s fx = static_cast<Vek32s>(phase & 0xFFFF);
+    const auto across = [&](const Vek8u* at) { return blend(at[0], at[fx != 0], fx); };
+    out[i] =
+        static_cast<Vek8u>(blend(across(left), across(fy != 0 ? left + plane.step : left), fy));
+  }
 }
 
 using LumaRow = decltype(&nearestLuma);
 
 /// Makes `width` x `height` pixels and puts them as `at` says.
 template <LumaRow lumaRow, int pixelBytes>
-void resizeRotateCsc(const Sampler& src, CscRow convert, Vek8u* pDst, const Orientation& at,
-                     int width, int height) {
-  const ResampleRows& kernels = select(resampleRows);
-  alignas(64) Vek8u luma[stripColumns];
-  alignas(64) Vek8u blue[stripColumns / 2];
-  alignas(64) Vek8u red[stripColumns / 2];
-  const auto makeTile = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out,
-                            ptrdiff_t step) {
+void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientation& at, int width,
+                     int height) {
+  const ResampleRows& resample = select(resampleRows);
+  const CscRows& csc = select(cscRows);
+  const PixelKernels kernels = {csc.paired.of(format), csc.single.of(format), pixelBytes};
+  const bool blended = lumaRow == bilinearLuma;
+  const bool unscaled = !blended && src.columns.step == oneSample && src.rows.step == oneSample;
+  Strip strip = {src.columns, 0, 0, 0, {}}, chromaStrip = {src.chromaColumns, 0, 0, 0, {}};
+  const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count,
+                               SampleTile& tile, ptrdiff_t step) -> Samples {
     const ptrdiff_t pairs = (n + 1) / 2;
-    for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
-      const Vek64s rowPhase = src.rows.at(y);
-      const ptrdiff_t row = static_cast<ptrdiff_t>(rowPhase >> 16);
-      const Vek8u* cb = nearest(kernels, src.chromaColumns, src.cb.row(row), x / 2, pairs, blue);
-      const Vek8u* cr = nearest(kernels, src.chromaColumns, src.cr.row(row), x / 2, pairs, red);
-      convert(lumaRow(kernels, src, rowPhase, x, n, luma), cb, cr, n, out);
+    if (unscaled && src.columns.regular(x, n) == n &&
+        src.chromaColumns.regular(x / 2, pairs) == pairs &&
+        src.rows.at(y + count - 1) >> 16 == y + count - 1) {
+      return {{src.y.row(y) + x, src.y.step},
+              {src.cb.row(y) + x / 2, src.cb.step},
+              {src.cr.row(y) + x / 2, src.cr.step},
+              0};
     }
+    strip.prepare(resample, blended, src.width - 1, x, n);
+    chromaStrip.prepare(resample, false, 0, x / 2, pairs);
+    for (ptrdiff_t i = 0; i < count; ++i) {
+      const Vek64s rowPhase = src.rows.at(y + i);
+      const ptrdiff_t row = static_cast<ptrdiff_t>(rowPhase >> 16);
+      lumaRow(resample, src, strip, rowPhase, tile.y + i * step);
+      nearest(resample, chromaStrip, src.cb.row(row), tile.cb + i * (step / 2));
+      nearest(resample, chromaStrip, src.cr.row(row), tile.cr + i * (step / 2));
+    }
+    return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 0};
   };
-  walkTiles(pDst, at, pixelBytes, width, {0, height}, makeTile);
+  walkPixels(pDst, at, kernels, width, {0, height}, wideTile, makeSamples);
 }
 
 constexpr auto _ResizeRotateCSCNN = resizeRotateCsc<nearestLuma, 2>;
@@ -147,7 +171,7 @@ void _vekiYCbCr422RszCscRotRGB888_8u_P3C3R(const Sampler& src, Vek8u* pDst, int 
   const int height = turned ? dstWidth : dstHeight;
   const Orientation at = orientation(rotation, width, height, 3, dstStep);
   const auto kernel = bilinear ? _ResizeRotateCSC888Bilinear : _ResizeRotateCSC888NN;
-  kernel(src, select(cscRows).bgr24, pDst, at, width, height);
+  kernel(src, bgr24, pDst, at, width, height);
 }
 
 /// 16-bit pixels: always dstWidth columns and dstHeight rows. A quarter turn begins where one of a
@@ -161,7 +185,7 @@ void resize16(const Sampler& src, Vek8u* pDst, int dstStep, int dstWidth, int ds
     at.dy += (ptrdiff_t{dstWidth} - dstHeight) * at.dx;
   }
   const auto kernel = bilinear ? _ResizeRotateCSCBilinear : _ResizeRotateCSCNN;
-  kernel(src, select(cscRows).of(dstFormat), pDst, at, dstWidth, dstHeight);
+  kernel(src, dstFormat, pDst, at, dstWidth, dstHeight);
 }
 
 }  // namespace

@@ -95,7 +95,7 @@ class Canvas {
 
  private:
   static constexpr int turnedBlocks = 256;
-  static constexpr int turnedRows = 16;
+  static constexpr int turnedRows = 32;
   static constexpr int tileBlocks = turnedBlocks * turnedRows;
   static_assert(tileBlocks >= maxStripBlocks);
 

@@ -23,6 +23,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 /// A stream of a row kernel: `count` bytes for every `pixels` pixels.
 template <int count, int pixels = 1>
 struct In {
+  static constexpr int bytes = count;
   const Vek8u* data;
 
   const Vek8u* at(ptrdiff_t x) const { return data + x / pixels * count; }

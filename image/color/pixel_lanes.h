@@ -1,6 +1,7 @@
 // Drivers for kernels that compute three-channel pixels in 16-bit or 32-bit lanes.
 #pragma once
 
+#include "core/kernel/interleave.h"
 #include "core/kernel/vector.h"
 
 #if VEK_HAVE_HIGHWAY
@@ -15,6 +16,7 @@ constexpr hn::ScalableTag<Vek32s> intLanes;
 constexpr hn::ScalableTag<float> floatLanes;
 using VBytes = hn::Vec<hn::ScalableTag<Vek8u>>;
 using VWord = hn::Vec<hn::ScalableTag<Vek16s>>;
+using VFloat = hn::Vec<hn::ScalableTag<float>>;
 using VInt = hn::Vec<hn::ScalableTag<Vek32s>>;
 constexpr int pixelBlock = static_cast<int>(hn::MaxLanes(byteLanes));
 
@@ -48,12 +50,11 @@ inline VBytes joinBytes(VWord even, VWord odd) {
 template <class Fn>
 void convertPixelWords(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
   const auto body = [&fn](Vek8u* out, const Vek8u* in) {
-    VBytes a, b, c;
-    hn::LoadInterleaved3(byteLanes, in, a, b, c);
-    const PixelWords even = fn(PixelWords{evenBytes(a), evenBytes(b), evenBytes(c)});
-    const PixelWords odd = fn(PixelWords{oddBytes(a), oddBytes(b), oddBytes(c)});
-    hn::StoreInterleaved3(joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1),
-                          joinBytes(even.c2, odd.c2), byteLanes, out);
+    const Channels v = loadChannels(in);
+    const PixelWords even = fn(PixelWords{evenBytes(v.c0), evenBytes(v.c1), evenBytes(v.c2)});
+    const PixelWords odd = fn(PixelWords{oddBytes(v.c0), oddBytes(v.c1), oddBytes(v.c2)});
+    storeChannels(
+        {joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1), joinBytes(even.c2, odd.c2)}, out);
   };
   forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
 }
@@ -78,26 +79,45 @@ VBytes merge(VBytes gathered, VInt results) {
   return hn::Or(gathered, hn::BitCast(byteLanes, hn::ShiftLeft<8 * phase>(results)));
 }
 
+/// Calls phase.operator()<0>() to <3>().
+template <class Phase>
+void forEachPhase(Phase phase) {
+  phase.template operator()<0>();
+  phase.template operator()<1>();
+  phase.template operator()<2>();
+  phase.template operator()<3>();
+}
+
 /// Runs fn(PixelLanes) -> PixelLanes on every pixel of a row.
 template <class Fn>
 void convertPixels(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
   const auto body = [&fn](Vek8u* out, const Vek8u* in) {
-    VBytes a, b, c;
-    hn::LoadInterleaved3(byteLanes, in, a, b, c);
+    const Channels v = loadChannels(in);
     VBytes x = hn::Zero(byteLanes), y = x, z = x;
-    const auto phase = [&]<int p>() {
-      const PixelLanes result = fn(PixelLanes{phaseOf<p>(a), phaseOf<p>(b), phaseOf<p>(c)});
+    forEachPhase([&]<int p>() {
+      const PixelLanes result =
+          fn(PixelLanes{phaseOf<p>(v.c0), phaseOf<p>(v.c1), phaseOf<p>(v.c2)});
       x = merge<p>(x, result.c0);
       y = merge<p>(y, result.c1);
       z = merge<p>(z, result.c2);
-    };
-    phase.template operator()<0>();
-    phase.template operator()<1>();
-    phase.template operator()<2>();
-    phase.template operator()<3>();
-    hn::StoreInterleaved3(x, y, z, byteLanes, out);
+    });
+    storeChannels({x, y, z}, out);
   };
   forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+}
+
+/// 1 / d to 21 bits or better, from an approximation of at least 11 bits and one step of Newton's.
+inline VFloat reciprocal(VFloat d) {
+#if HWY_ARCH_X86
+  const VFloat x = hn::ApproximateReciprocal(d);
+  return hn::Mul(x, hn::NegMulAdd(d, x, hn::Set(floatLanes, 2.0f)));
+#else
+  return hn::Div(hn::Set(floatLanes, 1.0f), d);
+#endif
+}
+
+inline VFloat toFloat(VInt v) {
+  return hn::ConvertTo(floatLanes, v);
 }
 
 /// floor(n / d) from a quotient q that is off by at most one; n is given modulo 2^32, which is

@@ -18,6 +18,21 @@ void coverRow(ptrdiff_t n, ptrdiff_t block, Body body) {
   if (n % block != 0) body(n - block);
 }
 
+/// Signed words saturated to bytes, the two vectors' 128-bit blocks by turns: undoes InterleaveLower
+/// and InterleaveUpper.
+template <class V>
+hn::Vec<hn::ScalableTag<Vek8u>> packWords(V low, V high) {
+#if HWY_TARGET <= HWY_AVX3 && HWY_ARCH_X86
+  return hn::Vec<hn::ScalableTag<Vek8u>>{_mm512_packus_epi16(low.raw, high.raw)};
+#elif HWY_TARGET <= HWY_AVX2 && HWY_ARCH_X86
+  return hn::Vec<hn::ScalableTag<Vek8u>>{_mm256_packus_epi16(low.raw, high.raw)};
+#else
+  constexpr hn::ScalableTag<Vek8u> bytes;
+  constexpr hn::Half<decltype(bytes)> half;
+  return hn::Combine(bytes, hn::DemoteTo(half, high), hn::DemoteTo(half, low));
+#endif
+}
+
 /// (v * factor + 2^31) >> 32 in each lane.
 template <class D, class V = hn::Vec<D>>
 V mulHighRounded(D d32, V v, V factor) {

@@ -4,7 +4,6 @@
 #include <stdint.h>
 
 #include "core/check.h"
-#include "core/region.h"
 #include "image/filter/fir_rows.h"
 
 namespace vek {
@@ -54,7 +53,7 @@ VekStatus RCFilterParametersCheck(const Images& images, const Vek32s* pKernel, i
 
 FirScale makeScale(int divisor) {
   const uint64_t d = static_cast<uint64_t>(divisor);
-  FirScale scale = {1, 0, 0};
+  FirScale scale = {divisor, 1, 0, 0};
   if ((d & (d - 1)) == 0) {
     while (uint64_t{1} << scale.shift < d) ++scale.shift;
   } else {
@@ -70,14 +69,15 @@ FirScale makeScale(int divisor) {
 
 /// The kernel whose sums fit: a coefficient array that lies in memory is too short for 64 bits to
 /// overflow.
-FirRow rowKernel(const FirRows& rows, const Vek32s* pKernel, int64_t n) {
+FirKernel kernelFor(const FirRows& rows, const Vek32s* pKernel, int64_t n) {
   uint64_t magnitude = 0;
+  bool bytes = true;
   for (int64_t i = 0; i < n; ++i) {
     magnitude += static_cast<Vek32u>(pKernel[i] < 0 ? -pKernel[i] : pKernel[i]);
+    bytes = bytes && pKernel[i] >= -128 && pKernel[i] <= 127;
   }
-  return magnitude <= 0x7FFF / 255       ? rows.sums16
-         : magnitude <= 0x7FFFFFFF / 255 ? rows.sums32
-                                         : rows.sums64;
+  if (magnitude > 0x7FFFFFFF / 255) return rows.sums64;
+  return !bytes ? rows.sums32 : magnitude <= 0x7FFF / 255 ? rows.sums16 : rows.sums32Of8;
 }
 
 /// `corner` is the first sample of the neighbourhood of the region's first pixel, and tap (0, 0)
@@ -86,13 +86,10 @@ void filter(const Images& images, const Vek8u* corner, int channels, const FirTa
             int divisor) {
   const FirScale scale = makeScale(divisor);
   const int64_t count = int64_t{taps.inner} * taps.outer;
-  const FirRow row = rowKernel(select(firRows), taps.last - (count - 1), count);
-  const Plane src = {corner, images.srcStep};
-  const Plane dst = {images.pDst, images.dstStep};
-  const ptrdiff_t n = static_cast<ptrdiff_t>(images.roiSize.width) * channels;
-  for (ptrdiff_t y = 0; y < images.roiSize.height; ++y) {
-    row(src.row(y), taps, scale, n, dst.row(y));
-  }
+  const FirKernel kernel = kernelFor(select(firRows), taps.last - (count - 1), count);
+  kernel({corner, images.srcStep, images.pDst, images.dstStep,
+          static_cast<ptrdiff_t>(images.roiSize.width) * channels, images.roiSize.height},
+         taps, scale);
 }
 
 template <int channels>

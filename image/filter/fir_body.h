@@ -36,5 +36,12 @@ void firRow(const Vek8u* __restrict src, const FirTaps& taps, const FirScale& sc
   }
 }
 
+template <class Sum>
+void fir(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
+  for (ptrdiff_t y = 0; y < r.rows; ++y) {
+    firRow<Sum>(r.src + y * r.srcStep, taps, scale, r.n, r.dst + y * r.dstStep);
+  }
+}
+
 }  // namespace
 }  // namespace vek::VEK_LEVEL

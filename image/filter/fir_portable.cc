@@ -2,6 +2,6 @@
 
 namespace vek::portable {
 
-constexpr FirRows firRows = {firRow<Vek32s>, firRow<Vek32s>, firRow<int64_t>};
+constexpr FirRows firRows = {fir<Vek32s>, fir<Vek32s>, fir<Vek32s>, fir<int64_t>};
 
 }  // namespace vek::portable

@@ -25,20 +25,29 @@ struct FirTaps {
 /// 32. `limit` is the least sum that gives 255 or more: sums clamped to 0..limit give the same
 /// result, and their products stay below 2^41.
 struct FirScale {
+  int divisor;
   Vek32u multiplier;
   int shift;
   uint64_t limit;
 };
 
-/// dst[x] = scaled sum of the taps at src + x, for x < n.
-using FirRow = void (*)(const Vek8u* src, const FirTaps& taps, const FirScale& scale, ptrdiff_t n,
-                        Vek8u* dst);
+struct FirRegion {
+  const Vek8u* src;
+  ptrdiff_t srcStep;
+  Vek8u* dst;
+  ptrdiff_t dstStep;
+  ptrdiff_t n, rows;  ///< bytes of a row, and rows
+};
+
+/// dst[x] = scaled sum of the taps at src + x, in every row.
+using FirKernel = void (*)(const FirRegion& region, const FirTaps& taps, const FirScale& scale);
 
 /// By the bits that every partial sum fits in, signed.
 struct FirRows {
-  FirRow sums16;
-  FirRow sums32;
-  FirRow sums64;
+  FirKernel sums16;     ///< coefficients of 8 bits, signed
+  FirKernel sums32Of8;  ///< likewise
+  FirKernel sums32;
+  FirKernel sums64;
 };
 
 VEK_KERNEL_TABLE(FirRows, firRows)

@@ -57,6 +57,12 @@ VekStatus filterMedian(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
     }
     return vekStsNoErr;
   }
+  if (rows.byCounting != nullptr && rowBytes >= rows.leastBytes && mask.width <= countingWidth &&
+      mask.width * mask.height <= countingArea) {
+    rows.byCounting({corner.data, srcStep, pDst, dstStep, channels, rowBytes, roiSize.height,
+                     mask.width, mask.height});
+    return vekStsNoErr;
+  }
   for (int c = 0; c < channels; ++c) {
     medianByHistograms(rows, {corner.data + c, srcStep, pDst + c, dstStep, channels, roiSize.width,
                               roiSize.height, mask.width, mask.height});

@@ -4,7 +4,7 @@
 namespace vek::portable {
 
 constexpr MedianRows medianRows = {
-    medianNetwork<Sample, 3>,     medianNetwork<Sample, 5>, {}, Sample::size,
+    medianNetwork<Sample, 3>,     medianNetwork<Sample, 5>, {}, Sample::size, nullptr,
     columnHistograms<PlainCount>, runningHistogram};
 
 }  // namespace vek::portable

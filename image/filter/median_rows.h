@@ -30,12 +30,19 @@ struct MedianRegion {
 /// - 1 of them.
 inline constexpr ptrdiff_t medianHistograms = 192;
 
+/// Widest mask, and greatest number of its samples, that is counted threshold by threshold.
+inline constexpr ptrdiff_t countingWidth = 21;
+inline constexpr ptrdiff_t countingArea = 255;
+
 struct MedianRows {
   MedianNetwork MedianFilter3x3_8u;
   MedianNetwork MedianFilter5x5_8u;
   MedianNetwork larger[3];  ///< 7 x 7, 9 x 9, 11 x 11; null where histograms are faster
   ptrdiff_t leastBytes;     ///< of a row that goes through a network
 
+  /// For masks within the limits of counting and rows of leastBytes; null if the level has none.
+  /// `columns` counts bytes: neighbours in a row are `pixelBytes` apart.
+  void (*byCounting)(const MedianRegion& region);
   /// Time per pixel does not depend on the mask; columns + maskWidth - 1 <= medianHistograms.
   void (*columnHistograms)(const MedianRegion& region);
   /// Time per pixel grows with the mask's height; no limits.

@@ -11,6 +11,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <fstream>
+#include <map>
+#include <pthread.h>
 #include <set>
 #include <thread>
 #include <unistd.h>
@@ -29,9 +32,10 @@ const char* const usage =
     "       campaign soak MINUTES [SEED]           cases with new seeds until the time is over\n"
     "       campaign replay FUNCTION SEED          the one case that failed\n"
     "       campaign threads CASES                 the same calls in four threads at once\n"
-    "       campaign digest [CASES]                digests of the results, the same on any "
-    "machine\n"
+    "       campaign digest [FILE]                 digests of the results, compared with FILE\n"
     "       campaign throughput                    what two threads do more than one\n"
+    "       campaign stack LIMIT [CASES]           no function takes more than LIMIT bytes of "
+    "stack\n"
     "       campaign complete                      no exported function is missing\n";
 
 /// The seed of a function's n-th case, so that one seed says which case failed.
@@ -202,17 +206,85 @@ int throughput() {
   return 0;
 }
 
-int digest(uint64_t cases) {
+/// A line for each function, the same on every machine; `list` holds what they should be.
+int digest(const std::string& list) {
+  constexpr uint64_t cases = 50;
+  std::set<std::string> known;
+  std::ifstream file(list);
+  for (std::string line; std::getline(file, line);) known.insert(line);
+  bool fine = true;
   for (const Record& record : recordsOf("all")) {
     uint64_t value = 0xCBF29CE484222325;
     for (uint64_t n = 0; n < cases; ++n) {
       Random random(seedOf(1, record.name, n));
       const std::string wrong = runCase(record, random, {false, false}, &value);
       if (!wrong.empty()) printf("%s: %s\n", record.name.c_str(), wrong.c_str());
+      fine &= wrong.empty();
     }
-    printf("%016" PRIx64 " %s\n", value, record.name.c_str());
+    char line[120];
+    snprintf(line, sizeof line, "%016" PRIx64 " %s", value, record.name.c_str());
+    const bool differs = !list.empty() && known.count(line) == 0;
+    printf("%s%s\n", line, differs ? " differs" : "");
+    fine &= !differs;
   }
-  return 0;
+  return fine ? 0 : 1;
+}
+
+/// Runs `work` on a stack of its own and returns how much of it was overwritten.
+size_t stackOf(const std::function<void()>& work) {
+  constexpr size_t size = 1 << 18;
+  constexpr uint8_t paint = 0xC5;
+  static std::vector<uint8_t> memory(size + 4096);
+  auto* const stack =
+      reinterpret_cast<uint8_t*>((reinterpret_cast<uintptr_t>(memory.data()) + 4095) / 4096 * 4096);
+  memset(stack, paint, size);
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstack(&attributes, stack, size);
+  pthread_t thread;
+  const auto start = [](void* work) -> void* {
+    (*static_cast<const std::function<void()>*>(work))();
+    return nullptr;
+  };
+  if (pthread_create(&thread, &attributes, start, const_cast<std::function<void()>*>(&work)) != 0) {
+    return size;
+  }
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  size_t untouched = 0;
+  while (untouched < size && stack[untouched] == paint) ++untouched;
+  return size - untouched;
+}
+
+/// What a thread that does nothing takes is left out.
+int stack(size_t limit, uint64_t cases) {
+  bool fine = true;
+  const size_t idle = stackOf([] {});
+  for (const Record& record : recordsOf("all")) {
+    std::map<Level, size_t> deepest;
+    Record measured = record;
+    measured.call = [&](const Value* arguments) {
+      VekStatus status = vekStsNoErr;
+      const Level level = cpuLevel();
+      const size_t used = stackOf([&] {
+        const LevelScope scope(level);
+        status = record.call(arguments);
+      });
+      deepest[level] = std::max(deepest[level], used - std::min(used, idle));
+      return status;
+    };
+    for (uint64_t n = 0; n < cases; ++n) {
+      Random random(seedOf(3, record.name, n));
+      runCase(measured, random, {false, false});
+    }
+    printf("%-44s", record.name.c_str());
+    for (const auto& [level, bytes] : deepest) {
+      printf(" %s %zu", name(level), bytes);
+      fine &= bytes <= limit;
+    }
+    printf("\n");
+  }
+  return fine ? 0 : 1;
 }
 
 int complete() {
@@ -260,8 +332,11 @@ int main(int count, char** arguments) {
   }
   if (command == "replay" && count > 3) return replay(argument(2), number(argument(3)));
   if (command == "threads") return threads(count > 2 ? number(argument(2)) : 10);
-  if (command == "digest") return digest(count > 2 ? number(argument(2)) : 50);
+  if (command == "digest") return digest(argument(2));
   if (command == "throughput") return throughput();
+  if (command == "stack" && count > 2) {
+    return stack(number(argument(2)), count > 3 ? number(argument(3)) : 10);
+  }
   if (command == "complete") return complete();
   fputs(usage, stderr);
   return 2;

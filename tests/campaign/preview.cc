@@ -173,7 +173,7 @@ void draw422Reduce(Case& c) {
       footprint::ycc422Reduce(width, height, srcStep, factor, interpolation, rotation, dstStep);
   c.pointer(c.memory(Use::in, print.src[0], 8), 8);
   c.number(srcStep, bad({0, -1, INT_MIN, srcStep + 4, (2 * width - 1) / 8 * 8}));
-  c.pointer(c.memory(Use::out, print.dst[0], 8, 2), 8);
+  c.pointer(c.memory(Use::out, print.dst[0], 8), 8);
   c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 4, (2 * across - 1) / 8 * 8}));
   c.number(width, bad({0, -1, INT_MIN, INT_MAX, factor - 1}));
   c.number(height, bad({0, -1, INT_MIN, factor - 1}));

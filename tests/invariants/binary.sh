@@ -1,10 +1,11 @@
 #!/bin/sh
 # What the built library must be like: it needs the C library alone, has no writable data and does
 # nothing at load time, is hardened, and objects of a higher level define their tables only.
-# usage: binary.sh <readelf> <nm> <libvek.so> <file with lines: level object>
+# usage: binary.sh <readelf> <nm> <objdump> <libvek.so> <file with lines: level object> [IBT|BTI]
+#        the last argument names the protection of indirect branches that the library was built with
 set -eu
 export LC_ALL=C
-readelf=$1 nm=$2 shared=$3 objects=$4
+readelf=$1 nm=$2 objdump=$3 shared=$4 objects=$5 protection=${6-}
 status=0
 
 # none <what is wrong> <lines>: fails with the lines unless there are none.
@@ -40,10 +41,21 @@ none "the allocator pairs cannot be replaced" "$(in_dynamic 'SYMBOLIC')"
 some "binding at load time (-z now)" "$(in_dynamic 'BIND_NOW|FLAGS_1.*NOW')"
 some "read-only relocations (-z relro)" "$(in_segments 'GNU_RELRO')"
 some "a stack that is not executable" "$(in_segments 'GNU_STACK.* RW ')"
+[ -z "$protection" ] || some "protected indirect branches in all objects ($protection)" \
+  "$("$readelf" -nW "$shared" | grep -w "$protection" || true)"
 none "a segment is writable and executable" "$(in_segments ' RWE ')"
 
 # The linker may hand a weak symbol of a higher level to code that runs on every processor.
+# The vectors of a level are what it is for.
 while read -r level object; do
+  case $level in
+    avx2) vectors='%ymm' ;;
+    avx512) vectors='%[xyz]mm' ;;
+    neon) vectors='v[0-9]+\.(16b|8b|8h|4h|4s|2s|2d)|q[0-9]' ;;
+  esac
+  count=$("$objdump" -d --no-show-raw-insn "$object" | grep -cE "$vectors" || true)
+  printf '%6d vector instructions: %s %s\n' "$count" "$level" "${object##*.dir/}"
+  [ "$count" -ge 8 ] || none "hardly a vector instruction" "$object"
   symbols=$("$nm" -g --defined-only "$object")
   some "a table of level $level in $object" "$symbols"
   none "level $level defines more than its tables in $object" \

@@ -1,7 +1,11 @@
 #include "camera/raw/rggb_rows.h"
 
+#include "core/kernel/byte_pairs.h"
+#include "core/kernel/byte_table.h"
+
+#if !VEK_HAVE_BYTE_TABLE
 #include "camera/raw/map_body.h"
-#include "core/kernel/vector.h"
+#endif
 
 #if VEK_HAVE_HIGHWAY
 
@@ -13,14 +17,92 @@ using Bytes = hn::ScalableTag<Vek8u>;
 using VBytes = hn::Vec<Bytes>;
 constexpr Bytes bytes;
 constexpr hn::Repartition<Vek16s, Bytes> words;
-constexpr hn::Repartition<Vek16u, Bytes> uwords;
-constexpr hn::Repartition<Vek32s, Bytes> longs;
 using VWords = hn::Vec<decltype(words)>;
-using VLongs = hn::Vec<decltype(longs)>;
 
 /// Blocks that are converted at once.
 constexpr int lanes = static_cast<int>(hn::MaxLanes(bytes));
 static_assert(lanes <= readAhead);
+
+#if VEK_HAVE_BYTE_TABLE
+
+/// The first `n` of the pairs src[k * 2 * stride], src[k * 2 * stride + 1], at most 16, in 32-bit
+/// lanes. What lies between the pairs is not read.
+template <int stride>
+__m512i loadPairs(const Vek16u* src, ptrdiff_t n) {
+  constexpr int each = 16 / stride;
+  constexpr Vek32u wanted = stride == 1 ? 0xFFFF : stride == 2 ? 0x5555 : 0x1111;
+  __m512i pairs[stride];
+  for (int i = 0; i < stride; ++i) {
+    const ptrdiff_t rest = n - i * each;
+    const Vek32u valid = rest >= each ? 0xFFFF : rest <= 0 ? 0 : (1u << (rest * stride)) - 1;
+    pairs[i] = _mm512_maskz_loadu_epi32(static_cast<__mmask16>(wanted & valid), src + 32 * i);
+  }
+  const __m512i alternate =
+      _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+  for (int count = stride; count > 1; count /= 2) {
+    for (int i = 0; i < count / 2; ++i) {
+      pairs[i] = _mm512_permutex2var_epi32(pairs[2 * i], alternate, pairs[2 * i + 1]);
+    }
+  }
+  return pairs[0];
+}
+
+/// Positions 2j + odd of the first and the second samples of 32 pairs.
+__m512i sampleBytes(int odd) {
+  alignas(64) Vek8u index[64];
+  for (int i = 0; i < 64; ++i) index[i] = static_cast<Vek8u>(i % 32 * 4 + i / 32 * 2 + odd);
+  return _mm512_load_si512(index);
+}
+
+/// 1024 entries, four tables of 256.
+class RawTable {
+ public:
+  explicit RawTable(const Vek8u* gamma)
+      : tables_{ByteTable(gamma), ByteTable(gamma + 256), ByteTable(gamma + 512),
+                ByteTable(gamma + 768)},
+        low_(sampleBytes(0)),
+        high_(sampleBytes(1)) {}
+
+  /// The entries of the first samples of 32 pairs, then those of the second ones.
+  __m512i at(__m512i pairs, __m512i morePairs) const {
+    const __m512i low = _mm512_permutex2var_epi8(pairs, low_, morePairs);
+    const __m512i high = _mm512_permutex2var_epi8(pairs, high_, morePairs);
+    const __mmask64 bit7 = _mm512_movepi8_mask(low);
+    const __mmask64 bit8 = _mm512_movepi8_mask(_mm512_slli_epi16(high, 7));
+    const __mmask64 bit9 = _mm512_movepi8_mask(_mm512_slli_epi16(high, 6));
+    return _mm512_mask_blend_epi8(
+        bit9, _mm512_mask_blend_epi8(bit8, tables_[0].at(low, bit7), tables_[1].at(low, bit7)),
+        _mm512_mask_blend_epi8(bit8, tables_[2].at(low, bit7), tables_[3].at(low, bit7)));
+  }
+
+ private:
+  ByteTable tables_[4];
+  __m512i low_, high_;
+};
+
+template <int stride>
+void mapPairs(const Vek16u* src, const Vek8u* gamma, ptrdiff_t n, Vek8u* first, Vek8u* second) {
+  const RawTable table(gamma);
+  const auto block = [&](ptrdiff_t k, ptrdiff_t rest) {
+    const Vek16u* const from = src + 2 * stride * k;
+    const __m512i mapped =
+        table.at(loadPairs<stride>(from, rest), loadPairs<stride>(from + 32 * stride, rest - 16));
+    const Vek32u valid = rest >= 32 ? ~0u : (1u << rest) - 1;
+    _mm256_mask_storeu_epi8(first + k, valid, _mm512_castsi512_si256(mapped));
+    _mm256_mask_storeu_epi8(second + k, valid, _mm512_extracti64x4_epi64(mapped, 1));
+  };
+  ptrdiff_t k = 0;
+  for (; k + 32 <= n; k += 32) block(k, 32);
+  if (k < n) block(k, n - k);
+}
+
+void mapRow(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, ptrdiff_t n, Vek8u* first,
+            Vek8u* second) {
+  const auto map = period == 2 ? mapPairs<1> : period == 4 ? mapPairs<2> : mapPairs<4>;
+  map(src, gamma, n, first, second);
+}
+
+#else
 
 constexpr hn::Full128<Vek8u> sixteen;
 using VSixteen = hn::Vec<decltype(sixteen)>;
@@ -53,6 +135,8 @@ void mapRow(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, ptrdiff_t n
   mapSamples(src + k * period, period, gamma, n - k, first + k, second + k);
 }
 
+#endif
+
 VBytes average4(VBytes a, VBytes b, VBytes c, VBytes d) {
   const VBytes ab = hn::AverageRound(a, b);
   const VBytes cd = hn::AverageRound(c, d);
@@ -75,69 +159,62 @@ Pixels average(const Pixels& p, const Pixels& q, const Pixels& s, const Pixels& 
   return {average4(p.r, q.r, s.r, t.r), average4(p.g, q.g, s.g, t.g), average4(p.b, q.b, s.b, t.b)};
 }
 
-/// A row of the matrix for sums of two products: R and G with their coefficients, B with its own
-/// and 128 with the part of the offset.
+/// A row of the matrix in bytes: each coefficient is 64 * high + low with low in -32 .. 31, beside
+/// each other for R and G and for B and 128, which carries the offset of chroma, 128 * 4 * 64.
 struct Coefficients {
-  VWords rg, b1;
+  VBytes highRG, highB1, lowRG, lowB0;
 
-  Coefficients(const Vek16s* row, Vek16s offset)
-      : rg(pair(row[0], row[1])), b1(pair(row[2], offset)) {}
+  Coefficients(const Vek16s* row, int offset)
+      : highRG(pair(high(row[0]), high(row[1]))),
+        highB1(pair(high(row[2]), offset)),
+        lowRG(pair(low(row[0]), low(row[1]))),
+        lowB0(pair(low(row[2]), 0)) {}
 
-  static VWords pair(Vek16s even, Vek16s odd) {
-    const Vek32u both = static_cast<Vek16u>(even) | static_cast<Vek32u>(static_cast<Vek16u>(odd))
-                                                        << 16;
-    return hn::BitCast(words, hn::Set(longs, static_cast<Vek32s>(both)));
+  /// The high parts' sum is at most 124 * 255 + 512, the low ones' 3 * 32 * 255; all that is made of
+  /// them stays within 16 bits.
+  static bool fits(const Vek16s* row) {
+    return magnitude(high(row[0])) + magnitude(high(row[1])) + magnitude(high(row[2])) <= 124;
+  }
+
+ private:
+  static int high(int c) { return (c + 32) >> 6; }
+  static int low(int c) { return c - 64 * high(c); }
+  static int magnitude(int v) { return v < 0 ? -v : v; }
+  static VBytes pair(int even, int odd) {
+    return hn::BitCast(bytes, hn::Set(words, static_cast<Vek16s>((even & 255) | odd * 256)));
   }
 };
 
 struct Matrix {
   Coefficients y, cb, cr;
 
-  /// 128 * 256 is the chroma offset.
-  explicit Matrix(const Vek16s* matrix) : y(matrix, 0), cb(matrix + 3, 256), cr(matrix + 6, 256) {}
-};
+  explicit Matrix(const Vek16s* matrix) : y(matrix, 0), cb(matrix + 3, 4), cr(matrix + 6, 4) {}
 
-VLongs addedProducts(VWords a, VWords b) {
-  VLongs upper = hn::Zero(longs);
-  const VLongs sums = hn::ReorderWidenMulAccumulate(longs, a, b, hn::Zero(longs), upper);
-  return hn::RearrangeToOddPlusEven(sums, upper);
-}
-
-/// The even or the odd ones of `lanes` pixels as words: R beside G, B beside 128, in two halves.
-struct Terms {
-  VWords rg[2], b1[2];
-
-  Terms(VWords r, VWords g, VWords b)
-      : rg{hn::InterleaveLower(words, r, g), hn::InterleaveUpper(words, r, g)},
-        b1{hn::InterleaveLower(words, b, hn::Set(words, 128)),
-           hn::InterleaveUpper(words, b, hn::Set(words, 128))} {}
-
-  /// Exact in 32 bits for any coefficients, then clamped to 0..255.
-  VWords component(const Coefficients& c) const {
-    const auto half = [&](int i) {
-      return hn::ShiftRight<8>(hn::Add(addedProducts(rg[i], c.rg), addedProducts(b1[i], c.b1)));
-    };
-    const VWords v = hn::ReorderDemote2To(words, half(0), half(1));
-    return hn::Min(hn::Max(v, hn::Zero(words)), hn::Set(words, 255));
+  static bool fits(const Vek16s* matrix) {
+    return Coefficients::fits(matrix) && Coefficients::fits(matrix + 3) &&
+           Coefficients::fits(matrix + 6);
   }
 };
 
+/// `lanes` pixels with R beside G and B beside 128, in two halves.
 class Convertible {
  public:
   explicit Convertible(const Pixels& p)
-      : even_(even(p.r), even(p.g), even(p.b)), odd_(odd(p.r), odd(p.g), odd(p.b)) {}
+      : rg_{hn::InterleaveLower(bytes, p.r, p.g), hn::InterleaveUpper(bytes, p.r, p.g)},
+        b1_{hn::InterleaveLower(bytes, p.b, hn::Set(bytes, 128)),
+            hn::InterleaveUpper(bytes, p.b, hn::Set(bytes, 128))} {}
 
-  VBytes component(const Coefficients& c) const {
-    return hn::BitCast(bytes, hn::Or(even_.component(c), hn::ShiftLeft<8>(odd_.component(c))));
-  }
+  VBytes component(const Coefficients& c) const { return packClamped(half(c, 0), half(c, 1)); }
 
  private:
-  static VWords even(VBytes v) { return hn::And(hn::BitCast(words, v), hn::Set(words, 255)); }
-  static VWords odd(VBytes v) {
-    return hn::BitCast(words, hn::ShiftRight<8>(hn::BitCast(uwords, v)));
+  /// floor((64 * high + low) / 256) = floor((high + floor(low / 64)) / 4).
+  VWords half(const Coefficients& c, int i) const {
+    const VWords high = hn::Add(sumOfPairs(rg_[i], c.highRG), sumOfPairs(b1_[i], c.highB1));
+    const VWords low = hn::Add(sumOfPairs(rg_[i], c.lowRG), sumOfPairs(b1_[i], c.lowB0));
+    return hn::ShiftRight<2>(hn::Add(high, hn::ShiftRight<6>(low)));
   }
 
-  Terms even_, odd_;
+  VBytes rg_[2], b1_[2];
 };
 
 /// The pixels of `lanes` blocks: upper left, upper right, lower left, lower right.
@@ -199,6 +276,9 @@ void convertRow(ptrdiff_t n, const Vek16s* matrix, const BlockRow& out, BlockAt 
 template <ChromaShare share>
 void _veki10RGGBToYCbCrRot_8u_P3R_Margin(const SplitRow rows[4], ptrdiff_t n, const Vek16s* matrix,
                                          const BlockRow& out) {
+  if (!Matrix::fits(matrix)) {
+    return portable::rggbRows.interior[static_cast<int>(share)](rows, n, matrix, out);
+  }
   const SplitRow a = rows[0], b = rows[1], c = rows[2], d = rows[3];
   convertRow<share>(n, matrix, out, [=](ptrdiff_t k) -> Block {
     const auto at = [k](const Vek8u* row, int i = 0) { return hn::LoadU(bytes, row + k + i); };
@@ -218,6 +298,9 @@ void _veki10RGGBToYCbCrRot_8u_P3R_Margin(const SplitRow rows[4], ptrdiff_t n, co
 
 template <ChromaShare share>
 void quadRow(const QuadRow pixels[4], ptrdiff_t n, const Vek16s* matrix, const BlockRow& out) {
+  if (!Matrix::fits(matrix)) {
+    return portable::rggbRows.quads[static_cast<int>(share)](pixels, n, matrix, out);
+  }
   convertRow<share>(n, matrix, out, [=](ptrdiff_t k) -> Block {
     const auto pixel = [k](const QuadRow& quad) -> Pixels {
       return {hn::LoadU(bytes, quad.red + k),

@@ -4,13 +4,19 @@
 
 #if VEK_HAVE_HIGHWAY
 
+#if defined(__AVX512VBMI__)
+#include <immintrin.h>
+#endif
+
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
 using Bytes = hn::FixedTag<Vek8u, 16>;
 constexpr Bytes bytes;
-using Block = hn::Vec<Bytes>;
+using Wide = hn::ScalableTag<Vek8u>;
+constexpr Wide wide;
+constexpr ptrdiff_t side = 16;  // bytes of a transposed block in either direction
 
 /// A tile without the orientation of its rows: column x becomes the destination row at dst + x *
 /// dx, its pixels in ascending order.
@@ -37,11 +43,28 @@ void turnPixels(const Turn& t) {
   }
 }
 
-/// Transposes `side` vectors of `side` lanes: each round interleaves the first half of the rows
-/// with the second.
-template <class Tag, int side>
-void transpose(Tag tag, hn::Vec<Tag> (&rows)[side]) {
-  hn::Vec<Tag> mixed[side];
+/// Bytes from each of the rows `distance` bytes apart, one 128-bit block for each.
+template <class Tag>
+hn::Vec<Tag> loadBlocks(Tag tag, const Vek8u* from, ptrdiff_t distance) {
+  if constexpr (hn::MaxLanes(Tag()) == side) {
+    return hn::LoadU(tag, from);
+  } else {
+    constexpr hn::Half<Tag> half;
+    constexpr ptrdiff_t blocks = static_cast<ptrdiff_t>(hn::MaxLanes(half)) / side;
+    return hn::Combine(tag, loadBlocks(half, from + blocks * distance, distance),
+                       loadBlocks(half, from, distance));
+  }
+}
+
+/// Transposes 16 columns of as many rows as a vector has bytes. Vector i starts as the rows i, 16 +
+/// i, ..., so that its 128-bit blocks are transposed side by side, each round interleaving the
+/// first half of the vectors with the second, and end up in the order of the rows.
+template <class Tag>
+void turnBlock(Tag tag, const Vek8u* from, ptrdiff_t fromStep, Vek8u* to, ptrdiff_t toStep) {
+  hn::Vec<Tag> rows[side], mixed[side];
+  for (ptrdiff_t i = 0; i < side; ++i) {
+    rows[i] = loadBlocks(tag, from + i * fromStep, side * fromStep);
+  }
   for (int round = 1; round < side; round *= 2) {
     for (int i = 0; i < side / 2; ++i) {
       mixed[2 * i] = hn::InterleaveLower(tag, rows[i], rows[i + side / 2]);
@@ -49,85 +72,108 @@ void transpose(Tag tag, hn::Vec<Tag> (&rows)[side]) {
     }
     for (int i = 0; i < side; ++i) rows[i] = mixed[i];
   }
+  for (ptrdiff_t i = 0; i < side; ++i) hn::StoreU(rows[i], tag, to + i * toStep);
 }
 
-/// Pixels that are lanes: square blocks.
-template <class Lane>
-void turnBlocks(const Turn& t) {
-  constexpr hn::FixedTag<Lane, 16 / sizeof(Lane)> lanes;
-  constexpr int side = 16 / sizeof(Lane);
-  constexpr ptrdiff_t size = sizeof(Lane);
-  if (t.cols < side || t.rows < side) return turnPixels<size>(t);
-  forEachOverlappingBlock(t.cols, side, [&](ptrdiff_t x) {
-    forEachOverlappingBlock(t.rows, side, [&](ptrdiff_t y) {
-      const Vek8u* from = t.tile + y * t.tileStep + x * size;
-      Vek8u* to = t.dst + x * t.dx + y * size;
-      hn::Vec<decltype(lanes)> rows[side];
-      for (int i = 0; i < side; ++i) {
-        rows[i] = hn::BitCast(lanes, hn::LoadU(bytes, from + i * t.tileStep));
-      }
-      transpose(lanes, rows);
-      for (int i = 0; i < side; ++i) {
-        hn::StoreU(hn::BitCast(bytes, rows[i]), bytes, to + i * t.dx);
-      }
-    });
+template <class Tag>
+void turnColumns(Tag tag, const Vek8u* from, ptrdiff_t fromStep, ptrdiff_t cols, Vek8u* to,
+                 ptrdiff_t toStep) {
+  forEachOverlappingBlock(cols, side, [&](ptrdiff_t x) {
+    turnBlock(tag, from + x, fromStep, to + x * toStep, toStep);
   });
 }
 
-/// Three-byte pixels: 4 x 4 blocks, widened to 32-bit lanes. Loads and stores are 16 bytes where
-/// the row has two more pixels. At the end of a tile row the load begins four bytes early instead;
-/// at the end of a destination row 12 bytes are stored.
-void turnTriples(const Turn& t) {
-  constexpr ptrdiff_t side = 4, size = 3, wide = 6;
-  if (t.cols < wide || t.rows < side) return turnPixels<size>(t);
-  constexpr hn::Repartition<Vek32u, Bytes> lanes;
-  alignas(16) static constexpr Vek8u widen[16] = {0, 1, 2, 2, 3, 4,  5,  5,
-                                                  6, 7, 8, 8, 9, 10, 11, 11};
-  alignas(16) static constexpr Vek8u narrow[16] = {0,  1,  2,  4,  5,  6,  8,  9,
-                                                   10, 12, 13, 14, 15, 15, 15, 15};
-  const Block narrowing = hn::Load(bytes, narrow);
-  forEachOverlappingBlock(t.cols, side, [&](ptrdiff_t x) {
-    const ptrdiff_t early = x + wide <= t.cols ? 0 : 4;
-    const Block widening =
-        hn::Add(hn::Load(bytes, widen), hn::Set(bytes, static_cast<Vek8u>(early)));
-    forEachOverlappingBlock(t.rows, side, [&](ptrdiff_t y) {
-      const Vek8u* from = t.tile + y * t.tileStep + x * size - early;
-      Vek8u* to = t.dst + x * t.dx + y * size;
-      hn::Vec<decltype(lanes)> rows[side];
-      for (int i = 0; i < side; ++i) {
-        const Block row = hn::LoadU(bytes, from + i * t.tileStep);
-        rows[i] = hn::BitCast(lanes, hn::TableLookupBytes(row, widening));
+/// Rows y and on, as many at a time as a vector has bytes; returns the first that is left. Rows at
+/// such steps that they share the sets of the cache would push each other out between their blocks:
+/// of these, whole lines are copied into a stage first.
+template <class Tag>
+ptrdiff_t turnRows(Tag tag, const Turn& t, ptrdiff_t y) {
+  constexpr ptrdiff_t line = 64, length = static_cast<ptrdiff_t>(hn::MaxLanes(Tag()));
+  const bool staged = t.tileStep % 1024 == 0 && t.cols >= line && length > side;
+  alignas(64) Vek8u stage[length * line];
+  for (; y + length <= t.rows; y += length) {
+    const Vek8u* const from = t.tile + y * t.tileStep;
+    if (!staged) {
+      turnColumns(tag, from, t.tileStep, t.cols, t.dst + y, t.dx);
+      continue;
+    }
+    forEachOverlappingBlock(t.cols, line, [&](ptrdiff_t x) {
+      for (ptrdiff_t i = 0; i < length; ++i) {
+        memcpy(stage + i * line, from + i * t.tileStep + x, line);
       }
-      transpose(lanes, rows);
-      for (int i = 0; i < side; ++i) {
-        const Block column = hn::TableLookupBytes(hn::BitCast(bytes, rows[i]), narrowing);
-        if (y + wide <= t.rows) {
-          hn::StoreU(column, bytes, to + i * t.dx);
-        } else {
-          alignas(16) Vek8u last[16];
-          hn::Store(column, bytes, last);
-          memcpy(to + i * t.dx, last, side * size);
-        }
-      }
+      turnColumns(tag, stage, line, line, t.dst + x * t.dx + y, t.dx);
     });
-  });
+  }
+  if constexpr (length > side) {
+    return turnRows(hn::Half<Tag>(), t, y);
+  } else {
+    return y;
+  }
 }
 
-/// dst[i] = src[n - 1 - i], as many pixels at a time as 16 bytes hold. Where they leave a byte over
-/// the load begins one byte early, and the store's last byte is the next one's first.
+/// Where the rows go on for it, each row of the destination gets a cache line at a time (two halves
+/// of one on AVX2).
+void turnBytes(const Turn& t) {
+  if (t.cols < side || t.rows < side) return turnPixels<1>(t);
+  if (turnRows(wide, t, 0) < t.rows) turnRows(bytes, t, t.rows - side);
+}
+
+/// Puts pixels of `size` bytes, as many as fit behind a vector's first `spare` bytes, in descending
+/// order at its beginning.
+template <int size, class Tag>
+struct Reversal {
+  static constexpr ptrdiff_t length = static_cast<ptrdiff_t>(hn::MaxLanes(Tag()));
+#if defined(__AVX512VBMI__)
+  static constexpr bool anywhere = length == 64;  // one permutation reaches every byte
+#else
+  static constexpr bool anywhere = false;
+#endif
+  static constexpr bool possible = anywhere || length == 16 || 16 % size == 0;
+  static constexpr ptrdiff_t count = length / size, spare = length % size;
+  hn::Vec<Tag> order;
+
+  Reversal() {
+    constexpr ptrdiff_t within = anywhere ? length : 16;  // blocks are reversed afterwards
+    alignas(64) Vek8u at[length] = {};
+    for (ptrdiff_t i = 0; i < length / within; ++i) {
+      for (ptrdiff_t k = 0; k < within / size * size; ++k) {
+        at[i * within + k] =
+            static_cast<Vek8u>(spare + (within / size - 1 - k / size) * size + k % size);
+      }
+    }
+    order = hn::Load(Tag(), at);
+  }
+
+  hn::Vec<Tag> of(hn::Vec<Tag> v) const {
+#if defined(__AVX512VBMI__)
+    if constexpr (anywhere) return hn::Vec<Tag>{_mm512_permutexvar_epi8(order.raw, v.raw)};
+#endif
+    return hn::ReverseBlocks(Tag(), hn::TableLookupBytes(v, order));
+  }
+};
+
+/// dst[k] = src[n - 1 - k] from pixel i on, as far as vectors go; returns where that is. Where the
+/// pixels leave bytes over, the load begins that much early, and the store's last bytes are the
+/// next one's first.
+template <int size, class Tag>
+ptrdiff_t reverseVectors(Tag, const Vek8u* src, ptrdiff_t i, ptrdiff_t n, Vek8u* dst) {
+  using R = Reversal<size, Tag>;
+  if constexpr (R::possible) {
+    const R reversal;
+    constexpr ptrdiff_t early = (R::spare + size - 1) / size;  // pixels that are touched besides
+    for (; i + R::count + early <= n; i += R::count) {
+      const auto pixels = hn::LoadU(Tag(), src + (n - i - R::count) * size - R::spare);
+      hn::StoreU(reversal.of(pixels), Tag(), dst + i * size);
+    }
+  }
+  return i;
+}
+
 template <int size>
 void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
-  constexpr ptrdiff_t count = 16 / size, spare = 16 % size;
-  alignas(16) Vek8u order[16] = {};
-  for (ptrdiff_t i = 0; i < count * size; ++i) {
-    order[i] = static_cast<Vek8u>(spare + (count - 1 - i / size) * size + i % size);
-  }
-  const Block reversing = hn::Load(bytes, order);
   ptrdiff_t i = 0;
-  for (; i + count + spare <= n; i += count) {
-    const Block pixels = hn::LoadU(bytes, src + (n - i - count) * size - spare);
-    hn::StoreU(hn::TableLookupBytes(pixels, reversing), bytes, dst + i * size);
-  }
+  if constexpr (hn::MaxLanes(Wide()) > side) i = reverseVectors<size>(wide, src, i, n, dst);
+  i = reverseVectors<size>(bytes, src, i, n, dst);
   for (; i < n; ++i) copyPixel<size>(dst + i * size, src + (n - 1 - i) * size);
 }
 
@@ -152,11 +198,9 @@ void placeTile(const Vek8u* tile, ptrdiff_t tileStep, ptrdiff_t cols, ptrdiff_t 
                        upwards ? dst + last * dy : dst,
                        dx};
     if constexpr (size == 1) {
-      turnBlocks<Vek8u>(turn);
-    } else if constexpr (size == 2) {
-      turnBlocks<Vek16u>(turn);
+      turnBytes(turn);
     } else {
-      turnTriples(turn);
+      turnPixels<size>(turn);
     }
   }
 }

@@ -12,8 +12,6 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-using VFloat = hn::Vec<hn::ScalableTag<float>>;
-
 /// The lightness table widened for gathers.
 constexpr Table<Vek32s, 256> wideLightness = [] {
   Table<Vek32s, 256> table = {};
@@ -28,10 +26,6 @@ inline VInt lookUp(const Table<Vek32s, 256>& table, VInt index) {
 inline VInt dot(const Vek32s* weights, const PixelLanes& p) {
   return hn::Add(hn::Add(times(p.c0, weights[0]), times(p.c1, weights[1])),
                  times(p.c2, weights[2]));
-}
-
-inline VFloat toFloat(VInt v) {
-  return hn::ConvertTo(floatLanes, v);
 }
 
 /// n * 2^shift / d for n >= 0, d >= 1; n * 2^shift may exceed 32 bits, the quotient stays below

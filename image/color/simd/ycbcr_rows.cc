@@ -5,7 +5,7 @@
 #if VEK_HAVE_HIGHWAY
 
 #include "core/kernel/pixel_format.h"
-#include "image/color/pixel_lanes.h"
+#include "image/color/dot_lanes.h"
 #include "image/color/ycbcr_matrices.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -14,215 +14,178 @@ namespace {
 
 constexpr hn::Rebind<Vek8u, hn::ScalableTag<Vek16s>> halfByteLanes;
 
-/// The samples of a block, those of its even and of its odd pixels. Chroma that pixels share is the
-/// same vector in both, and what is computed from it is computed once.
-struct Block {
-  PixelWords even, odd;
-};
-
 VWord word(Vek32s value) {
   return wordConstant(static_cast<Vek16s>(value));
 }
 
-Block split(VBytes a, VBytes b, VBytes c) {
-  return {{evenBytes(a), evenBytes(b), evenBytes(c)}, {oddBytes(a), oddBytes(b), oddBytes(c)}};
-}
-
-Block loadTriples(const Vek8u* src) {
-  VBytes a, b, c;
-  hn::LoadInterleaved3(byteLanes, src, a, b, c);
-  return split(a, b, c);
-}
-
-void storeBytes(VWord even, VWord odd, Vek8u* dst) {
-  hn::StoreU(joinBytes(even, odd), byteLanes, dst);
-}
-
-void storeHalf(VWord v, Vek8u* dst) {
-  hn::StoreU(hn::DemoteTo(halfByteLanes, v), halfByteLanes, dst);
-}
-
-/// Two streams of words, one word of each in turn.
-void storeWords(VWord first, VWord second, Vek8u* dst) {
-  hn::StoreInterleaved2(first, second, wordLanes, reinterpret_cast<Vek16s*>(dst));
-}
-
-template <int bits>
-VWord clampTo(VWord v) {
-  return hn::Min(hn::Max(v, word(0)), word((1 << bits) - 1));
-}
-
-template <const Matrix& m>
-PixelWords centre(PixelWords p) {
-  return {hn::Sub(p.c0, word(m.centre[0])), hn::Sub(p.c1, word(m.centre[1])),
-          hn::Sub(p.c2, word(m.centre[2]))};
-}
-
-/// acc + v * factor
-template <Vek32s factor>
-VWord plusTimes(VWord acc, VWord v) {
-  if constexpr (factor == 0) return acc;
-  if constexpr (factor == 1) return hn::Add(acc, v);
-  return hn::Add(acc, hn::Mul(v, word(factor)));
-}
-
-/// Output k of an inverse matrix, reduced to `bits` bits. Each factor is split as w = 16 h + l with
-/// 0
-/// <= l < 16, and floor((16 H + L) / 2^n) = (H + floor(L / 16)) >> (n - 4). |L| is at most 8 * 239
-/// + 30 * 128 + 15. H leaves 16 bits only upwards, for blue from YCbCr (74 * 239 + 129 * 127 =
-/// 34069), and saturates far above what every field clamps to.
-template <const Matrix& m, int k, int bits>
-VWord component(PixelWords sample) {
-  constexpr Vek32s offset = m.offset[k];
-  constexpr const Vek32s(&f)[3] = m.factor[k];
-  const PixelWords p = centre<m>(sample);
-  const VWord restHigh =
-      plusTimes<(f[2] >> 4)>(plusTimes<(f[1] >> 4)>(word(offset >> 4), p.c1), p.c2);
-  const VWord restLow =
-      plusTimes<(f[2] & 15)>(plusTimes<(f[1] & 15)>(word(offset & 15), p.c1), p.c2);
-  VWord value;
-  if constexpr (f[0] == 1024) {
-    const VWord rest = hn::ShiftRight<6>(hn::Add(restHigh, hn::ShiftRight<4>(restLow)));
-    value = hn::ShiftRight<8 - bits>(hn::Add(p.c0, rest));
-  } else {
-    const VWord high = hn::SaturatedAdd(hn::Mul(p.c0, word(f[0] >> 4)), restHigh);
-    const VWord low = hn::ShiftRight<4>(plusTimes<(f[0] & 15)>(restLow, p.c0));
-    value = hn::ShiftRight<14 - bits>(hn::SaturatedAdd(high, low));
-  }
-  return clampTo<bits>(value);
-}
-
-/// a0 * b0 + a1 * b1 of the two words in each 32-bit lane.
-VInt dot(VWord a, VWord b) {
-#if HWY_ARCH_X86
-  VInt unused = constant(0);
-  return hn::ReorderWidenMulAccumulate(intLanes, a, b, constant(0), unused);
-#else
-  const VInt a2 = hn::BitCast(intLanes, a), b2 = hn::BitCast(intLanes, b);
-  const VInt low =
-      hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(a2)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b2)));
-  return hn::Add(low, hn::Mul(hn::ShiftRight<16>(a2), hn::ShiftRight<16>(b2)));
-#endif
-}
-
-VWord twoWords(Vek32s first, Vek32s second) {
-  return hn::BitCast(wordLanes, constant((first & 0xFFFF) | second * 65536));
-}
-
-/// The first two samples side by side in 32-bit lanes, and the third beside a constant.
-struct SideBySide {
-  VWord firstTwo[2], third[2];
-};
-
-/// Offsets ride along as the product of a constant word with one that fits 16 bits.
-template <const Matrix& m>
-constexpr Vek32s offsetUnit =
-    m.offset[0] % 512 == 0 && m.offset[1] % 512 == 0 && m.offset[2] % 512 == 0 ? 512 : 1;
-
-/// Whether output k of the matrix needs no clamping.
-template <const Matrix& m, int k>
-constexpr bool inRange() {
-  Vek32s low = m.offset[k], high = m.offset[k];
-  for (int i = 0; i < 3; ++i) {
-    const Vek32s at0 = m.factor[k][i] * -m.centre[i];
-    const Vek32s at255 = m.factor[k][i] * (255 - m.centre[i]);
-    low += at0 < at255 ? at0 : at255;
-    high += at0 < at255 ? at255 : at0;
-  }
-  return low >= 0 && high < 256 << 10;
-}
+// Where each pixel has samples of its own: exact 32-bit sums of their products.
 
 template <const Matrix& m, int k>
-VWord component(const SideBySide& p) {
-  const VWord firstTwo = twoWords(m.factor[k][0], m.factor[k][1]);
-  const VWord third = twoWords(m.factor[k][2], m.offset[k] / offsetUnit<m>);
-  const VInt lower = hn::Add(dot(p.firstTwo[0], firstTwo), dot(p.third[0], third));
-  const VInt upper = hn::Add(dot(p.firstTwo[1], firstTwo), dot(p.third[1], third));
-  const VWord value =
-      hn::ReorderDemote2To(wordLanes, hn::ShiftRight<10>(lower), hn::ShiftRight<10>(upper));
-  return inRange<m, k>() ? value : clampTo<8>(value);
-}
+constexpr Combination combination = {{m.factor[k][0], m.factor[k][1], m.factor[k][2]},
+                                     m.offset[k] - m.factor[k][0] * m.centre[0] -
+                                         m.factor[k][1] * m.centre[1] -
+                                         m.factor[k][2] * m.centre[2]};
 
-/// All outputs with 8 bits. Where each pixel has samples of its own and most factors are at work,
-/// exact 32-bit sums take fewer instructions than split factors.
 template <const Matrix& m>
-PixelWords transform(PixelWords sample) {
-  const PixelWords p = centre<m>(sample);
-  const VWord unit = word(offsetUnit<m>);
-  const SideBySide s = {
-      {hn::InterleaveLower(wordLanes, p.c0, p.c1), hn::InterleaveUpper(wordLanes, p.c0, p.c1)},
-      {hn::InterleaveLower(wordLanes, p.c2, unit), hn::InterleaveUpper(wordLanes, p.c2, unit)}};
-  return {component<m, 0>(s), component<m, 1>(s), component<m, 2>(s)};
-}
-
-struct Planes444 {
-  using Chroma = In<1>;
-  static constexpr bool shared = false;
-
-  static Block load(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
-    return split(hn::LoadU(byteLanes, y), hn::LoadU(byteLanes, u), hn::LoadU(byteLanes, v));
-  }
-};
-
-struct Planes422 {
-  using Chroma = In<1, 2>;
-  static constexpr bool shared = true;
-
-  static Block load(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
-    const VBytes luma = hn::LoadU(byteLanes, y);
-    const VWord b = hn::PromoteTo(wordLanes, hn::LoadU(halfByteLanes, u));
-    const VWord r = hn::PromoteTo(wordLanes, hn::LoadU(halfByteLanes, v));
-    return {{evenBytes(luma), b, r}, {oddBytes(luma), b, r}};
-  }
-};
+constexpr Combination combinations[3] = {combination<m, 0>, combination<m, 1>, combination<m, 2>};
 
 struct Interleaved444 {
   using Stream = In<3>;
-  static constexpr bool shared = false;
 
-  static Block load(const Vek8u* src) { return loadTriples(src); }
+  template <const Matrix& m>
+  static Channels convert(const Vek8u* src) {
+    const Channels v = TwistLanes<10>(combinations<m>, 0).packed(loadPairs(src));
+    return {inOrder(v.c0), inOrder(v.c1), inOrder(v.c2)};
+  }
+};
+
+struct Planes444 {
+  using Chroma = In<1>;
+
+  template <const Matrix& m>
+  static Channels convert(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
+    const VBytes luma = hn::LoadU(byteLanes, y), second = hn::LoadU(byteLanes, u),
+                 third = hn::LoadU(byteLanes, v), zero = hn::Zero(byteLanes);
+    const auto words = [zero](VBytes bytes, bool upper) {
+      return hn::BitCast(wordLanes, upper ? hn::InterleaveUpper(byteLanes, bytes, zero)
+                                          : hn::InterleaveLower(byteLanes, bytes, zero));
+    };
+    const auto pairs = [&](bool upper, bool upperWords) {
+      const VBytes first = upper ? hn::InterleaveUpper(byteLanes, luma, second)
+                                 : hn::InterleaveLower(byteLanes, luma, second);
+      const VWord rest = words(third, upper), none = hn::Zero(wordLanes);
+      return PixelPairs{words(first, upperWords), upperWords
+                                                      ? hn::InterleaveUpper(wordLanes, rest, none)
+                                                      : hn::InterleaveLower(wordLanes, rest, none)};
+    };
+    return TwistLanes<10>(combinations<m>, 0)
+        .packed({{pairs(false, false), pairs(false, true), pairs(true, false), pairs(true, true)}});
+  }
+};
+
+// Where pixel pairs share chroma: 16-bit sums of luma and of a chroma part that is computed once.
+// Luma's factor is weight << drop, so floor((factor * y + c) / 2^10) is
+// (weight * y + floor(c / 2^drop)) >> (10 - drop), exactly.
+
+template <const Matrix& m>
+struct SharedChroma {
+  static constexpr Vek32s factor = m.factor[0][0];
+  static_assert(factor == 1192 || factor == 1024);
+  static constexpr int drop = factor == 1192 ? 3 : 10;
+  static constexpr Vek32s weight = factor >> drop;
+  /// What the luma part is too large by for 16 bits; the chroma parts have it.
+  static constexpr Vek32s bias = weight * 255 > 32767 ? weight * 255 - 32767 : 0;
+
+  /// (b, r) in each 32-bit lane, those of the lower and the upper halves of the 128-bit lanes.
+  VWord lower, upper;
+
+  SharedChroma(VWord b, VWord r)
+      : lower(hn::InterleaveLower(wordLanes, b, r)), upper(hn::InterleaveUpper(wordLanes, b, r)) {}
+
+  template <Vek32s bFactor, Vek32s rFactor, Vek32s offset>
+  VWord part() const {
+    const VWord factors = twoWords(bFactor, rFactor);
+    const VInt start = constant(offset - bFactor * 128 - rFactor * 128);
+    return packWords(hn::ShiftRight<drop>(plusDot(start, lower, factors)),
+                     hn::ShiftRight<drop>(plusDot(start, upper, factors)));
+  }
+
+  /// Output k for the luma parts of the even and the odd pixels. 129 * b + 37995 can leave 16 bits
+  /// upwards, so blue's chroma is added in two halves of the same sign: a sum that saturates is
+  /// far above 255 and stays there.
+  template <int k>
+  VBytes component(VWord even, VWord odd) const {
+    constexpr Vek32s offset = m.offset[k] - factor * m.centre[0] + (bias << drop);
+    constexpr Vek32s bFactor = m.factor[k][1], rFactor = m.factor[k][2];
+    constexpr bool halves = (bFactor * 128 >> drop) + bias > 32767;
+    if constexpr (halves) {
+      constexpr Vek32s half = bFactor / 2 >> drop << drop;
+      const VWord first = part<half, 0, 0>();
+      even = hn::SaturatedAdd(even, first);
+      odd = hn::SaturatedAdd(odd, first);
+      return joined(even, odd, part<bFactor - half, rFactor, offset>());
+    } else {
+      return joined(even, odd, part<bFactor, rFactor, offset>());
+    }
+  }
+
+  static VBytes joined(VWord even, VWord odd, VWord chroma) {
+    return alternateHalves(packBytes(hn::ShiftRight<10 - drop>(hn::SaturatedAdd(even, chroma)),
+                                     hn::ShiftRight<10 - drop>(hn::SaturatedAdd(odd, chroma))));
+  }
+
+  static VWord lumaPart(VWord y) {
+    return bias == 0 ? y : hn::Sub(hn::Mul(y, word(weight)), word(bias));
+  }
+};
+
+template <const Matrix& m>
+Channels convertShared(VWord evenLuma, VWord oddLuma, VWord b, VWord r) {
+  const SharedChroma<m> chroma(b, r);
+  const VWord even = chroma.lumaPart(evenLuma), odd = chroma.lumaPart(oddLuma);
+  return {chroma.template component<0>(even, odd), chroma.template component<1>(even, odd),
+          chroma.template component<2>(even, odd)};
+}
+
+struct Planes422 {
+  using Chroma = In<1, 2>;
+
+  template <const Matrix& m>
+  static Channels convert(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
+    const VBytes luma = hn::LoadU(byteLanes, y);
+    return convertShared<m>(evenBytes(luma), oddBytes(luma),
+                            hn::PromoteTo(wordLanes, hn::LoadU(halfByteLanes, u)),
+                            hn::PromoteTo(wordLanes, hn::LoadU(halfByteLanes, v)));
+  }
 };
 
 struct Interleaved422 {
   using Stream = In<4, 2>;
-  static constexpr bool shared = true;
 
-  static Block load(const Vek8u* src) {
+  template <const Matrix& m>
+  static Channels convert(const Vek8u* src) {
     VWord left, right;  // Y0 and Cb, Y1 and Cr
     hn::LoadInterleaved2(wordLanes, reinterpret_cast<const Vek16s*>(src), left, right);
     const VBytes l = hn::BitCast(byteLanes, left), r = hn::BitCast(byteLanes, right);
-    const VWord b = oddBytes(l), v = oddBytes(r);
-    return {{evenBytes(l), b, v}, {evenBytes(r), b, v}};
+    return convertShared<m>(evenBytes(l), evenBytes(r), oddBytes(l), oddBytes(r));
   }
 };
 
-template <class Format>
-VWord packWord(PixelWords p) {
-  return hn::Or(hn::Or(hn::ShiftLeft<Format::rPos>(p.c0), hn::ShiftLeft<Format::gPos>(p.c1)),
-                hn::ShiftLeft<Format::bPos>(p.c2));
+/// Each byte shifted, and what does not belong to the field `mask` cleared.
+template <int left>
+VBytes shiftedField(VBytes v, int mask) {
+  const hn::RebindToUnsigned<decltype(wordLanes)> lanes;
+  const auto words = hn::BitCast(lanes, v);
+  VBytes shifted = v;
+  if constexpr (left > 0) shifted = hn::BitCast(byteLanes, hn::ShiftLeft<left>(words));
+  if constexpr (left < 0) shifted = hn::BitCast(byteLanes, hn::ShiftRight<-left>(words));
+  return hn::And(shifted, hn::Set(byteLanes, static_cast<Vek8u>(mask)));
 }
 
+/// The bits that a component's field has in the low (byte 0) or the high byte (1) of a pixel: the
+/// top `bits` bits of v at bit `position` of the word.
+template <int byte, int bits, int position>
+VBytes fieldByte(VBytes v) {
+  constexpr int mask = ((1 << bits) - 1) << position >> 8 * byte & 0xFF;
+  if constexpr (mask == 0) return hn::Zero(byteLanes);
+  return shiftedField<position - 8 * byte - (8 - bits)>(v, mask);
+}
+
+template <int byte, class Format>
+VBytes packedByte(const Channels& v) {
+  return hn::Or(hn::Or(fieldByte<byte, Format::rBits, Format::rPos>(v.c0),
+                       fieldByte<byte, Format::gBits, Format::gPos>(v.c1)),
+                fieldByte<byte, Format::bBits, Format::bPos>(v.c2));
+}
+
+/// A field keeps the top bits of its component: what remains of the clamped byte is the same as
+/// reducing the sum to the field and clamping that.
 template <class Format>
-void store(PixelWords even, PixelWords odd, Vek8u* dst) {
+void store(const Channels& v, Vek8u* dst) {
   if constexpr (Format::bytes == 2) {
-    storeWords(packWord<Format>(even), packWord<Format>(odd), dst);
+    hn::StoreInterleaved2(packedByte<0, Format>(v), packedByte<1, Format>(v), byteLanes, dst);
   } else {
-    hn::StoreInterleaved3(joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1),
-                          joinBytes(even.c2, odd.c2), byteLanes, dst);
-  }
-}
-
-template <class Source, const Matrix& m, class Format>
-void convert(const Block& p, Vek8u* dst) {
-  constexpr bool plainLuma = m.factor[0][0] == 1024;  // added as it is, not multiplied
-  if constexpr (Format::bytes == 3 && !Source::shared && !plainLuma) {
-    store<Format>(transform<m>(p.even), transform<m>(p.odd), dst);
-  } else {
-    const auto outputs = [](PixelWords q) {
-      return PixelWords{component<m, 0, Format::rBits>(q), component<m, 1, Format::gBits>(q),
-                        component<m, 2, Format::bBits>(q)};
-    };
-    store<Format>(outputs(p.even), outputs(p.odd), dst);
+    storeChannels(v, dst);
   }
 }
 
@@ -230,7 +193,7 @@ template <class Source, const Matrix& m, class Format>
 void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
   using Chroma = typename Source::Chroma;
   const auto body = [](Vek8u* out, const Vek8u* a, const Vek8u* b, const Vek8u* c) {
-    convert<Source, m, Format>(Source::load(a, b, c), out);
+    store<Format>(Source::template convert<m>(a, b, c), out);
   };
   forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, In<1>{y}, Chroma{u}, Chroma{v});
 }
@@ -238,7 +201,11 @@ void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek
 template <class Source, const Matrix& m, class Format>
 void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   const auto body = [](Vek8u* out, const Vek8u* in) {
-    convert<Source, m, Format>(Source::load(in), out);
+    if constexpr (Source::Stream::bytes == Format::bytes) {  // three
+      TwistLanes<10>(combinations<m>, 0).store(loadPairs(in), out);
+    } else {
+      store<Format>(Source::template convert<m>(in), out);
+    }
   };
   forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
 }
@@ -246,67 +213,94 @@ void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
 template <const Matrix& m>
 void toPlanes444(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
   const auto body = [](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
-    const Block p = loadTriples(in);
-    const PixelWords even = transform<m>(p.even), odd = transform<m>(p.odd);
-    storeBytes(even.c0, odd.c0, a);
-    storeBytes(even.c1, odd.c1, b);
-    storeBytes(even.c2, odd.c2, c);
+    const Channels outputs = Interleaved444::convert<m>(in);
+    hn::StoreU(outputs.c0, byteLanes, a);
+    hn::StoreU(outputs.c1, byteLanes, b);
+    hn::StoreU(outputs.c2, byteLanes, c);
   };
   forEachBlock<pixelBlock>(n, body, In<3>{src}, Out<1>{y}, Out<1>{u}, Out<1>{v});
 }
 
-// Spaces to reduce chroma in.
+// Spaces to reduce chroma in: one byte of each pixel, and two values of averaged pixels.
+
+template <const Matrix& m, int k>
+CombinationLanes<10> row() {
+  return CombinationLanes<10>(combination<m, k>, 0);
+}
 
 struct ReducedYcbcr {
-  static VWord luma(PixelWords rgb) { return transform<RGB_YCbCr_Q10_C2>(rgb).c0; }
-  static VWord second(PixelWords rgb) { return transform<RGB_YCbCr_Q10_C2>(rgb).c1; }
-  static VWord third(PixelWords rgb) { return transform<RGB_YCbCr_Q10_C2>(rgb).c2; }
+  static CombinationLanes<10> luma() { return row<RGB_YCbCr_Q10_C2, 0>(); }
+  static VInt second(const PixelPairs& rgb) { return row<RGB_YCbCr_Q10_C2, 1>().of(rgb); }
+  static VInt third(const PixelPairs& rgb) { return row<RGB_YCbCr_Q10_C2, 2>().of(rgb); }
 };
 
 struct ReducedYuv {
-  static VWord luma(PixelWords rgb) { return transform<RGB_YUV_Q10_C2>(rgb).c0; }
-  static VWord second(PixelWords rgb) { return difference<uFactor>(hn::Sub(rgb.c2, luma(rgb))); }
-  static VWord third(PixelWords rgb) { return difference<vFactor>(hn::Sub(rgb.c0, luma(rgb))); }
+  static CombinationLanes<10> luma() { return row<RGB_YUV_Q10_C2, 0>(); }
+  static VInt second(const PixelPairs& rgb) {
+    return difference<uFactor>(hn::BitCast(intLanes, rgb.c2), rgb);
+  }
+  static VInt third(const PixelPairs& rgb) {
+    return difference<vFactor>(hn::And(hn::BitCast(intLanes, rgb.c01), constant(0xFFFF)), rgb);
+  }
 
  private:
-  /// factor * d >> 10 is the high half of (64 * factor) * d; a 64-fold factor of 32768 or more is
-  /// 65536 less as a signed word, which takes d from the high half.
   template <Vek32s factor>
-  static VWord difference(VWord d) {
-    constexpr bool wraps = 64 * factor > 32767;
-    VWord v = hn::MulHigh(d, word(64 * factor - (wraps ? 65536 : 0)));
-    if constexpr (wraps) v = hn::Add(v, d);
-    return clampTo<8>(hn::Add(v, word(128)));
+  static VInt difference(VInt v, const PixelPairs& rgb) {
+    const VInt d = hn::Sub(v, luma().of(rgb));
+    return hn::ShiftRight<10>(
+        plusDot(constant(chromaZero), hn::BitCast(wordLanes, d), twoWords(factor, 0)));
   }
 };
 
+template <class Space>
+void storeLuma(const BlockPairs& p, Vek8u* dst) {
+  hn::StoreU(inOrder(Space::luma().packed(p)), byteLanes, dst);
+}
+
+/// The averaged pixel pairs of a block, those of its groups 0 and 1, 2 and 3.
+struct Averages {
+  PixelPairs half[2];
+};
+
+/// average(words of the even pixels, words of the odd pixels)
+template <class Average>
+Averages averagePairs(const BlockPairs& p, Average average) {
+  const auto half = [average](const PixelPairs& a, const PixelPairs& b) {
+    return PixelPairs{average(evenInts(a.c01, b.c01), oddInts(a.c01, b.c01)),
+                      average(evenInts(a.c2, b.c2), oddInts(a.c2, b.c2))};
+  };
+  return {{half(p.group[0], p.group[1]), half(p.group[2], p.group[3])}};
+}
+
 /// The rounded averages of the pairs of one row, and of the 2 x 2 blocks of two.
-PixelWords average(const Block& row) {
-  const auto mean = [](VWord a, VWord b) {
-    return hn::ShiftRight<1>(hn::Add(hn::Add(a, b), word(1)));
-  };
-  return {mean(row.even.c0, row.odd.c0), mean(row.even.c1, row.odd.c1),
-          mean(row.even.c2, row.odd.c2)};
+Averages average(const BlockPairs& row) {
+  return averagePairs(
+      row, [](VWord a, VWord b) { return hn::ShiftRight<1>(hn::Add(hn::Add(a, b), word(1))); });
 }
 
-PixelWords average(const Block& top, const Block& bottom) {
-  const auto mean = [](VWord a, VWord b, VWord c, VWord d) {
-    return hn::ShiftRight<2>(hn::Add(hn::Add(hn::Add(a, b), hn::Add(c, d)), word(2)));
-  };
-  return {mean(top.even.c0, top.odd.c0, bottom.even.c0, bottom.odd.c0),
-          mean(top.even.c1, top.odd.c1, bottom.even.c1, bottom.odd.c1),
-          mean(top.even.c2, top.odd.c2, bottom.even.c2, bottom.odd.c2)};
+Averages average(const BlockPairs& top, const BlockPairs& bottom) {
+  BlockPairs sums;
+  for (int g = 0; g < 4; ++g) {
+    sums.group[g] = {hn::Add(top.group[g].c01, bottom.group[g].c01),
+                     hn::Add(top.group[g].c2, bottom.group[g].c2)};
+  }
+  return averagePairs(
+      sums, [](VWord a, VWord b) { return hn::ShiftRight<2>(hn::Add(hn::Add(a, b), word(2))); });
+}
+
+/// In each 128-bit lane eight bytes of the second and eight of the third value.
+template <class Space>
+VBytes packedChroma(const Averages& p) {
+  return packBytes(packWords(Space::second(p.half[0]), Space::second(p.half[1])),
+                   packWords(Space::third(p.half[0]), Space::third(p.half[1])));
 }
 
 template <class Space>
-void storeLuma(const Block& p, Vek8u* dst) {
-  storeBytes(Space::luma(p.even), Space::luma(p.odd), dst);
-}
-
-template <class Space>
-void storeChroma(PixelWords shared, Vek8u* second, Vek8u* third) {
-  storeHalf(Space::second(shared), second);
-  storeHalf(Space::third(shared), third);
+void storeChroma(const Averages& p, Vek8u* second, Vek8u* third) {
+  const hn::Half<decltype(byteLanes)> half;
+  const VBytes both = halvesInOrder(packedChroma<Space>(p));
+  hn::StoreU(hn::LowerHalf(half, both), half, second);
+  hn::StoreU(hn::UpperHalf(half, both), half, third);
 }
 
 /// A last pixel without a partner, as a pair: averages then give the pixel itself.
@@ -319,10 +313,9 @@ struct LonePair {
 template <class Space>
 void toInterleaved422(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   const auto body = [](const Vek8u* in, Vek8u* out) {
-    const Block p = loadTriples(in);
-    const PixelWords shared = average(p);
-    storeWords(hn::Or(Space::luma(p.even), hn::ShiftLeft<8>(Space::second(shared))),
-               hn::Or(Space::luma(p.odd), hn::ShiftLeft<8>(Space::third(shared))), out);
+    const BlockPairs p = loadPairs(in);
+    const VBytes chroma = alternateHalves(packedChroma<Space>(average(p)));
+    hn::StoreInterleaved2(inOrder(Space::luma().packed(p)), inOrder(chroma), byteLanes, out);
   };
   const ptrdiff_t even = n & ~ptrdiff_t{1};
   forEachBlock<pixelBlock>(even, body, In<3>{src}, Out<4, 2>{dst});
@@ -334,7 +327,7 @@ void toInterleaved422(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
 template <class Space>
 void toPlanes422(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
   const auto body = [](const Vek8u* in, Vek8u* luma, Vek8u* second, Vek8u* third) {
-    const Block p = loadTriples(in);
+    const BlockPairs p = loadPairs(in);
     storeLuma<Space>(p, luma);
     storeChroma<Space>(average(p), second, third);
   };
@@ -353,7 +346,7 @@ void toPlanes420(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop
                  Vek8u* u, Vek8u* v) {
   const auto body = [](const Vek8u* upper, const Vek8u* lower, Vek8u* upperLuma, Vek8u* lowerLuma,
                        Vek8u* second, Vek8u* third) {
-    const Block a = loadTriples(upper), b = loadTriples(lower);
+    const BlockPairs a = loadPairs(upper), b = loadPairs(lower);
     storeLuma<Space>(a, upperLuma);
     storeLuma<Space>(b, lowerLuma);
     storeChroma<Space>(average(a, b), second, third);

@@ -1,6 +1,7 @@
 #include "image/filter/median_rows.h"
 
 #include "image/filter/cover.h"
+#include "image/filter/median_counting.h"
 #include "image/filter/median_histogram.h"
 #include "image/filter/median_network.h"
 
@@ -46,6 +47,7 @@ constexpr MedianRows medianRows = {
     medianNetwork<Vector, 5>,
     {medianNetwork<Vector, 7>, medianNetwork<Vector, 9>, medianNetwork<Vector, 11>},
     Vector::size,
+    medianByCounting,
     columnHistograms<VectorCount>,
     runningHistogram};
 
@@ -57,7 +59,7 @@ HWY_AFTER_NAMESPACE();
 namespace vek::VEK_LEVEL {
 
 constexpr MedianRows medianRows = {
-    medianNetwork<Sample, 3>,     medianNetwork<Sample, 5>, {}, Sample::size,
+    medianNetwork<Sample, 3>,     medianNetwork<Sample, 5>, {}, Sample::size, nullptr,
     columnHistograms<PlainCount>, runningHistogram};
 
 }  // namespace vek::VEK_LEVEL

@@ -1,0 +1,20 @@
+// The table of a level whose csc<pixels, Matrix, Format> converts a tile.
+#pragma once
+
+#include "camera/preview/csc_matrix.h"
+#include "camera/preview/csc_rows.h"
+#include "core/kernel/pixel_format.h"
+
+namespace vek::VEK_LEVEL {
+namespace {
+
+template <int pixels>
+constexpr CscFormats formats = {csc<pixels, MatrixQ8, Rgb565>,  csc<pixels, MatrixQ8, Rgb555>,
+                                csc<pixels, MatrixQ8, Rgb444>,  csc<pixels, MatrixQ8, Bgr24>,
+                                csc<pixels, MatrixQ10, Rgb565>, csc<pixels, MatrixQ10, Rgb555>};
+
+}  // namespace
+
+constexpr CscRows cscRows = {formats<2>, formats<1>};
+
+}  // namespace vek::VEK_LEVEL

@@ -1,0 +1,325 @@
+// Linear combinations of a pixel's channels as dot products of 16-bit words: each 32-bit lane works
+// on one pixel. A block of pixels is four vectors, in an order that suits loads and stores.
+#pragma once
+
+#include "image/color/pixel_lanes.h"
+#include "image/color/twist_rows.h"
+
+#if VEK_HAVE_HIGHWAY
+
+HWY_BEFORE_NAMESPACE();
+namespace vek::VEK_LEVEL {
+namespace {
+
+/// One pixel in each 32-bit lane: its first two channels as words, and the third one.
+struct PixelPairs {
+  VWord c01, c2;
+};
+
+/// A block as it is loaded, and any value computed from each of its pixels.
+struct BlockPairs {
+  PixelPairs group[4];
+};
+
+/// acc + a0 * b0 + a1 * b1 of the two words in each 32-bit lane.
+inline VInt plusDot(VInt acc, VWord a, VWord b) {
+#if defined(__AVX512VNNI__)
+  return VInt{_mm512_dpwssd_epi32(acc.raw, a.raw, b.raw)};
+#elif HWY_ARCH_X86
+  VInt unused = hn::Zero(intLanes);
+  return hn::ReorderWidenMulAccumulate(intLanes, a, b, acc, unused);
+#else
+  const VInt a2 = hn::BitCast(intLanes, a), b2 = hn::BitCast(intLanes, b);
+  const VInt low =
+      hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(a2)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b2)));
+  return hn::Add(acc, hn::Add(low, hn::Mul(hn::ShiftRight<16>(a2), hn::ShiftRight<16>(b2))));
+#endif
+}
+
+/// Weights for plusDot().
+inline VWord twoWords(Vek32s first, Vek32s second) {
+  return hn::BitCast(wordLanes, constant((first & 0xFFFF) | second * 65536));
+}
+
+/// In each 128-bit lane the words of a, then those of b, saturated.
+inline VWord packWords(VInt a, VInt b) {
+  return hn::ReorderDemote2To(wordLanes, a, b);
+}
+
+/// In each 128-bit lane the bytes of a, then those of b, saturated to 0..255.
+inline VBytes packBytes(VWord a, VWord b) {
+#if defined(__AVX512BW__)
+  return VBytes{_mm512_packus_epi16(a.raw, b.raw)};
+#elif defined(__AVX2__)
+  return VBytes{_mm256_packus_epi16(a.raw, b.raw)};
+#else
+  const hn::Half<decltype(byteLanes)> half;
+  return hn::Combine(byteLanes, hn::DemoteTo(half, b), hn::DemoteTo(half, a));
+#endif
+}
+
+/// The even 32-bit lanes of a, then those of b, in each 128-bit lane; and the odd ones.
+inline VWord evenInts(VWord a, VWord b) {
+#if defined(__AVX512BW__)
+  return VWord{_mm512_castps_si512(
+      _mm512_shuffle_ps(_mm512_castsi512_ps(a.raw), _mm512_castsi512_ps(b.raw), 0x88))};
+#elif defined(__AVX2__)
+  return VWord{_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
+#else
+  return hn::BitCast(wordLanes,
+                     hn::ConcatEven(intLanes, hn::BitCast(intLanes, b), hn::BitCast(intLanes, a)));
+#endif
+}
+inline VWord oddInts(VWord a, VWord b) {
+#if defined(__AVX512BW__)
+  return VWord{_mm512_castps_si512(
+      _mm512_shuffle_ps(_mm512_castsi512_ps(a.raw), _mm512_castsi512_ps(b.raw), 0xDD))};
+#elif defined(__AVX2__)
+  return VWord{_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0xDD))};
+#else
+  return hn::BitCast(wordLanes,
+                     hn::ConcatOdd(intLanes, hn::BitCast(intLanes, b), hn::BitCast(intLanes, a)));
+#endif
+}
+
+/// In each 128-bit lane the bytes of its lower and its upper half in turn.
+inline VBytes alternateHalves(VBytes v) {
+  alignas(16) static constexpr Vek8u order[16] = {0, 8,  1, 9,  2, 10, 3, 11,
+                                                  4, 12, 5, 13, 6, 14, 7, 15};
+  return hn::TableLookupBytes(v, hn::LoadDup128(byteLanes, order));
+}
+
+#if defined(__AVX512VBMI__)
+
+// Group g is pixels 16 g .. 16 g + 15, in order. Their 48 bytes are loaded as the lower end of a
+// vector, or as the upper one in odd groups, so that no load leaves the block.
+
+template <int first, int count, bool odd>
+constexpr ByteOrder channelsOfGroup = [] {
+  ByteOrder order = {};
+  for (int i = 0; i < 16; ++i) {
+    for (int c = 0; c < count; ++c) {
+      order.at[4 * i + 2 * c] = static_cast<Vek8u>(3 * i + first + c + (odd ? 16 : 0));
+    }
+  }
+  return order;
+}();
+
+template <bool odd>
+PixelPairs groupOf(const Vek8u* src) {
+  const __m512i v = _mm512_loadu_si512(src - (odd ? 16 : 0));
+  const auto channels = [v](const ByteOrder& order, __mmask64 mask) {
+    return VWord{_mm512_maskz_permutexvar_epi8(mask, _mm512_load_si512(order.at), v)};
+  };
+  return {channels(channelsOfGroup<0, 2, odd>, 0x5555555555555555),
+          channels(channelsOfGroup<2, 1, odd>, 0x1111111111111111)};
+}
+
+inline BlockPairs loadPairs(const Vek8u* src) {
+  return {{groupOf<false>(src), groupOf<true>(src + 48), groupOf<false>(src + 96),
+           groupOf<true>(src + 144)}};
+}
+
+/// Byte 3 i + c comes from the 128-bit lane of pixel i.
+template <int third>
+constexpr ByteOrder interleavedGroup = [] {
+  ByteOrder order = {};
+  for (int i = 0; i < 16; ++i) {
+    for (int c = 0; c < 3; ++c) {
+      const int from = c < 2 ? 4 * c : third;
+      order.at[3 * i + c] = static_cast<Vek8u>(i / 4 * 16 + from + i % 4);
+    }
+  }
+  return order;
+}();
+
+template <int third>
+void storeGroup(VBytes v, Vek8u* dst) {
+  _mm512_mask_storeu_epi8(dst, 0x0000FFFFFFFFFFFF, permuted(interleavedGroup<third>, v.raw));
+}
+
+/// `lanes[g]` holds in each 128-bit lane the first channel of its four pixels, then the second one,
+/// then the third one (even groups) or something else and the third one (odd groups).
+inline void storeGroups(const VBytes (&lanes)[4], Vek8u* dst) {
+  storeGroup<8>(lanes[0], dst);
+  storeGroup<12>(lanes[1], dst + 48);
+  storeGroup<8>(lanes[2], dst + 96);
+  storeGroup<12>(lanes[3], dst + 144);
+}
+
+/// One channel of a block, from packed values of its groups.
+inline VBytes inOrder(VBytes v) {
+  alignas(64) static constexpr Vek32s transposed[16] = {0, 4, 8,  12, 1, 5, 9,  13,
+                                                        2, 6, 10, 14, 3, 7, 11, 15};
+  return VBytes{_mm512_permutexvar_epi32(_mm512_load_si512(transposed), v.raw)};
+}
+
+/// Two values of each pixel pair, one in the lower and one in the upper halves of the 128-bit lanes
+/// as they come from groups: all of the first, then all of the second one.
+inline VBytes halvesInOrder(VBytes v) {
+  alignas(64) static constexpr Vek16u order[32] = {0,  8,  16, 24, 1,  9,  17, 25, 2,  10, 18,
+                                                   26, 3,  11, 19, 27, 4,  12, 20, 28, 5,  13,
+                                                   21, 29, 6,  14, 22, 30, 7,  15, 23, 31};
+  return VBytes{_mm512_permutexvar_epi16(_mm512_load_si512(order), v.raw)};
+}
+
+#else
+
+// Group g has in 128-bit lane k the pixels 16 k + 4 g .. 16 k + 4 g + 3.
+
+struct LaneOrder {
+  alignas(16) Vek8u at[16];
+};
+
+constexpr Vek8u noByte = 0x80;
+
+template <int first, int count, int g>
+constexpr LaneOrder channelsOfGroup = [] {
+  LaneOrder order = {};
+  for (Vek8u& at : order.at) at = noByte;
+  for (int i = 0; i < 4; ++i) {
+    for (int c = 0; c < count; ++c) {
+      order.at[4 * i + 2 * c] = static_cast<Vek8u>(3 * i + first + c + (g == 3 ? 4 : 0));
+    }
+  }
+  return order;
+}();
+
+inline VBytes shuffled(const LaneOrder& order, VBytes v) {
+  return hn::TableLookupBytesOr0(v, hn::LoadDup128(byteLanes, order.at));
+}
+
+/// 16 bytes for each lane, 48 bytes apart.
+template <class D>
+hn::Vec<D> loadLanes(D d, const Vek8u* src) {
+  if constexpr (hn::MaxLanes(D()) == 16) {
+    return hn::LoadU(d, src);
+  } else {
+    const hn::Half<D> half;
+    return hn::Combine(d, hn::LoadU(half, src + 48), hn::LoadU(half, src));
+  }
+}
+
+template <class D>
+void storeLanes(D d, hn::Vec<D> v, Vek8u* dst) {
+  if constexpr (hn::MaxLanes(D()) == 16) {
+    hn::StoreU(v, d, dst);
+  } else {
+    const hn::Half<D> half;
+    hn::StoreU(hn::LowerHalf(half, v), half, dst);
+    hn::StoreU(hn::UpperHalf(half, v), half, dst + 48);
+  }
+}
+
+/// The 12 bytes of four pixels in each lane; those of the last group are loaded from 4 bytes before,
+/// so that no load leaves the block.
+template <int g>
+PixelPairs groupOf(const Vek8u* src) {
+  const VBytes v = loadLanes(byteLanes, src + 12 * g - (g == 3 ? 4 : 0));
+  return {hn::BitCast(wordLanes, shuffled(channelsOfGroup<0, 2, g>, v)),
+          hn::BitCast(wordLanes, shuffled(channelsOfGroup<2, 1, g>, v))};
+}
+
+inline BlockPairs loadPairs(const Vek8u* src) {
+  return {{groupOf<0>(src), groupOf<1>(src), groupOf<2>(src), groupOf<3>(src)}};
+}
+
+/// Byte 3 i + c of a lane's four pixels. Bytes from 4 g on lie four places higher, where they meet
+/// the bytes of the next group when both are shifted together.
+template <int g>
+constexpr LaneOrder interleavedGroup = [] {
+  LaneOrder order = {};
+  for (int i = 0; i < 4; ++i) {
+    for (int c = 0; c < 3; ++c) {
+      const int at = 3 * i + c;
+      order.at[at < 4 * g ? at : at + 4] = static_cast<Vek8u>((c < 2 ? 4 * c
+                                                               : g % 2 == 0 ? 8
+                                                                            : 12) +
+                                                              i);
+    }
+  }
+  return order;
+}();
+
+/// `lanes[g]` holds in each 128-bit lane the first channel of its four pixels, then the second one,
+/// then the third one (even groups) or something else and the third one (odd groups).
+inline void storeGroups(const VBytes (&lanes)[4], Vek8u* dst) {
+  const VBytes a = shuffled(interleavedGroup<0>, lanes[0]);
+  const VBytes b = shuffled(interleavedGroup<1>, lanes[1]);
+  const VBytes c = shuffled(interleavedGroup<2>, lanes[2]);
+  const VBytes d = shuffled(interleavedGroup<3>, lanes[3]);
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<4>(byteLanes, b, a), dst);
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<8>(byteLanes, c, b), dst + 16);
+  storeLanes(byteLanes, hn::CombineShiftRightBytes<12>(byteLanes, d, c), dst + 32);
+}
+
+inline VBytes inOrder(VBytes v) {
+  return v;
+}
+
+/// The lower halves of the 128-bit lanes, then the upper ones.
+inline VBytes halvesInOrder(VBytes v) {
+#if defined(__AVX2__)
+  return VBytes{_mm256_permute4x64_epi64(v.raw, 0xD8)};
+#else
+  return v;
+#endif
+}
+
+#endif
+
+/// A combination ready for dot products: its weights as pairs, rounding within the offset.
+template <int shift>
+struct CombinationLanes {
+  VWord w01, w2;
+  VInt offset;
+
+  explicit CombinationLanes(const Combination& c, Vek32s rounding = 1 << (shift - 1))
+      : w01(twoWords(c.weight[0], c.weight[1])),
+        w2(twoWords(c.weight[2], 0)),
+        offset(constant(c.offset + rounding)) {}
+
+  VInt of(const PixelPairs& p) const {
+    return hn::ShiftRight<shift>(plusDot(plusDot(offset, p.c01, w01), p.c2, w2));
+  }
+
+  /// Of the groups of a block, clamped to 0..255.
+  VBytes packed(const BlockPairs& p) const {
+    return packBytes(packWords(of(p.group[0]), of(p.group[1])),
+                     packWords(of(p.group[2]), of(p.group[3])));
+  }
+};
+
+/// Three combinations, the channels of other pixels.
+template <int shift>
+struct TwistLanes {
+  CombinationLanes<shift> x, y, z;
+
+  explicit TwistLanes(const Combination* channels)
+      : x(channels[0]), y(channels[1]), z(channels[2]) {}
+  TwistLanes(const Combination* channels, Vek32s rounding)
+      : x(channels[0], rounding), y(channels[1], rounding), z(channels[2], rounding) {}
+
+  /// Of the groups of a block, clamped to 0..255.
+  Channels packed(const BlockPairs& p) const { return {x.packed(p), y.packed(p), z.packed(p)}; }
+
+  /// Stores the pixels of a block in three bytes each.
+  void store(const BlockPairs& p, Vek8u* dst) const {
+    VBytes lanes[4];
+    for (int g = 0; g < 4; g += 2) {
+      const VWord third = packWords(z.of(p.group[g]), z.of(p.group[g + 1]));
+      for (int k = g; k < g + 2; ++k) {
+        lanes[k] = packBytes(packWords(x.of(p.group[k]), y.of(p.group[k])), third);
+      }
+    }
+    storeGroups(lanes, dst);
+  }
+};
+
+}  // namespace
+}  // namespace vek::VEK_LEVEL
+HWY_AFTER_NAMESPACE();
+
+#endif
