@@ -111,7 +111,7 @@ int drawExposureParams(Case& c, VekiSize* reach) {
 /// Several frames in a row; the caller keeps the scale within its limits, which stand behind the
 /// arguments.
 VekStatus expose(const Value* v) {
-  const int frames = as<int>(v[6]);
+  const int frames = std::max(1, as<int>(v[6]));
   VekStatus status = vekStsNoErr;
   for (int i = 0; i < frames && status >= 0; ++i) {
     Vek16u* const scale = as<Vek16u*>(v[4]);
@@ -232,7 +232,7 @@ int drawBalanceParams(Case& c, VekiSize* reach) {
 
 VekStatus balance(const Value* v) {
   VekStatus status = vekStsNoErr;
-  for (int i = as<int>(v[7]); i > 0 && status >= 0; --i) {
+  for (int i = std::max(1, as<int>(v[7])); i > 0 && status >= 0; --i) {
     status = vekiAWB_10RGGB_8u_C1R(as<const Vek16u*>(v[0]), as<int>(v[1]), as<VekiSize>(v[2]),
                                    as<Vek16u*>(v[3]), as<Vek16u*>(v[4]), as<Vek16u*>(v[5]),
                                    as<const VekiAWBState*>(v[6]));

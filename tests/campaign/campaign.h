@@ -142,7 +142,6 @@ class Case {
   int step(ptrdiff_t bytes, int rows, const Steps& steps = {}, Use use = Use::out);
 
   VekStatus nullStatus = vekStsNullPtrErr;  ///< what answers null and misaligned pointers
-  bool mayFail = false;                     ///< the drawn arguments themselves may be refused
   int keptWhenRefused = 0;                  ///< allocations that a refusal keeps on purpose
   int keptWhenReleased = 0;                 ///< allocations that the case itself keeps on purpose
   std::string note;                         ///< what else tells one case from another
