@@ -1,6 +1,6 @@
 #include "image/color/luv_rows.h"
 
-#include "core/kernel/vector.h"
+#include "core/kernel/byte_table.h"
 
 #if VEK_HAVE_HIGHWAY
 
@@ -12,43 +12,31 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// The tables' low or high bytes.
-template <class T>
-constexpr Table<Vek8u, 256> bytesOf(const Table<T, 256>& table, int shift) {
+#if VEK_HAVE_BYTE_TABLE
+
+// An index is the low byte of a 32-bit lane; its other bytes find entry 0 of a table, which is 0.
+
+/// The low or the high bytes of the luminances.
+constexpr Table<Vek8u, 256> luminanceBytes(int shift) {
   Table<Vek8u, 256> bytes = {};
-  for (int i = 0; i < 256; ++i) bytes.at[i] = static_cast<Vek8u>(table.at[i] >> shift & 0xFF);
+  for (int i = 0; i < 256; ++i) bytes.at[i] = static_cast<Vek8u>(luminance.at[i] >> shift & 0xFF);
   return bytes;
 }
-
-#if defined(__AVX512VBMI__)
-
-/// A table of bytes in registers, whose entry 0 is 0: what the upper bytes of an index find.
-struct ByteTable {
-  __m512i part[4];
-
-  explicit ByteTable(const Table<Vek8u, 256>& table) {
-    for (int i = 0; i < 4; ++i) part[i] = _mm512_loadu_si512(table.at + 64 * i);
-  }
-  VInt at(VInt index) const {
-    const __m512i low = _mm512_permutex2var_epi8(part[0], index.raw, part[1]);
-    const __m512i high = _mm512_permutex2var_epi8(part[2], index.raw, part[3]);
-    return VInt{_mm512_mask_mov_epi8(low, _mm512_movepi8_mask(index.raw), high)};
-  }
-};
+constexpr Table<Vek8u, 256> lowLuminance = luminanceBytes(0);
+constexpr Table<Vek8u, 256> highLuminance = luminanceBytes(8);
 
 struct LightnessTable {
-  ByteTable bytes{lightness};
+  ByteTable bytes{lightness.at};
 
-  VInt at(VInt index) const { return bytes.at(index); }
+  VInt at(VInt index) const { return VInt{bytes.at(index.raw)}; }
 };
 
-constexpr Table<Vek8u, 256> lowLuminance = bytesOf(luminance, 0);
-constexpr Table<Vek8u, 256> highLuminance = bytesOf(luminance, 8);
-
 struct LuminanceTable {
-  ByteTable low{lowLuminance}, high{highLuminance};
+  ByteTable low{lowLuminance.at}, high{highLuminance.at};
 
-  VInt at(VInt index) const { return hn::Or(low.at(index), hn::ShiftLeft<8>(high.at(index))); }
+  VInt at(VInt index) const {
+    return hn::Or(VInt{low.at(index.raw)}, hn::ShiftLeft<8>(VInt{high.at(index.raw)}));
+  }
 };
 
 #else
