@@ -58,27 +58,39 @@ std::vector<Line> measure(const TableOptions& options) {
   return lines;
 }
 
-double geometricMean(const std::vector<Line>& lines) {
-  double logs = 0;
-  int count = 0;
-  for (const Line& line : lines) {
-    if (line.theirs <= 0) continue;
-    logs += std::log(line.ratio());
-    ++count;
+/// One line for each size: the geometric mean of the ratios of all pairs, and the lowest one.
+std::string summary(const std::vector<Line>& lines, const std::vector<VekiSize>& sizes) {
+  std::string text;
+  for (VekiSize size : sizes) {
+    double logs = 0, lowest = HUGE_VAL;
+    int count = 0;
+    for (const Line& line : lines) {
+      if (line.theirs <= 0 || line.size != sizeText(size)) continue;
+      logs += std::log(line.ratio());
+      lowest = std::fmin(lowest, line.ratio());
+      ++count;
+    }
+    if (count == 0) continue;
+    char line[128];
+    std::snprintf(line, sizeof line,
+                  "%s: %d pairs, geometric mean of the ratios %.2f, lowest %.2f\n",
+                  sizeText(size).c_str(), count, std::exp(logs / count), lowest);
+    text += line;
   }
-  return count > 0 ? std::exp(logs / count) : 0;
+  return text;
 }
 
-bool writeMarkdown(const std::string& path, const std::vector<Line>& lines) {
+bool writeMarkdown(const std::string& path, const std::vector<Line>& lines,
+                   const std::vector<VekiSize>& sizes) {
   std::ofstream file(path);
   file
       << "# Benchmarks\n\nWritten by `./dev bench`: " << circumstances()
       << ". One thread; medians of interleaved runs.\n\n"
          "Ratio is the peer's time over ours: above 1 we are faster. Copy is the bytes that a call "
          "reads and\nwrites a second, against those of `memcpy` of one plane of the same size.\n\n";
+  for (const char c : summary(lines, sizes)) file << (c == '\n' ? "\n\n" : std::string(1, c));
   char text[320];
-  std::snprintf(text, sizeof text, "Geometric mean of all ratios: %.2f\n\n", geometricMean(lines));
-  file << text << "| function | size | ours, us | Mpixel/s | copy | peer | peer, us | ratio |\n"
+  file << "| function | size | ours, us | Mpixel/s | copy | peer | peer, us | ratio |\n"
        << "|---|---|---:|---:|---:|---|---:|---:|\n";
   for (const Line& l : lines) {
     std::snprintf(text, sizeof text, "| `%s` | %s | %.1f | %.0f | %.2f |", l.name.c_str(),
@@ -117,12 +129,12 @@ bool writeJson(const std::string& path, const std::vector<Line>& lines) {
 
 int runTable(const TableOptions& options) {
   const std::vector<Line> lines = measure(options);
-  std::printf("geometric mean of all pairs: %.2f\n", geometricMean(lines));
+  std::fputs(summary(lines, options.sizes).c_str(), stdout);
   if (!options.json.empty() && !writeJson(options.json, lines)) {
     std::fprintf(stderr, "vek_bench: cannot write %s\n", options.json.c_str());
     return 1;
   }
-  if (!options.markdown.empty() && !writeMarkdown(options.markdown, lines)) {
+  if (!options.markdown.empty() && !writeMarkdown(options.markdown, lines, options.sizes)) {
     std::fprintf(stderr, "vek_bench: cannot write %s\n", options.markdown.c_str());
     return 1;
   }

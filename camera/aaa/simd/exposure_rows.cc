@@ -22,7 +22,7 @@ Vek32u _vekiAEWnd_10RGGB(const Vek16u* pWin, int srcStep, int w, int h) {
     topGreen = hn::Add(topGreen, hn::ShiftRight<16>(redGreen));
     bottomGreen = hn::Add(bottomGreen, hn::And(greenBlue, lowHalf));
   });
-  return hn::GetLane(hn::SumOfLanes(halfQuads, hn::Add(topGreen, bottomGreen)));
+  return sumOfLanes(halfQuads, hn::Add(topGreen, bottomGreen));
 }
 
 }  // namespace

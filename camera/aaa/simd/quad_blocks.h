@@ -5,6 +5,7 @@
 
 #if VEK_HAVE_HIGHWAY
 
+HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
@@ -28,7 +29,18 @@ void forEachQuadBlock(const Vek16u* pWin, int srcStep, int w, int h, Body body) 
   }
 }
 
+/// The sum of all lanes modulo 2^32. (Highway's may add signed numbers.)
+template <class D>
+Vek32u sumOfLanes(D d, hn::Vec<D> v) {
+  alignas(64) hn::TFromD<D> lanes[hn::MaxLanes(D())];
+  hn::Store(v, d, lanes);
+  Vek32u sum = 0;
+  for (hn::TFromD<D> lane : lanes) sum += static_cast<Vek32u>(lane);
+  return sum;
+}
+
 }  // namespace
 }  // namespace vek::VEK_LEVEL
+HWY_AFTER_NAMESPACE();
 
 #endif

@@ -21,11 +21,6 @@ hn::Vec<HalfQuads> loadHalfQuads(const Vek8u* samples) {
   return hn::BitCast(halfQuads, hn::LoadU(bytes, samples));
 }
 
-template <class D>
-Vek32u total(D d, hn::Vec<D> lanes) {
-  return static_cast<Vek32u>(hn::GetLane(hn::SumOfLanes(d, lanes)));
-}
-
 ColourSums _vekiAWB_accum_10RGGB_WGA(const Vek16u* pWin, int srcStep, int w, int h) {
   constexpr int block = static_cast<int>(hn::MaxLanes(halfQuads));
   const auto lowHalf = hn::Set(halfQuads, 0xFFFF);
@@ -39,7 +34,7 @@ ColourSums _vekiAWB_accum_10RGGB_WGA(const Vek16u* pWin, int srcStep, int w, int
     green = hn::Add(green, hn::Add(hn::ShiftRight<16>(redGreen), hn::And(greenBlue, lowHalf)));
     blue = hn::Add(blue, hn::ShiftRight<16>(greenBlue));
   });
-  return {total(halfQuads, red), total(halfQuads, green), total(halfQuads, blue)};
+  return {sumOfLanes(halfQuads, red), sumOfLanes(halfQuads, green), sumOfLanes(halfQuads, blue)};
 }
 
 /// Two vectors' first and second samples, one per 16-bit lane, in the same order in both.
@@ -100,8 +95,8 @@ ColourSums _vekiAWB_accum_10RGGB_WPD(const Vek16u* pWin, int srcStep, int w, int
     accumulate(blue, isWhite, hn::BitCast(words, greenBlue.second));
     accumulate(quads, isWhite, hn::Set(words, 1));
   });
-  *pCount = 4 * total(sums32, quads);
-  return {total(sums32, red), total(sums32, green), total(sums32, blue)};
+  *pCount = 4 * sumOfLanes(sums32, quads);
+  return {sumOfLanes(sums32, red), sumOfLanes(sums32, green), sumOfLanes(sums32, blue)};
 }
 
 }  // namespace
