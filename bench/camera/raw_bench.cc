@@ -27,7 +27,7 @@ struct Frame {
 
 VekiRggbGeometry geometry(VekiSize size, const Frame& frame) {
   const auto [scale, rotation, chromaFormat, border, stepUnit] = frame;
-  const auto step = [stepUnit](int bytes) { return (bytes + stepUnit - 1) / stepUnit * stepUnit; };
+  const auto step = [unit = stepUnit](int bytes) { return (bytes + unit - 1) / unit * unit; };
   const bool turned = rotation == 1 || rotation == 2;
   const int width = (turned ? size.height : size.width) / scale / 4 * 4;
   const int height = (turned ? size.width : size.height) / scale / 4 * 4;
