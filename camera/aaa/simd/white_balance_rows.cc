@@ -54,11 +54,10 @@ auto distance(V a, V b) {
   return hn::Abs(hn::BitCast(words, hn::Sub(a, b)));
 }
 
-/// sum += the lanes of `values` where `mask` is set, in adjacent pairs.
-void accumulate(hn::Vec<Sums>& sum, hn::Mask<Words> mask, hn::Vec<Words> values) {
+/// sum += the products of lanes, in adjacent pairs.
+void accumulate(hn::Vec<Sums>& sum, hn::Vec<Words> values, hn::Vec<Words> counted) {
   auto upper = hn::Zero(sums32);
-  sum = hn::ReorderWidenMulAccumulate(sums32, hn::IfThenElseZero(mask, values), hn::Set(words, 1),
-                                      sum, upper);
+  sum = hn::ReorderWidenMulAccumulate(sums32, values, counted, sum, upper);
   sum = hn::Add(sum, upper);
 }
 
@@ -90,10 +89,11 @@ ColourSums _vekiAWB_accum_10RGGB_WPD(const Vek16u* pWin, int srcStep, int w, int
     const auto isModerate = hn::And(hn::Lt(low4, all), hn::Lt(all, high4));
     const auto isWhite =
         hn::And(hn::And(isNeutral, isModerate), hn::Lt(distance(greens, redBlue), greenLimit));
-    accumulate(red, isWhite, hn::BitCast(words, redGreen.first));
-    accumulate(green, isWhite, hn::BitCast(words, greens));
-    accumulate(blue, isWhite, hn::BitCast(words, greenBlue.second));
-    accumulate(quads, isWhite, hn::Set(words, 1));
+    const auto counted = hn::IfThenElseZero(isWhite, hn::Set(words, 1));
+    accumulate(red, hn::BitCast(words, redGreen.first), counted);
+    accumulate(green, hn::BitCast(words, greens), counted);
+    accumulate(blue, hn::BitCast(words, greenBlue.second), counted);
+    accumulate(quads, counted, counted);
   });
   *pCount = 4 * sumOfLanes(sums32, quads);
   return {sumOfLanes(sums32, red), sumOfLanes(sums32, green), sumOfLanes(sums32, blue)};
