@@ -301,7 +301,7 @@ void blendRows(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& 
 void bilinearVectors(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& c,
                      Vek8u* dst) {
   if (c.block == 0) return bilinear(top, bottom, fy, c, dst);
-  constexpr decltype(&bilinearVectors) kernels[2][2] = {
+  static constexpr decltype(&bilinearVectors) kernels[2][2] = {
       {blendRows<false, false>, blendRows<false, true>},
       {blendRows<true, false>, blendRows<true, true>}};
   kernels[c.blended][fy != 0](top, bottom, fy, c, dst);
