@@ -101,8 +101,6 @@ void addPackedFormats() {
 
 [[maybe_unused]] const bool registered = [] {
   using namespace libyuv;
-  addFrom("vekiYCbCr420RszCscRotRGB_8u_P3C3R/565", 2, 2, 2, I420ToRGB565);
-  addFrom("vekiYCbCr420RszCscRotRGB_8u_P3C3R/888", 2, 2, 3, I420ToRGB24);
   addPackedFormats();
   for (const char* suffix : {"R", ""}) {
     addFrom(std::string("vekiYUV420ToRGB_8u_P3C3") + suffix, 2, 2, 3, I420ToRAW);
