@@ -5,10 +5,6 @@
 
 #if VEK_HAVE_HIGHWAY
 
-#if defined(__AVX512VBMI__)
-#include <immintrin.h>
-#endif
-
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {

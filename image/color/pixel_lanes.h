@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/kernel/interleave.h"
-#include "core/kernel/vector.h"
+#include "core/kernel/truncated.h"
 
 #if VEK_HAVE_HIGHWAY
 
@@ -86,17 +86,6 @@ void forEachPhase(Phase phase) {
   phase.template operator()<1>();
   phase.template operator()<2>();
   phase.template operator()<3>();
-}
-
-/// v without its fraction, for values that fit: Highway's conversion sees to those that do not.
-inline VInt truncated(VFloat v) {
-#if defined(__AVX512F__)
-  return VInt{_mm512_cvttps_epi32(v.raw)};
-#elif defined(__AVX2__)
-  return VInt{_mm256_cvttps_epi32(v.raw)};
-#else
-  return hn::ConvertTo(intLanes, v);
-#endif
 }
 
 /// 1 / d to 21 bits or better, from an approximation of at least 11 bits and one step of Newton's.

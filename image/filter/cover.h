@@ -1,7 +1,7 @@
 // What the hand-written filter kernels share: covering a row with blocks, and scaling sums.
 #pragma once
 
-#include "core/kernel/vector.h"
+#include "core/kernel/truncated.h"
 
 #if VEK_HAVE_HIGHWAY
 
@@ -39,16 +39,8 @@ class Quotients {
     return factor * static_cast<Vek32u>(divisor) < 0x80000000u;
   }
 
-  /// Highway's conversion would see to quotients beyond 2^31.
   Dwords of(Dwords v) const {
-    const auto quotients = hn::MulAdd(hn::ConvertTo(floats, v), ratio_, offset_);
-#if defined(__AVX512BW__)
-    return Dwords{_mm512_cvttps_epi32(quotients.raw)};
-#elif defined(__AVX2__)
-    return Dwords{_mm256_cvttps_epi32(quotients.raw)};
-#else
-    return hn::ConvertTo(dwords, quotients);
-#endif
+    return truncated(hn::MulAdd(hn::ConvertTo(floats, v), ratio_, offset_));
   }
 
  private:

@@ -42,8 +42,7 @@ struct MedianRows {
   MedianNetwork larger[3];  ///< 7 x 7, 9 x 9, 11 x 11; null where histograms are faster
   ptrdiff_t leastBytes;     ///< of a row that goes through a network
 
-  /// All channels, for countable masks and rows of leastBytes; null if the
-  /// level has none.
+  /// All channels, for countable masks and rows of leastBytes; null if the level has none.
   void (*byCounting)(const MedianRegion& region);
   /// One channel. Time per pixel does not depend on the mask; columns + maskWidth - 1 <=
   /// medianHistograms.

@@ -1,11 +1,7 @@
 #include "camera/preview/reduce_body.h"
-#include "core/kernel/vector.h"
+#include "core/kernel/byte_pairs.h"
 
 #if VEK_HAVE_HIGHWAY
-
-#if defined(__AVX2__)
-#include <immintrin.h>
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -19,14 +15,7 @@ constexpr ptrdiff_t lanes = static_cast<ptrdiff_t>(hn::MaxLanes(bytes));
 
 /// Sums of neighbouring bytes.
 Words sumNeighbours(Bytes v) {
-#if defined(__AVX512BW__)
-  return Words{_mm512_maddubs_epi16(v.raw, _mm512_set1_epi8(1))};
-#elif defined(__AVX2__)
-  return Words{_mm256_maddubs_epi16(v.raw, _mm256_set1_epi8(1))};
-#else
-  const Words pairs = hn::BitCast(words, v);
-  return hn::Add(hn::And(pairs, hn::Set(words, 0xFF)), hn::ShiftRight<8>(pairs));
-#endif
+  return hn::BitCast(words, sumOfPairs(v, hn::Set(bytes, 1)));
 }
 
 /// The low bytes of the lanes.
