@@ -72,16 +72,15 @@ struct Sampler {
 
 /// The columns of a strip: those that are not held, and may be prepared, come first.
 struct Strip {
-  const Phases& phases;
+  const Phases* phases;
   ptrdiff_t x, n, regular;
   Columns columns;
 
-  explicit Strip(const Phases& p) : phases(p) {}
-
-  void prepare(const ResampleRows& kernels, bool blended, ptrdiff_t lastColumn, ptrdiff_t from,
-               ptrdiff_t count) {
-    x = from, n = count, regular = phases.regular(from, count);
-    const Vek32u step = static_cast<Vek32u>(phases.step);
+  void prepare(const ResampleRows& kernels, const Phases& along, bool blended, ptrdiff_t lastColumn,
+               ptrdiff_t from, ptrdiff_t count) {
+    phases = &along;
+    x = from, n = count, regular = along.regular(from, count);
+    const Vek32u step = static_cast<Vek32u>(along.step);
     if (blended) {
       blendedColumns(kernels, step, x, regular, lastColumn, columns);
     } else {
@@ -94,7 +93,7 @@ struct Strip {
 void nearest(const ResampleRows& kernels, const Strip& strip, const Vek8u* row, Vek8u* out) {
   putRow(nearestRow(kernels, row, strip.columns, out), strip.regular, out);
   for (ptrdiff_t i = strip.regular; i < strip.n; ++i) {
-    out[i] = row[strip.phases.at(strip.x + i) >> 16];
+    out[i] = row[strip.phases->at(strip.x + i) >> 16];
   }
 }
 
@@ -113,7 +112,7 @@ void bilinearLuma(const ResampleRows& kernels, const Sampler& src, const Strip& 
          out);
   const auto blend = [](Vek32s a, Vek32s b, Vek32s f) { return a + (((b - a) * f) >> 16); };
   for (ptrdiff_t i = strip.regular; i < strip.n; ++i) {
-    const Vek64s phase = strip.phases.at(strip.x + i);
+    const Vek64s phase = strip.phases->at(strip.x + i);
     const Vek8u* left = plane.data + (phase >> 16);
     const Vek32s fx = static_cast<Vek32s>(phase & 0xFFFF);
     const auto across = [&](const Vek8u* at) { return blend(at[0], at[fx != 0], fx); };
@@ -133,7 +132,7 @@ void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientat
   const PixelKernels kernels = {csc.paired.of(format), csc.single.of(format), pixelBytes};
   const bool blended = lumaRow == bilinearLuma;
   const bool unscaled = !blended && src.columns.step == oneSample && src.rows.step == oneSample;
-  Strip strip(src.columns), chromaStrip(src.chromaColumns);
+  Strip strip, chromaStrip;
   const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count,
                                SampleTile& tile, ptrdiff_t step) -> Samples {
     const ptrdiff_t pairs = (n + 1) / 2;
@@ -145,8 +144,8 @@ void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientat
               {src.cr.row(y) + x / 2, src.cr.step},
               0};
     }
-    strip.prepare(resample, blended, src.width - 1, x, n);
-    chromaStrip.prepare(resample, false, 0, x / 2, pairs);
+    strip.prepare(resample, src.columns, blended, src.width - 1, x, n);
+    chromaStrip.prepare(resample, src.chromaColumns, false, 0, x / 2, pairs);
     for (ptrdiff_t i = 0; i < count; ++i) {
       const Vek64s rowPhase = src.rows.at(y + i);
       const ptrdiff_t row = static_cast<ptrdiff_t>(rowPhase >> 16);
