@@ -8,10 +8,11 @@ namespace {
 const VekiAEParams aeParams = {
     vekiAEHistogram, nullptr, nullptr, 0, 10, 100, 300, 700, 512, 20, 2, 5, 0, 65536, 0, 65536};
 
-void addExposure(const char* variant, Vek32s mode) {
+void addExposure(const char* variant, Vek32s mode, Vek16u histCountThresh = 10) {
   add(std::string("vekiAE_10RGGB_8u_C1R/") + variant, 2, [=](VekiSize size) {
     VekiAEParams params = aeParams;
     params.mode = mode;
+    params.histCountThresh = histCountThresh;
     VekiAEState* made = nullptr;
     vekiInitAlloc_AE_10RGGB_8u_C1R(&params, &made);
     const std::shared_ptr<VekiAEState> state(made, vekiFree_AE_10RGGB_8u_C1R);
@@ -94,6 +95,7 @@ void addLifeCycles(const std::string& function) {
 
 [[maybe_unused]] const bool registered = [] {
   addExposure("histogram", vekiAEHistogram);
+  addExposure("histogram-none-populated", vekiAEHistogram, 65535);
   addExposure("whole-frame", vekiAEWholeFrame);
   addExposure("five-zones", vekiAEFiveZones);
   addWhiteBalance("gray-world", vekiAWBGrayWorld);

@@ -10,7 +10,7 @@
 namespace vek {
 namespace {
 
-constexpr Vek16u maxSample = 1023;
+constexpr Vek16u maxSample = saturatedSample;
 constexpr int maxZones = 5;
 
 struct HistogramThresholds {
@@ -169,32 +169,20 @@ void scaleBy(const VekiAEState& state, Vek16u numerator, Vek16u denominator, Vek
                                                               : quotient);
 }
 
-void _vekiAEControl_Hist(const VekiAEState& state, Vek16u& stepCtrl, Vek16u& scaleCtrl) {
+void _vekiAEControl_Hist(const VekiAEState& state, const GreenHistogram& greens, Vek16u& stepCtrl,
+                         Vek16u& scaleCtrl) {
   const HistogramThresholds& t = state.thresholds;
-  Vek32u samples = 0;
-  Vek32u sum = 0;
-  Vek32s highest = 0;
-  Vek32s lowest = maxSample;
-  for (Vek32s i = 0; i < maxSample; ++i) {  // without the bin of saturated samples
-    const Vek32u count = state.histogram[i];
-    samples += count;
-    sum += static_cast<Vek32u>(i) * count;
-    if (count >= t.count) {
-      highest = i;
-      lowest = lowest < i ? lowest : i;
-    }
-  }
-  const Vek16u mean = static_cast<Vek16u>(_vekDiv_32u(sum, samples, nullptr));
+  const Vek16u mean = static_cast<Vek16u>(_vekDiv_32u(greens.sum, greens.samples, nullptr));
 
-  if (highest < t.dark && highest - lowest < t.spread) {
+  if (greens.highest < t.dark && greens.highest - greens.lowest < t.spread) {
     moveBrighter(state, stepCtrl, scaleCtrl);
-  } else if (lowest > t.bright) {
+  } else if (greens.lowest > t.bright) {
     moveDarker(state, stepCtrl, scaleCtrl);
   } else if (const Vek32s d = mean - t.target; d >= t.tolerance || d <= -t.tolerance) {
     if (mean != 0) {
       scaleBy(state, t.target, mean, scaleCtrl);
     } else {
-      scaleCtrl = static_cast<Vek16u>(samples == 0 ? state.scaleMin : state.scaleMax);
+      scaleCtrl = static_cast<Vek16u>(greens.samples == 0 ? state.scaleMin : state.scaleMax);
     }
   } else if (t.target != 0) {
     scaleBy(state, mean, t.target, scaleCtrl);
@@ -301,9 +289,10 @@ VekStatus vekiAE_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize roiSize
   VekiAEState& state = *pState;
   if (state.mode == vekiAEHistogram) {
     memset(state.histogram, 0, vek::histogramBins * sizeof *state.histogram);
-    vek::select(vek::exposureRows)
-        .hist(pSrc, srcStep, roiSize.width, roiSize.height, state.histogram);
-    vek::_vekiAEControl_Hist(state, *pStepCtrl, *pScaleCtrl);
+    const vek::GreenHistogram greens = vek::select(vek::exposureRows)
+                                           .hist(pSrc, srcStep, roiSize.width, roiSize.height,
+                                                 state.thresholds.count, state.histogram);
+    vek::_vekiAEControl_Hist(state, greens, *pStepCtrl, *pScaleCtrl);
   } else {
     if (state.mode != vekiAECallerWindows) vek::layZones(state, roiSize);
     const Vek32s brightness =

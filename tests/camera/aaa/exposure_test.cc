@@ -38,18 +38,32 @@ TEST(Exposure, KernelsEqualTheirDefinition) {
   for (int round = 0; round < 300 && !testing::Test::HasFailure(); ++round) {
     const VekiSize size = {random.size(300), random.size(40)};
     const int step = 2 * size.width + 2 * random.in(0, 3);
-    const Light light = {512, random.in(0, 1023), 1023, 65535, random.in(0, 65535)};
+    const int noise[] = {2, 30, 500, 65535};
+    const Light light = {512, random.in(0, 1023), 1023, random.of(noise), random.in(0, 65535)};
     SCOPED_TRACE(testing::Message() << size.width << 'x' << size.height << ", step " << step);
     RawFrame window(footprint::exposureZones(size, step), random, light);
     RawFrame groups(footprint::exposureHistogram(size, step), random, light);
+    std::vector<Vek32u> bins = histogram(groups, size);
+    bins.pop_back();  // saturated samples do not count
+    const Vek32u countThresh = bins[groups.at(1, 0) % 1023] + (random.chance(50) ? 1 : 0);
+    Vek32u samples = 0, sum = 0;
+    std::vector<int> populated;
+    for (Vek32u i = 0; i < bins.size(); ++i) {
+      samples += bins[i], sum += i * bins[i];
+      if (bins[i] >= countThresh) populated.push_back(static_cast<int>(i));
+    }
     for (Level level : levels()) {
       SCOPED_TRACE(name(level));
       const ExposureRows& rows = select(exposureRows, level);
       EXPECT_EQ(rows.wnd(window.data(), step, size.width, size.height),
                 windowGreens(window, {0, 0, size.width, size.height}));
-      std::vector<Vek32u> bins(1024);
-      rows.hist(groups.data(), step, size.width, size.height, bins.data());
-      EXPECT_EQ(bins, histogram(groups, size));
+      std::vector<Vek32u> room(1024);
+      const GreenHistogram greens =
+          rows.hist(groups.data(), step, size.width, size.height, countThresh, room.data());
+      EXPECT_EQ(greens.samples, samples);
+      EXPECT_EQ(greens.sum, sum);
+      EXPECT_EQ(greens.lowest, populated.empty() ? 1023 : populated.front());
+      EXPECT_EQ(greens.highest, populated.empty() ? 0 : populated.back());
     }
   }
 }
