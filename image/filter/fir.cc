@@ -85,7 +85,7 @@ FirKernel kernelFor(const FirRows& rows, const Vek32s* pKernel, int64_t n) {
 void filter(const Images& images, const Vek8u* corner, int channels, const FirTaps& taps,
             int divisor) {
   const FirScale scale = makeScale(divisor);
-  const int64_t count = int64_t{taps.inner} * taps.outer;
+  const int64_t count = int64_t{taps.width} * taps.height;
   const FirKernel kernel = kernelFor(select(firRows), taps.last - (count - 1), count);
   kernel({corner, images.srcStep, images.pDst, images.dstStep,
           static_cast<ptrdiff_t>(images.roiSize.width) * channels, images.roiSize.height},
@@ -99,19 +99,29 @@ VekStatus filter2D(const Images& images, const Vek32s* pKernel, VekiSize size, V
   if (status != vekStsNoErr) return status;
   const ptrdiff_t width = size.width, height = size.height, step = images.srcStep;
   filter(images, images.pSrc + (anchor.y - height + 1) * step + (anchor.x - width + 1) * channels,
-         channels, {pKernel + width * height - 1, width, height, channels, step}, divisor);
+         channels, {pKernel + width * height - 1, width, height, channels}, divisor);
   return vekStsNoErr;
 }
 
-/// Row (`step` of the taps is a pixel) and column (a row) filters.
-VekStatus filter1D(const Images& images, const Vek32s* pKernel, int size, int anchor, int divisor,
-                   int channels, int step) {
+VekStatus filterLine(const Images& images, const Vek32s* pKernel, int size, int anchor, int divisor,
+                     int channels, bool column) {
   const VekStatus status = RCFilterParametersCheck(images, pKernel, size, anchor, divisor);
   if (status != vekStsNoErr) return status;
   const ptrdiff_t first = static_cast<ptrdiff_t>(anchor) - size + 1;
-  filter(images, images.pSrc + first * step, channels, {pKernel + size - 1, size, 1, step, 0},
-         divisor);
+  filter(images, images.pSrc + first * (column ? images.srcStep : channels), channels,
+         {pKernel + size - 1, column ? 1 : size, column ? size : 1, channels}, divisor);
   return vekStsNoErr;
+}
+
+template <int channels>
+VekStatus filterRow(const Images& images, const Vek32s* pKernel, int size, int anchor,
+                    int divisor) {
+  return filterLine(images, pKernel, size, anchor, divisor, channels, false);
+}
+template <int channels>
+VekStatus filterColumn(const Images& images, const Vek32s* pKernel, int size, int anchor,
+                       int divisor) {
+  return filterLine(images, pKernel, size, anchor, divisor, channels, true);
 }
 
 }  // namespace
@@ -134,27 +144,27 @@ extern "C" VekStatus vekiFilter_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pD
 extern "C" VekStatus vekiFilterRow_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                           VekiSize roiSize, const Vek32s* pKernel, int kernelSize,
                                           int anchor, int divisor) {
-  return vek::filter1D({pSrc, srcStep, pDst, dstStep, roiSize}, pKernel, kernelSize, anchor,
-                       divisor, 1, 1);
+  return vek::filterRow<1>({pSrc, srcStep, pDst, dstStep, roiSize}, pKernel, kernelSize, anchor,
+                           divisor);
 }
 
 extern "C" VekStatus vekiFilterRow_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                           VekiSize roiSize, const Vek32s* pKernel, int kernelSize,
                                           int anchor, int divisor) {
-  return vek::filter1D({pSrc, srcStep, pDst, dstStep, roiSize}, pKernel, kernelSize, anchor,
-                       divisor, 3, 3);
+  return vek::filterRow<3>({pSrc, srcStep, pDst, dstStep, roiSize}, pKernel, kernelSize, anchor,
+                           divisor);
 }
 
 extern "C" VekStatus vekiFilterColumn_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                              int dstStep, VekiSize roiSize, const Vek32s* pKernel,
                                              int kernelSize, int anchor, int divisor) {
-  return vek::filter1D({pSrc, srcStep, pDst, dstStep, roiSize}, pKernel, kernelSize, anchor,
-                       divisor, 1, srcStep);
+  return vek::filterColumn<1>({pSrc, srcStep, pDst, dstStep, roiSize}, pKernel, kernelSize, anchor,
+                              divisor);
 }
 
 extern "C" VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                              int dstStep, VekiSize roiSize, const Vek32s* pKernel,
                                              int kernelSize, int anchor, int divisor) {
-  return vek::filter1D({pSrc, srcStep, pDst, dstStep, roiSize}, pKernel, kernelSize, anchor,
-                       divisor, 3, srcStep);
+  return vek::filterColumn<3>({pSrc, srcStep, pDst, dstStep, roiSize}, pKernel, kernelSize, anchor,
+                              divisor);
 }

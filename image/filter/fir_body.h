@@ -17,17 +17,17 @@ Vek8u scaleSum(int64_t sum, const FirScale& scale) {
 
 /// Sums a block of pixels tap by tap.
 template <class Sum>
-void firRow(const Vek8u* __restrict src, const FirTaps& taps, const FirScale& scale, ptrdiff_t n,
-            Vek8u* __restrict dst) {
+void firRow(const Vek8u* __restrict src, ptrdiff_t srcStep, const FirTaps& taps,
+            const FirScale& scale, ptrdiff_t n, Vek8u* __restrict dst) {
   constexpr ptrdiff_t block = 256;
   Sum sums[block];
   for (ptrdiff_t x = 0; x < n; x += block) {
     const ptrdiff_t count = n - x < block ? n - x : block;
     for (ptrdiff_t i = 0; i < count; ++i) sums[i] = 0;
     const Vek32s* coefficient = taps.last;
-    for (ptrdiff_t o = 0; o < taps.outer; ++o) {
-      for (ptrdiff_t k = 0; k < taps.inner; ++k) {
-        const Vek8u* at = src + x + o * taps.outerStep + k * taps.innerStep;
+    for (ptrdiff_t j = 0; j < taps.height; ++j) {
+      for (ptrdiff_t k = 0; k < taps.width; ++k) {
+        const Vek8u* at = src + x + j * srcStep + k * taps.pixelBytes;
         const Sum factor = *coefficient--;
         for (ptrdiff_t i = 0; i < count; ++i) sums[i] += factor * at[i];
       }
@@ -39,7 +39,7 @@ void firRow(const Vek8u* __restrict src, const FirTaps& taps, const FirScale& sc
 template <class Sum>
 void fir(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
   for (ptrdiff_t y = 0; y < r.rows; ++y) {
-    firRow<Sum>(r.src + y * r.srcStep, taps, scale, r.n, r.dst + y * r.dstStep);
+    firRow<Sum>(r.src + y * r.srcStep, r.srcStep, taps, scale, r.n, r.dst + y * r.dstStep);
   }
 }
 

@@ -11,13 +11,13 @@
 
 namespace vek {
 
-/// The taps of a convolution. Tap (o, i) multiplies the sample at src + o * outerStep + i *
-/// innerStep; its coefficient is read backwards from the end of the caller's kernel: last[-(o *
-/// inner + i)].
+/// The taps of a convolution. Tap (x, y) multiplies the sample `x` pixels to the right and `y` rows
+/// below src; its coefficient is read backwards from the end of the caller's kernel: last[-(y *
+/// width + x)].
 struct FirTaps {
   const Vek32s* last;
-  ptrdiff_t inner, outer;
-  ptrdiff_t innerStep, outerStep;
+  ptrdiff_t width, height;
+  ptrdiff_t pixelBytes;
 };
 
 /// A sum becomes (sum * multiplier + 2^(shift - 1)) >> shift, without the rounding term when shift

@@ -565,7 +565,7 @@ VEK_API VekStatus vekiFilterBox_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pD
  * do not overflow for any kernel.
  *
  * The kernel is only read, so it may lie in read-only memory and be shared by threads; each of its
- * entries must lie in -32768..32767. Up to 5 KB of stack.
+ * entries must lie in -32768..32767. Up to 7 KB of stack.
  *
  * All return vekStsNoErr or, in this order: vekStsNullPtrErr (an image or the kernel is null);
  * vekStsStepErr (a step below 1); vekStsSizeErr (an empty region, or a kernel width, height or

@@ -20,98 +20,9 @@ using VBytes = hn::Vec<decltype(bytes)>;
 using VWords = hn::Vec<decltype(words)>;
 using VDwords = hn::Vec<decltype(dwords)>;
 
+/// Vectors of sums that leave registers for the rest.
+constexpr int mostSums = 8;
 constexpr ptrdiff_t vectorBytes = static_cast<ptrdiff_t>(hn::MaxLanes(bytes));
-
-/// Calls body(where, factor) for each tap in order.
-template <class Body>
-void forEachTap(const FirTaps& taps, Body body) {
-  const Vek32s* coefficient = taps.last;
-  for (ptrdiff_t o = 0; o < taps.outer; ++o) {
-    for (ptrdiff_t i = 0; i < taps.inner; ++i) {
-      body(o * taps.outerStep + i * taps.innerStep, *coefficient--);
-    }
-  }
-}
-
-/// Taps that are taken together, their coefficients, of `bits` each, packed into a dword (two bytes
-/// twice). What a group lacks are taps in the place of another with a coefficient of 0.
-template <int count, int bits>
-struct TapGroup {
-  ptrdiff_t where[count];
-  Vek32u packed = 0;
-  int size = 0;
-
-  void add(ptrdiff_t place, Vek32s factor) {
-    for (int i = size; i < count; ++i) where[i] = place;
-    const Vek32u part = (static_cast<Vek32u>(factor) & ((1u << bits) - 1)) << (bits * size);
-    packed |= count * bits == 16 ? part * 0x10001u : part;
-    ++size;
-  }
-  bool isFull() const { return size == count; }
-};
-
-constexpr ptrdiff_t mostListed = 128;  ///< taps
-
-template <class Group>
-class GroupList {
- public:
-  void add(ptrdiff_t where, Vek32s factor) {
-    if (size_ == 0 || groups_[size_ - 1].isFull()) ++size_;
-    groups_[size_ - 1].add(where, factor);
-  }
-  const Group* begin() const { return groups_; }
-  const Group* end() const { return groups_ + size_; }
-
- private:
-  static constexpr ptrdiff_t most = mostListed * static_cast<ptrdiff_t>(sizeof(ptrdiff_t)) /
-                                    static_cast<ptrdiff_t>(sizeof(Group::where));
-  ptrdiff_t size_ = 0;
-  Group groups_[most];
-};
-
-/// The taps of a region that matter, by groups as Sums takes them, found once.
-template <class Sums>
-class ListedTaps {
- public:
-  explicit ListedTaps(const FirTaps& taps) {
-    forEachTap(taps, [&](ptrdiff_t where, Vek32s factor) {
-      if (factor == 0) return;
-      if (Sums::takesFours && factor >= -128 && factor <= 127) {
-        fours_.add(where, factor);
-      } else {
-        pairs_.add(where, factor);
-      }
-    });
-  }
-
-  template <class Body>
-  void forEach(Body body) const {
-    for (const typename Sums::Four& four : fours_) body(four);
-    for (const typename Sums::Pair& pair : pairs_) body(pair);
-  }
-
- private:
-  GroupList<typename Sums::Four> fours_;
-  GroupList<typename Sums::Pair> pairs_;
-};
-
-/// Pairs of the taps of a kernel of any size, found anew each time.
-template <class Sums>
-struct WalkedTaps {
-  const FirTaps& taps;
-
-  template <class Body>
-  void forEach(Body body) const {
-    typename Sums::Pair pair;
-    forEachTap(taps, [&](ptrdiff_t where, Vek32s factor) {
-      pair.add(where, factor);
-      if (!pair.isFull()) return;
-      body(pair);
-      pair = {};
-    });
-    if (pair.size > 0) body(pair);
-  }
-};
 
 /// FirScale over sums in words, which packing saturates to bytes afterwards.
 class WordScaler {
@@ -169,127 +80,433 @@ class DwordScaler {
   Quotients quotients_;
 };
 
-/// The sums of a vector of samples in words. Samples are interleaved with those of the next tap
-/// within each 128-bit block, and packing puts them back in order.
-struct PairsInWords {
-  using Pair = TapGroup<2, 8>;
-  using Four = TapGroup<4, 8>;
+/// How groups of taps are multiplied and added up: WordDots pairs with coefficients of 8 bits, sums in
+/// words. The sums of a vector of samples are `parts` vectors, each with its share of every 128
+/// bits, in order, so that packing brings the samples back together.
+struct WordDots {
+  static constexpr int taps = 2, parts = 2;
+  static constexpr bool inParts = false;  ///< whether coefficients are taken byte by byte
+  static constexpr int tapBytes = 1;      ///< between the taps of a sample in a vector
+  using Sum = VWords;
   using Scaler = WordScaler;
-  static constexpr bool takesFours = false;
 
-  void add(const Vek8u* src, const Pair& pair) {
-    const VBytes factors = hn::BitCast(bytes, hn::Set(udwords, pair.packed));
-    const VBytes a = hn::LoadU(bytes, src + pair.where[0]);
-    const VBytes b = hn::LoadU(bytes, src + pair.where[1]);
-    low_ = hn::Add(low_, sumOfPairs(hn::InterleaveLower(bytes, a, b), factors));
-    high_ = hn::Add(high_, sumOfPairs(hn::InterleaveUpper(bytes, a, b), factors));
+  static Vek32u factor(Vek32s coefficient, int tap) {
+    return (static_cast<Vek32u>(coefficient) & 0xFF) * 0x10001u << (8 * tap);
   }
-  void add(const Vek8u*, const Four&) {}
-  VBytes scaled(const Scaler& scaler) const { return packClamped(scaler(low_), scaler(high_)); }
-
- private:
-  VWords low_ = hn::Zero(words), high_ = hn::Zero(words);
-};
-
-/// A vector of sums in dwords; some processors add up in two parts.
-struct DwordSums {
-  VDwords sum = hn::Zero(dwords), rest = hn::Zero(dwords);
-
-  void add(VBytes samples, VWords factors) {
-#if defined(__AVX512VNNI__)
-    sum = VDwords{_mm512_dpwssd_epi32(sum.raw, samples.raw, factors.raw)};
-#else
-    sum = hn::ReorderWidenMulAccumulate(dwords, hn::BitCast(words, samples), factors, sum, rest);
-#endif
+  static void add(Sum& sum, VBytes samples, Vek32u factors) {
+    sum = hn::Add(sum, sumOfPairs(samples, hn::BitCast(bytes, hn::Set(udwords, factors))));
+  }
+  static void interleave(const VBytes* tap, VBytes* samples) {
+    samples[0] = hn::InterleaveLower(bytes, tap[0], tap[1]);
+    samples[1] = hn::InterleaveUpper(bytes, tap[0], tap[1]);
+  }
+  static VBytes scaled(const Sum* sums, const Scaler& scaler) {
+    return packClamped(scaler(sums[0]), scaler(sums[1]));
   }
 };
 
-/// The sums of a vector of samples in dwords, in the order of interleaving twice: pairs with
-/// coefficients of any size, and fours of 8 bits where the level multiplies four bytes at once.
-/// Members, not an array, which compilers keep in memory.
-class Dwords {
- public:
-  using Pair = TapGroup<2, 16>;
-  using Four = TapGroup<4, 8>;
+VBytes scaledDwords(VDwords a, VDwords b, VDwords c, VDwords d, const DwordScaler& scaler) {
+  return packClamped(hn::ReorderDemote2To(words, scaler(a), scaler(b)),
+                     hn::ReorderDemote2To(words, scaler(c), scaler(d)));
+}
+
+/// Pairs with coefficients of 16 bits, sums in dwords; some processors add up in two vectors.
+struct DwordDots {
+  static constexpr int taps = 2, parts = 4;
+  static constexpr bool inParts = false;
+  static constexpr int tapBytes = 2;
+  struct Sum {
+    VDwords sum, rest;
+  };
   using Scaler = DwordScaler;
 
-  void add(const Vek8u* src, const Pair& pair) {
-    const VWords factors = hn::BitCast(words, hn::Set(udwords, pair.packed));
-    const VBytes zero = hn::Zero(bytes);
-    const VBytes first = hn::LoadU(bytes, src + pair.where[0]);
-    const VBytes second = hn::LoadU(bytes, src + pair.where[1]);
-    const VBytes low = hn::InterleaveLower(bytes, first, second);
-    const VBytes high = hn::InterleaveUpper(bytes, first, second);
-    a_.add(hn::InterleaveLower(bytes, low, zero), factors);
-    b_.add(hn::InterleaveUpper(bytes, low, zero), factors);
-    c_.add(hn::InterleaveLower(bytes, high, zero), factors);
-    d_.add(hn::InterleaveUpper(bytes, high, zero), factors);
+  static Vek32u factor(Vek32s coefficient, int tap) {
+    return (static_cast<Vek32u>(coefficient) & 0xFFFF) << (16 * tap);
   }
+  static void add(Sum& to, VBytes samples, Vek32u factors) {
+    const VWords both = hn::BitCast(words, hn::Set(udwords, factors));
+#if defined(__AVX512VNNI__)
+    to.sum = VDwords{_mm512_dpwssd_epi32(to.sum.raw, samples.raw, both.raw)};
+#else
+    to.sum =
+        hn::ReorderWidenMulAccumulate(dwords, hn::BitCast(words, samples), both, to.sum, to.rest);
+#endif
+  }
+  static void interleave(const VBytes* tap, VBytes* samples) {
+    const VBytes zero = hn::Zero(bytes);
+    const VBytes low = hn::InterleaveLower(bytes, tap[0], tap[1]);
+    const VBytes high = hn::InterleaveUpper(bytes, tap[0], tap[1]);
+    samples[0] = hn::InterleaveLower(bytes, low, zero);
+    samples[1] = hn::InterleaveUpper(bytes, low, zero);
+    samples[2] = hn::InterleaveLower(bytes, high, zero);
+    samples[3] = hn::InterleaveUpper(bytes, high, zero);
+  }
+  static VBytes scaled(const Sum* sums, const Scaler& scaler) {
+    const auto total = [&](int i) { return hn::RearrangeToOddPlusEven(sums[i].sum, sums[i].rest); };
+    return scaledDwords(total(0), total(1), total(2), total(3), scaler);
+  }
+};
 
 #if defined(__AVX512VNNI__)
-  static constexpr bool takesFours = true;
 
-  void add(const Vek8u* src, const Four& four) {
-    const auto factors = hn::Set(udwords, four.packed);
-    const auto load = [&](int i) { return hn::LoadU(bytes, src + four.where[i]); };
-    const VBytes first = load(0), second = load(1), third = load(2), fourth = load(3);
-    const auto addFours = [&](DwordSums& low, DwordSums& high, VBytes pairs, VBytes next) {
-      const auto one = hn::BitCast(words, pairs), two = hn::BitCast(words, next);
-      const auto lower = hn::InterleaveLower(words, one, two);
-      const auto upper = hn::InterleaveUpper(words, one, two);
-      low.sum = VDwords{_mm512_dpbusd_epi32(low.sum.raw, lower.raw, factors.raw)};
-      high.sum = VDwords{_mm512_dpbusd_epi32(high.sum.raw, upper.raw, factors.raw)};
-    };
-    addFours(a_, b_, hn::InterleaveLower(bytes, first, second),
-             hn::InterleaveLower(bytes, third, fourth));
-    addFours(c_, d_, hn::InterleaveUpper(bytes, first, second),
-             hn::InterleaveUpper(bytes, third, fourth));
+/// Fours, the coefficients byte by byte, sums in dwords.
+struct FourDots {
+  static constexpr int taps = 4, parts = 4;
+  static constexpr bool inParts = true;
+  static constexpr int tapBytes = 1;
+  /// The type that the instruction is defined with: compilers copy others around it.
+  using Sum [[gnu::vector_size(64)]] = Vek32s;
+  using Scaler = DwordScaler;
+
+  static Vek32u factor(Vek32s coefficient, int tap) {
+    return (static_cast<Vek32u>(coefficient) & 0xFF) << (8 * tap);
   }
-#else
-  static constexpr bool takesFours = false;
+  static void add(Sum& sum, VBytes samples, Vek32u factors) {
+    sum = reinterpret_cast<Sum>(_mm512_dpbusd_epi32(reinterpret_cast<__m512i>(sum), samples.raw,
+                                                    hn::Set(udwords, factors).raw));
+  }
+  static void interleave(const VBytes* tap, VBytes* samples) {
+    const auto interleaveFours = [&](VBytes pairs, VBytes next, VBytes* both) {
+      const VWords a = hn::BitCast(words, pairs), b = hn::BitCast(words, next);
+      both[0] = hn::BitCast(bytes, hn::InterleaveLower(words, a, b));
+      both[1] = hn::BitCast(bytes, hn::InterleaveUpper(words, a, b));
+    };
+    interleaveFours(hn::InterleaveLower(bytes, tap[0], tap[1]),
+                    hn::InterleaveLower(bytes, tap[2], tap[3]), samples);
+    interleaveFours(hn::InterleaveUpper(bytes, tap[0], tap[1]),
+                    hn::InterleaveUpper(bytes, tap[2], tap[3]), samples + 2);
+  }
+  static VBytes scaled(const Sum* sums, const Scaler& scaler) {
+    return scaledDwords(dwordsOf(sums[0]), dwordsOf(sums[1]), dwordsOf(sums[2]), dwordsOf(sums[3]),
+                        scaler);
+  }
 
-  void add(const Vek8u*, const Four&) {}
+ protected:
+  static VDwords dwordsOf(Sum sum) { return VDwords{reinterpret_cast<__m512i>(sum)}; }
+};
+
+/// The same where sums fit words.
+struct SmallFourDots : FourDots {
+  using Scaler = WordScaler;
+
+  static VBytes scaled(const Sum* sums, const Scaler& scaler) {
+    return packClamped(scaler(hn::ReorderDemote2To(words, dwordsOf(sums[0]), dwordsOf(sums[1]))),
+                       scaler(hn::ReorderDemote2To(words, dwordsOf(sums[2]), dwordsOf(sums[3]))));
+  }
+};
+
 #endif
 
-  VBytes scaled(const Scaler& scaler) const {
-    const auto pack = [&](const DwordSums& low, const DwordSums& high) {
-      return hn::ReorderDemote2To(words, scaler(hn::RearrangeToOddPlusEven(low.sum, low.rest)),
-                                  scaler(hn::RearrangeToOddPlusEven(high.sum, high.rest)));
+/// A group of neighbours in a row, the first of them at `where`, and their coefficients for each row
+/// of the destination.
+struct Across {
+  ptrdiff_t where;
+  Vek32u factors[2];
+};
+
+/// A group of taps anywhere. What it lacks are taps in the place of another with a coefficient of 0.
+template <class Dots>
+struct Scattered {
+  ptrdiff_t where[Dots::taps];
+  Vek32u factors[2];
+  int size;
+
+  void add(ptrdiff_t place, Vek32s factor, Vek32s lowerFactor) {
+    for (int i = size; i < Dots::taps; ++i) where[i] = place;
+    factors[0] |= Dots::factor(factor, size);
+    factors[1] |= Dots::factor(lowerFactor, size);
+    ++size;
+  }
+};
+
+/// The taps of `rows` rows of the destination at once, found once for a region: a row of the source
+/// is multiplied by one row of the kernel for the upper one and by the row above for the lower one.
+template <class Dots, int rows>
+class ListedTaps {
+ public:
+  ListedTaps(const FirTaps& taps, ptrdiff_t rowStep) : taps_(taps), rowStep_(rowStep) {
+    // A column that groups of neighbours would leave over goes in groups down the column.
+    down_ = taps.width == 1 || (taps.width % Dots::taps == 1 && taps.height > 2);
+    across_ = down_ ? taps.width - 1 : taps.width;
+    const ptrdiff_t groups = (across_ + Dots::taps - 1) / Dots::taps;
+    share_ = groups == 0 ? 1 : (across_ + groups - 1) / groups;
+    if (Dots::inParts) {
+      for (ptrdiff_t i = 0; i < taps.width * taps.height; ++i) {
+        fits_ = fits_ && taps.last[-i] <= mostInParts;
+      }
+      add([](Vek32s v) { return (v - lowPart(v)) / 256; });
+      firstLow_ = size_;
+      firstLowScattered_ = sizeScattered_;
+      add(lowPart);
+    } else {
+      add([](Vek32s v) { return v; });
+    }
+  }
+
+  /// False for too many taps, or one whose coefficient is too large to be taken byte by byte.
+  bool isComplete() const { return fits_ && size_ <= most && sizeScattered_ <= mostScattered; }
+  /// From the first to the last tap of a group of neighbours, in bytes.
+  ptrdiff_t reach() const { return (share_ - 1) * taps_.pixelBytes; }
+
+  /// Walks the groups. In registers, where no store to an image could seem to change it.
+  class Walk {
+   public:
+    explicit Walk(const ListedTaps& list)
+        : groups_(list.groups_),
+          low_(groups_ + list.firstLow_),
+          end_(groups_ + list.size_),
+          scattered_(list.scattered_),
+          lowScattered_(scattered_ + list.firstLowScattered_),
+          endScattered_(scattered_ + list.sizeScattered_),
+          high_(list.firstLow_ + list.firstLowScattered_ > 0) {}
+
+    /// Adds all groups to sums that are 0.
+    template <class Sums>
+    [[gnu::always_inline]] inline void addTo(Sums& sums, const Vek8u* src) const {
+      if (Dots::inParts && high_) {
+        for (const Across* group = groups_; group < low_; ++group) sums.add(src, *group);
+        for (const Scattered<Dots>* group = scattered_; group < lowScattered_; ++group) {
+          sums.add(src, *group);
+        }
+        sums.multiplyBy256();
+      }
+      for (const Across* group = low_; group < end_; ++group) sums.add(src, *group);
+      for (const Scattered<Dots>* group = lowScattered_; group < endScattered_; ++group) {
+        sums.add(src, *group);
+      }
+    }
+
+   private:
+    const Across *groups_, *low_, *end_;
+    const Scattered<Dots>*scattered_, *lowScattered_, *endScattered_;
+    bool high_;
+  };
+
+ private:
+  static constexpr int most = 128, mostScattered = 64;
+  static constexpr Vek32s mostInParts = 127 * 256 + 127;
+
+  static Vek32s lowPart(Vek32s v) { return ((v + 128) & 0xFF) - 128; }
+
+  template <class PartOf>
+  void add(PartOf partOf) {
+    const ptrdiff_t inputs = taps_.height + rows - 1;
+    const auto coefficient = [&](ptrdiff_t x, ptrdiff_t y) {
+      return y < 0 || y >= taps_.height ? 0 : partOf(taps_.last[-(y * taps_.width + x)]);
     };
-    return packClamped(pack(a_, b_), pack(c_, d_));
+    for (ptrdiff_t y = 0; y < inputs; ++y) {
+      for (ptrdiff_t x = 0; x < across_; x += share_) {
+        // The last group begins further back if it is not full.
+        const ptrdiff_t first = x + share_ <= across_ ? x : across_ - share_;
+        Across group = {y * rowStep_ + first * taps_.pixelBytes, {}};
+        for (ptrdiff_t k = x; k < across_ && k < x + share_; ++k) {
+          for (int r = 0; r < rows; ++r) {
+            group.factors[r] |= Dots::factor(coefficient(k, y - r), static_cast<int>(k - first));
+          }
+        }
+        append(groups_, size_, most, group);
+      }
+    }
+    for (ptrdiff_t y = 0; down_ && y < inputs; y += Dots::taps) {
+      Scattered<Dots> group = {};
+      for (ptrdiff_t k = y; k < inputs && k < y + Dots::taps; ++k) {
+        group.add(k * rowStep_ + across_ * taps_.pixelBytes, coefficient(across_, k),
+                  rows == 2 ? coefficient(across_, k - 1) : 0);
+      }
+      append(scattered_, sizeScattered_, mostScattered, group);
+    }
+  }
+
+  template <class Group>
+  static void append(Group* groups, int& size, int limit, const Group& group) {
+    if ((group.factors[0] | group.factors[1]) == 0) return;
+    if (size < limit) groups[size] = group;
+    if (size <= limit) ++size;
+  }
+
+  const FirTaps& taps_;
+  ptrdiff_t rowStep_;
+  ptrdiff_t across_, share_;  ///< taps of a row that go in groups of neighbours, and of each group
+  bool down_, fits_ = true;
+  int size_ = 0, sizeScattered_ = 0, firstLow_ = 0, firstLowScattered_ = 0;
+  Across groups_[most];
+  Scattered<Dots> scattered_[mostScattered];
+};
+
+/// The taps of a kernel of any size, found anew each time.
+template <class Dots>
+struct WalkedTaps {
+  using Walk = WalkedTaps;
+
+  const FirTaps& taps;
+  ptrdiff_t rowStep;
+
+  template <class Sums>
+  [[gnu::always_inline]] inline void addTo(Sums& sums, const Vek8u* src) const {
+    Scattered<Dots> group = {};
+    const Vek32s* coefficient = taps.last;
+    for (ptrdiff_t y = 0; y < taps.height; ++y) {
+      for (ptrdiff_t x = 0; x < taps.width; ++x) {
+        group.add(y * rowStep + x * taps.pixelBytes, *coefficient--, 0);
+        if (group.size < Dots::taps) continue;
+        sums.add(src, group);
+        group = {};
+      }
+    }
+    if (group.size > 0) sums.add(src, group);
+  }
+};
+
+/// Brings neighbours together from vectors that begin with a group's first tap or end with its last,
+/// so that no byte is read that is not a tap's: from those two alone unless the last one is `far`,
+/// nine bytes away.
+template <class Dots, bool far>
+class Neighbours {
+ public:
+  Neighbours(ptrdiff_t reach, ptrdiff_t pixelBytes) : reach_(reach) {
+    unrolled<Dots::parts>([&](auto p) {
+      const ptrdiff_t start = p * (16 / Dots::parts) - begin(p);
+      alignas(64) Vek8u index[vectorBytes];
+      for (ptrdiff_t i = 0; i < vectorBytes; ++i) {
+        const ptrdiff_t sample = i % 16 / Dots::parts, byte = i % Dots::parts;
+        const ptrdiff_t at = start + sample + byte / Dots::tapBytes * pixelBytes;
+        index[i] = static_cast<Vek8u>(byte % Dots::tapBytes != 0 ? 0x80 : at & 15);
+      }
+      indices_[p] = hn::Load(bytes, index);
+    });
+  }
+
+  VBytes load(const Vek8u* first, int p) const {
+    return hn::TableLookupBytesOr0(hn::LoadU(bytes, first + begin(p)), indices_[p]);
   }
 
  private:
-  DwordSums a_, b_, c_, d_;
+  ptrdiff_t begin(int p) const {
+    constexpr ptrdiff_t reachOfFours = 9;
+    if (!far) return p < Dots::parts / 2 ? 0 : reach_;
+    return p * 4 < reachOfFours ? p * 4 : reachOfFours;
+  }
+
+  ptrdiff_t reach_;
+  VBytes indices_[Dots::parts];
 };
 
-template <class Sums, int parts, class Taps>
-void filterBlocks(const FirRegion& r, const Taps& taps, const FirScale& scale) {
-  const typename Sums::Scaler scaler(scale);
-  for (ptrdiff_t y = 0; y < r.rows; ++y) {
+/// The sums of `vectors` vectors of samples in each of `rows` rows.
+template <class Dots, int rows, int vectors, bool far>
+class Sums {
+ public:
+  using Sum = typename Dots::Sum;
+
+  [[gnu::always_inline]] inline explicit Sums(const Neighbours<Dots, far>& neighbours)
+      : neighbours_(neighbours) {
+    unrolled<rows * vectors * Dots::parts>([&](auto i) { sums_[i] = Sum{}; });
+  }
+
+  [[gnu::always_inline]] inline void add(const Vek8u* src, const Across& group) {
+    unrolled<vectors>([&](auto v) {
+      VBytes samples[Dots::parts];
+      unrolled<Dots::parts>(
+          [&](auto p) { samples[p] = neighbours_.load(src + group.where + v * vectorBytes, p); });
+      addProducts(v, samples, group.factors);
+    });
+  }
+  [[gnu::always_inline]] inline void add(const Vek8u* src, const Scattered<Dots>& group) {
+    unrolled<vectors>([&](auto v) {
+      VBytes tap[Dots::taps], samples[Dots::parts];
+      unrolled<Dots::taps>(
+          [&](auto i) { tap[i] = hn::LoadU(bytes, src + group.where[i] + v * vectorBytes); });
+      Dots::interleave(tap, samples);
+      addProducts(v, samples, group.factors);
+    });
+  }
+  [[gnu::always_inline]] inline void multiplyBy256() {
+    if constexpr (Dots::inParts) {
+      unrolled<rows * vectors * Dots::parts>([&](auto i) { sums_[i] <<= 8; });
+    }
+  }
+  [[gnu::always_inline]] inline VBytes scaled(int row, int vector,
+                                              const typename Dots::Scaler& scaler) const {
+    return Dots::scaled(sums_ + (row * vectors + vector) * Dots::parts, scaler);
+  }
+
+ private:
+  template <class Vector>
+  [[gnu::always_inline]] inline void addProducts(Vector v, const VBytes* samples,
+                                                 const Vek32u* factors) {
+    unrolled<rows>([&](auto r) {
+      unrolled<Dots::parts>([&](auto p) {
+        Dots::add(sums_[(r * vectors + v) * Dots::parts + p], samples[p], factors[r]);
+      });
+    });
+  }
+
+  const Neighbours<Dots, far>& neighbours_;
+  Sum sums_[rows * vectors * Dots::parts];
+};
+
+template <class Dots, int rows, int vectors, bool far, class Taps>
+[[gnu::noinline, gnu::flatten]] void filterRows(const FirRegion& region, const Taps& taps,
+                                                ptrdiff_t reach, ptrdiff_t pixelBytes,
+                                                const FirScale& scale) {
+  constexpr ptrdiff_t block = vectors * vectorBytes;
+  const FirRegion r = region;
+  const typename Taps::Walk walk(taps);
+  const typename Dots::Scaler scaler(scale);
+  const Neighbours<Dots, far> neighbours(reach, pixelBytes);
+  for (ptrdiff_t y = 0; y < r.rows; y += rows) {
+    if (y > r.rows - rows) y = r.rows - rows;  // the last ones again
     const Vek8u* src = r.src + y * r.srcStep;
     Vek8u* dst = r.dst + y * r.dstStep;
-    coverRow(r.n, parts * vectorBytes, [&](ptrdiff_t x) {
-      Sums sums[parts];
-      taps.forEach([&](const auto& group) {
-        unrolled<parts>([&](auto p) { sums[p].add(src + x + p * vectorBytes, group); });
+    for (ptrdiff_t x = 0; x < r.n; x += block) {
+      if (x > r.n - block) x = r.n - block;
+      Sums<Dots, rows, vectors, far> sums(neighbours);
+      walk.addTo(sums, src + x);
+      unrolled<rows>([&](auto i) {
+        unrolled<vectors>([&](auto v) {
+          hn::StoreU(sums.scaled(i, v, scaler), bytes, dst + i * r.dstStep + x + v * vectorBytes);
+        });
       });
-      unrolled<parts>(
-          [&](auto p) { hn::StoreU(sums[p].scaled(scaler), bytes, dst + x + p * vectorBytes); });
-    });
+    }
   }
 }
 
-template <class Sums>
+/// Whether the taps could be listed.
+template <class Dots, int rows>
+bool filterListed(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
+  const ListedTaps<Dots, rows> list(taps, r.srcStep);
+  if (!list.isComplete()) return false;
+  constexpr bool farther = Dots::taps == 4;
+  constexpr int vectors = rows * Dots::parts * 2 <= mostSums ? 2 : 1;
+  const ptrdiff_t reach = list.reach(), pixelBytes = taps.pixelBytes;
+  const auto filter =
+      r.n < vectors * vectorBytes
+          ? (reach > 8 ? filterRows<Dots, rows, 1, farther, ListedTaps<Dots, rows>>
+                       : filterRows<Dots, rows, 1, false, ListedTaps<Dots, rows>>)
+          : (reach > 8 ? filterRows<Dots, rows, vectors, farther, ListedTaps<Dots, rows>>
+                       : filterRows<Dots, rows, vectors, false, ListedTaps<Dots, rows>>);
+  filter(r, list, reach, pixelBytes, scale);
+  return true;
+}
+
+/// Rows go by two where they share taps and multiplications are few beside the rest.
+template <class Dots>
+bool filterListed(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
+  const bool two = r.rows > 1 && taps.height > 1 && (Dots::parts > 2 || taps.width == 1);
+  return (two ? filterListed<Dots, 2> : filterListed<Dots, 1>)(r, taps, scale);
+}
+
+template <class Dots>
 void filterRegion(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
   if (r.n < vectorBytes) return fir<Vek32s>(r, taps, scale);
-  if (taps.inner * taps.outer > mostListed) {
-    return filterBlocks<Sums, 1>(r, WalkedTaps<Sums>{taps}, scale);
-  }
-  const ListedTaps<Sums> list(taps);
-  (r.n < 2 * vectorBytes ? filterBlocks<Sums, 1, ListedTaps<Sums>>
-                         : filterBlocks<Sums, 2, ListedTaps<Sums>>)(r, list, scale);
+  if (filterListed<Dots>(r, taps, scale)) return;
+  filterRows<DwordDots, 1, 1, false>(r, WalkedTaps<DwordDots>{taps, r.srcStep}, 0, 0, scale);
 }
+
+#if defined(__AVX512VNNI__)
+constexpr FirKernel filterSmall = filterRegion<SmallFourDots>, filterLarge = filterRegion<FourDots>;
+#else
+constexpr FirKernel filterSmall = filterRegion<WordDots>, filterLarge = filterRegion<DwordDots>;
+#endif
 
 }  // namespace
 }  // namespace vek::VEK_LEVEL
@@ -297,7 +514,7 @@ HWY_AFTER_NAMESPACE();
 
 namespace vek::VEK_LEVEL {
 
-constexpr FirRows firRows = {filterRegion<PairsInWords>, filterRegion<Dwords>, fir<int64_t>};
+constexpr FirRows firRows = {filterSmall, filterLarge, fir<int64_t>};
 
 }  // namespace vek::VEK_LEVEL
 
