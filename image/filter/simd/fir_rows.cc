@@ -80,41 +80,20 @@ class DwordScaler {
   Quotients quotients_;
 };
 
-/// How groups of taps are multiplied and added up: WordDots pairs with coefficients of 8 bits, sums in
-/// words. The sums of a vector of samples are `parts` vectors, each with its share of every 128
-/// bits, in order, so that packing brings the samples back together.
-struct WordDots {
-  static constexpr int taps = 2, parts = 2;
-  static constexpr bool inParts = false;  ///< whether coefficients are taken byte by byte
-  static constexpr int tapBytes = 1;      ///< between the taps of a sample in a vector
-  using Sum = VWords;
-  using Scaler = WordScaler;
-
-  static Vek32u factor(Vek32s coefficient, int tap) {
-    return (static_cast<Vek32u>(coefficient) & 0xFF) * 0x10001u << (8 * tap);
-  }
-  static void add(Sum& sum, VBytes samples, Vek32u factors) {
-    sum = hn::Add(sum, sumOfPairs(samples, hn::BitCast(bytes, hn::Set(udwords, factors))));
-  }
-  static void interleave(const VBytes* tap, VBytes* samples) {
-    samples[0] = hn::InterleaveLower(bytes, tap[0], tap[1]);
-    samples[1] = hn::InterleaveUpper(bytes, tap[0], tap[1]);
-  }
-  static VBytes scaled(const Sum* sums, const Scaler& scaler) {
-    return packClamped(scaler(sums[0]), scaler(sums[1]));
-  }
-};
-
 VBytes scaledDwords(VDwords a, VDwords b, VDwords c, VDwords d, const DwordScaler& scaler) {
   return packClamped(hn::ReorderDemote2To(words, scaler(a), scaler(b)),
                      hn::ReorderDemote2To(words, scaler(c), scaler(d)));
 }
 
-/// Pairs with coefficients of 16 bits, sums in dwords; some processors add up in two vectors.
+/// How groups of taps are multiplied and added up: DwordDots pairs with coefficients of 16 bits,
+/// sums in dwords. The sums of a vector of samples are `parts` vectors, each with its share of every
+/// 128 bits, in order, so that packing brings the samples back together.
 struct DwordDots {
   static constexpr int taps = 2, parts = 4;
-  static constexpr bool inParts = false;
-  static constexpr int tapBytes = 2;
+  /// Whether coefficients are taken byte by byte.
+  [[maybe_unused]] static constexpr bool inParts = false;
+  static constexpr int tapBytes = 2;  ///< between the taps of a sample in a vector
+  /// Some processors add up in two vectors.
   struct Sum {
     VDwords sum, rest;
   };
@@ -192,6 +171,31 @@ struct SmallFourDots : FourDots {
   static VBytes scaled(const Sum* sums, const Scaler& scaler) {
     return packClamped(scaler(hn::ReorderDemote2To(words, dwordsOf(sums[0]), dwordsOf(sums[1]))),
                        scaler(hn::ReorderDemote2To(words, dwordsOf(sums[2]), dwordsOf(sums[3]))));
+  }
+};
+
+#else
+
+/// Pairs with coefficients of 8 bits, sums in words.
+struct WordDots {
+  static constexpr int taps = 2, parts = 2;
+  static constexpr bool inParts = false;
+  static constexpr int tapBytes = 1;
+  using Sum = VWords;
+  using Scaler = WordScaler;
+
+  static Vek32u factor(Vek32s coefficient, int tap) {
+    return (static_cast<Vek32u>(coefficient) & 0xFF) * 0x10001u << (8 * tap);
+  }
+  static void add(Sum& sum, VBytes samples, Vek32u factors) {
+    sum = hn::Add(sum, sumOfPairs(samples, hn::BitCast(bytes, hn::Set(udwords, factors))));
+  }
+  static void interleave(const VBytes* tap, VBytes* samples) {
+    samples[0] = hn::InterleaveLower(bytes, tap[0], tap[1]);
+    samples[1] = hn::InterleaveUpper(bytes, tap[0], tap[1]);
+  }
+  static VBytes scaled(const Sum* sums, const Scaler& scaler) {
+    return packClamped(scaler(sums[0]), scaler(sums[1]));
   }
 };
 
