@@ -51,8 +51,9 @@ template <int pixelBytes>
 void blurByColumns(const BoxRows& kernels, const Box& box, Plane<const Vek8u> src, Plane<Vek8u> dst,
                    ptrdiff_t n, int rows) {
   const ptrdiff_t span = n + (box.width - 1) * pixelBytes;
-  alignas(64) Vek16u columns[smallStrip + (columnBoxWidth - 1) * 3];
-  memset(columns, 0, static_cast<size_t>(span) * sizeof columns[0]);
+  alignas(64) Vek16u padded[columnPadding + smallStrip + (columnBoxWidth - 1) * 3 + columnPadding];
+  Vek16u* columns = padded + columnPadding;
+  memset(padded, 0, static_cast<size_t>(span + 2 * columnPadding) * sizeof padded[0]);
   for (ptrdiff_t y = 0; y < box.height - 1; ++y) {
     kernels.slideColumns(columns, src.row(y), nullptr, span);
   }

@@ -13,10 +13,13 @@ namespace vek {
 
 /// Sums of up to this many samples fit 16 bits: 255 * 257 = 65535.
 inline constexpr int64_t smallBoxArea = 257;
-/// The same for three columns of this height.
-inline constexpr ptrdiff_t columnBoxHeight = 85;
+/// The same for one column of this height.
+inline constexpr ptrdiff_t columnBoxHeight = 257;
 /// Widest mask that is summed column by column at any level.
 inline constexpr ptrdiff_t columnBoxWidth = 48;
+
+/// Columns that may be read on both sides of those that matter.
+inline constexpr ptrdiff_t columnPadding = 64;
 
 /// A mean of `area` samples is min(255, (sum * factor + 2^31) >> 32).
 struct BoxScale {

@@ -3,6 +3,7 @@
 #include "core/kernel/byte_pairs.h"
 #include "image/filter/box_body.h"
 #include "image/filter/cover.h"
+#include "image/filter/unrolled.h"
 
 #if VEK_HAVE_HIGHWAY
 
@@ -46,31 +47,6 @@ struct Sums {
   }
 };
 
-/// The same in dwords. Interleaved with zeros the words of each 128 bits become dwords, and packing
-/// undoes it.
-struct WideSums {
-  VDwords a, b, c, d;
-
-  explicit WideSums(const Sums& v)
-      : a(lower(v.low)), b(upper(v.low)), c(lower(v.high)), d(upper(v.high)) {}
-  explicit WideSums(const Vek16u* from) : WideSums(Sums(from)) {}
-  void add(const Vek16u* from) {
-    const WideSums more(from);
-    a = hn::Add(a, more.a);
-    b = hn::Add(b, more.b);
-    c = hn::Add(c, more.c);
-    d = hn::Add(d, more.d);
-  }
-
- private:
-  static VDwords lower(VWords v) {
-    return hn::BitCast(dwords, hn::InterleaveLower(words, v, hn::Zero(words)));
-  }
-  static VDwords upper(VWords v) {
-    return hn::BitCast(dwords, hn::InterleaveUpper(words, v, hn::Zero(words)));
-  }
-};
-
 /// Up to 128 samples the factor is 2^18 times the rounded 16384 / area, and sums stay within 32640:
 /// (S * f + 8192) >> 14 is then one rounding multiplication, (S * 2f + 16384) >> 15.
 class ProductMeans {
@@ -96,14 +72,30 @@ class QuotientMeans {
       : quotients_(static_cast<int>(scale.area),
                    Quotients::roundsUp(scale.factor, static_cast<int>(scale.area))) {}
 
-  VBytes of(const Sums& sums) const { return of(WideSums(sums)); }
-  VBytes of(const WideSums& sums) const {
-    const auto mean = [&](VDwords v) { return quotients_.of(hn::BitCast(sdwords, v)); };
-    return toBytes(hn::ReorderDemote2To(swords, mean(sums.a), mean(sums.b)),
-                   hn::ReorderDemote2To(swords, mean(sums.c), mean(sums.d)));
+  /// Interleaved with zeros the words of each 128 bits become dwords, and packing undoes it.
+  VBytes of(const Sums& sums) const {
+    const auto meansOf = [&](VWords v) {
+      return means(hn::BitCast(dwords, hn::InterleaveLower(words, v, hn::Zero(words))),
+                   hn::BitCast(dwords, hn::InterleaveUpper(words, v, hn::Zero(words))));
+    };
+    return toBytes(meansOf(sums.low), meansOf(sums.high));
+  }
+  /// Of sums in four vectors: packing leaves a dword of each by turns.
+  VBytes ofOrdered(VDwords a, VDwords b, VDwords c, VDwords d) const {
+    constexpr size_t each = hn::MaxLanes(dwords) / 4;
+    alignas(64) Vek32s order[hn::MaxLanes(dwords)];
+    for (size_t i = 0; i < 4 * each; ++i) order[i] = static_cast<Vek32s>(i % each * 4 + i / each);
+    const VBytes mixed = packClamped(means(a, b), means(c, d));
+    return hn::BitCast(bytes, hn::TableLookupLanes(hn::BitCast(dwords, mixed),
+                                                   hn::SetTableIndices(dwords, order)));
   }
 
  private:
+  hn::Vec<decltype(swords)> means(VDwords a, VDwords b) const {
+    return hn::ReorderDemote2To(swords, quotients_.of(hn::BitCast(sdwords, a)),
+                                quotients_.of(hn::BitCast(sdwords, b)));
+  }
+
   Quotients quotients_;
 };
 
@@ -118,9 +110,99 @@ void averageNarrow(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes,
   });
 }
 
-/// Of wide masks every three neighbours are added up once for all windows that contain them. The
-/// totals are sums of type Total.
-template <class Means, class Total>
+/// Where the lanes of a vector come from that move 1, 2, 4 ... pixels up, and where the last ones of
+/// each channel go to all places of the channel in the next vector.
+template <int step>
+struct LaneMoves {
+  static constexpr int lanes = static_cast<int>(hn::MaxLanes(dwords));
+  static constexpr int levels = step * 4 < lanes   ? (step * 8 < lanes ? 4 : 3)
+                                : step * 2 < lanes ? 2
+                                                   : 1;
+  alignas(64) Vek32u up[levels][lanes] = {};
+  alignas(64) Vek32u last[lanes] = {};
+
+  constexpr LaneMoves() {
+    for (int i = 0; i < lanes; ++i) {
+      for (int k = 0; k < levels; ++k) {
+        const int from = i - (step << k);
+        up[k][i] = static_cast<Vek32u>(from < 0 ? 0 : from);
+      }
+      last[i] = static_cast<Vek32u>(lanes - step + i % step);
+    }
+  }
+};
+template <int step>
+constexpr LaneMoves<step> laneMoves;
+
+VDwords movedLanes(VDwords v, VDwords from) {
+  return hn::TableLookupLanes(v, hn::IndicesFromVec(dwords, from));
+}
+
+/// Zeros come up from below.
+template <int distance>
+VDwords movedUp(VDwords v, VDwords from) {
+#if defined(__AVX512F__)
+  constexpr __mmask16 above = static_cast<__mmask16>(0xFFFFu << distance);
+  return VDwords{_mm512_maskz_permutexvar_epi32(above, from.raw, v.raw)};
+#else
+  return hn::IfThenZeroElse(hn::FirstN(dwords, distance), movedLanes(v, from));
+#endif
+}
+
+/// Turns columns, vector after vector, into running totals of each channel.
+template <int step>
+class RunningTotals {
+ public:
+  RunningTotals() : last_(hn::Load(dwords, laneMoves<step>.last)), before_(hn::Zero(dwords)) {
+    unrolled<levels>([&](auto k) { up_[k] = hn::Load(dwords, laneMoves<step>.up[k]); });
+  }
+
+  VDwords add(VDwords v) {
+    unrolled<levels>([&](auto k) { v = hn::Add(v, movedUp<step << k>(v, up_[k])); });
+    v = hn::Add(v, before_);
+    before_ = movedLanes(v, last_);
+    return v;
+  }
+
+ private:
+  static constexpr int levels = LaneMoves<step>::levels;
+  VDwords up_[levels], last_, before_;
+};
+
+/// Sums beyond 16 bits: the sum of a window is the difference of two running totals, however wide it
+/// is.
+template <int pixelBytes>
+void averageTotals(const Vek16u* columns, ptrdiff_t width, ptrdiff_t n, const BoxScale& scale,
+                   Vek8u* dst) {
+  constexpr ptrdiff_t strip = 1024, each = lanes / 2;
+  const QuotientMeans means(scale);
+  const ptrdiff_t gap = width * pixelBytes;
+  alignas(64) Vek32u totals[strip + columnBoxWidth * 3 + each];
+  ptrdiff_t begin = 0;
+  while (begin < n) {
+    // The last strip is never shorter than a block: it overlaps the one before.
+    if (n - begin < 2 * lanes) begin = n - 2 * lanes;
+    const ptrdiff_t count = n - begin < strip ? n - begin : strip;
+    // Up to the column before: totals begin with any number, which the differences lose.
+    const Vek16u* from = columns + begin - pixelBytes;
+    RunningTotals<pixelBytes> running;
+    for (ptrdiff_t x = 0; x < count + gap; x += each) {
+      const VDwords next = hn::PromoteTo(dwords, hn::LoadU(halfWords, from + x));
+      hn::Store(running.add(next), dwords, totals + x);
+    }
+    coverRow(count, 2 * lanes, [&](ptrdiff_t x) {
+      const auto sums = [&](ptrdiff_t i) {
+        return hn::Sub(hn::LoadU(dwords, totals + x + i * each + gap),
+                       hn::LoadU(dwords, totals + x + i * each));
+      };
+      hn::StoreU(means.ofOrdered(sums(0), sums(1), sums(2), sums(3)), bytes, dst + begin + x);
+    });
+    begin += count;
+  }
+}
+
+/// Of wide masks every three neighbours are added up once for all windows that contain them.
+template <class Means>
 void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                      const BoxScale& scale, Vek8u* dst) {
   constexpr ptrdiff_t strip = 1024;
@@ -141,7 +223,7 @@ void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelByte
       hn::StoreU(sums.high, words, threes + x + lanes);
     });
     coverRow(count, 2 * lanes, [&](ptrdiff_t x) {
-      Total total(threes + x);
+      Sums total(threes + x);
       ptrdiff_t k = 3;
       for (; k < whole; k += 3) total.add(threes + x + k * pixelBytes);
       for (; k < width; ++k) total.add(from + x + k * pixelBytes);
@@ -151,17 +233,23 @@ void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelByte
   }
 }
 
+template <class Means>
+void averageSmall(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
+                  const BoxScale& scale, Vek8u* dst) {
+  constexpr ptrdiff_t leastForThrees = 7;
+  (width < leastForThrees ? averageNarrow<Means>
+                          : averageByThrees<Means>)(columns, width, pixelBytes, n, scale, dst);
+}
+
 void average(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
              const BoxScale& scale, Vek8u* dst) {
-  constexpr ptrdiff_t leastForThrees = 7;
-  const bool wide = scale.area > smallBoxArea;
-  const bool products = scale.area <= ProductMeans::mostArea;
-  const auto filter =
-      n < 2 * lanes ? (wide ? averageColumns<Vek32u> : averageColumns<Vek16u>)
-      : wide        ? averageByThrees<QuotientMeans, WideSums>
-      : width < leastForThrees
-          ? (products ? averageNarrow<ProductMeans> : averageNarrow<QuotientMeans>)
-          : (products ? averageByThrees<ProductMeans, Sums> : averageByThrees<QuotientMeans, Sums>);
+  if (scale.area > smallBoxArea) {
+    if (n < 2 * lanes) return averageColumns<Vek32u>(columns, width, pixelBytes, n, scale, dst);
+    return (pixelBytes == 1 ? averageTotals<1> : averageTotals<3>)(columns, width, n, scale, dst);
+  }
+  const auto filter = n < 2 * lanes                          ? averageColumns<Vek16u>
+                      : scale.area <= ProductMeans::mostArea ? averageSmall<ProductMeans>
+                                                             : averageSmall<QuotientMeans>;
   filter(columns, width, pixelBytes, n, scale, dst);
 }
 

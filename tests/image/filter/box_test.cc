@@ -43,9 +43,10 @@ TEST(FilterBox, EqualsTheNaiveMean) {
 /// images that would give 256 (86 = 2 x 43, 102, 120).
 TEST(FilterBox, EveryAreaNearALimit) {
   Random random(baseSeed() + 1);
-  const VekiSize masks[] = {{2, 43},  {6, 17},  {15, 8},  {16, 8},     {8, 16}, {3, 43},
-                            {17, 8},  {12, 11}, {15, 17}, {16, 16},    {6, 43}, {48, 85},
-                            {48, 86}, {49, 6},  {2, 128}, {1 << 8, 2}, {43, 6}};
+  const VekiSize masks[] = {{2, 43}, {6, 17},  {15, 8},     {16, 8},   {8, 16},
+                            {3, 43}, {17, 8},  {12, 11},    {15, 17},  {16, 16},
+                            {6, 43}, {48, 85}, {48, 86},    {15, 257}, {15, 258},
+                            {49, 6}, {2, 128}, {1 << 8, 2}, {43, 6}};
   for (VekiSize mask : masks) {
     for (int channels : {1, 3}) {
       for (Pattern pattern : {Pattern::ones, Pattern::noise}) {
