@@ -74,11 +74,10 @@ constexpr auto _vekiResize8CscRotate_8u_C2R = resizeCscRotate<8>;
 }  // namespace
 }  // namespace vek
 
-using Coefficients = vek::VEK_LEVEL::MatrixQ10;
+constexpr auto matrix = vek::VEK_LEVEL::matrixQ10.factor;
 
-extern "C" const Vek32s _vekYCbCr_RGB[5] = {Coefficients::luma, Coefficients::redCr,
-                                            Coefficients::greenCr, Coefficients::greenCb,
-                                            Coefficients::blueCb};
+extern "C" const Vek32s _vekYCbCr_RGB[5] = {matrix[0][0], matrix[0][2], matrix[1][2], matrix[1][1],
+                                            matrix[2][1]};
 
 extern "C" VekStatus vekiResizeCscRotate_8u_C2R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
                                                 int dstStep, int width, int height, int factor,

@@ -2,6 +2,7 @@
 // on one pixel. A block of pixels is four vectors, in an order that suits loads and stores.
 #pragma once
 
+#include "core/kernel/byte_pairs.h"
 #include "image/color/pixel_lanes.h"
 #include "image/color/twist_rows.h"
 
@@ -20,43 +21,6 @@ struct PixelPairs {
 struct BlockPairs {
   PixelPairs group[4];
 };
-
-/// acc + a0 * b0 + a1 * b1 of the two words in each 32-bit lane.
-inline VInt plusDot(VInt acc, VWord a, VWord b) {
-#if defined(__AVX512VNNI__)
-  return VInt{_mm512_dpwssd_epi32(acc.raw, a.raw, b.raw)};
-#elif HWY_ARCH_X86
-  VInt unused = hn::Zero(intLanes);
-  return hn::ReorderWidenMulAccumulate(intLanes, a, b, acc, unused);
-#else
-  const VInt a2 = hn::BitCast(intLanes, a), b2 = hn::BitCast(intLanes, b);
-  const VInt low =
-      hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(a2)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b2)));
-  return hn::Add(acc, hn::Add(low, hn::Mul(hn::ShiftRight<16>(a2), hn::ShiftRight<16>(b2))));
-#endif
-}
-
-/// Weights for plusDot().
-inline VWord twoWords(Vek32s first, Vek32s second) {
-  return hn::BitCast(wordLanes, constant((first & 0xFFFF) | second * 65536));
-}
-
-/// In each 128-bit lane the words of a, then those of b, saturated.
-inline VWord packWords(VInt a, VInt b) {
-  return hn::ReorderDemote2To(wordLanes, a, b);
-}
-
-/// In each 128-bit lane the bytes of a, then those of b, saturated to 0..255.
-inline VBytes packBytes(VWord a, VWord b) {
-#if defined(__AVX512BW__)
-  return VBytes{_mm512_packus_epi16(a.raw, b.raw)};
-#elif defined(__AVX2__)
-  return VBytes{_mm256_packus_epi16(a.raw, b.raw)};
-#else
-  const hn::Half<decltype(byteLanes)> half;
-  return hn::Combine(byteLanes, hn::DemoteTo(half, b), hn::DemoteTo(half, a));
-#endif
-}
 
 /// The even 32-bit lanes of a, then those of b, in each 128-bit lane; and the odd ones.
 inline VWord evenInts(VWord a, VWord b) {
@@ -82,13 +46,6 @@ inline VWord oddInts(VWord a, VWord b) {
   return hn::BitCast(wordLanes,
                      hn::ConcatOdd(intLanes, hn::BitCast(intLanes, b), hn::BitCast(intLanes, a)));
 #endif
-}
-
-/// In each 128-bit lane the bytes of its lower and its upper half in turn.
-inline VBytes alternateHalves(VBytes v) {
-  alignas(16) static constexpr Vek8u order[16] = {0, 8,  1, 9,  2, 10, 3, 11,
-                                                  4, 12, 5, 13, 6, 14, 7, 15};
-  return hn::TableLookupBytes(v, hn::LoadDup128(byteLanes, order));
 }
 
 #if defined(__AVX512VBMI__)
@@ -140,7 +97,7 @@ void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
   const PixelLanes a = fn(pairs.group[0]), b = fn(pairs.group[1]);
   const PixelLanes c = fn(pairs.group[2]), d = fn(pairs.group[3]);
   const auto packed = [&](VInt PixelLanes::*channel) {
-    return packBytes(packWords(a.*channel, b.*channel), packWords(c.*channel, d.*channel)).raw;
+    return packClamped(packWords(a.*channel, b.*channel), packWords(c.*channel, d.*channel)).raw;
   };
   storeThirds(permuted(packedPixelOf<0>, packed(&PixelLanes::c0)),
               permuted(packedPixelOf<1>, packed(&PixelLanes::c1)),
@@ -250,8 +207,8 @@ void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
   const auto convertTwo = [&]<int g>() {
     const PixelLanes a = fn(groupOf<g>(src)), b = fn(groupOf<g + 1>(src));
     const VWord third = packWords(a.c2, b.c2);
-    lanes[g] = shuffled(interleavedGroup<g>, packBytes(packWords(a.c0, a.c1), third));
-    lanes[g + 1] = shuffled(interleavedGroup<g + 1>, packBytes(packWords(b.c0, b.c1), third));
+    lanes[g] = shuffled(interleavedGroup<g>, packClamped(packWords(a.c0, a.c1), third));
+    lanes[g + 1] = shuffled(interleavedGroup<g + 1>, packClamped(packWords(b.c0, b.c1), third));
   };
   convertTwo.template operator()<0>();
   convertTwo.template operator()<2>();
@@ -292,8 +249,8 @@ struct CombinationLanes {
 
   /// Of the groups of a block, clamped to 0..255.
   VBytes packed(const BlockPairs& p) const {
-    return packBytes(packWords(of(p.group[0]), of(p.group[1])),
-                     packWords(of(p.group[2]), of(p.group[3])));
+    return packClamped(packWords(of(p.group[0]), of(p.group[1])),
+                       packWords(of(p.group[2]), of(p.group[3])));
   }
 };
 

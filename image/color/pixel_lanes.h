@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/kernel/interleave.h"
+#include "core/kernel/lanes.h"
 #include "core/kernel/truncated.h"
 
 #if VEK_HAVE_HIGHWAY
@@ -10,15 +11,8 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-constexpr hn::ScalableTag<Vek8u> byteLanes;
-constexpr hn::ScalableTag<Vek16s> wordLanes;
-constexpr hn::ScalableTag<Vek32s> intLanes;
 constexpr hn::ScalableTag<float> floatLanes;
-using VBytes = hn::Vec<hn::ScalableTag<Vek8u>>;
-using VWord = hn::Vec<hn::ScalableTag<Vek16s>>;
 using VFloat = hn::Vec<hn::ScalableTag<float>>;
-using VInt = hn::Vec<hn::ScalableTag<Vek32s>>;
-constexpr int pixelBlock = static_cast<int>(hn::MaxLanes(byteLanes));
 
 struct PixelWords {
   VWord c0, c1, c2;
@@ -27,19 +21,6 @@ struct PixelWords {
 struct PixelLanes {
   VInt c0, c1, c2;
 };
-
-inline VWord wordConstant(Vek16s value) {
-  return hn::Set(wordLanes, value);
-}
-
-inline VWord evenBytes(VBytes v) {
-  return hn::And(hn::BitCast(wordLanes, v), wordConstant(0xFF));
-}
-
-inline VWord oddBytes(VBytes v) {
-  const hn::RebindToUnsigned<decltype(wordLanes)> unsignedLanes;
-  return hn::BitCast(wordLanes, hn::ShiftRight<8>(hn::BitCast(unsignedLanes, v)));
-}
 
 /// Bytes from results (0..255 each) for the even and the odd ones.
 inline VBytes joinBytes(VWord even, VWord odd) {
@@ -57,10 +38,6 @@ void convertPixelWords(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
         {joinBytes(even.c0, odd.c0), joinBytes(even.c1, odd.c1), joinBytes(even.c2, odd.c2)}, out);
   };
   forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
-}
-
-inline VInt constant(Vek32s value) {
-  return hn::Set(intLanes, value);
 }
 
 /// Every fourth byte of v, beginning with byte `phase`: the pixels of one phase. Going by phases

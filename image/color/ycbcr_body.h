@@ -3,19 +3,10 @@
 
 #include <stddef.h>
 
-#include "core/kernel/pixel_format.h"
 #include "image/color/ycbcr_matrices.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
-
-/// Output k of the matrix, reduced to `bits` bits. The sums stay within 21 bits.
-template <const Matrix& m, int k, int bits = 8>
-Vek32s component(Vek32s a, Vek32s b, Vek32s c) {
-  const Vek32s sum = m.factor[k][0] * (a - m.centre[0]) + m.factor[k][1] * (b - m.centre[1]) +
-                     m.factor[k][2] * (c - m.centre[2]) + m.offset[k];
-  return clampToBits<bits>(sum >> (18 - bits));
-}
 
 // Sources: the three samples of pixel i.
 

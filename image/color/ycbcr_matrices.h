@@ -2,17 +2,10 @@
 // Compiled into kernels of every level, so everything sits in the level's own namespace.
 #pragma once
 
-#include "vek/vek.h"
+#include "core/kernel/color_matrix.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
-
-/// Output k is (sum over i of factor[k][i] * (x[i] - centre[i]) + offset[k]) >> 10, clamped.
-struct Matrix {
-  Vek32s centre[3];
-  Vek32s factor[3][3];
-  Vek32s offset[3];
-};
 
 /// The same map with samples counted from `luma` and 128: smaller intermediate sums.
 constexpr Matrix centred(Matrix m, Vek32s luma) {
@@ -31,9 +24,6 @@ constexpr Matrix RGB_YCbCr_Q10_C2 = {
     {}, {{263, 516, 100}, {-152, -298, 450}, {450, -377, -73}}, {16896, 131584, 131584}};
 constexpr Matrix YCbCr_RGB_Q10_C2 = centred(
     {{}, {{1192, 0, 1634}, {1192, -401, -833}, {1192, 2065, 0}}, {-227749, 139383, -282930}}, 16);
-/// Without a rounding term.
-constexpr Matrix ycbcrToRgb = {
-    {16, 128, 128}, {{1192, 0, 1634}, {1192, -401, -833}, {1192, 2065, 0}}, {}};
 
 // Full-range YUV. The forward direction truncates; the U row sums to -1, so grey gives U = 127.
 constexpr Matrix RGB_YUV_Q10_C2 = {

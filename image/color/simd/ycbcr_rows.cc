@@ -4,19 +4,13 @@
 
 #if VEK_HAVE_HIGHWAY
 
-#include "core/kernel/pixel_format.h"
+#include "core/kernel/chroma_sums.h"
 #include "image/color/dot_lanes.h"
 #include "image/color/ycbcr_matrices.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
-
-constexpr hn::Rebind<Vek8u, hn::ScalableTag<Vek16s>> halfByteLanes;
-
-VWord word(Vek32s value) {
-  return wordConstant(static_cast<Vek16s>(value));
-}
 
 // Where each pixel has samples of its own: exact 32-bit sums of their products.
 
@@ -31,183 +25,54 @@ constexpr Combination combinations[3] = {combination<m, 0>, combination<m, 1>, c
 
 struct Interleaved444 {
   using Stream = In<3>;
-
-  template <const Matrix& m>
-  static Channels convert(const Vek8u* src) {
-    const Channels v = TwistLanes<10>(combinations<m>, 0).packed(loadPairs(src));
-    return {inOrder(v.c0), inOrder(v.c1), inOrder(v.c2)};
-  }
 };
 
-// Where pixel pairs share chroma: 16-bit sums of luma and of a chroma part that is computed once
-// for both. Luma's factor is weight << drop, so floor((factor * y + c) / 2^10) is
-// (weight * y + floor(c / 2^drop)) >> (10 - drop), exactly.
-
-template <const Matrix& m>
-struct Chroma16 {
-  static constexpr Vek32s factor = m.factor[0][0];
-  static_assert(factor == 1192 || factor == 1024);
-  static constexpr int drop = factor == 1192 ? 3 : 10;
-  static constexpr Vek32s weight = factor >> drop;
-  /// What the luma part is too large by for 16 bits; the chroma parts have it.
-  static constexpr Vek32s bias = weight * 255 > 32767 ? weight * 255 - 32767 : 0;
-
-  /// (b, r) in each 32-bit lane, those of the lower and the upper halves of the 128-bit lanes.
-  VWord lower, upper;
-
-  Chroma16(VWord b, VWord r)
-      : lower(hn::InterleaveLower(wordLanes, b, r)), upper(hn::InterleaveUpper(wordLanes, b, r)) {}
-
-  template <Vek32s bFactor, Vek32s rFactor, Vek32s offset>
-  VWord part() const {
-    const VWord factors = twoWords(bFactor, rFactor);
-    const VInt start = constant(offset - bFactor * 128 - rFactor * 128);
-    return packWords(hn::ShiftRight<drop>(plusDot(start, lower, factors)),
-                     hn::ShiftRight<drop>(plusDot(start, upper, factors)));
-  }
-
-  /// Output k for a luma part. 129 * b + 37995 can leave 16 bits upwards, so blue's chroma is added
-  /// in two halves of the same sign: a sum that saturates is far above 255 and stays there.
-  template <int k>
-  VWord component(VWord luma) const {
-    constexpr Vek32s offset = m.offset[k] - factor * m.centre[0] + (bias << drop);
-    constexpr Vek32s bFactor = m.factor[k][1], rFactor = m.factor[k][2];
-    constexpr bool halves = (bFactor * 128 >> drop) + bias > 32767;
-    constexpr Vek32s half = halves ? bFactor / 2 >> drop << drop : 0;
-    if constexpr (halves) luma = hn::SaturatedAdd(luma, part<half, 0, 0>());
-    return hn::ShiftRight<10 - drop>(
-        hn::SaturatedAdd(luma, part<bFactor - half, rFactor, offset>()));
-  }
-
-  static VWord lumaPart(VWord y) {
-    return bias == 0 ? y : hn::Sub(hn::Mul(y, word(weight)), word(bias));
-  }
-};
-
-template <const Matrix& m>
-Channels convertParts(VWord evenLuma, VWord oddLuma, const Chroma16<m>& evenChroma,
-                      const Chroma16<m>& oddChroma) {
-  const VWord even = Chroma16<m>::lumaPart(evenLuma), odd = Chroma16<m>::lumaPart(oddLuma);
-  const auto output = [&]<int k>() {
-    return alternateHalves(
-        packBytes(evenChroma.template component<k>(even), oddChroma.template component<k>(odd)));
-  };
-  return {output.template operator()<0>(), output.template operator()<1>(),
-          output.template operator()<2>()};
-}
-
-template <const Matrix& m>
-Channels convertShared(VWord evenLuma, VWord oddLuma, VWord b, VWord r) {
-  const Chroma16<m> chroma(b, r);
-  return convertParts<m>(evenLuma, oddLuma, chroma, chroma);
-}
+// Where chroma is shared or lies in planes.
 
 struct Planes444 {
   using Chroma = In<1>;
 
-  /// In 16-bit sums where luma is added as it is, else in 32-bit ones.
-  template <const Matrix& m>
-  static Channels convert(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
-    const VBytes luma = hn::LoadU(byteLanes, y), second = hn::LoadU(byteLanes, u),
-                 third = hn::LoadU(byteLanes, v);
-    if constexpr (Chroma16<m>::weight == 1) {
-      return convertParts<m>(evenBytes(luma), oddBytes(luma),
-                             Chroma16<m>(evenBytes(second), evenBytes(third)),
-                             Chroma16<m>(oddBytes(second), oddBytes(third)));
-    } else {
-      return TwistLanes<10>(combinations<m>, 0)
-          .packed(
-              {{pairs<false, false>(luma, second, third), pairs<false, true>(luma, second, third),
-                pairs<true, false>(luma, second, third), pairs<true, true>(luma, second, third)}});
-    }
-  }
-
- private:
-  template <bool upper>
-  static VBytes interleaved(VBytes a, VBytes b) {
-    return upper ? hn::InterleaveUpper(byteLanes, a, b) : hn::InterleaveLower(byteLanes, a, b);
-  }
-
-  /// A quarter of each 128-bit lane: of its upper or lower half the upper or lower half.
-  template <bool upperHalf, bool upperQuarter>
-  static PixelPairs pairs(VBytes a, VBytes b, VBytes c) {
-    const VBytes zero = hn::Zero(byteLanes);
-    const VBytes firstTwo = interleaved<upperHalf>(a, b);
-    const VWord third = hn::BitCast(wordLanes, interleaved<upperHalf>(c, zero)),
-                none = hn::Zero(wordLanes);
-    return {hn::BitCast(wordLanes, interleaved<upperQuarter>(firstTwo, zero)),
-            upperQuarter ? hn::InterleaveUpper(wordLanes, third, none)
-                         : hn::InterleaveLower(wordLanes, third, none)};
+  template <class Sums, class Format>
+  static void convert(const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
+    const VBytes luma = hn::LoadU(byteLanes, y), b = hn::LoadU(byteLanes, u),
+                 r = hn::LoadU(byteLanes, v);
+    Sums::template store<Format>(Sums::template luma<false>(luma), Sums::template luma<true>(luma),
+                                 Sums(evenWordBytes(b), evenWordBytes(r)),
+                                 Sums(oddWordBytes(b), oddWordBytes(r)), dst);
   }
 };
 
 struct Planes422 {
   using Chroma = In<1, 2>;
 
-  template <const Matrix& m>
-  static Channels convert(const Vek8u* y, const Vek8u* u, const Vek8u* v) {
+  template <class Sums, class Format>
+  static void convert(const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
     const VBytes luma = hn::LoadU(byteLanes, y);
-    return convertShared<m>(evenBytes(luma), oddBytes(luma),
-                            hn::PromoteTo(wordLanes, hn::LoadU(halfByteLanes, u)),
-                            hn::PromoteTo(wordLanes, hn::LoadU(halfByteLanes, v)));
+    const Sums sums(loadWordBytes(u), loadWordBytes(v));
+    Sums::template store<Format>(Sums::template luma<false>(luma), Sums::template luma<true>(luma),
+                                 sums, sums, dst);
   }
 };
 
 struct Interleaved422 {
   using Stream = In<4, 2>;
 
-  template <const Matrix& m>
-  static Channels convert(const Vek8u* src) {
+  template <class Sums, class Format>
+  static void convert(const Vek8u* src, Vek8u* dst) {
     VWord left, right;  // Y0 and Cb, Y1 and Cr
     hn::LoadInterleaved2(wordLanes, reinterpret_cast<const Vek16s*>(src), left, right);
     const VBytes l = hn::BitCast(byteLanes, left), r = hn::BitCast(byteLanes, right);
-    return convertShared<m>(evenBytes(l), evenBytes(r), oddBytes(l), oddBytes(r));
+    const Sums sums(oddWordBytes(l), oddWordBytes(r));
+    Sums::template store<Format>(Sums::template luma<false>(l), Sums::template luma<false>(r), sums,
+                                 sums, dst);
   }
 };
-
-/// Each byte shifted, and what does not belong to the field `mask` cleared.
-template <int left>
-VBytes shiftedField(VBytes v, int mask) {
-  const hn::RebindToUnsigned<decltype(wordLanes)> lanes;
-  const auto words = hn::BitCast(lanes, v);
-  VBytes shifted = v;
-  if constexpr (left > 0) shifted = hn::BitCast(byteLanes, hn::ShiftLeft<left>(words));
-  if constexpr (left < 0) shifted = hn::BitCast(byteLanes, hn::ShiftRight<-left>(words));
-  return hn::And(shifted, hn::Set(byteLanes, static_cast<Vek8u>(mask)));
-}
-
-/// The bits that a component's field has in the low (byte 0) or the high byte (1) of a pixel: the
-/// top `bits` bits of v at bit `position` of the word.
-template <int byte, int bits, int position>
-VBytes fieldByte(VBytes v) {
-  constexpr int mask = ((1 << bits) - 1) << position >> 8 * byte & 0xFF;
-  if constexpr (mask == 0) return hn::Zero(byteLanes);
-  return shiftedField<position - 8 * byte - (8 - bits)>(v, mask);
-}
-
-template <int byte, class Format>
-VBytes packedByte(const Channels& v) {
-  return hn::Or(hn::Or(fieldByte<byte, Format::rBits, Format::rPos>(v.c0),
-                       fieldByte<byte, Format::gBits, Format::gPos>(v.c1)),
-                fieldByte<byte, Format::bBits, Format::bPos>(v.c2));
-}
-
-/// A field keeps the top bits of its component: what remains of the clamped byte is the same as
-/// reducing the sum to the field and clamping that.
-template <class Format>
-void store(const Channels& v, Vek8u* dst) {
-  if constexpr (Format::bytes == 2) {
-    hn::StoreInterleaved2(packedByte<0, Format>(v), packedByte<1, Format>(v), byteLanes, dst);
-  } else {
-    storeChannels(v, dst);
-  }
-}
 
 template <class Source, const Matrix& m, class Format>
 void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
   using Chroma = typename Source::Chroma;
   const auto body = [](Vek8u* out, const Vek8u* a, const Vek8u* b, const Vek8u* c) {
-    store<Format>(Source::template convert<m>(a, b, c), out);
+    Source::template convert<Sums<m, Format>, Format>(a, b, c, out);
   };
   forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, In<1>{y}, Chroma{u}, Chroma{v});
 }
@@ -217,9 +82,17 @@ void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   if constexpr (Source::Stream::bytes == Format::bytes) {  // three
     const TwistLanes<10> matrix(combinations<m>, 0);
     convertPixelPairs(src, dst, n, [&](const PixelPairs& p) { return matrix.of(p); });
+  } else if constexpr (Source::Stream::bytes == 3) {
+    const TwistLanes<10> matrix(combinations<m>, 0);
+    const auto body = [&](Vek8u* out, const Vek8u* in) {
+      const Channels v = matrix.packed(loadPairs(in));
+      hn::StoreInterleaved2(inOrder(packedByte<0, Format>(v)), inOrder(packedByte<1, Format>(v)),
+                            byteLanes, out);
+    };
+    forEachBlock<pixelBlock>(n, body, Out<2>{dst}, In<3>{src});
   } else {
     const auto body = [](Vek8u* out, const Vek8u* in) {
-      store<Format>(Source::template convert<m>(in), out);
+      Source::template convert<Sums<m, Format>, Format>(in, out);
     };
     forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
   }
@@ -227,11 +100,12 @@ void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
 
 template <const Matrix& m>
 void toPlanes444(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
-  const auto body = [](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
-    const Channels outputs = Interleaved444::convert<m>(in);
-    hn::StoreU(outputs.c0, byteLanes, a);
-    hn::StoreU(outputs.c1, byteLanes, b);
-    hn::StoreU(outputs.c2, byteLanes, c);
+  const TwistLanes<10> matrix(combinations<m>, 0);
+  const auto body = [&](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
+    const Channels outputs = matrix.packed(loadPairs(in));
+    hn::StoreU(inOrder(outputs.c0), byteLanes, a);
+    hn::StoreU(inOrder(outputs.c1), byteLanes, b);
+    hn::StoreU(inOrder(outputs.c2), byteLanes, c);
   };
   forEachBlock<pixelBlock>(n, body, In<3>{src}, Out<1>{y}, Out<1>{u}, Out<1>{v});
 }
@@ -290,7 +164,7 @@ Averages averagePairs(const BlockPairs& p, Average average) {
 /// The rounded averages of the pairs of one row, and of the 2 x 2 blocks of two.
 Averages average(const BlockPairs& row) {
   return averagePairs(
-      row, [](VWord a, VWord b) { return hn::ShiftRight<1>(hn::Add(hn::Add(a, b), word(1))); });
+      row, [](VWord a, VWord b) { return hn::ShiftRight<1>(hn::Add(hn::Add(a, b), wordOf(1))); });
 }
 
 Averages average(const BlockPairs& top, const BlockPairs& bottom) {
@@ -300,14 +174,14 @@ Averages average(const BlockPairs& top, const BlockPairs& bottom) {
                      hn::Add(top.group[g].c2, bottom.group[g].c2)};
   }
   return averagePairs(
-      sums, [](VWord a, VWord b) { return hn::ShiftRight<2>(hn::Add(hn::Add(a, b), word(2))); });
+      sums, [](VWord a, VWord b) { return hn::ShiftRight<2>(hn::Add(hn::Add(a, b), wordOf(2))); });
 }
 
 /// In each 128-bit lane eight bytes of the second and eight of the third value.
 template <class Space>
 VBytes packedChroma(const Averages& p) {
-  return packBytes(packWords(Space::second(p.half[0]), Space::second(p.half[1])),
-                   packWords(Space::third(p.half[0]), Space::third(p.half[1])));
+  return packClamped(packWords(Space::second(p.half[0]), Space::second(p.half[1])),
+                     packWords(Space::third(p.half[0]), Space::third(p.half[1])));
 }
 
 template <class Space>

@@ -1,0 +1,387 @@
+// From YCbCr or YUV to RGB where chroma is shared, or lies in planes: sums of a luma part and of a
+// chroma part, which is computed once for all pixels that share it, in 16-bit lanes.
+#pragma once
+
+#include "core/kernel/byte_pairs.h"
+#include "core/kernel/color_matrix.h"
+#include "core/kernel/interleave.h"
+#include "core/kernel/lanes.h"
+
+#if VEK_HAVE_HIGHWAY
+
+HWY_BEFORE_NAMESPACE();
+namespace vek::VEK_LEVEL {
+namespace {
+
+/// Bytes, one for each word: as its upper and as its lower byte.
+struct WordBytes {
+  VWord upper, lower;
+};
+
+inline WordBytes evenWordBytes(VBytes v) {
+  return {hn::ShiftLeft<8>(hn::BitCast(wordLanes, v)), evenBytes(v)};
+}
+inline WordBytes oddWordBytes(VBytes v) {
+  return {hn::And(hn::BitCast(wordLanes, v), wordConstant(static_cast<Vek16s>(0xFF00))),
+          oddBytes(v)};
+}
+
+/// Half a block's bytes.
+inline WordBytes loadWordBytes(const Vek8u* src) {
+  constexpr hn::Rebind<Vek8u, hn::ScalableTag<Vek16s>> halfByteLanes;
+  const auto bytes = hn::LoadU(halfByteLanes, src);
+  const VWord lower = hn::PromoteTo(wordLanes, bytes);
+#if defined(__AVX512VBMI__)
+  static constexpr ByteOrder order = [] {
+    ByteOrder o = {};
+    for (int i = 0; i < 64; ++i) o.at[i] = static_cast<Vek8u>(i % 2 == 0 ? 32 : i / 2);
+    return o;
+  }();
+  return {VWord{permuted(order, _mm512_zextsi256_si512(bytes.raw))}, lower};
+#else
+  return {hn::ShiftLeft<8>(lower), lower};
+#endif
+}
+
+/// The bits that a component's field has in the low (byte 0) or the high byte (1) of a pixel: the
+/// top `bits` bits of v at bit `position` of the word.
+template <int byte, int bits, int position>
+struct FieldByte {
+  static constexpr int mask = ((1 << bits) - 1) << position >> 8 * byte & 0xFF;
+
+  /// With other bits beside the field's.
+  static VWord of(VBytes v) {
+    constexpr int left = position - 8 * byte - (8 - bits);
+    const hn::RebindToUnsigned<decltype(wordLanes)> lanes;
+    const auto words = hn::BitCast(lanes, v);
+    return hn::BitCast(wordLanes, left > 0   ? hn::ShiftLeft<(left > 0 ? left : 0)>(words)
+                                  : left < 0 ? hn::ShiftRight<(left < 0 ? -left : 0)>(words)
+                                             : words);
+  }
+};
+
+/// Bits of `yes` where the mask has ones, else those of `no`.
+inline VWord bitsFrom(VWord mask, VWord yes, VWord no) {
+#if defined(__AVX512F__)
+  return hn::IfVecThenElse(mask, yes, no);
+#else
+  return hn::Or(hn::And(mask, yes), hn::AndNot(mask, no));
+#endif
+}
+
+/// In every byte.
+inline VWord byteMask(int mask) {
+  return wordConstant(static_cast<Vek16s>(mask * 0x101));
+}
+
+/// A field keeps the top bits of its component: what remains of the clamped byte is the same as
+/// reducing the sum to the field and clamping that. Of a byte's one or two fields the upper one is
+/// red's or blue's in the high byte, green's in the low one.
+template <int byte, class Format>
+VBytes packedByte(const Channels& v) {
+  using Green = FieldByte<byte, Format::gBits, Format::gPos>;
+  constexpr bool isRed = (Format::rPos < Format::bPos) == (byte == 0);
+  using Other =
+      FieldByte<byte, isRed ? Format::rBits : Format::bBits, isRed ? Format::rPos : Format::bPos>;
+  const VWord other = Other::of(isRed ? v.c0 : v.c2), green = Green::of(v.c1);
+  VWord all = other;
+  if constexpr (Green::mask != 0) all = bitsFrom(byteMask(Other::mask), other, green);
+  constexpr int mask = Green::mask | Other::mask;
+  return hn::BitCast(byteLanes, mask == 0xFF ? all : hn::And(all, byteMask(mask)));
+}
+
+/// Even words and odd words in turn.
+inline void storeInTurn(VWord even, VWord odd, Vek8u* out) {
+#if defined(__AVX512F__)
+  alignas(64) static constexpr Vek64s low[8] = {0, 1, 8, 9, 2, 3, 10, 11};
+  alignas(64) static constexpr Vek64s high[8] = {4, 5, 12, 13, 6, 7, 14, 15};
+  const __m512i lower = _mm512_unpacklo_epi16(even.raw, odd.raw);
+  const __m512i upper = _mm512_unpackhi_epi16(even.raw, odd.raw);
+  _mm512_storeu_si512(out, _mm512_permutex2var_epi64(lower, _mm512_load_si512(low), upper));
+  _mm512_storeu_si512(out + 64, _mm512_permutex2var_epi64(lower, _mm512_load_si512(high), upper));
+#else
+  hn::StoreInterleaved2(even, odd, wordLanes, reinterpret_cast<Vek16s*>(out));
+#endif
+}
+
+/// In each 128-bit lane the bytes of its lower and its upper half in turn.
+inline VBytes alternateHalves(VBytes v) {
+  alignas(16) static constexpr Vek8u order[16] = {0, 8,  1, 9,  2, 10, 3, 11,
+                                                  4, 12, 5, 13, 6, 14, 7, 15};
+  return hn::TableLookupBytes(v, hn::LoadDup128(byteLanes, order));
+}
+
+#if defined(__AVX512VBMI__)
+/// For each lane of storeThirds() where its pixel's sample lies.
+template <int channel>
+constexpr ByteOrder alternatingPixelOf = [] {
+  ByteOrder order = {};
+  for (int i = 0; i < 64; ++i) {
+    order.at[(3 * i + channel) % 64] = static_cast<Vek8u>(i / 16 * 16 + i % 2 * 8 + i % 16 / 2);
+  }
+  return order;
+}();
+#endif
+
+/// Stores red, green and blue whose 128-bit lanes hold eight even pixels, then the odd ones.
+template <class Format>
+void storeAlternating(const Channels& v, Vek8u* dst) {
+  if constexpr (Format::bytes == 2) {
+    const VBytes low = packedByte<0, Format>(v), high = packedByte<1, Format>(v);
+    storeInTurn(hn::BitCast(wordLanes, hn::InterleaveLower(byteLanes, low, high)),
+                hn::BitCast(wordLanes, hn::InterleaveUpper(byteLanes, low, high)), dst);
+  } else {
+    static_assert(Format::gPos == 1);
+    const VBytes first = Format::rPos == 0 ? v.c0 : v.c2, third = Format::rPos == 0 ? v.c2 : v.c0;
+#if defined(__AVX512VBMI__)
+    storeThirds(permuted(alternatingPixelOf<0>, first.raw),
+                permuted(alternatingPixelOf<1>, v.c1.raw),
+                permuted(alternatingPixelOf<2>, third.raw), dst);
+#else
+    storeChannels({alternateHalves(first), alternateHalves(v.c1), alternateHalves(third)}, dst);
+#endif
+  }
+}
+
+// Luma's factor is weight << drop, so floor((factor * y + c) / 2^n) is
+// (weight * y + floor(c / 2^drop)) >> (n - drop), exactly.
+
+template <const Matrix& m>
+struct Weights {
+  static constexpr Vek32s factor = m.factor[0][0], red = m.factor[0][2], blue = m.factor[2][1];
+  static_assert(m.factor[1][0] == factor && m.factor[2][0] == factor);
+  static_assert(m.factor[0][1] == 0 && m.factor[2][2] == 0);
+  static constexpr int drop = __builtin_ctz(static_cast<unsigned>(factor));
+  static constexpr Vek32s luma = factor >> drop;
+  static constexpr int fractionBits = m.fractionBits - drop;
+  /// What component k gets beside the products of y, Cb - 128 and Cr - 128.
+  template <int k>
+  static constexpr Vek32s offset = m.offset[k] - factor* m.centre[0];
+};
+
+constexpr Vek32s half = 0x8000;
+
+inline VWord wordOf(Vek32s value) {
+  return wordConstant(static_cast<Vek16s>(value));
+}
+
+constexpr hn::RebindToUnsigned<decltype(wordLanes)> unsignedWords;
+using VUnsigned = hn::Vec<decltype(unsignedWords)>;
+
+inline VUnsigned unsignedOf(Vek32s value) {
+  return hn::Set(unsignedWords, static_cast<Vek16u>(value));
+}
+
+/// The upper words of unsigned products.
+inline VWord timesHigh(VWord v, Vek32s factor) {
+  return hn::BitCast(wordLanes, hn::MulHigh(hn::BitCast(unsignedWords, v), unsignedOf(factor)));
+}
+
+/// How many of the bits to drop a product of words leaves out by itself.
+constexpr int droppedByProduct(int drop, Vek32s factor) {
+  int bits = drop <= 8 ? drop : 0;
+  while (factor << (8 - bits) > 0xFFFF) ++bits;
+  return bits;
+}
+
+/// Whether what the product leaves out does not matter.
+constexpr bool isExact(int drop, Vek32s factor, Vek32s offset) {
+  return (offset - 128 * factor) % (1 << droppedByProduct(drop, factor)) == 0;
+}
+
+/// floor((factor * (v - 128) + offset) / 2^drop), of v << 8.
+template <int drop, Vek32s factor, Vek32s offset>
+VWord product(VWord v8) {
+  constexpr int bits = droppedByProduct(drop, factor);
+  constexpr Vek32s total = offset - 128 * factor;
+  static_assert(bits <= drop && isExact(drop, factor, offset));
+  const VWord sum = hn::Add(timesHigh(v8, factor << (8 - bits)), wordOf(total >> bits));
+  return drop == bits ? sum : hn::ShiftRight<drop - bits>(sum);
+}
+
+/// Both chroma samples of a pixel in each 32-bit lane: those of the lower and the upper halves of the
+/// 128-bit lanes.
+struct ChromaPairs {
+  VWord lower, upper;
+
+  ChromaPairs(const WordBytes& b, const WordBytes& r)
+      : lower(hn::InterleaveLower(wordLanes, b.lower, r.lower)),
+        upper(hn::InterleaveUpper(wordLanes, b.lower, r.lower)) {}
+
+  /// floor((bFactor * (Cb - 128) + rFactor * (Cr - 128) + offset) / 2^drop)
+  template <int drop, Vek32s bFactor, Vek32s rFactor, Vek32s offset>
+  VWord part() const {
+    const VWord factors = twoWords(bFactor, rFactor);
+    const VInt start = constant(offset - 128 * (bFactor + rFactor));
+    return packWords(hn::ShiftRight<drop>(plusDot(start, lower, factors)),
+                     hn::ShiftRight<drop>(plusDot(start, upper, factors)));
+  }
+};
+
+/// Green's chroma part. Where both factors leave 0 or both leave 1 of 2^drop, which is -1 of the
+/// negative ones, the products of their multiples need no more than the sum of both samples.
+template <const Matrix& m, int drop, Vek32s offset>
+VWord greenPart(const WordBytes& b, const WordBytes& r) {
+  constexpr Vek32s bFactor = -m.factor[1][1], rFactor = -m.factor[1][2], unit = 1 << drop;
+  constexpr Vek32s total = offset + 128 * (bFactor + rFactor);
+  if constexpr (bFactor % unit == rFactor % unit && bFactor % unit <= 1 && total % unit == 0) {
+    const VWord products = hn::Add(timesHigh(b.upper, (bFactor >> drop) << 8),
+                                   timesHigh(r.upper, (rFactor >> drop) << 8));
+    const VWord part = hn::Sub(wordOf(total >> drop), products);
+    if constexpr (bFactor % unit == 0) return part;
+    const VUnsigned sum = hn::ShiftRight<7>(  // the average has no fraction to round
+        hn::AverageRound(hn::BitCast(unsignedWords, b.upper), hn::BitCast(unsignedWords, r.upper)));
+    return hn::Sub(
+        part, hn::BitCast(wordLanes, hn::ShiftRight<drop>(hn::Add(sum, unsignedOf(unit - 1)))));
+  } else {
+    return ChromaPairs(b, r).template part<drop, -bFactor, -rFactor, offset>();
+  }
+}
+
+/// Sums for pixels of three bytes.
+template <const Matrix& m>
+class ByteSums {
+  using W = Weights<m>;
+  /// What the luma part is too large by for 16 bits; the chroma parts have it.
+  static constexpr Vek32s bias = W::luma * 255 > 32767 ? W::luma * 255 - 32767 : 0;
+  /// Blue's chroma leaves 16 bits where luma has fractional ones. It is added in two steps then: a
+  /// sum that saturates in the first one is beyond 0 .. 255 by far and stays there.
+  static constexpr bool twoSteps = W::luma > 1;
+  template <int k>
+  static constexpr Vek32s start = W::template offset<k> + (bias << W::drop);
+
+  VWord red_, green_, blue_, blueFirst_;
+
+ public:
+  ByteSums(const WordBytes& b, const WordBytes& r) {
+    const ChromaPairs pairs(b, r);
+    green_ = greenPart<m, W::drop, start<1>>(b, r);
+    if constexpr (isExact(W::drop, W::red, start<0>)) {
+      red_ = product<W::drop, W::red, start<0>>(r.upper);
+    } else {
+      red_ = pairs.template part<W::drop, 0, W::red, start<0>>();
+    }
+    if constexpr (twoSteps) {
+      blueFirst_ = hn::Xor(b.upper, wordOf(half));  // 256 * (Cb - 128)
+      blue_ = product<W::drop, W::blue - (256 << W::drop), start<2>>(b.upper);
+    } else if constexpr (isExact(W::drop, W::blue, start<2>)) {
+      blue_ = product<W::drop, W::blue, start<2>>(b.upper);
+    } else {
+      blue_ = pairs.template part<W::drop, W::blue, 0, start<2>>();
+    }
+  }
+
+  /// The luma part of the even or the odd bytes.
+  template <bool odd>
+  static VWord luma(VBytes v) {
+    const VWord y = odd ? oddBytes(v) : evenBytes(v);
+    return W::luma == 1 ? y : hn::Sub(hn::Mul(y, wordOf(W::luma)), wordOf(bias));
+  }
+
+  template <class Format>
+  static void store(VWord even, VWord odd, const ByteSums& evenSums, const ByteSums& oddSums,
+                    Vek8u* dst) {
+    const auto bytes = [&]<int k>() {
+      return packClamped(evenSums.template component<k>(even), oddSums.template component<k>(odd));
+    };
+    storeAlternating<Format>({bytes.template operator()<0>(), bytes.template operator()<1>(),
+                              bytes.template operator()<2>()},
+                             dst);
+  }
+
+ private:
+  template <int k>
+  VWord component(VWord luma) const {
+    if constexpr (k == 2 && twoSteps) luma = hn::SaturatedAdd(luma, blueFirst_);
+    const VWord sum = hn::SaturatedAdd(luma, k == 0 ? red_ : k == 1 ? green_ : blue_);
+    return W::fractionBits == 0 ? sum : hn::ShiftRight<W::fractionBits>(sum);
+  }
+};
+
+/// Sums for pixels of 16 bits, in unsigned lanes with 15 bits: `plus` is added and `minus`, at least
+/// 32768, subtracted. Both saturate, which clamps the sum to the top of every field and to 0.
+template <const Matrix& m>
+class FieldSums {
+  using W = Weights<m>;
+  static_assert(W::fractionBits == 7 && W::luma * 255 < 65536);
+  static constexpr int sumBits = 15;
+
+  using V = VUnsigned;
+  V red_, green_, blue_, blueMinus_;
+
+  static V sum(V luma, V plus, V minus) {
+    return hn::SaturatedSub(hn::SaturatedAdd(luma, plus), minus);
+  }
+
+ public:
+  FieldSums(const WordBytes& b, const WordBytes& r) {
+    constexpr Vek32s black = W::template offset<0>, start = black + (half << W::drop);
+    static_assert(black == W::template offset<1> && black == W::template offset<2>);
+    red_ = hn::BitCast(unsignedWords, product<W::drop, W::red, start>(r.upper));
+    green_ = hn::BitCast(unsignedWords, greenPart<m, W::drop, start>(b, r));
+    // 256 Cb + floor(rest Cb) is what blue gets from Cb; all but `low` of it is added. That leaves at
+    // least 32768 to subtract.
+    constexpr Vek32s centre = (128 * W::blue - black) >> W::drop;
+    const V cb = hn::BitCast(unsignedWords, b.upper);
+    const V low = hn::Min(cb, unsignedOf(centre - half));
+    const V rest = hn::BitCast(unsignedWords,
+                               timesHigh(b.upper, (W::blue - (256 << W::drop)) << (8 - W::drop)));
+    blue_ = hn::SaturatedAdd(hn::Sub(cb, low), rest);
+    blueMinus_ = hn::Sub(unsignedOf(centre), low);
+  }
+
+  /// The luma part of the even or the odd bytes.
+  template <bool odd>
+  static VWord luma(VBytes v) {
+    return timesHigh((odd ? oddWordBytes(v) : evenWordBytes(v)).upper, W::luma << 8);
+  }
+
+  template <class Format>
+  static void store(VWord even, VWord odd, const FieldSums& evenSums, const FieldSums& oddSums,
+                    Vek8u* dst) {
+    storeInTurn(evenSums.template pixels<Format>(even), oddSums.template pixels<Format>(odd), dst);
+  }
+
+ private:
+  /// The top of the sum's bits at the top of the `bits` bits at `position`; what the field does not
+  /// hold stays beneath it.
+  template <int bits, int position>
+  static VWord moved(V v) {
+    constexpr int down = sumBits - bits - position;
+    return hn::BitCast(wordLanes, down >= 0 ? hn::ShiftRight<(down >= 0 ? down : 0)>(v)
+                                            : hn::ShiftLeft<(down < 0 ? -down : 0)>(v));
+  }
+
+  template <class Format>
+  VWord pixels(VWord luma) const {
+    const V y = hn::BitCast(unsignedWords, luma);
+    const VWord red = moved<Format::rBits, Format::rPos>(sum(y, red_, unsignedOf(half)));
+    const VWord green = moved<Format::gBits, Format::gPos>(sum(y, green_, unsignedOf(half)));
+    const VWord blue = moved<Format::bBits, Format::bPos>(sum(y, blue_, blueMinus_));
+    const auto field = [](int bits, int position) { return wordOf(((1 << bits) - 1) << position); };
+    const VWord low = Format::rPos == 0 ? red : blue, high = Format::rPos == 0 ? blue : red;
+    return hn::OrAnd(hn::OrAnd(low, green, field(Format::gBits, Format::gPos)), high,
+                     Format::rPos == 0 ? field(Format::bBits, Format::bPos)
+                                       : field(Format::rBits, Format::rPos));
+  }
+};
+
+template <const Matrix& m, class Format, bool fields = Format::bytes == 2 && (Weights<m>::luma > 1)>
+struct SumsFor {
+  using Type = ByteSums<m>;
+};
+template <const Matrix& m, class Format>
+struct SumsFor<m, Format, true> {
+  using Type = FieldSums<m>;
+};
+
+/// For a block of pixels: Sums(Cb, Cr) for the even and for the odd ones,
+/// Sums::luma<odd>(bytes), Sums::store<Format>(luma parts, sums, dst).
+template <const Matrix& m, class Format>
+using Sums = typename SumsFor<m, Format>::Type;
+
+}  // namespace
+}  // namespace vek::VEK_LEVEL
+HWY_AFTER_NAMESPACE();
+
+#endif
