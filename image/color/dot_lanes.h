@@ -12,9 +12,9 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// One pixel in each 32-bit lane: its first two channels as words, and the third one.
+/// One pixel in each 32-bit lane: its first two channels as words, and the third one with the first.
 struct PixelPairs {
-  VWord c01, c2;
+  VWord c01, c20;
 };
 
 /// A block as it is loaded, and any value computed from each of its pixels.
@@ -53,13 +53,12 @@ inline VWord oddInts(VWord a, VWord b) {
 // Group g is pixels 16 g .. 16 g + 15, in order. Their 48 bytes are loaded as the lower end of a
 // vector, or as the upper one in odd groups, so that no load leaves the block.
 
-template <int first, int count, bool odd>
+template <int first, int second, bool odd>
 constexpr ByteOrder channelsOfGroup = [] {
   ByteOrder order = {};
   for (int i = 0; i < 16; ++i) {
-    for (int c = 0; c < count; ++c) {
-      order.at[4 * i + 2 * c] = static_cast<Vek8u>(3 * i + first + c + (odd ? 16 : 0));
-    }
+    order.at[4 * i] = static_cast<Vek8u>(3 * i + first + (odd ? 16 : 0));
+    order.at[4 * i + 2] = static_cast<Vek8u>(3 * i + second + (odd ? 16 : 0));
   }
   return order;
 }();
@@ -67,11 +66,10 @@ constexpr ByteOrder channelsOfGroup = [] {
 template <bool odd>
 PixelPairs groupOf(const Vek8u* src) {
   const __m512i v = _mm512_loadu_si512(src - (odd ? 16 : 0));
-  const auto channels = [v](const ByteOrder& order, __mmask64 mask) {
-    return VWord{_mm512_maskz_permutexvar_epi8(mask, _mm512_load_si512(order.at), v)};
+  const auto channels = [v](const ByteOrder& order) {
+    return VWord{_mm512_maskz_permutexvar_epi8(0x5555555555555555, _mm512_load_si512(order.at), v)};
   };
-  return {channels(channelsOfGroup<0, 2, odd>, 0x5555555555555555),
-          channels(channelsOfGroup<2, 1, odd>, 0x1111111111111111)};
+  return {channels(channelsOfGroup<0, 1, odd>), channels(channelsOfGroup<2, 0, odd>)};
 }
 
 inline BlockPairs loadPairs(const Vek8u* src) {
@@ -111,13 +109,18 @@ inline VBytes inOrder(VBytes v) {
   return VBytes{_mm512_permutexvar_epi32(_mm512_load_si512(transposed), v.raw)};
 }
 
-/// Two values of each pixel pair, one in the lower and one in the upper halves of the 128-bit lanes
-/// as they come from groups: all of the first, then all of the second one.
-inline VBytes halvesInOrder(VBytes v) {
-  alignas(64) static constexpr Vek16u order[32] = {0,  8,  16, 24, 1,  9,  17, 25, 2,  10, 18,
-                                                   26, 3,  11, 19, 27, 4,  12, 20, 28, 5,  13,
-                                                   21, 29, 6,  14, 22, 30, 7,  15, 23, 31};
-  return VBytes{_mm512_permutexvar_epi16(_mm512_load_si512(order), v.raw)};
+/// Two values of each pixel pair, side by side, as they come from groups: all of the first, then all
+/// of the second one.
+inline VBytes firstThenSecond(VBytes v) {
+  static constexpr ByteOrder order = [] {
+    ByteOrder o = {};
+    for (int i = 0; i < 64; ++i) {
+      const int pair = i % 32;
+      o.at[i] = static_cast<Vek8u>(pair % 8 / 2 * 16 + pair / 8 * 4 + pair % 2 * 2 + i / 32);
+    }
+    return o;
+  }();
+  return VBytes{permuted(order, v.raw)};
 }
 
 #else
@@ -130,14 +133,13 @@ struct LaneOrder {
 
 constexpr Vek8u noByte = 0x80;
 
-template <int first, int count, int g>
+template <int first, int second, int g>
 constexpr LaneOrder channelsOfGroup = [] {
   LaneOrder order = {};
   for (Vek8u& at : order.at) at = noByte;
   for (int i = 0; i < 4; ++i) {
-    for (int c = 0; c < count; ++c) {
-      order.at[4 * i + 2 * c] = static_cast<Vek8u>(3 * i + first + c + (g == 3 ? 4 : 0));
-    }
+    order.at[4 * i] = static_cast<Vek8u>(3 * i + first + (g == 3 ? 4 : 0));
+    order.at[4 * i + 2] = static_cast<Vek8u>(3 * i + second + (g == 3 ? 4 : 0));
   }
   return order;
 }();
@@ -173,8 +175,8 @@ void storeLanes(D d, hn::Vec<D> v, Vek8u* dst) {
 template <int g>
 PixelPairs groupOf(const Vek8u* src) {
   const VBytes v = loadLanes(byteLanes, src + 12 * g - (g == 3 ? 4 : 0));
-  return {hn::BitCast(wordLanes, shuffled(channelsOfGroup<0, 2, g>, v)),
-          hn::BitCast(wordLanes, shuffled(channelsOfGroup<2, 1, g>, v))};
+  return {hn::BitCast(wordLanes, shuffled(channelsOfGroup<0, 1, g>, v)),
+          hn::BitCast(wordLanes, shuffled(channelsOfGroup<2, 0, g>, v))};
 }
 
 inline BlockPairs loadPairs(const Vek8u* src) {
@@ -221,12 +223,14 @@ inline VBytes inOrder(VBytes v) {
   return v;
 }
 
-/// The lower halves of the 128-bit lanes, then the upper ones.
-inline VBytes halvesInOrder(VBytes v) {
+inline VBytes firstThenSecond(VBytes v) {
+  alignas(16) static constexpr Vek8u order[16] = {0, 2, 4, 6, 8, 10, 12, 14,
+                                                  1, 3, 5, 7, 9, 11, 13, 15};
+  const VBytes halves = hn::TableLookupBytes(v, hn::LoadDup128(byteLanes, order));
 #if defined(__AVX2__)
-  return VBytes{_mm256_permute4x64_epi64(v.raw, 0xD8)};
+  return VBytes{_mm256_permute4x64_epi64(halves.raw, 0xD8)};
 #else
-  return v;
+  return halves;
 #endif
 }
 
@@ -244,7 +248,7 @@ struct CombinationLanes {
         offset(constant(c.offset + rounding)) {}
 
   VInt of(const PixelPairs& p) const {
-    return hn::ShiftRight<shift>(plusDot(plusDot(offset, p.c01, w01), p.c2, w2));
+    return hn::ShiftRight<shift>(plusDot(plusDot(offset, p.c01, w01), p.c20, w2));
   }
 
   /// Of the groups of a block, clamped to 0..255.
@@ -261,14 +265,21 @@ struct TwistLanes {
 
   explicit TwistLanes(const Combination* channels)
       : x(channels[0]), y(channels[1]), z(channels[2]) {}
-  TwistLanes(const Combination* channels, Vek32s rounding)
-      : x(channels[0], rounding), y(channels[1], rounding), z(channels[2], rounding) {}
-
-  /// Of the groups of a block, clamped to 0..255.
-  Channels packed(const BlockPairs& p) const { return {x.packed(p), y.packed(p), z.packed(p)}; }
-
   PixelLanes of(const PixelPairs& p) const { return {x.of(p), y.of(p), z.of(p)}; }
 };
+
+/// A combination that is known, of two or three channels.
+template <const Combination& c, int shift>
+VInt combined(const PixelPairs& p) {
+  const VInt start = constant(c.offset);
+  if constexpr (c.weight[1] == 0) {
+    return hn::ShiftRight<shift>(plusDot(start, p.c20, twoWords(c.weight[2], c.weight[0])));
+  } else {
+    const VInt sum = plusDot(start, p.c01, twoWords(c.weight[0], c.weight[1]));
+    return hn::ShiftRight<shift>(c.weight[2] == 0 ? sum
+                                                  : plusDot(sum, p.c20, twoWords(c.weight[2], 0)));
+  }
+}
 
 /// Runs fn(PixelPairs) -> PixelLanes on every pixel of a row; the results are clamped to 0..255.
 template <class Fn>

@@ -20,8 +20,22 @@ constexpr Combination combination = {{m.factor[k][0], m.factor[k][1], m.factor[k
                                          m.factor[k][1] * m.centre[1] -
                                          m.factor[k][2] * m.centre[2]};
 
+template <const Matrix& m, int k>
+VInt output(const PixelPairs& p) {
+  return combined<combination<m, k>, 10>(p);
+}
+
+/// Output k of a block, clamped to 0..255.
+template <const Matrix& m, int k>
+VBytes packedOutput(const BlockPairs& p) {
+  return packClamped(packWords(output<m, k>(p.group[0]), output<m, k>(p.group[1])),
+                     packWords(output<m, k>(p.group[2]), output<m, k>(p.group[3])));
+}
+
 template <const Matrix& m>
-constexpr Combination combinations[3] = {combination<m, 0>, combination<m, 1>, combination<m, 2>};
+Channels packedOutputs(const BlockPairs& p) {
+  return {packedOutput<m, 0>(p), packedOutput<m, 1>(p), packedOutput<m, 2>(p)};
+}
 
 struct Interleaved444 {
   using Stream = In<3>;
@@ -80,12 +94,12 @@ void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek
 template <class Source, const Matrix& m, class Format>
 void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   if constexpr (Source::Stream::bytes == Format::bytes) {  // three
-    const TwistLanes<10> matrix(combinations<m>, 0);
-    convertPixelPairs(src, dst, n, [&](const PixelPairs& p) { return matrix.of(p); });
+    convertPixelPairs(src, dst, n, [](const PixelPairs& p) {
+      return PixelLanes{output<m, 0>(p), output<m, 1>(p), output<m, 2>(p)};
+    });
   } else if constexpr (Source::Stream::bytes == 3) {
-    const TwistLanes<10> matrix(combinations<m>, 0);
-    const auto body = [&](Vek8u* out, const Vek8u* in) {
-      const Channels v = matrix.packed(loadPairs(in));
+    const auto body = [](Vek8u* out, const Vek8u* in) {
+      const Channels v = packedOutputs<m>(loadPairs(in));
       hn::StoreInterleaved2(inOrder(packedByte<0, Format>(v)), inOrder(packedByte<1, Format>(v)),
                             byteLanes, out);
     };
@@ -100,9 +114,8 @@ void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
 
 template <const Matrix& m>
 void toPlanes444(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
-  const TwistLanes<10> matrix(combinations<m>, 0);
-  const auto body = [&](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
-    const Channels outputs = matrix.packed(loadPairs(in));
+  const auto body = [](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
+    const Channels outputs = packedOutputs<m>(loadPairs(in));
     hn::StoreU(inOrder(outputs.c0), byteLanes, a);
     hn::StoreU(inOrder(outputs.c1), byteLanes, b);
     hn::StoreU(inOrder(outputs.c2), byteLanes, c);
@@ -110,40 +123,34 @@ void toPlanes444(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
   forEachBlock<pixelBlock>(n, body, In<3>{src}, Out<1>{y}, Out<1>{u}, Out<1>{v});
 }
 
-// Spaces to reduce chroma in: one byte of each pixel, and two values of averaged pixels.
-
-template <const Matrix& m, int k>
-CombinationLanes<10> row() {
-  return CombinationLanes<10>(combination<m, k>, 0);
-}
+// Spaces to reduce chroma in: one byte of each pixel of a block, and of averaged pixels two words
+// (second and third value) that are clamped to bytes later.
 
 struct ReducedYcbcr {
-  static CombinationLanes<10> luma() { return row<RGB_YCbCr_Q10_C2, 0>(); }
-  static VInt second(const PixelPairs& rgb) { return row<RGB_YCbCr_Q10_C2, 1>().of(rgb); }
-  static VInt third(const PixelPairs& rgb) { return row<RGB_YCbCr_Q10_C2, 2>().of(rgb); }
+  static VBytes luma(const BlockPairs& rgb) { return packedOutput<RGB_YCbCr_Q10_C2, 0>(rgb); }
+  static VWord chroma(const PixelPairs& rgb) {
+    const VInt second = output<RGB_YCbCr_Q10_C2, 1>(rgb), third = output<RGB_YCbCr_Q10_C2, 2>(rgb);
+    return hn::BitCast(wordLanes, hn::OrAnd(hn::ShiftLeft<16>(third), second, constant(0xFFFF)));
+  }
 };
 
 struct ReducedYuv {
-  static CombinationLanes<10> luma() { return row<RGB_YUV_Q10_C2, 0>(); }
-  static VInt second(const PixelPairs& rgb) {
-    return difference<uFactor>(hn::BitCast(intLanes, rgb.c2), rgb);
-  }
-  static VInt third(const PixelPairs& rgb) {
-    return difference<vFactor>(hn::And(hn::BitCast(intLanes, rgb.c01), constant(0xFFFF)), rgb);
-  }
-
- private:
-  template <Vek32s factor>
-  static VInt difference(VInt v, const PixelPairs& rgb) {
-    const VInt d = hn::Sub(v, luma().of(rgb));
-    return hn::ShiftRight<10>(
-        plusDot(constant(chromaZero), hn::BitCast(wordLanes, d), twoWords(factor, 0)));
+  static VBytes luma(const BlockPairs& rgb) { return packedOutput<RGB_YUV_Q10_C2, 0>(rgb); }
+  /// From B - Y and R - Y.
+  static VWord chroma(const PixelPairs& rgb) {
+    alignas(16) static constexpr Vek8u twice[16] = {0, 1, 0, 1, 4,  5,  4,  5,
+                                                    8, 9, 8, 9, 12, 13, 12, 13};
+    const VBytes y = hn::TableLookupBytes(hn::BitCast(byteLanes, output<RGB_YUV_Q10_C2, 0>(rgb)),
+                                          hn::LoadDup128(byteLanes, twice));
+    const VWord d = hn::Sub(rgb.c20, hn::BitCast(wordLanes, y));
+    const VWord products = hn::MulHigh(hn::Add(d, d), twoWords(uFactor * 32, vFactor * 32));
+    return hn::Add(products, wordOf(128));
   }
 };
 
 template <class Space>
 void storeLuma(const BlockPairs& p, Vek8u* dst) {
-  hn::StoreU(inOrder(Space::luma().packed(p)), byteLanes, dst);
+  hn::StoreU(inOrder(Space::luma(p)), byteLanes, dst);
 }
 
 /// The averaged pixel pairs of a block, those of its groups 0 and 1, 2 and 3.
@@ -156,38 +163,39 @@ template <class Average>
 Averages averagePairs(const BlockPairs& p, Average average) {
   const auto half = [average](const PixelPairs& a, const PixelPairs& b) {
     return PixelPairs{average(evenInts(a.c01, b.c01), oddInts(a.c01, b.c01)),
-                      average(evenInts(a.c2, b.c2), oddInts(a.c2, b.c2))};
+                      average(evenInts(a.c20, b.c20), oddInts(a.c20, b.c20))};
   };
   return {{half(p.group[0], p.group[1]), half(p.group[2], p.group[3])}};
 }
 
 /// The rounded averages of the pairs of one row, and of the 2 x 2 blocks of two.
 Averages average(const BlockPairs& row) {
-  return averagePairs(
-      row, [](VWord a, VWord b) { return hn::ShiftRight<1>(hn::Add(hn::Add(a, b), wordOf(1))); });
+  return averagePairs(row, [](VWord a, VWord b) {
+    return hn::BitCast(
+        wordLanes, hn::AverageRound(hn::BitCast(unsignedWords, a), hn::BitCast(unsignedWords, b)));
+  });
 }
 
 Averages average(const BlockPairs& top, const BlockPairs& bottom) {
   BlockPairs sums;
   for (int g = 0; g < 4; ++g) {
     sums.group[g] = {hn::Add(top.group[g].c01, bottom.group[g].c01),
-                     hn::Add(top.group[g].c2, bottom.group[g].c2)};
+                     hn::Add(top.group[g].c20, bottom.group[g].c20)};
   }
   return averagePairs(
-      sums, [](VWord a, VWord b) { return hn::ShiftRight<2>(hn::Add(hn::Add(a, b), wordOf(2))); });
+      sums, [](VWord a, VWord b) { return hn::MulFixedPoint15(hn::Add(a, b), wordOf(1 << 13)); });
 }
 
-/// In each 128-bit lane eight bytes of the second and eight of the third value.
+/// The chroma of a block, two bytes for each pair.
 template <class Space>
 VBytes packedChroma(const Averages& p) {
-  return packClamped(packWords(Space::second(p.half[0]), Space::second(p.half[1])),
-                     packWords(Space::third(p.half[0]), Space::third(p.half[1])));
+  return packClamped(Space::chroma(p.half[0]), Space::chroma(p.half[1]));
 }
 
 template <class Space>
 void storeChroma(const Averages& p, Vek8u* second, Vek8u* third) {
   const hn::Half<decltype(byteLanes)> half;
-  const VBytes both = halvesInOrder(packedChroma<Space>(p));
+  const VBytes both = firstThenSecond(packedChroma<Space>(p));
   hn::StoreU(hn::LowerHalf(half, both), half, second);
   hn::StoreU(hn::UpperHalf(half, both), half, third);
 }
@@ -203,8 +211,8 @@ template <class Space>
 void toInterleaved422(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   const auto body = [](const Vek8u* in, Vek8u* out) {
     const BlockPairs p = loadPairs(in);
-    const VBytes chroma = alternateHalves(packedChroma<Space>(average(p)));
-    hn::StoreInterleaved2(inOrder(Space::luma().packed(p)), inOrder(chroma), byteLanes, out);
+    const VBytes chroma = packedChroma<Space>(average(p));
+    hn::StoreInterleaved2(inOrder(Space::luma(p)), inOrder(chroma), byteLanes, out);
   };
   const ptrdiff_t even = n & ~ptrdiff_t{1};
   forEachBlock<pixelBlock>(even, body, In<3>{src}, Out<4, 2>{dst});
