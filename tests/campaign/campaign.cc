@@ -394,14 +394,41 @@ class Examination {
     return wrong.empty() ? wrong : wrong + "\n    arguments:" + c.describe();
   }
 
+  static std::string order(const Record& record, Random& random, const std::string& ranks) {
+    Case c(random, false);
+    record.draw(c);
+    const auto rank = [&](const Case::Fault& f) {
+      if (f.block >= 0) return '~';
+      auto a = static_cast<size_t>(f.argument);
+      if (f.cell < 0 && c.arguments_[a].cells[0].isNumber) --a;
+      return ranks.at(a);
+    };
+    const std::vector<Case::Fault> faults = c.faults();
+    Trial trial(c, false);
+    for (const Case::Fault& first : faults) {
+      for (const Case::Fault& second : faults) {
+        if (rank(first) > rank(second)) continue;
+        trial.spoil(second);
+        trial.spoil(first);
+        const VekStatus status = trial.call(record.call);
+        trial.mend();
+        if (status == first.status) continue;
+        return "status " + std::to_string(status) + " instead of " + std::to_string(first.status) +
+               ": " + what(first) + " before " + what(second);
+      }
+    }
+    return trial.nothingWritten() && trial.outsideIntact() ? "" : "refuses, but has written";
+  }
+
  private:
   static std::string compareLevels(const Record& record, const Case& c, uint64_t* digest) {
     std::vector<std::vector<uint8_t>> expected;
     VekStatus expectedStatus = 0;
     bool otherSide = false;
+    VekStatus defined = -1;
     if (record.define) {
       Trial trial(c, true);
-      trial.call(record.define);
+      defined = trial.call(record.define);
       expected = trial.written();
     }
     for (Level level : levels()) {
@@ -419,7 +446,7 @@ class Examination {
       if (status < 0) return "status " + std::to_string(status) + at;
       if (!trial.outsideIntact()) return "wrote outside" + at;
       if (level == Level::portable) {
-        expectedStatus = status;
+        expectedStatus = defined < 0 ? status : defined;
         if (!record.define) expected = trial.written();
         if (digest != nullptr) digestIn(*digest, static_cast<uint32_t>(status));
         if (digest != nullptr) trial.digest(*digest);
@@ -546,6 +573,10 @@ std::vector<Record> recordsOf(const std::string& family) {
 std::string runCase(const Record& record, Random& random, const Options& options,
                     uint64_t* digest) {
   return Examination::examine(record, random, options, digest);
+}
+
+std::string checkOrder(const Record& record, Random& random, const std::string& ranks) {
+  return Examination::order(record, random, ranks);
 }
 
 std::string runInThreads(const Record& record, Random& random, int threads, int rounds) {

@@ -205,7 +205,8 @@ struct Record {
   Call call;
   std::function<void(Case&)> draw;
   std::vector<std::string> also = {};  ///< other functions that a call of this one exercises
-  Call define = {};                    ///< writes what the call must write, by the definition
+  Call define = {};                    ///< writes what the call must write, by the definition; its
+                                       ///< status is the call's, or negative: any
   bool shareable = true;               ///< calls with the same arguments may run at the same time
   bool allocates = false;              ///< and lets go of all of it but what the case says
   bool mayAllocate = false;
@@ -235,6 +236,11 @@ struct Options {
 /// `digest` takes in the results.
 std::string runCase(const Record& record, Random& random, const Options& options = {},
                     uint64_t* digest = nullptr);
+
+/// Draws a case and spoils its arguments two by two: the status must be that of the fault with the
+/// lower rank. `ranks` has a digit for each parameter; an array of steps that is null ranks as the
+/// planes before it, and what is wrong behind a pointer comes last.
+std::string checkOrder(const Record& record, Random& random, const std::string& ranks);
 
 /// Draws a case and runs it in `threads` threads at once, `rounds` times in each, at every level.
 std::string runInThreads(const Record& record, Random& random, int threads, int rounds);

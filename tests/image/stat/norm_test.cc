@@ -7,8 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "image/stat/norm_scale.h"
-#include "tests/footprint/stat.h"
-#include "tests/support/differential.h"
+#include "tests/campaign/definition.h"
 
 namespace vek::test {
 namespace {
@@ -16,23 +15,8 @@ namespace {
 __extension__ typedef unsigned __int128 Wide;
 
 constexpr Vek32s top = 0x7fffffff;
-constexpr int factors[] = {INT_MIN, -300, -257, -256, -63, -62, -61, -60, -32, -31, -30, -24,
-                           -8,      -2,   -1,   0,    0,   0,   0,   1,   2,   3,   4,   8,
-                           15,      16,   23,   24,   31,  32,  33,  64,  255, 256, 257, INT_MAX};
-
-using One = VekStatus (*)(const Vek8u*, int, VekiSize, Vek32s*, int);
-using Two = VekStatus (*)(const Vek8u*, int, const Vek8u*, int, VekiSize, Vek32s*, int);
-
-/// By kind (Inf, L1, L2) and channels (1, 3).
-constexpr One norms[3][2] = {{vekiNorm_Inf_8u_C1RSfs, vekiNorm_Inf_8u_C3RSfs},
-                             {vekiNorm_L1_8u_C1RSfs, vekiNorm_L1_8u_C3RSfs},
-                             {vekiNorm_L2_8u_C1RSfs, vekiNorm_L2_8u_C3RSfs}};
-constexpr Two diffs[3][2] = {{vekiNormDiff_Inf_8u_C1RSfs, vekiNormDiff_Inf_8u_C3RSfs},
-                             {vekiNormDiff_L1_8u_C1RSfs, vekiNormDiff_L1_8u_C3RSfs},
-                             {vekiNormDiff_L2_8u_C1RSfs, vekiNormDiff_L2_8u_C3RSfs}};
-constexpr Two quotients[3][2] = {{vekiNormRel_Inf_8u_C1RSfs, vekiNormRel_Inf_8u_C3RSfs},
-                                 {vekiNormRel_L1_8u_C1RSfs, vekiNormRel_L1_8u_C3RSfs},
-                                 {vekiNormRel_L2_8u_C1RSfs, vekiNormRel_L2_8u_C3RSfs}};
+constexpr int factors[] = {INT_MIN, -300, -257, -256, -63, -62, -61, -32, -31, -2,  -1,
+                           0,       1,    2,    8,    15,  24,  31,  32,  256, 257, INT_MAX};
 
 struct Result {
   VekStatus status;
@@ -88,92 +72,80 @@ Result quotient(int kind, uint64_t d, uint64_t r, int s) {
   return {0, static_cast<Vek32s>(static_cast<Vek32u>((t / r + 1) / 2))};
 }
 
-/// The totals of v by kind and channel.
-struct Totals {
-  uint64_t at[3][3] = {};
+/// What a function computes follows from its name.
+struct Norm {
+  std::string name;
 
-  void take(int channel, uint64_t v) {
-    at[0][channel] = std::max(at[0][channel], v);
-    at[1][channel] += v;
-    at[2][channel] += v * v;
+  bool has(const char* part) const { return name.find(part) != std::string::npos; }
+
+  int kind = has("L2") ? 2 : has("L1") ? 1 : 0;
+  int channels = has("_C1") ? 1 : 3;
+  bool isOfTwo = !has("Norm_");
+
+  struct Image {
+    const Vek8u* data;
+    ptrdiff_t step;
+  };
+
+  uint64_t total(Image a, Image b, VekiSize roi, int channel) const {
+    uint64_t result = 0;
+    for (int y = 0; y < roi.height; ++y) {
+      for (int x = channel; x < roi.width * channels; x += channels) {
+        const int other = b.data == nullptr ? 0 : b.data[y * b.step + x];
+        const auto v = static_cast<uint64_t>(std::abs(a.data[y * a.step + x] - other));
+        result = kind == 0 ? std::max(result, v) : result + (kind == 1 ? v : v * v);
+      }
+    }
+    return result;
+  }
+
+  VekStatus define(const Value* v) const {
+    const auto image = [&](int i) { return Image{as<const Vek8u*>(v[i]), as<int>(v[i + 1])}; };
+    const Image a = image(0), none = {}, b = isOfTwo ? image(2) : none;
+    v += isOfTwo ? 4 : 2;
+    const auto roi = as<VekiSize>(v[0]);
+    const int s = as<int>(v[2]);
+    VekStatus worst = 0;
+    for (int c = 0; c < channels; ++c) {
+      const uint64_t d = total(a, b, roi, c);
+      const Result result =
+          has("Rel") ? quotient(kind, d, total(b, none, roi, c), s) : scaled(kind, d, s);
+      as<Vek32s*>(v[1])[c] = result.value;
+      worst = std::max(worst, result.status);
+    }
+    return worst;
   }
 };
 
-/// Runs call(pNorm) at every level and compares results and status with what `of` gives a channel.
-template <class Expected, class Call>
-void expectResults(const char* name, int kind, int channels, Expected of, Call call) {
-  SCOPED_TRACE(testing::Message() << name << " kind " << kind << " channels " << channels);
-  std::vector<uint8_t> bytes(static_cast<size_t>(4 * channels));
-  VekStatus status = 0;
-  for (int c = 0; c < channels; ++c) {
-    const Result result = of(c);
-    status = std::max(status, result.status);
-    memcpy(bytes.data() + 4 * c, &result.value, 4);
-  }
-  runAtEveryLevel({{footprint::normResult(channels), 4, 0, bytes}},
-                  [&](auto dst) { EXPECT_EQ(call(reinterpret_cast<Vek32s*>(dst[0])), status); });
-}
-
 TEST(Norm, EqualsTheDefinition) {
-  Random random(baseSeed());
-  for (int round = 0; round < 400 && !testing::Test::HasFailure(); ++round) {
-    const int channels = round % 2 == 0 ? 1 : 3, form = channels / 2;
-    const VekiSize roi = {random.size(400), random.in(1, 6)};
-    const int row = roi.width * channels;
-    const int aStep = row + (random.chance(50) ? 0 : random.in(1, 70));
-    const int bStep = random.chance(50) ? aStep : row + random.in(0, 70);
-    const auto guard = random.chance(50) ? Buffer::Guard::after : Buffer::Guard::before;
-    Buffer a(footprint::normSource(roi, channels, aStep), 1, guard);
-    Buffer b(footprint::normSource(roi, channels, bStep), 1, guard);
-    a.fill(random, allPatterns[random.in(0, 5)]);
-    b.fill(random, allPatterns[random.in(0, 5)]);
-    Totals single, second, difference;
-    const std::vector<uint8_t> p = a.contents(), q = b.contents();
-    for (size_t i = 0; i < p.size(); ++i) {
-      const int c = static_cast<int>(i % static_cast<size_t>(channels));
-      single.take(c, p[i]);
-      second.take(c, q[i]);
-      difference.take(c, static_cast<uint64_t>(std::abs(p[i] - q[i])));
-    }
-    const int s = factors[random.in(0, static_cast<int>(std::size(factors)) - 1)];
-    SCOPED_TRACE(testing::Message() << roi.width << 'x' << roi.height << " steps " << aStep << ' '
-                                    << bStep << " scale " << s);
-    for (int kind = 0; kind < 3; ++kind) {
-      expectResults(
-          "norm", kind, channels, [&](int c) { return scaled(kind, single.at[kind][c], s); },
-          [&](Vek32s* n) { return norms[kind][form](a.data(), aStep, roi, n, s); });
-      expectResults(
-          "difference", kind, channels,
-          [&](int c) { return scaled(kind, difference.at[kind][c], s); },
-          [&](Vek32s* n) {
-            return diffs[kind][form](a.data(), aStep, b.data(), bStep, roi, n, s);
-          });
-      expectResults(
-          "quotient", kind, channels,
-          [&](int c) { return quotient(kind, difference.at[kind][c], second.at[kind][c], s); },
-          [&](Vek32s* n) {
-            return quotients[kind][form](a.data(), aStep, b.data(), bStep, roi, n, s);
-          });
-    }
+  for (const Record& record : recordsOf("stat")) {
+    const Norm norm = {record.name};
+    expectDefinition(
+        record.name, [&](const Value* v) { return norm.define(v); }, 200);
   }
 }
 
 /// Long enough for every intermediate sum to be emptied, in rows that overlap to save memory: white
 /// against black, so that a lane that ran over would show.
 TEST(Norm, DoesNotOverflow) {
-  const VekiSize roi = {30000, 500};
-  const std::vector<Vek8u> white(91000, 255), black(91000, 0);
-  const uint64_t n = 30000 * 500;
-  const uint64_t total[3] = {255, n * 255, n * 255 * 255};
-  for (int kind = 0; kind < 3; ++kind) {
-    for (int channels : {1, 3}) {
-      const auto all = [&](int) { return scaled(kind, total[kind], 1); };
-      expectResults("norm", kind, channels, all, [&](Vek32s* v) {
-        return norms[kind][channels / 2](white.data(), 1, roi, v, 1);
-      });
-      expectResults("difference", kind, channels, all, [&](Vek32s* v) {
-        return diffs[kind][channels / 2](black.data(), 1, white.data(), 1, roi, v, 1);
-      });
+  constexpr int width = 30000, height = 500;
+  std::vector<Vek8u> white(91000, 255), black(91000, 0);
+  const Value step = {nullptr, {1}}, roi = {nullptr, {width, height}};
+  for (const Record& record : recordsOf("stat")) {
+    const Norm norm = {record.name};
+    if (norm.kind == 0 || norm.has("Rel")) continue;
+    const uint64_t total = uint64_t{width} * height * (norm.kind == 1 ? 255 : 255 * 255);
+    for (int s : {1, 32}) {
+      for (Level level : levels()) {
+        const LevelScope scope(level);
+        Vek32s results[3] = {};
+        std::vector<Value> v = {{white.data()}, step, roi, {results}, {nullptr, {s}}};
+        if (norm.isOfTwo) v.insert(v.begin(), {{black.data()}, step});
+        EXPECT_EQ(record.call(v.data()), 0);
+        for (int c = 0; c < norm.channels; ++c) {
+          EXPECT_EQ(results[c], scaled(norm.kind, total, s).value) << record.name;
+        }
+      }
     }
   }
 }
@@ -210,7 +182,7 @@ TEST(Norm, ScalesAnyTotal) {
 
 TEST(Norm, KnownResults) {
   const Vek8u white[12] = {255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255};
-  const Vek8u a[3] = {4, 9, 0}, b[3] = {3, 9, 0}, steps[3] = {8, 6, 0};
+  const Vek8u a[3] = {4, 0, 9}, b[3] = {3, 0, 9}, steps[3] = {8, 6, 0};
   const VekiSize square = {2, 2}, pixel = {1, 1};
   Vek32s n[3];
   const int infCases[][2] = {{0, 255}, {4, 15}, {-1, 510}, {32, 0}, {256, 255}, {INT_MIN, 255}};
@@ -228,36 +200,15 @@ TEST(Norm, KnownResults) {
   EXPECT_EQ(n[0], top);
   EXPECT_EQ(vekiNormRel_Inf_8u_C3RSfs(a, 3, b, 3, pixel, n, -2), vekStsDivByZero);
   EXPECT_EQ(n[0], 1);  // (8 / 3 + 1) >> 1
-  EXPECT_EQ(n[1], 0);
-  EXPECT_EQ(n[2], top);
+  EXPECT_EQ(n[1], top);
+  EXPECT_EQ(n[2], 0);
   // One channel that does not fit, one of zeros: the zeros decide the status.
   EXPECT_EQ(vekiNormRel_L2_8u_C3RSfs(a, 3, b, 3, pixel, n, -40), vekStsDivByZero);
   EXPECT_EQ(vekiNormRel_L2_8u_C1RSfs(a, 1, b, 1, pixel, n, -40), vekStsSqrtWrn);
 }
 
-TEST(Norm, RefusesBadArguments) {
-  Vek8u image[48] = {};
-  for (int kind = 0; kind < 3; ++kind) {
-    for (int form = 0; form < 2; ++form) {
-      Vek32s n[3] = {77, 77, 77};
-      const VekiSize good = {2, 2}, noWidth = {0, 2}, noHeight = {2, INT_MIN};
-      const One one = norms[kind][form];
-      EXPECT_EQ(one(image, 6, good, nullptr, 0), -8);
-      EXPECT_EQ(one(nullptr, 0, noWidth, n, 0), -8);
-      EXPECT_EQ(one(image, 0, noWidth, n, 0), -6);
-      EXPECT_EQ(one(image, 6, noHeight, n, 0), -6);
-      EXPECT_EQ(one(image, INT_MIN, good, n, 0), -14);
-      for (const Two two : {diffs[kind][form], quotients[kind][form]}) {
-        EXPECT_EQ(two(nullptr, 6, image, 6, noWidth, n, 0), -8);
-        EXPECT_EQ(two(image, 6, nullptr, 0, good, n, 0), -8);
-        EXPECT_EQ(two(image, 6, image, 6, good, nullptr, 0), -8);
-        EXPECT_EQ(two(image, 0, image, 6, noHeight, n, 0), -6);
-        EXPECT_EQ(two(image, 0, image, 6, good, n, 0), -14);
-        EXPECT_EQ(two(image, 6, image, -6, good, n, 0), -14);
-      }
-      EXPECT_EQ(n[0] + n[1] + n[2], 231);
-    }
-  }
+TEST(Norm, AnswersFaultsInOrder) {  // sizes before steps
+  expectOrder("stat", {{"Norm_", "0210"}, {"", "020210"}});
 }
 
 }  // namespace
