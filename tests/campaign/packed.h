@@ -150,10 +150,12 @@ inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels,
       case Part::weights:
       case Part::matrix: {
         std::vector<Vek32s> values;
-        const int magnitudes[] = {16384, 60000, 524287, 0x7FFFFFFF};
+        const int magnitudes[] = {16384, 32768, 524288, 0x7FFFFFFF};
         const int most = random.of(magnitudes);
         for (int i = 0; i < (part == Part::matrix ? 12 : 3); ++i) {
-          values.push_back(random.chance(15) ? most * random.in(-1, 1) : random.in(-most, most));
+          const bool anyOffset = i % 4 == 3 && random.chance(30);
+          const int limit = anyOffset ? 0x7FFFFFFF : most;
+          values.push_back(random.chance(15) ? limit * random.in(-1, 1) : random.in(-limit, limit));
         }
         c.pointer(c.objects(values));
         break;

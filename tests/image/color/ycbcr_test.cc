@@ -2,17 +2,9 @@
 
 #include "vek/image.h"
 
-#include <algorithm>
 #include <array>
-#include <climits>
-#include <functional>
-#include <gtest/gtest.h>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include "tests/support/differential.h"
+#include "tests/campaign/definition.h"
 
 namespace vek::test {
 namespace {
@@ -20,103 +12,26 @@ namespace {
 using footprint::Layout;
 using Color = std::array<int, 3>;
 
-// ---- The functions under test, called alike ----
-
-/// The arguments for one side of a call, given as whatever type the function takes them.
-struct Side {
-  Vek8u* planes[3] = {};
-  Vek8u* const* array = planes;
-  int steps[3] = {};
-  const int* stepArray = steps;
-
-  Side() = default;
-  Side(const Side&) = delete;
-
-  operator Vek8u*() const { return planes[0]; }
-  operator const Vek8u*() const { return planes[0]; }
-  operator Vek16u*() const { return reinterpret_cast<Vek16u*>(planes[0]); }
-  operator Vek8u* const*() const { return array; }
-  operator const Vek8u* const*() const { return array; }
-  operator int() const { return steps[0]; }
-  operator const int*() const { return stepArray; }
-};
-
-struct Args {
-  Side src, dst;
-  VekiSize size = {};
-};
-
-using Call = std::function<VekStatus(const Args&)>;
-
-template <class Src, class SrcStep, class Dst, class DstStep>
-Call bind(VekStatus (*f)(Src, SrcStep, Dst, DstStep, VekiSize)) {
-  return [f](const Args& a) {
-    return f(static_cast<Src>(a.src), static_cast<SrcStep>(a.src), static_cast<Dst>(a.dst),
-             static_cast<DstStep>(a.dst), a.size);
-  };
-}
-
-template <class Src, class Dst>
-Call bind(VekStatus (*f)(Src, Dst, VekiSize)) {
-  return [f](const Args& a) { return f(static_cast<Src>(a.src), static_cast<Dst>(a.dst), a.size); };
-}
-
-struct Member : footprint::ColorNames {
-  Call call;
-  /// Faults in the order in which they are answered: P source pointers, Q array of steps, S source
-  /// steps, D destination pointers, T destination steps, W size. A space separates the places.
-  const char* checks;
-
+/// What a function does follows from its name.
+struct Names : footprint::ColorNames {
   bool yuv = has("YUV"), bgr = has("BGR");
   int format = has("565") ? 565 : has("555") ? 555 : 444;
 };
 
-Member member(const char* name, Call call, const char* checks) {
-  return {{name}, std::move(call), checks};
+/// All records but those of the other colour models.
+std::vector<Record> conversions() {
+  std::vector<Record> records = recordsOf("color");
+  std::erase_if(records, [](const Record& r) {
+    return r.name.find("YCbCr") == std::string::npos && r.name.find("YUV") == std::string::npos;
+  });
+  return records;
 }
-
-#define MEMBER(f, checks) member(#f, bind(f), checks)
-#define FORMATS(prefix, suffix, checks)                                               \
-  MEMBER(prefix##RGB565##suffix, checks), MEMBER(prefix##RGB555##suffix, checks),     \
-      MEMBER(prefix##RGB444##suffix, checks), MEMBER(prefix##BGR565##suffix, checks), \
-      MEMBER(prefix##BGR555##suffix, checks), MEMBER(prefix##BGR444##suffix, checks)
-
-const std::vector<Member>& members() {
-  static const std::vector<Member> all = {
-      FORMATS(vekiYCbCr420To, _8u16u_P3C3R, "PQ S D T W"),
-      FORMATS(vekiYUV420To, _8u16u_P3C3R, "PQ S D T W"),
-      FORMATS(vekiYCbCrTo, _8u16u_P3C3R, "DP ST W"),
-      FORMATS(vekiYCbCr422To, _8u16u_C2C3R, "DP ST W"),
-      FORMATS(vekiYCbCrTo, _8u16u_C3R, "DP ST W"),
-      MEMBER(vekiRGBToYCbCr_8u_C3R, "DP W ST"),
-      MEMBER(vekiYCbCrToRGB_8u_C3R, "DP W ST"),
-      MEMBER(vekiRGBToYCbCr422_8u_C3C2R, "DP W ST"),
-      MEMBER(vekiYCbCr422ToRGB_8u_C2C3R, "DP W ST"),
-      MEMBER(vekiRGBToYUV_8u_C3R, "DP W ST"),
-      MEMBER(vekiYUVToRGB_8u_C3R, "DP W ST"),
-      MEMBER(vekiRGBToYUV422_8u_C3C2R, "DP W ST"),
-      MEMBER(vekiYUV422ToRGB_8u_C2C3R, "DP W ST"),
-      MEMBER(vekiRGBToYUV420_8u_C3P3R, "W P S DQ T"),
-      MEMBER(vekiRGBToYUV422_8u_C3P3R, "W P S DQ T"),
-      MEMBER(vekiYUV420ToRGB_8u_P3C3R, "W QPD ST"),
-      MEMBER(vekiYUV422ToRGB_8u_P3C3R, "W QPD ST"),
-      MEMBER(vekiRGBToYUV_8u_C3P3R, "DP W ST"),
-      MEMBER(vekiYUVToRGB_8u_P3C3R, "W P S D T"),
-      MEMBER(vekiRGBToYUV420_8u_C3P3, "PD W"),
-      MEMBER(vekiRGBToYUV422_8u_C3P3, "PD W"),
-      MEMBER(vekiYUV420ToRGB_8u_P3C3, "PD W"),
-      MEMBER(vekiYUV422ToRGB_8u_P3C3, "PD W"),
-  };
-  return all;
-}
-
-// ---- The definitions ----
 
 int sat8(int v) {
   return std::clamp(v, 0, 255);
 }
 
-Color fromRgb(const Member& f, Color rgb) {
+Color fromRgb(const Names& f, Color rgb) {
   const auto [r, g, b] = rgb;
   if (!f.yuv) {
     return {(263 * r + 516 * g + 100 * b + 16896) >> 10,
@@ -129,7 +44,7 @@ Color fromRgb(const Member& f, Color rgb) {
           sat8(128 + ((630 * r - 527 * g - 102 * b) >> 10))};
 }
 
-Color toRgb(const Member& f, Color yuv) {
+Color toRgb(const Names& f, Color yuv) {
   const auto [y, u, v] = yuv;
   if (f.yuv) {
     if (f.shared) {
@@ -152,7 +67,7 @@ Color toRgb(const Member& f, Color yuv) {
           sat8((luma + 2065 * (u - 128)) >> 10)};
 }
 
-int packedWord(const Member& f, Color rgb) {
+int packedWord(const Names& f, Color rgb) {
   if (f.bgr) std::swap(rgb[0], rgb[2]);
   const auto [high, g, low] = rgb;
   if (f.format == 565) return high >> 3 << 11 | g >> 2 << 5 | low >> 3;
@@ -196,7 +111,7 @@ Color average(const Picture& rgb, VekiSize size, int x0, int y0, int rows) {
   return sum;
 }
 
-void define(const Member& f, const Picture& src, const Picture& dst, VekiSize size) {
+void define(const Names& f, const Picture& src, const Picture& dst, VekiSize size) {
   const int blockRows = f.rows2 ? 2 : 1;
   for (int y = 0; y < size.height; ++y) {
     for (int x = 0; x < size.width; ++x) {
@@ -220,84 +135,75 @@ void define(const Member& f, const Picture& src, const Picture& dst, VekiSize si
   }
 }
 
-// ---- Comparisons ----
-
-/// Source and destination of a call, with the steps that the function can express.
-struct Images {
-  int srcSteps[3], dstSteps[3];
-  std::vector<std::unique_ptr<Buffer>> src;
-  std::vector<Destination> dst;
-
-  /// Rows are padded by up to `padding` bytes where the function takes steps.
-  Images(const Member& f, VekiSize size, int padding, Random& random) {
-    const auto steps = [&](Layout layout, int* out) {
-      for (int p = 0; p < 3; ++p) {
-        const auto bytes = footprint::colorPlane(layout, p, size, 0).bytes;
-        out[p] = static_cast<int>(bytes) + (f.tight ? 0 : random.in(0, padding));
-        if (f.oneStep) out[p] = out[0];
-      }
-    };
-    steps(f.src, srcSteps);
-    steps(f.dst, dstSteps);
-    for (int p = 0; p < footprint::planeCount(f.src); ++p) {
-      const Area area = footprint::colorPlane(f.src, p, size, srcSteps[p]);
-      src.push_back(std::make_unique<Buffer>(area, 1, Buffer::Guard::after));
-    }
-    for (int p = 0; p < footprint::planeCount(f.dst); ++p) {
-      const size_t offset = static_cast<size_t>(random.in(0, 63));
-      dst.push_back({footprint::colorPlane(f.dst, p, size, dstSteps[p]), 64, offset});
-    }
+/// The image that the arguments from v on describe; moves v behind them.
+Picture pictureOf(const Names& f, Layout layout, const Value*& v, VekiSize size) {
+  const int planes = footprint::planeCount(layout);
+  Picture picture = {layout, {}, {}};
+  for (int p = 0; p < planes; ++p) {
+    picture.data[p] = planes == 1 ? as<uint8_t*>(v[0]) : as<uint8_t* const*>(v[0])[p];
+    picture.step[p] = f.tight                    ? footprint::colorPlane(layout, p, size, 0).bytes
+                      : planes == 1 || f.oneStep ? as<int>(v[1])
+                                                 : as<const int*>(v[1])[p];
   }
-
-  Picture source(const Member& f) const {
-    Picture picture = {f.src, {}, {srcSteps[0], srcSteps[1], srcSteps[2]}};
-    for (size_t p = 0; p < src.size(); ++p) picture.data[p] = src[p]->data();
-    return picture;
-  }
-};
-
-void compare(const Member& f, VekiSize size, Images& images) {
-  SCOPED_TRACE(testing::Message() << f.name << ' ' << size.width << 'x' << size.height);
-  Picture expected = {f.dst, {}, {}};
-  for (size_t p = 0; p < images.dst.size(); ++p) {
-    Destination& d = images.dst[p];
-    d.expected.resize(static_cast<size_t>(d.area.bytes * d.area.rows));
-    expected.data[p] = d.expected.data();
-    expected.step[p] = d.area.bytes;
-  }
-  define(f, images.source(f), expected, size);
-  runAtEveryLevel(images.dst, [&](const std::vector<uint8_t*>& pointers) {
-    Args a;
-    for (size_t p = 0; p < images.src.size(); ++p) a.src.planes[p] = images.src[p]->data();
-    std::copy(pointers.begin(), pointers.end(), a.dst.planes);
-    std::copy(images.srcSteps, images.srcSteps + 3, a.src.steps);
-    std::copy(images.dstSteps, images.dstSteps + 3, a.dst.steps);
-    a.size = size;
-    EXPECT_EQ(f.call(a), vekStsNoErr);
-  });
+  v += f.tight ? 1 : 2;
+  return picture;
 }
 
 TEST(Ycbcr, EqualsTheDefinition) {
-  Random random(baseSeed());
-  for (const Member& f : members()) {
-    for (int round = 0; round < 40 && !HasFailure(); ++round) {
-      const VekiSize size = {round == 0 ? 1 : random.size(200), round == 0 ? 1 : random.in(1, 5)};
-      Images images(f, size, random.in(0, 1) * 40, random);
-      const Pattern pattern = allPatterns[random.in(0, 5)];
-      for (auto& p : images.src) p->fill(random, random.chance(50) ? pattern : Pattern::noise);
-      compare(f, size, images);
+  for (const Record& record : conversions()) {
+    const Names f = {{record.name}};
+    const auto defined = [&](const Value* v) {
+      const auto size = as<VekiSize>(v[f.tight ? 2 : 4]);
+      const Picture src = pictureOf(f, f.src, v, size);
+      define(f, src, pictureOf(f, f.dst, v, size), size);
+      return vekStsNoErr;
+    };
+    expectDefinition(record.name, defined, 80);
+  }
+}
+
+/// An image without padding.
+struct Image {
+  Layout layout;
+  int steps[3] = {};
+  std::vector<uint8_t> bytes[3] = {};
+  uint8_t* planes[3] = {};
+
+  Image(Layout l, VekiSize size) : layout(l) {
+    for (int p = 0; p < footprint::planeCount(l); ++p) {
+      const Area area = footprint::colorPlane(l, p, size, 0);
+      steps[p] = static_cast<int>(area.bytes);
+      bytes[p].resize(static_cast<size_t>(area.bytes * area.rows));
+      planes[p] = bytes[p].data();
     }
   }
+
+  Picture picture() const {
+    return {layout, {planes[0], planes[1], planes[2]}, {steps[0], steps[1], steps[2]}};
+  }
+  void addTo(std::vector<Value>& arguments, const Names& f) {
+    const bool planar = footprint::planeCount(layout) == 3;
+    arguments.push_back({planar ? static_cast<void*>(planes) : planes[0]});
+    if (!f.tight) arguments.push_back({steps, {steps[0]}});
+  }
+};
+
+void convert(const Record& record, const Names& f, Image& src, Image& dst, VekiSize size) {
+  std::vector<Value> arguments;
+  src.addTo(arguments, f);
+  dst.addTo(arguments, f);
+  arguments.push_back({nullptr, {size.width, size.height}});
+  EXPECT_EQ(record.call(arguments.data()), vekStsNoErr);
 }
 
 /// Every combination of 52 values of each component, extremes included; the two pixels of a pair
 /// differ in the first.
 TEST(Ycbcr, CoversTheColourCube) {
-  Random random(baseSeed() + 1);
   const VekiSize size = {104, 104 * 26};
-  for (const Member& f : members()) {
-    Images images(f, size, 0, random);
-    const Picture source = images.source(f);
+  for (const Record& record : conversions()) {
+    const Names f = {{record.name}};
+    Image src(f.src, size), dst(f.dst, size), expected(f.dst, size);
+    const Picture source = src.picture();
     for (int y = 0; y < size.height; ++y) {
       for (int x = 0; x < size.width; ++x) {
         const int first = 5 * (y / 104 * 2 + y % 2);
@@ -306,8 +212,15 @@ TEST(Ycbcr, CoversTheColourCube) {
         source.at(2, x, y) = static_cast<uint8_t>(5 * (y / 2 % 52));
       }
     }
-    compare(f, size, images);
-    if (HasFailure()) return;
+    define(f, source, expected.picture(), size);
+    for (Level level : levels()) {
+      const LevelScope scope(level);
+      convert(record, f, src, dst, size);
+      for (int p = 0; p < 3; ++p) {
+        ASSERT_TRUE(sameBytes(expected.bytes[p], dst.bytes[p], dst.steps[p]))
+            << f.name << ", plane " << p << " at level " << name(level);
+      }
+    }
   }
 }
 
@@ -333,84 +246,31 @@ TEST(Ycbcr, KnownColours) {
       {"vekiYCbCr420ToRGB565_8u16u_P3C3R", {81, 90, 240}, {0x00, 0xF8}},
       {"vekiYCbCr422ToBGR565_8u16u_C2C3R", {81, 90, 240}, {0x1F, 0x00}},
   };
+  const std::vector<Record> records = conversions();
   for (const Case& c : cases) {
-    const auto f = std::find_if(members().begin(), members().end(),
-                                [&](const Member& m) { return m.name == c.function; });
-    ASSERT_NE(f, members().end()) << c.function;
-    for (Level level : levels()) {
-      const LevelScope scope(level);
-      Vek8u src[3][4] = {}, dst[3][4] = {};
-      Args a;
-      for (int i = 0; i < 3; ++i) {
-        a.src.planes[i] = src[i], a.dst.planes[i] = dst[i];
-        a.src.steps[i] = a.dst.steps[i] = 4;
-        Picture{f->src, {src[0], src[1], src[2]}, {}}.at(i, 0, 0) = static_cast<Vek8u>(c.from[i]);
-      }
-      a.size = {1, 1};
-      EXPECT_EQ(f->call(a), vekStsNoErr);
-      for (int i = 0; i < (f->packed ? 2 : 3); ++i) {
-        EXPECT_EQ((Picture{f->dst, {dst[0], dst[1], dst[2]}, {}}.at(i, 0, 0)), c.to[i])
-            << c.function;
-      }
+    const auto record = std::find_if(records.begin(), records.end(),
+                                     [&](const Record& r) { return r.name == c.function; });
+    ASSERT_NE(record, records.end()) << c.function;
+    const Names f = {{c.function}};
+    Image src(f.src, {1, 1}), dst(f.dst, {1, 1});
+    for (int i = 0; i < 3; ++i) src.picture().at(i, 0, 0) = static_cast<Vek8u>(c.from[i]);
+    convert(*record, f, src, dst, {1, 1});
+    for (int i = 0; i < (f.packed ? 2 : 3); ++i) {
+      EXPECT_EQ(dst.picture().at(i, 0, 0), c.to[i]) << c.function;
     }
   }
 }
 
-// ---- Arguments ----
-
-using Fault = std::function<void(Args&)>;
-
-/// All faults of a kind that f's arguments can show.
-std::vector<Fault> faults(const Member& f, char kind) {
-  if (kind == 'W') {
-    return {[](Args& a) { a.size.width = 0; }, [](Args& a) { a.size.height = INT_MIN; }};
-  }
-  const bool source = kind == 'P' || kind == 'S' || (kind == 'Q' && !f.forward);
-  const auto side = [source](Args& a) -> Side& { return source ? a.src : a.dst; };
-  if (kind == 'Q') return {[side](Args& a) { side(a).stepArray = nullptr; }};
-  const bool pointers = kind == 'P' || kind == 'D';
-  const int planes = footprint::planeCount(source ? f.src : f.dst);
-  std::vector<Fault> list;
-  for (int p = 0; p < (pointers || !f.oneStep ? planes : 1); ++p) {
-    list.push_back([=](Args& a) {
-      if (pointers) side(a).planes[p] = nullptr;
-      if (!pointers) side(a).steps[p] = p == 1 ? INT_MIN : -p;
-    });
-  }
-  if (pointers && planes == 3) list.push_back([side](Args& a) { side(a).array = nullptr; });
-  return list;
-}
-
-VekStatus statusOf(char kind) {
-  return kind == 'W'                  ? vekStsSizeErr
-         : kind == 'S' || kind == 'T' ? vekStsStepErr
-                                      : vekStsNullPtrErr;
-}
-
-/// Each fault alone, and together with each fault that is answered later.
-TEST(Ycbcr, AnswersFaultsInOrder) {
-  for (const Member& f : members()) {
-    const std::string checks = f.checks;
-    for (size_t i = 0; i < checks.size(); ++i) {
-      for (size_t j = i; j < checks.size(); ++j) {
-        if (checks[i] == ' ' || checks[j] == ' ') continue;
-        for (const Fault& earlier : faults(f, checks[i])) {
-          for (const Fault& later : faults(f, checks[j])) {
-            Vek8u src[3][64] = {}, dst[3][64] = {};
-            Args a;
-            for (int p = 0; p < 3; ++p) {
-              a.src.planes[p] = src[p], a.dst.planes[p] = dst[p];
-              a.src.steps[p] = a.dst.steps[p] = 8;
-            }
-            a.size = {2, 2};
-            later(a);
-            earlier(a);
-            EXPECT_EQ(f.call(a), statusOf(checks[i])) << f.name << ' ' << checks[i] << checks[j];
-          }
-        }
-      }
-    }
-  }
+TEST(Colour, AnswersFaultsInOrder) {
+  expectOrder("color", {{"420To.*16u", "01234"},  // source by source, then the destination
+                        {"GrayQ14", "010132"},
+                        {"16u|Gray|LUV", "01012"},  // steps before the size
+                        {"YUV42._8u_C3P3R", "12340"},
+                        {"YUV42.ToRGB_8u_P3C3R", "12120"},
+                        {"YUVToRGB_8u_P3C3R", "12340"},
+                        {"P3$|P3C3$", "001"},
+                        {"Twist", "0.0.10"},
+                        {"", "02021"}});
 }
 
 TEST(Ycbcr, ExportsItsTables) {
