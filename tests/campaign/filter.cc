@@ -20,7 +20,10 @@ int channelsOf(const std::string& name) {
 /// Source, destination and region of a filter; `anchor` is the pixel's place in what it reads.
 void drawImages(Case& c, int channels, VekiSize mask, VekiPoint anchor, VekiSize most) {
   VekiSize roi = {c.random.size(most.width), c.random.in(1, most.height)};
-  if (c.random.chance(1) && mask.width * mask.height < 200) roi.width = c.random.in(1000, 6000);
+  const int area = mask.width * mask.height;
+  if (c.random.chance(8) && area < 1000) {  // several strips
+    roi = {c.random.in(300, area < 60 ? 6000 : area < 200 ? 1500 : 450), 2};
+  }
   Neighbourhood n = {channels, roi, mask, anchor, 0, 0};
   n.srcStep = c.step(footprint::filterSource(n).bytes, roi.height + mask.height - 1, {}, Use::in);
   n.dstStep = c.step(footprint::filterDestination(n).bytes, roi.height);
@@ -56,28 +59,44 @@ Record medianColor(const char* name, Color f) {
           }};
 }
 
+const Refused noAnchor = {vekStsAnchorErr, {-1, INT_MIN, INT_MAX}};
+
+void numberAnchor(Case& c, VekiPoint anchor, VekiSize size) {
+  c.pair(anchor.x, anchor.y, noAnchor);
+  c.alsoRefuse(0, size.width);
+  c.alsoRefuse(1, size.height);
+}
+
 /// Box and median.
 Record masked(const char* name, Masked f, bool median) {
   return {name, bind(f), [channels = channelsOf(name), median](Case& c) {
             Random& random = c.random;
             VekiSize mask;
-            if (median) {
+            // Where the kernels change: sums, factors and counters that just fit or do not.
+            const VekiSize boxes[] = {{2, 43}, {6, 17},   {15, 8},  {43, 3},  {16, 16},
+                                      {43, 6}, {2, 128},  {2, 258}, {48, 85}, {48, 86},
+                                      {49, 6}, {15, 257}, {15, 258}};
+            const VekiSize medians[] = {{5, 51},  {7, 37},   {33, 21},   {35, 5},  {5, 87},
+                                        {129, 5}, {131, 5},  {257, 3},   {1, 255}, {3, 255},
+                                        {41, 21}, {129, 33}, {129, 255}, {901, 75}};
+            if (random.chance(15)) {
+              mask = median ? random.of(medians) : random.of(boxes);
+            } else if (median) {
               const int sides[] = {1, 3, 5, 7, 9, 11, 13};
               mask.width = random.of(sides);
               mask.height = random.chance(50) ? mask.width : random.of(sides);
               if (random.chance(5)) mask.width = 2 * random.in(0, 80) + 1;
-              if (random.chance(5)) mask.height = 2 * random.in(0, 127) + 1;
             } else {
               mask.width = random.in(2, random.chance(10) ? 130 : 20);
               mask.height = random.in(2, random.chance(10) ? 70 : 12);
             }
             const VekiPoint anchor = drawAnchor(random, mask);
-            const bool large = mask.width * mask.height > 1000;
-            drawImages(c, channels, mask, anchor, {large ? 40 : 150, large ? 3 : 6});
-            const Refused sizes = {vekStsMaskSizeErr, {0, -1, INT_MIN}};
-            c.pair(mask.width, mask.height,
-                   median ? Refused{sizes.status, {0, 2, -1, INT_MIN}} : sizes);
-            c.pair(anchor.x, anchor.y, {vekStsAnchorErr, {-1, INT_MIN, INT_MAX}});
+            const int area = mask.width * mask.height;
+            const VekiSize most = {area > 10000 ? 12 : area > 1000 ? 70 : 150, area > 1000 ? 3 : 6};
+            drawImages(c, channels, mask, anchor, most);
+            c.pair(mask.width, mask.height, {vekStsMaskSizeErr, {median ? 2 : 1, 0, -1, INT_MIN}});
+            if (median) c.alsoRefuse(1, 257);
+            numberAnchor(c, anchor, mask);
           }};
 }
 
@@ -110,7 +129,6 @@ void drawKernelArguments(Case& c, const std::vector<Vek32s>& entries) {
 }
 
 const Refused noSize = {vekStsSizeErr, {1, 0, -1, INT_MIN}};
-const Refused noAnchor = {vekStsAnchorErr, {-1, INT_MIN, INT_MAX}};
 const Refused noDivisor = {vekStsDivisorErr, {0, -1, INT_MIN}};
 
 Record plane(const char* name, Plane f) {
@@ -124,14 +142,14 @@ Record plane(const char* name, Plane f) {
                        {150, 5});
             drawKernelArguments(c, entries);
             c.pair(size.width, size.height, noSize);
-            c.pair(anchor.x, anchor.y, noAnchor);
+            numberAnchor(c, anchor, size);
             c.number(divisor, noDivisor);
           }};
 }
 
 Record line(const char* name, Line f, bool row) {
   return {name, bind(f), [channels = channelsOf(name), row](Case& c) {
-            const int n = c.random.in(2, c.random.chance(5) ? 70 : 12);
+            const int n = c.random.in(2, c.random.chance(5) ? 140 : 12);
             const int anchor = c.random.in(0, n - 1), before = n - 1 - anchor;
             int divisor;
             const auto entries = drawKernel(c.random, static_cast<size_t>(n), divisor);
@@ -140,6 +158,7 @@ Record line(const char* name, Line f, bool row) {
             drawKernelArguments(c, entries);
             c.number(n, noSize);
             c.number(anchor, noAnchor);
+            c.alsoRefuse(0, n);
             c.number(divisor, noDivisor);
           }};
 }
