@@ -40,10 +40,13 @@ extern "C" {
  *   R = sat8((1024 Y + 1167 V - 148910) >> 10)
  *   G = sat8((1024 Y - 403 U - 595 V + 128307) >> 10)
  *   B = sat8((1024 Y + 2081 U - 265826) >> 10)       (rounded)
- * With chroma that pixels share (4:2:2, 4:2:0), and for 16-bit pixels, with u = U - 128, v = V -
- * 128: U = sat8(128 + ((504 (B - Y)) >> 10)) V = sat8(128 + ((898 (R - Y)) >> 10)) R = sat8(Y +
- * ((1167 v) >> 10)) G = sat8(Y + ((-403 u - 595 v) >> 10)) B = sat8(Y + ((2081 u) >> 10))
- * (truncated)
+ * With chroma that pixels share (4:2:2, 4:2:0), and for 16-bit pixels, truncated as well, with
+ * u = U - 128 and v = V - 128:
+ *   U = sat8(128 + ((504 (B - Y)) >> 10))
+ *   V = sat8(128 + ((898 (R - Y)) >> 10))
+ *   R = sat8(Y + ((1167 v) >> 10))
+ *   G = sat8(Y + ((-403 u - 595 v) >> 10))
+ *   B = sat8(Y + ((2081 u) >> 10))
  *
  * Shared chroma. In 4:2:2 one chroma pair serves the pixels 2k and 2k + 1 of a row, in 4:2:0 the
  * 2 x 2 block of rows 2j, 2j + 1 and columns 2k, 2k + 1: co-sited with none of them, used for each
@@ -103,8 +106,8 @@ VEK_API VekStatus vekiYUV420ToBGR444_8u16u_P3C3R(const Vek8u* const pSrc[3], con
 
 /** Planar 4:4:4 YCbCr to 16-bit pixels. srcStep is the step of all three planes.
  *
- *  Checks, in this order: pDst, pSrc or one of its planes null: vekStsNullPtrErr; srcStep or
- * dstStep below 1: vekStsStepErr; width or height below 1: vekStsSizeErr. */
+ *  Checks, in this order: pDst, pSrc or one of its planes null: vekStsNullPtrErr; a step below 1:
+ *  vekStsStepErr; width or height below 1: vekStsSizeErr. */
 VEK_API VekStatus vekiYCbCrToRGB565_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
                                                 Vek16u* pDst, int dstStep, VekiSize roiSize);
 VEK_API VekStatus vekiYCbCrToRGB555_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
@@ -237,8 +240,7 @@ VEK_API extern const Vek32s YUV_RGB[4];
 
 /** Clamp tables: entry i of each is i clamped to 0..15 (SAT16_DK), 0..31 (SAT32_DK), 0..63
  *  (SAT64_DK) and 0..255 (SAT_DK). The pointers lead to the entries of index 0. Indices may run
- * from -24 to 47, -48 to 95, -96 to 191 and -376 to 751; the tables lie back to back in this order.
- */
+ *  over -24..47, -48..95, -96..191 and -376..751; the tables lie back to back in this order. */
 VEK_API extern const Vek8u* const SAT16_DK;
 VEK_API extern const Vek8u* const SAT32_DK;
 VEK_API extern const Vek8u* const SAT64_DK;
@@ -464,8 +466,8 @@ VEK_API VekStatus vekiLShiftC_8u_C1R(const Vek8u* pSrc, int srcStep, Vek32u valu
 VEK_API VekStatus vekiLShiftC_8u_C3R(const Vek8u* pSrc, int srcStep, const Vek32u value[3],
                                      Vek8u* pDst, int dstStep, VekiSize roiSize);
 
-/** Thresholds: samples above (GT) or below (LT) a threshold are replaced by it, or (Val) by a
- * value. Comparisons are strict: a sample equal to its threshold stays.
+/** Thresholds: samples above (GT) or below (LT) a threshold become it, or (Val) become a value.
+ *  Comparisons are strict: a sample equal to its threshold stays.
  *
  *  GT:          src > threshold ? threshold : src
  *  LT:          src < threshold ? threshold : src
