@@ -4,16 +4,12 @@
 #include <climits>
 
 #include "tests/campaign/packed.h"
-#include "tests/footprint/pointwise.h"
 
 namespace vek::test {
 
 std::vector<Record> arithRecords() {
-  const Manners plain = {
-      footprint::pointwise, true, {}, {INT_MIN, -9, -8, -7, 0, 1, 7, 8, 15, 16, 17, INT_MAX}};
-  Manners anyStep = plain;
-  anyStep.steps.any = true;
-  anyStep.steps.refused = {};
+  const Manners plain = {true, {}, {INT_MIN, -9, -8, -7, 0, 1, 7, 8, 15, 16, 17, INT_MAX}};
+  const Manners anyStep = {true, anySteps};
   return {
       VEK_C1_C3(packed, vekiAdd, RSfs, plain),
       VEK_C1_C3(packed, vekiAddC, RSfs, plain),

@@ -2,7 +2,6 @@
 #include "vek/image.h"
 
 #include "tests/campaign/packed.h"
-#include "tests/footprint/color_models.h"
 #include "tests/footprint/ycbcr.h"
 
 namespace vek::test {
@@ -12,9 +11,7 @@ using footprint::ColorNames;
 using footprint::Layout;
 
 /// The images of one side of a conversion: one or three planes, with one step, three, or none.
-template <class Pointer, class Step>
 void drawSide(Case& c, const ColorNames& f, Layout layout, VekiSize size, Use use) {
-  constexpr bool steps = std::is_same_v<Step, const int*>;
   const int planes = footprint::planeCount(layout);
   int step[3] = {}, blocks[3];
   for (int p = 0; p < planes; ++p) {
@@ -24,40 +21,26 @@ void drawSide(Case& c, const ColorNames& f, Layout layout, VekiSize size, Use us
                                  : c.step(bytes, size.height, {}, use);
     blocks[p] = c.memory(use, footprint::colorPlane(layout, p, size, step[p]));
   }
-  if constexpr (std::is_same_v<std::remove_const_t<std::remove_pointer_t<Pointer>>, Vek8u*> ||
-                std::is_same_v<std::remove_const_t<std::remove_pointer_t<Pointer>>, const Vek8u*>) {
-    c.planes(blocks, {1, 1, 1});
-  } else {
+  if (planes == 1) {
     c.pointer(blocks[0]);
+  } else {
+    c.planes(blocks, {1, 1, 1});
   }
-  if constexpr (steps) {
-    c.numbers(step, Steps{}.refused);
-  } else if constexpr (std::is_same_v<Step, int>) {
+  if (f.tight) return;
+  if (planes == 1 || f.oneStep) {
     c.number(step[0], Steps{}.refused);
+  } else {
+    c.numbers(step, Steps{}.refused);
   }
 }
 
-VekiSize drawSize(Random& random) {
-  const int width = random.chance(2) ? random.in(300, 5000) : random.size(200);
-  return {width, random.in(1, 6)};
-}
-
-template <class Src, class SrcStep, class Dst, class DstStep>
-Record planar(const char* name, VekStatus (*f)(Src, SrcStep, Dst, DstStep, VekiSize)) {
+template <class... A>
+Record planar(const char* name, VekStatus (*f)(A...)) {
   return {name, bind(f), [names = ColorNames{name}](Case& c) {
-            const VekiSize size = drawSize(c.random);
-            drawSide<Src, SrcStep>(c, names, names.src, size, Use::in);
-            drawSide<Dst, DstStep>(c, names, names.dst, size, Use::out);
-            c.roi(size);
-          }};
-}
-
-template <class Src, class Dst>
-Record planar(const char* name, VekStatus (*f)(Src, Dst, VekiSize)) {
-  return {name, bind(f), [names = ColorNames{name}](Case& c) {
-            const VekiSize size = drawSize(c.random);
-            drawSide<Src, void>(c, names, names.src, size, Use::in);
-            drawSide<Dst, void>(c, names, names.dst, size, Use::out);
+            const int width = c.random.chance(2) ? c.random.in(300, 5000) : c.random.size(200);
+            const VekiSize size = {width, c.random.in(1, 6)};
+            drawSide(c, names, names.src, size, Use::in);
+            drawSide(c, names, names.dst, size, Use::out);
             c.roi(size);
           }};
 }
@@ -70,10 +53,7 @@ Record planar(const char* name, VekStatus (*f)(Src, Dst, VekiSize)) {
 }  // namespace
 
 std::vector<Record> colorRecords() {
-  const Manners model = {footprint::pixels};
-  Manners anyStep = model;
-  anyStep.steps.any = true;
-  anyStep.steps.refused = {};
+  const Manners model, anyStep = {false, anySteps};
   return {
       planar(VEK_NAMED(vekiRGBToYCbCr422_8u_C3C2R)),
       planar(VEK_NAMED(vekiRGBToYCbCr_8u_C3R)),

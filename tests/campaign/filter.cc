@@ -6,7 +6,6 @@
 #include <climits>
 
 #include "tests/campaign/packed.h"
-#include "tests/footprint/pointwise.h"
 
 namespace vek::test {
 namespace {
@@ -166,7 +165,7 @@ Record line(const char* name, Line f, bool row) {
 }  // namespace
 
 std::vector<Record> filterRecords() {
-  Manners mirror = {footprint::pointwise};
+  Manners mirror;
   mirror.steps.refused.status = vekStsSizeErr;
   mirror.numbers = {0, 1, 2};
   mirror.refusedNumbers = {vekStsMirrorFlipErr, {-1, 3, INT_MIN, INT_MAX}};

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "tests/campaign/campaign.h"
+#include "tests/footprint/pixels.h"
 
 namespace vek::test {
 
@@ -52,9 +53,11 @@ std::vector<Part> partsOf(VekStatus (*)(A...)) {
   return parts;
 }
 
+/// Steps that are not tested.
+inline const Steps anySteps = {1, true, true, {}};
+
 /// What a family's functions have of their own.
 struct Manners {
-  Area (*area)(VekiSize roi, int channels, int step);
   bool inPlace = false;
   Steps steps = {};
   std::vector<int> numbers = {0};  ///< likely values of its int
@@ -92,8 +95,8 @@ inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels,
         const Use use = !source ? Use::out : ++seen == place ? Use::inOut : Use::in;
         const int channels = source ? srcChannels : dstChannels;
         const int step =
-            c.step(manners.area(roi, channels, 0).bytes, roi.height, manners.steps, use);
-        const int block = c.memory(use, manners.area(roi, channels, step));
+            c.step(footprint::pixels(roi, channels, 0).bytes, roi.height, manners.steps, use);
+        const int block = c.memory(use, footprint::pixels(roi, channels, step));
         if (use == Use::inOut) shared = block, sharedStep = step;
         c.pointer(block);
         c.number(step, manners.steps.refused);
@@ -145,7 +148,7 @@ inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels,
         break;
       }
       case Part::results:
-        c.pointer(c.memory(Use::out, manners.area({1, 1}, 4 * srcChannels, 0), 4, 4));
+        c.pointer(c.memory(Use::out, footprint::normResult(srcChannels), 4, 4));
         break;
       case Part::weights:
       case Part::matrix: {

@@ -1,6 +1,4 @@
 // Norms.
-#include "tests/footprint/stat.h"
-
 #include "vek/image.h"
 
 #include <climits>
@@ -10,10 +8,8 @@
 namespace vek::test {
 
 std::vector<Record> statRecords() {
-  const Manners norm = {footprint::normSource,
-                        false,
-                        {},
-                        {INT_MIN, -257, -63, -62, -32, -31, 0, 1, 8, 16, 31, 32, 256, INT_MAX}};
+  const Manners norm = {
+      false, {}, {INT_MIN, -257, -63, -62, -32, -31, 0, 1, 8, 16, 31, 32, 256, INT_MAX}};
   return {
       VEK_C1_C3(packed, vekiNorm_Inf, RSfs, norm),
       VEK_C1_C3(packed, vekiNorm_L1, RSfs, norm),
