@@ -8,7 +8,8 @@
  *    of an image with c interleaved 8-bit channels starts at byte y * step + x * c from the image
  *    pointer. A step may be larger than the row and need not be a multiple of anything; the bytes
  *    between the end of a row and the next row are neither read nor written. A step shorter than
- *    the row is accepted: the rows then overlap.
+ *    the row is accepted: the rows then overlap, and which of them a byte of a destination that
+ *    belongs to several comes from is not defined.
  *  - Every function checks its arguments in the order that its comment gives, before it touches any
  *    data, and returns the status of the first check that fails. Nothing is written on an error.
  *  - Functions of the image sub-library (image.h) answer a null pointer with vekStsNullPtrErr;
@@ -18,7 +19,7 @@
  *  - No function starts a thread, takes a lock, or keeps global state; functions that take no state
  *    object may run in any number of threads at once on distinct destinations. Only the InitAlloc
  *    functions allocate.
- *  - Results are the same bytes on every processor.
+ *  - Results are the same bytes on every processor, overlapping destination rows aside.
  */
 #ifndef VEK_VEK_H
 #define VEK_VEK_H
