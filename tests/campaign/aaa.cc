@@ -108,22 +108,6 @@ int drawExposureParams(Case& c, VekiSize* reach) {
   return block;
 }
 
-/// Several frames in a row; the caller keeps the scale within its limits, which stand behind the
-/// arguments.
-VekStatus expose(const Value* v) {
-  const int frames = std::max(1, as<int>(v[6]));
-  VekStatus status = vekStsNoErr;
-  for (int i = 0; i < frames && status >= 0; ++i) {
-    Vek16u* const scale = as<Vek16u*>(v[4]);
-    if (i > 0) {
-      *scale = static_cast<Vek16u>(std::clamp<int64_t>(*scale, v[7].numbers[0], v[7].numbers[1]));
-    }
-    status = vekiAE_10RGGB_8u_C1R(as<const Vek16u*>(v[0]), as<int>(v[1]), as<VekiSize>(v[2]),
-                                  as<Vek16u*>(v[3]), scale, as<VekiAEState*>(v[5]));
-  }
-  return status;
-}
-
 int drawControl(Case& c, int low, int high) {
   const std::vector<Vek16u> value = {word<Vek16u>(c.random, low, high)};
   const int block = c.objects(value, Use::inOut);
@@ -159,8 +143,7 @@ void drawExposure(Case& c) {
   c.pointer(drawControl(c, p.scaleMin, p.scaleMax));
   c.state(make(vekiInitAlloc_AE_10RGGB_8u_C1R, c.data<const VekiAEParams>(block)),
           [](void* s) { vekiFree_AE_10RGGB_8u_C1R(static_cast<VekiAEState*>(s)); });
-  c.number(random.in(1, 4));
-  c.pair(p.scaleMin, p.scaleMax);
+  c.pointer(block, 0);  // for definitions, which cannot look into the state
 }
 
 void drawExposureInit(Case& c) {
@@ -230,16 +213,6 @@ int drawBalanceParams(Case& c, VekiSize* reach) {
   return block;
 }
 
-VekStatus balance(const Value* v) {
-  VekStatus status = vekStsNoErr;
-  for (int i = std::max(1, as<int>(v[7])); i > 0 && status >= 0; --i) {
-    status = vekiAWB_10RGGB_8u_C1R(as<const Vek16u*>(v[0]), as<int>(v[1]), as<VekiSize>(v[2]),
-                                   as<Vek16u*>(v[3]), as<Vek16u*>(v[4]), as<Vek16u*>(v[5]),
-                                   as<const VekiAWBState*>(v[6]));
-  }
-  return status;
-}
-
 void drawBalance(Case& c) {
   c.nullStatus = vekStsBadArgErr;
   VekiSize roi;
@@ -256,7 +229,7 @@ void drawBalance(Case& c) {
   for (int i = 0; i < 3; ++i) c.pointer(drawControl(c, p.gainMin, p.gainMax));
   c.state(make(vekiInitAlloc_AWB_10RGGB_8u_C1R, c.data<const VekiAWBParams>(block)),
           [](void* s) { vekiFree_AWB_10RGGB_8u_C1R(static_cast<VekiAWBState*>(s)); });
-  c.number(c.random.in(1, 4));
+  c.pointer(block, 0);
 }
 
 void drawBalanceInit(Case& c) {
@@ -270,13 +243,13 @@ void drawBalanceInit(Case& c) {
 
 std::vector<Record> aaaRecords() {
   std::vector<Record> records = {
-      {"vekiAE_10RGGB_8u_C1R", expose, drawExposure},
+      {"vekiAE_10RGGB_8u_C1R", bind(vekiAE_10RGGB_8u_C1R), drawExposure},
       {"vekiInitAlloc_AE_10RGGB_8u_C1R",
        initAndFree<VekiAEState, VekiAEParams, vekiInitAlloc_AE_10RGGB_8u_C1R,
                    vekiFree_AE_10RGGB_8u_C1R, vekStsNoErr>,
        drawExposureInit,
        {"vekiFree_AE_10RGGB_8u_C1R"}},
-      {"vekiAWB_10RGGB_8u_C1R", balance, drawBalance},
+      {"vekiAWB_10RGGB_8u_C1R", bind(vekiAWB_10RGGB_8u_C1R), drawBalance},
       {"vekiInitAlloc_AWB_10RGGB_8u_C1R",
        initAndFree<VekiAWBState, VekiAWBParams, vekiInitAlloc_AWB_10RGGB_8u_C1R,
                    vekiFree_AWB_10RGGB_8u_C1R, vekStsBadArgErr>,

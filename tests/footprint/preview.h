@@ -1,9 +1,9 @@
-// What the preview functions read and write, argument by argument.
+// Where the preview functions sample, where they put it, and so what they read and write.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
-#include <vector>
+#include <cstdlib>
 
 #include "tests/support/area.h"
 
@@ -36,52 +36,138 @@ struct Planes {
   Area dst[3];
 };
 
-/// How many samples the phases reach: that of the last of `count` samples, plus one.
-inline ptrdiff_t reach(int64_t count, int64_t step, int64_t offset, int shift = 16) {
-  return static_cast<ptrdiff_t>(((count - 1) * step + offset) >> shift) + 1;
+// ---- Sampling -----------------------------------------------------------------------------------
+
+/// Where pixel (x, y) of the scaled image is sampled, in 16.16: a luma phase is rounded down, or
+/// with interpolation blended, a chroma phase rounded down.
+struct Phases {
+  int64_t column, row, chromaColumn, chromaRow;
+};
+
+using Sampling = Phases (*)(const Resize& a, int x, int y);
+
+inline int64_t held(int64_t phase, int64_t limit) {
+  return std::max<int64_t>(0, std::min(phase, limit - 1));
+}
+inline int64_t lastRow(const Resize& a) {
+  return (int64_t{a.srcHeight} - 1) << 16;
 }
 
-/// The same within `size` samples. A blend (interpolation 1) reads the next sample, but none
-/// outside the image.
-inline ptrdiff_t lumaReach(const Resize& a, int64_t count, int64_t step, int size) {
-  return std::min<ptrdiff_t>(size, reach(count, step, a.interpolation == 0 ? 32768 : 65536));
+/// Where nothing is held: nearest samples are rounded, and chroma is sampled in pairs of columns.
+inline Phases freePhases(const Resize& a, int x, int y) {
+  const int64_t half = a.interpolation == 0 ? 32768 : 0, row = int64_t{y} * a.yStep;
+  return {half + int64_t{x} * a.xStep, half + row, 32768 + int64_t{x / 2} * a.xStep, 32768 + row};
 }
 
-/// vekiYCbCr420RszCscRotRGB_8u_P3C3R: samples up to the last ones that the phases reach.
+inline Phases ycc420Phases(const Resize& a, int x, int y) {
+  Phases p = freePhases(a, x, y);
+  if (a.interpolation == 1) p.row = held(p.row, lastRow(a));
+  p.chromaRow = 32768 + int64_t{y / 2} * a.yStep;
+  return p;
+}
+
+/// Only the odd rows are held, and not the first of them.
+inline Phases ycc422Phases(const Resize& a, int x, int y) {
+  Phases p = freePhases(a, x, y);
+  if (a.interpolation == 0 || y % 2 == 0 || y == 1 || p.row < lastRow(a)) return p;
+  p.row = lastRow(a) - 1;
+  p.chromaRow = 32768 + p.row;
+  return p;
+}
+
+/// Odd sizes repeat the last even column and row; a blended odd row beyond the last one repeats the
+/// row above it.
+inline Phases ycc420RgbPhases(const Resize& a, int x, int y) {
+  x = std::min(x, (a.dstWidth & ~1) - 1), y = std::min(y, (a.dstHeight & ~1) - 1);
+  Phases p = freePhases(a, x, y);
+  if (a.interpolation == 1 && y % 2 == 1 && p.row >= lastRow(a)) p.row -= a.yStep;
+  p.chromaRow = (int64_t{y & ~1} * a.yStep + 65536) / 2;
+  return p;
+}
+
+/// Even columns go wherever their phases lead.
+inline Phases ycc422RgbPhases(const Resize& a, int x, int y) {
+  const int64_t right = int64_t{a.srcWidth - a.interpolation} << 16;
+  const int64_t bottom = int64_t{a.srcHeight - a.interpolation} << 16;
+  Phases p = freePhases(a, x, y);
+  if (x % 2 == 1) p.column = held(p.column, right);
+  p.row = held(int64_t{y} * a.yStep, bottom);
+  p.chromaColumn = held(p.chromaColumn, right / 2);
+  p.chromaRow = p.row;
+  return p;
+}
+
+/// What `width` x `height` pixels read. Inside the image a blend may read the right or lower
+/// neighbour even where it has no weight.
+inline void addReads(Planes& planes, const Resize& a, Sampling sampling, int width, int height) {
+  const auto grow = [](ptrdiff_t& n, int64_t phase) {
+    n = std::max(n, static_cast<ptrdiff_t>(phase >> 16) + 1);
+  };
+  const auto growLuma = [&](ptrdiff_t& n, int64_t phase, int size) {
+    grow(n, phase);
+    if (a.interpolation == 1) grow(n, phase + 65535);
+    if (a.interpolation == 1) grow(n, std::min(phase + 65536, (int64_t{size} - 1) << 16));
+  };
+  Area luma = {0, 0, a.srcStep[0]}, chroma = {0, 0, 0};
+  for (int x = 0; x < width; ++x) {
+    growLuma(luma.bytes, sampling(a, x, 0).column, a.srcWidth);
+    grow(chroma.bytes, sampling(a, x, 0).chromaColumn);
+  }
+  for (int y = 0; y < height; ++y) {
+    growLuma(luma.rows, sampling(a, 0, y).row, a.srcHeight);
+    grow(chroma.rows, sampling(a, 0, y).chromaRow);
+  }
+  planes.src[0] = luma;
+  for (int i : {1, 2}) planes.src[i] = {chroma.bytes, chroma.rows, a.srcStep[i]};
+}
+
+// ---- Turning ------------------------------------------------------------------------------------
+
+struct Place {
+  int row, column;
+};
+
+/// Where pixel (x, y) of a w x h image goes.
+inline Place turn(int rotation, int x, int y, int w, int h) {
+  const Place places[6] = {{y, x},         {w - 1 - x, y}, {x, h - 1 - y}, {h - 1 - y, w - 1 - x},
+                           {y, w - 1 - x}, {h - 1 - y, x}};
+  return places[rotation];
+}
+
+/// The memory of the first `rows` rows of a turned w x h image, which may be more than h.
+inline Area turnedArea(int rotation, int w, int h, int rows, int step, int pixelBytes = 1) {
+  const Place a = turn(rotation, 0, 0, w, h), b = turn(rotation, w - 1, rows - 1, w, h);
+  return {(std::abs(a.column - b.column) + 1) * ptrdiff_t{pixelBytes}, std::abs(a.row - b.row) + 1,
+          step,
+          std::min(a.row, b.row) * ptrdiff_t{step} + std::min(a.column, b.column) * pixelBytes};
+}
+
+// ---- The functions ------------------------------------------------------------------------------
+
+/// vekiYCbCr420RszCscRotRGB_8u_P3C3R.
 inline Planes ycc420Rgb(const Resize& a, int dstStep, int pixelBytes) {
-  const int width = a.dstWidth & ~1, height = a.dstHeight & ~1;
-  const ptrdiff_t chromaColumns = reach(width / 2, a.xStep, 32768);
-  const ptrdiff_t chromaRows = reach(height - 1, a.yStep, 65536, 17);
-  const ptrdiff_t across = a.turned() ? a.dstHeight : a.dstWidth;
-  const ptrdiff_t down = a.turned() ? a.dstWidth : a.dstHeight;
-  return {{{lumaReach(a, width, a.xStep, a.srcWidth), lumaReach(a, height, a.yStep, a.srcHeight),
-            a.srcStep[0]},
-           {chromaColumns, chromaRows, a.srcStep[1]},
-           {chromaColumns, chromaRows, a.srcStep[2]}},
-          {{across * pixelBytes, down, dstStep}}};
+  Planes p = {};
+  addReads(p, a, ycc420RgbPhases, a.dstWidth, a.dstHeight);
+  p.dst[0] = turnedArea(a.rotation, a.dstWidth, a.dstHeight, a.dstHeight, dstStep, pixelBytes);
+  return p;
 }
 
 /// vekiYCbCr420RszRot_8u_P3R. Exact reductions without interpolation walk Cr in the rows of Cb;
 /// mirrored top-bottom, Cr is written in the row distance of Cb.
 inline Planes ycc420(const Resize& a, const int dstStep[3]) {
   Planes p;
+  addReads(p, a, ycc420Phases, a.dstWidth, a.dstHeight);
   const int factor = a.exactReduction();
   for (int i = 0; i < 3; ++i) {
-    const int width = i == 0 ? a.dstWidth : a.dstWidth / 2;
-    const int height = i == 0 ? a.dstHeight : a.dstHeight / 2;
+    const int shift = i == 0 ? 0 : 1, width = a.dstWidth >> shift, height = a.dstHeight >> shift;
     if (factor != 0) {
       const int inset = factor == 4 ? 1 : 0;
       const bool average = a.interpolation == 1;
       const bool red = i == 2 && !average;
       p.src[i] = {factor * (width - 1) + 2 + inset * average,
                   factor * (height - 1) + 1 + average + (red ? 0 : inset), a.srcStep[red ? 1 : i]};
-    } else if (i == 0) {
-      p.src[i] = {lumaReach(a, width, a.xStep, a.srcWidth),
-                  lumaReach(a, height, a.yStep, a.srcHeight), a.srcStep[0]};
-    } else {
-      p.src[i] = {reach(width, a.xStep, 32768), reach(height, a.yStep, 32768), a.srcStep[i]};
     }
-    p.dst[i] = {a.turned() ? height : width, a.turned() ? width : height, dstStep[i]};
+    p.dst[i] = turnedArea(a.rotation, width, height, height, dstStep[i]);
   }
   if (a.rotation == 5) {
     p.dst[2].first = (a.dstHeight / 2 - 1) * dstStep[2];
@@ -90,65 +176,37 @@ inline Planes ycc420(const Resize& a, const int dstStep[3]) {
   return p;
 }
 
+/// Where chroma sample (x, y) of vekiYCbCr422RszRot_8u_P3R goes: quarter turns make one column of
+/// two rows, by turns.
+inline Place turnChroma422(const Resize& a, int x, int y) {
+  if (!a.turned()) return turn(a.rotation, x, y, a.dstWidth / 2, a.dstHeight);
+  return turn(a.rotation, 2 * x + y % 2, y / 2, a.dstWidth, a.dstHeight / 2);
+}
+
 /// vekiYCbCr422RszRot_8u_P3R. An odd height is rounded up: a row, or after a quarter turn a column,
 /// beyond the scaled image is sampled and written.
 inline Planes ycc422(const Resize& a, const int dstStep[3]) {
-  const ptrdiff_t height = a.dstHeight, rows = (height + 1) & ~ptrdiff_t{1};
-  ptrdiff_t lumaRows = 0, chromaRows = 0;
-  for (ptrdiff_t y = 0; y < rows; ++y) {
-    int64_t phase = int64_t{y} * a.yStep;
-    if (a.interpolation == 1 && y % 2 == 1 && y > 1) {
-      phase = std::min(phase, ((int64_t{a.srcHeight} - 1) << 16) - 1);
-    }
-    chromaRows = std::max(chromaRows, reach(2, phase, 32768));
-    lumaRows = std::max(lumaRows, reach(2, phase, a.interpolation == 0 ? 32768 : 65535));
-  }
+  const int w = a.dstWidth, h = a.dstHeight, rows = (h + 1) & ~1;
   Planes p;
-  for (int i = 0; i < 3; ++i) {
-    const ptrdiff_t width = i == 0 ? a.dstWidth : a.dstWidth / 2, step = dstStep[i];
-    p.src[i] = i == 0 ? Area{lumaReach(a, width, a.xStep, a.srcWidth), lumaRows, a.srcStep[0]}
-                      : Area{reach(width, a.xStep, 32768), chromaRows, a.srcStep[i]};
-    if (a.turned()) {
-      const int shift = i == 0 ? 0 : 1;
-      const ptrdiff_t extra = (rows >> shift) - (height >> shift);
-      p.dst[i] = {rows >> shift, a.dstWidth, step, a.rotation == 2 ? -extra : 0};
-    } else if (a.rotation == 3 || a.rotation == 5) {
-      p.dst[i] = {width, rows, -step, (height - 1) * step};
-    } else {
-      p.dst[i] = {width, rows, step};
-    }
+  addReads(p, a, ycc422Phases, w, rows);
+  p.dst[0] = turnedArea(a.rotation, w, h, rows, dstStep[0]);
+  for (int i : {1, 2}) {
+    p.dst[i] = a.turned() ? turnedArea(a.rotation, w, h / 2, rows / 2, dstStep[i])
+                          : turnedArea(a.rotation, w / 2, h, rows, dstStep[i]);
   }
   return p;
 }
 
-/// vekiYCbCr422RszCscRotRGB_8u_P3C3R, but for 16-bit quarter turns with unequal sizes. Columns of
-/// even luma samples go wherever their phases lead; the size is the destination's own.
+/// vekiYCbCr422RszCscRotRGB_8u_P3C3R, but for 16-bit quarter turns with unequal sizes. The size is
+/// the destination's own; chroma rows are half a luma step apart.
 inline Planes ycc422Rgb(const Resize& a, int dstStep, int pixelBytes) {
-  const bool swapped = pixelBytes == 3 && a.turned();
-  const int width = swapped ? a.dstHeight : a.dstWidth;
-  const int height = swapped ? a.dstWidth : a.dstHeight;
-  const int blended = a.interpolation;
-  const int64_t right = int64_t{a.srcWidth - blended} << 16;
-  const auto held = [](int64_t phase, int64_t limit) {
-    return std::max<int64_t>(0, std::min(phase, limit - 1));
-  };
-  const auto samples = [&](int64_t phase) {
-    return static_cast<ptrdiff_t>((phase + (blended ? 65535 : 0)) >> 16) + 1;
-  };
-  ptrdiff_t columns = 0;
-  for (int x = 0; x < width; ++x) {
-    const int64_t free = int64_t{x} * a.xStep + (blended ? 0 : 32768);
-    const int64_t phase = x % 2 == 0 ? free : held(free, right);
-    // Inside the image a blend may read the right neighbour even where it has no weight.
-    const ptrdiff_t inside = std::min<ptrdiff_t>(a.srcWidth, (phase >> 16) + 1 + blended);
-    columns = std::max({columns, samples(phase), inside});
-  }
-  const int64_t lastRow = held(int64_t{height - 1} * a.yStep, int64_t{a.srcHeight - blended} << 16);
-  const int64_t lastChroma = held(32768 + int64_t{(width - 1) / 2} * a.xStep, right / 2);
-  const Area chroma = {static_cast<ptrdiff_t>((lastChroma >> 16) + 1),
-                       static_cast<ptrdiff_t>((lastRow >> 16) + 1), a.srcStep[0] / 2};
-  return {{{columns, samples(lastRow), a.srcStep[0]}, chroma, chroma},
-          {{a.dstWidth * pixelBytes, a.dstHeight, dstStep}}};
+  Planes p = {};
+  const bool swapped = a.turned() && pixelBytes == 3;
+  addReads(p, a, ycc422RgbPhases, swapped ? a.dstHeight : a.dstWidth,
+           swapped ? a.dstWidth : a.dstHeight);
+  for (int i : {1, 2}) p.src[i].step = a.srcStep[0] / 2;
+  p.dst[0] = {a.dstWidth * pixelBytes, a.dstHeight, dstStep};
+  return p;
 }
 
 /// vekiResizeCscRotate_8u_C2R: whole blocks, or their first samples (luma in byte 1 of a group, Cr
@@ -156,12 +214,11 @@ inline Planes ycc422Rgb(const Resize& a, int dstStep, int pixelBytes) {
 inline Planes ycc422Reduce(int width, int height, int srcStep, int factor, int interpolation,
                            int rotation, int dstStep) {
   const int columns = width / factor, rows = height / factor;
-  const bool turned = rotation == 1 || rotation == 2;
   const int lastBlock = 2 * factor * (columns - 1);
   const Area firsts = {lastBlock + (columns % 2 == 0 ? 2 : 3), factor * (rows - 1) + 1, srcStep};
   const Area blocks = {lastBlock + 2 * factor, factor * rows, srcStep};
   return {{interpolation == 0 ? firsts : blocks},
-          {{2 * (turned ? rows : columns), turned ? columns : rows, dstStep}}};
+          {turnedArea(rotation, columns, rows, rows, dstStep, 2)}};
 }
 
 }  // namespace vek::test::footprint

@@ -1,10 +1,8 @@
-// What the tests of the resize functions share: random arguments and the naive bilinear blend.
+// What the tests of the resize functions share: random arguments and the naive luma.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
-#include <ostream>
-#include <vector>
 
 #include "tests/footprint/preview.h"
 #include "tests/support/random.h"
@@ -12,21 +10,6 @@
 namespace vek::test {
 
 using footprint::Resize;
-
-}  // namespace vek::test
-
-namespace vek::test::footprint {
-
-inline std::ostream& operator<<(std::ostream& out, const Resize& a) {
-  return out << a.srcWidth << 'x' << a.srcHeight << " (steps " << a.srcStep[0] << ", "
-             << a.srcStep[1] << ", " << a.srcStep[2] << ") to " << a.dstWidth << 'x' << a.dstHeight
-             << " interpolation " << a.interpolation << " rotation " << a.rotation
-             << " sampling steps " << a.xStep << ", " << a.yStep;
-}
-
-}  // namespace vek::test::footprint
-
-namespace vek::test {
 
 inline int maxStep(int src, int dst) {
   return static_cast<int>((((src & ~1) - 1) * 65536LL) / ((dst & ~1) - 1));
@@ -65,17 +48,17 @@ inline Resize randomResize(Random& random, int widthUnit, int heightUnit, int yA
   return a;
 }
 
-/// The bilinear blend around column phase q and row phase p; neighbours without weight are not
-/// read, nor is the right one if `repeatRight`.
-inline int bilinear(const uint8_t* plane, ptrdiff_t step, int64_t p, int64_t q, bool repeatRight) {
-  const int64_t fx = q & 0xFFFF, fy = p & 0xFFFF;
-  const auto blend = [](int a, int b, int64_t f) {
-    return a + static_cast<int>(((b - a) * f) >> 16);
+/// Luma at two phases: the sample there, or the blend of those around; neighbours without weight
+/// are not read.
+inline int lumaAt(const uint8_t* plane, const Resize& a, int64_t row, int64_t column) {
+  const ptrdiff_t step = a.srcStep[0];
+  const uint8_t* const at = plane + (row >> 16) * step + (column >> 16);
+  if (a.interpolation == 0) return *at;
+  const int64_t fx = column & 0xFFFF, fy = row & 0xFFFF;
+  const auto blend = [](int from, int to, int64_t f) {
+    return from + static_cast<int>(((to - from) * f) >> 16);
   };
-  const auto across = [&](const uint8_t* at) {
-    return blend(at[0], fx == 0 || repeatRight ? at[0] : at[1], fx);
-  };
-  const uint8_t* at = plane + (p >> 16) * step + (q >> 16);
+  const auto across = [&](const uint8_t* p) { return blend(p[0], fx == 0 ? p[0] : p[1], fx); };
   const int top = across(at);
   return blend(top, fy == 0 ? top : across(at + step), fy);
 }
@@ -83,23 +66,6 @@ inline int bilinear(const uint8_t* plane, ptrdiff_t step, int64_t p, int64_t q, 
 /// Formats 565, 555, 444 and 24-bit, counted from 0.
 inline int pixelBytes(int format) {
   return format == 3 ? 3 : 2;
-}
-
-/// One converted pixel in memory, by the formula.
-inline std::vector<uint8_t> convert(int y, int cb, int cr, int format) {
-  const int bits[4][3] = {{5, 6, 5}, {5, 5, 5}, {4, 4, 4}, {8, 8, 8}};
-  const int luma = (y - 16) * 298;
-  const int raw[3] = {luma + 409 * (cr - 128), luma - 100 * (cb - 128) - 208 * (cr - 128),
-                      luma + 516 * (cb - 128)};
-  int c[3];
-  for (int i = 0; i < 3; ++i) {
-    const int n = bits[format][i];
-    c[i] = std::clamp(raw[i] >> (16 - n), 0, (1 << n) - 1);
-  }
-  if (format == 3) return {uint8_t(c[2]), uint8_t(c[1]), uint8_t(c[0])};
-  const int green = bits[format][1], blue = bits[format][2];
-  const int word = c[0] << (green + blue) | c[1] << blue | c[2];
-  return {uint8_t(word & 255), uint8_t(word >> 8)};
 }
 
 }  // namespace vek::test

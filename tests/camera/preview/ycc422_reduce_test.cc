@@ -6,13 +6,10 @@
 
 #include "camera/preview/csc_rows.h"
 #include "tests/campaign/definition.h"
+#include "tests/footprint/preview.h"
 
 namespace vek::test {
 namespace {
-
-struct Arguments {
-  int width, height, srcStep, dstStep, factor, interpolation, format, rotation;
-};
 
 /// Averages neighbours until one value remains.
 int average(std::vector<int> values) {
@@ -35,44 +32,36 @@ int rgb(int y, int cb, int cr, int format) {
   return format == 0 ? red << 11 | green << 5 | blue : red << 10 | green << 5 | blue;
 }
 
-/// Output pixel by output pixel, low byte first; samples are averaged over `blocks` blocks side by
-/// side.
-void reduce(const uint8_t* src, const Arguments& a, uint8_t* dst) {
-  const int columns = a.width / a.factor, rows = a.height / a.factor, pixels = a.dstStep / 2;
+/// Output pixel by output pixel, low byte first; samples are averaged over `blocks` blocks side by side.
+void reduce(const Vek8u* src, int srcStep, Vek16u* dst, int dstStep, int width, int height,
+            int factor, int interpolation, int format, int rotation) {
+  const int columns = width / factor, rows = height / factor;
   for (int y = 0; y < rows; ++y) {
     for (int x = 0; x < columns; ++x) {
       // One sample of every `spacing` bytes, from byte `first` of block `column`.
       const auto sample = [&](int column, int blocks, int first, int spacing) {
-        const uint8_t* at = src + a.factor * y * a.srcStep + 2 * a.factor * column + first;
-        if (a.interpolation == 0) return int{*at};
+        const Vek8u* at = src + factor * y * srcStep + 2 * factor * column + first;
+        if (interpolation == 0) return int{*at};
         std::vector<int> averages;
-        for (int row = 0; row < a.factor; ++row, at += a.srcStep) {
+        for (int row = 0; row < factor; ++row, at += srcStep) {
           std::vector<int> across;
-          for (int i = 0; i < 2 * a.factor * blocks; i += spacing) across.push_back(at[i]);
+          for (int i = 0; i < 2 * factor * blocks; i += spacing) across.push_back(at[i]);
           averages.push_back(average(across));
         }
         return average(averages);
       };
       const int pair = x & ~1, blocks = pair + 1 < columns ? 2 : 1;
+      const auto [row, column] = footprint::turn(rotation, x, y, columns, rows);
       const int pixel =
-          rgb(sample(x, 1, 1, 2), sample(pair, blocks, 0, 4), sample(pair, blocks, 2, 4), a.format);
-      const int element[4] = {y * pixels + x, (columns - 1 - x) * pixels + y,
-                              x * pixels + rows - 1 - y, (rows - 1 - y) * pixels + columns - 1 - x};
-      dst[2 * element[a.rotation]] = static_cast<uint8_t>(pixel & 255);
-      dst[2 * element[a.rotation] + 1] = static_cast<uint8_t>(pixel >> 8);
+          rgb(sample(x, 1, 1, 2), sample(pair, blocks, 0, 4), sample(pair, blocks, 2, 4), format);
+      Vek8u* const to = reinterpret_cast<Vek8u*>(dst) + row * dstStep + 2 * column;
+      to[0] = static_cast<Vek8u>(pixel), to[1] = static_cast<Vek8u>(pixel >> 8);
     }
   }
 }
 
 TEST(Ycc422Reduce, EqualsTheDefinition) {
-  expectDefinition(
-      VEK_NAMED(vekiResizeCscRotate_8u_C2R),
-      [](const Vek8u* src, int srcStep, Vek16u* dst, int dstStep, int width, int height, int factor,
-         int interpolation, int format, int rotation) {
-        reduce(src, {width, height, srcStep, dstStep, factor, interpolation, format, rotation},
-               reinterpret_cast<uint8_t*>(dst));
-      },
-      250);
+  expectDefinition(VEK_NAMED(vekiResizeCscRotate_8u_C2R), reduce, 250);
 }
 
 TEST(Ycc422Reduce, KnownColours) {

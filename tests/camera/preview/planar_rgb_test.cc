@@ -1,0 +1,124 @@
+// Planar YCbCr to packed RGB, from 4:2:0 and from 4:2:2.
+#include "vek/camera.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <vector>
+
+#include "tests/camera/preview/resize_support.h"
+#include "tests/campaign/definition.h"
+
+namespace vek::test {
+namespace {
+
+/// One converted pixel in memory; formats are counted from 0.
+void put(int y, int cb, int cr, int format, Vek8u* to) {
+  const int bits[4][3] = {{5, 6, 5}, {5, 5, 5}, {4, 4, 4}, {8, 8, 8}};
+  const int luma = (y - 16) * 298;
+  const int raw[3] = {luma + 409 * (cr - 128), luma - 100 * (cb - 128) - 208 * (cr - 128),
+                      luma + 516 * (cb - 128)};
+  int pixel = 0;  // red uppermost
+  for (int i = 0; i < 3; ++i) {
+    const int n = bits[format][i];
+    pixel = pixel << n | std::clamp(raw[i] >> (16 - n), 0, (1 << n) - 1);
+  }
+  for (int i = 0; i < pixelBytes(format); ++i) to[i] = static_cast<Vek8u>(pixel >> 8 * i);
+}
+
+template <bool is420>
+void resize(const Vek8u* const* src, const int* s, int srcWidth, int srcHeight, Vek8u* dst,
+            int dstStep, int w, int h, int format, int interpolation, int rotation, int xStep,
+            int yStep) {
+  const int chroma = s[0] / 2;
+  const Resize a = {srcWidth, srcHeight, {s[0], is420 ? s[1] : chroma, is420 ? s[2] : chroma},
+                    w,        h,         interpolation,
+                    rotation, xStep,     yStep};
+  format -= is420 ? 4 : 0;
+  if (!is420 && format == 3 && a.turned()) std::swap(w, h);
+  for (int y = 0; y < h; ++y) {
+    for (int x = 0; x < w; ++x) {
+      const auto p = (is420 ? footprint::ycc420RgbPhases : footprint::ycc422RgbPhases)(a, x, y);
+      footprint::Place to = footprint::turn(rotation, x, y, w, h);
+      if (!is420 && format < 3 && a.turned()) {  // as if the picture were a square
+        to.row += rotation == 1 ? (h - w) * (y + 1) : (w - h) * y;
+        to.column += rotation == 1 ? 0 : w - h;
+      }
+      const auto at = [&](int i) {
+        return src[i][(p.chromaRow >> 16) * a.srcStep[i] + (p.chromaColumn >> 16)];
+      };
+      put(lumaAt(src[0], a, p.row, p.column), at(1), at(2), format,
+          dst + ptrdiff_t{to.row} * dstStep + to.column * pixelBytes(format));
+    }
+  }
+}
+
+TEST(PlanarRgb, EqualsTheDefinition) {
+  expectDefinition(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), resize<true>, 700);
+  expectDefinition(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), resize<false>, 600);
+}
+
+/// 16-bit quarter turns of 4:2:2 with unequal sizes write where their walk leads them, and nowhere
+/// else.
+TEST(PlanarRgb, UnequalTurnsScatter) {
+  Random random(baseSeed());
+  constexpr int step = 48, srcStep[3] = {132, 66, 66};
+  Buffer planes({132 * 132, 3, 132 * 132});
+  planes.fill(random);
+  const Vek8u* const src[3] = {planes.data(), planes.data() + 17424, planes.data() + 34848};
+  const int sizes[][2] = {{20, 14}, {7, 11}, {130, 70}};
+  for (int rotation : {1, 2}) {
+    for (const auto& [w, h] : sizes) {
+      const size_t reach = static_cast<size_t>(step * w * h);
+      std::vector<Vek8u> expected(2 * reach, 0xA5);
+      resize<false>(src, srcStep, w, h, &expected[reach], step, w, h, 0, 0, rotation, 65536, 65536);
+      for (Level level : levels()) {
+        const LevelScope scope(level);
+        std::vector<Vek8u> dst(2 * reach, 0xA5);
+        EXPECT_EQ(vekiYCbCr422RszCscRotRGB_8u_P3C3R(src, srcStep, w, h, &dst[reach], step, w, h, 0,
+                                                    0, rotation, 65536, 65536),
+                  0);
+        EXPECT_TRUE(sameBytes(expected, dst, step)) << w << " at level " << name(level);
+      }
+    }
+  }
+}
+
+TEST(PlanarRgb, KnownColours) {
+  const int cases[][5] = {{16, 128, 128, 4, 0x0000},  {235, 128, 128, 4, 0xFFFF},
+                          {235, 128, 128, 7, 0xFEFE}, {81, 90, 240, 4, 0xF800},
+                          {255, 128, 255, 6, 0x0FAF}, {0, 0, 128, 5, 0x0060}};
+  for (const auto& [y, cb, cr, format, word] : cases) {
+    alignas(8) Vek8u planes[3][8], dst[32];
+    const int values[3] = {y, cb, cr}, steps[3] = {4, 2, 2};
+    for (int i = 0; i < 3; ++i) std::fill_n(planes[i], 8, static_cast<Vek8u>(values[i]));
+    const Vek8u* const src[3] = {planes[0], planes[1], planes[2]};
+    vekiYCbCr420RszCscRotRGB_8u_P3C3R(src, steps, 2, 2, dst, 16, 2, 2, format, 0, 0, 65536, 65536);
+    EXPECT_EQ(dst[0] | dst[1] << 8, word) << y << ' ' << cb << ' ' << cr << ' ' << format;
+  }
+}
+
+/// 4:2:2 refuses no size, and phases that are held stay inside whatever the steps.
+TEST(PlanarRgb, AcceptsAnySizeAndExtremeSteps) {
+  Vek8u plane[64], dst[256] = {};
+  std::fill_n(plane, 64, Vek8u{235});
+  const Vek8u* const src[3] = {plane, plane, plane};
+  const int srcStep[3] = {8, 4, 4};
+  const auto status = [&](int srcWidth, int srcHeight, int dstWidth, int dstHeight, int rotation,
+                          int xStep = 65536, int yStep = 65536) {
+    return vekiYCbCr422RszCscRotRGB_8u_P3C3R(src, srcStep, srcWidth, srcHeight, dst, 33, dstWidth,
+                                             dstHeight, 3, 0, rotation, xStep, yStep);
+  };
+  for (int size : {0, -1, INT32_MIN}) {
+    EXPECT_EQ(status(size, 8, 8, 8, 0), 0);
+    EXPECT_EQ(status(8, size, 8, 8, 0), 0);
+    EXPECT_EQ(status(8, 8, size, INT32_MAX, 0), 0);
+    EXPECT_EQ(status(8, 8, 8, size, 2), 0);
+  }
+  EXPECT_TRUE(std::all_of(dst, dst + 256, [](Vek8u b) { return b == 0; }));
+  EXPECT_EQ(status(8, 8, 8, 7, 0, 65536, INT32_MAX), 0);
+  EXPECT_EQ(status(8, 8, 2, 7, 0, INT32_MAX), 0);
+  EXPECT_EQ(dst[0], 255);
+}
+
+}  // namespace
+}  // namespace vek::test
