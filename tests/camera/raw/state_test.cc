@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <gtest/gtest.h>
-#include <vector>
 
 #include "camera/raw/gamma.h"
 #include "tests/camera/raw/pipeline.h"
@@ -12,11 +11,6 @@
 
 namespace vek::test {
 namespace {
-
-VekStatus init(const VekiRggbColorParam* color, const VekiRggbGeometry* geometry,
-               VekiRggbToYCbCrState** state) {
-  return vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(color, geometry, state);
-}
 
 TEST(RawState, BuildsGammaTables) {
   Vek8u linear[gammaTableSize], standard[gammaTableSize];
@@ -44,82 +38,36 @@ TEST(RawState, CombinesMatrices) {
   }
 }
 
-TEST(RawState, RefusesBadArguments) {
-  const auto status = [](VekiRggbColorParam color, VekiRggbGeometry geometry) {
-    VekiRggbToYCbCrState* const untouched = reinterpret_cast<VekiRggbToYCbCrState*>(&color);
-    VekiRggbToYCbCrState* state = untouched;
-    const VekStatus result = init(&color, &geometry, &state);
-    if (result == vekStsNoErr) {
-      EXPECT_EQ(vekiFree_10RGGBtoYCbCr_RotRsz_P3R(state), vekStsNoErr);
-    } else {
-      EXPECT_EQ(state, untouched);
-    }
-    dropAllocations();
-    return result;
-  };
-
-  using Geometry = VekiRggbGeometry;
-  for (int scale : {1, 2, 4}) {
-    for (int rotation : {0, 1, 2, 3}) {
-      EXPECT_EQ(status(rawColor(), rawGeometry(64, 32, scale, rotation)), vekStsNoErr);
-    }
-  }
-  // Unlike reductions, reduction by 8, and reduced sizes of 6 x 6 and 8 x 3. The product of the
-  // last one is the source's width in 32 bits.
-  Geometry wrapped = rawGeometry(64, 32, 4);
+TEST(RawState, RefusesUnequalReductions) {
+  for (int scale : {1, 2, 4})
+    EXPECT_NE(makeState(rawColor(), rawGeometry(64, 32, scale, 1)), nullptr);
+  // Reduction by 8, and reduced sizes of 6 x 6 and 8 x 3. Four times the last one's width is the
+  // source's in 32 bits.
+  VekiRggbGeometry wrapped = rawGeometry(64, 32, 4);
   wrapped.srcWidth = 0;
-  wrapped.dstWidth = 1 << 30;
-  wrapped.dstStep[0] = wrapped.dstStep[1] = wrapped.dstStep[2] = 1 << 30;
-  for (const Geometry& g :
+  wrapped.dstWidth = wrapped.dstStep[0] = wrapped.dstStep[1] = wrapped.dstStep[2] = 1 << 30;
+  for (const VekiRggbGeometry& g :
        {rawGeometry(64, 32, 8), rawGeometry(12, 12, 2), rawGeometry(32, 12, 4), wrapped}) {
-    EXPECT_EQ(status(rawColor(), g), vekStsBadArgErr) << g.srcWidth << 'x' << g.srcHeight;
-  }
-
-  const Vek8u gamma[gammaTableSize] = {};
-  const VekiDeadPixel list[] = {{0, 0}, {1, 9}, {5, 5}, {7, 7}};
-  using Color = VekiRggbColorParam;
-  using Change = void (*)(Color&);
-  const Change fine[] = {[](Color& c) { c.gammaMode = 1; },
-                         [](Color& c) { c.gammaCurve[0] = 1, c.gammaCurve[1] = 7; },
-                         [](Color& c) { c.numDeadPixels = 0; },
-                         [](Color& c) { c.colOffset = INT_MAX; },
-                         [](Color& c) { c.rowOffset = 9, c.deadPixels = nullptr; },
-                         [](Color& c) { c.rowOffset = 5, c.colOffset = 4; }};
-  const auto changed = [&](Change change) {
-    Color color = rawColor();
-    color.gammaTable[0] = gamma;
-    color.deadPixels = list;
-    color.numDeadPixels = 4;
-    change(color);
-    return color;
-  };
-  for (const Change& c : fine) {
-    EXPECT_EQ(status(changed(c), rawGeometry(8, 8)), vekStsNoErr) << &c - fine;
+    EXPECT_EQ(makeState(rawColor(), g), nullptr) << g.srcWidth << 'x' << g.srcHeight;
   }
 }
 
-/// What a state's release leaves: the copy of a list.
-TEST(RawState, ReleasesWhatItTook) {
-  const VekiDeadPixel list[] = {{4, 4}, {1, 4}, {6, 9}};
-  VekiRggbColorParam color = rawColor();
-  color.deadPixels = list;
-  color.numDeadPixels = 3;
-  color.rowOffset = 2;
-  const VekiRggbGeometry geometry = rawGeometry(8, 8);
-  RawState state = makeState(color, geometry);
-  ASSERT_EQ(state->numDeadPixels, 2);
-  EXPECT_EQ(state->deadPixels[0].row, 2);
-  EXPECT_EQ(state->deadPixels[1].column, 9);
-  EXPECT_EQ(liveAllocations().size(), 4u);
-  state.reset();
-  EXPECT_EQ(liveAllocations(), (std::vector<int>{3 * 16}));
+/// A list is of no matter without entries or offset, and may be left with none.
+TEST(RawState, TakesDeadPixelLists) {
+  const VekiDeadPixel list[] = {{0, 0}, {1, 9}, {5, 5}, {7, 7}};
+  const struct {
+    int count, rowOffset, colOffset, kept;  ///< kept -1: refused
+  } cases[] = {{4, 0, 0, 4},  {0, 0, 0, 0},  {4, 5, 4, 2}, {4, 0, INT_MAX, 0},
+               {4, 5, 5, -1}, {0, 1, 0, -1}, {4, 1, 0, 3}};
+  for (const auto& c : cases) {
+    VekiRggbColorParam color = rawColor();
+    color.deadPixels = list;
+    color.numDeadPixels = c.count, color.rowOffset = c.rowOffset, color.colOffset = c.colOffset;
+    const RawState state = makeState(color, rawGeometry(8, 8));
+    EXPECT_EQ(state == nullptr ? -1 : state->numDeadPixels, c.kept);
+    EXPECT_EQ(state != nullptr && state->deadPixels == list, c.rowOffset + c.colOffset == 0);
+  }
   dropAllocations();
-
-  color.rowOffset = 0;
-  state = makeState(color, geometry);
-  EXPECT_EQ(state->deadPixels, list);
-  state.reset();
-  EXPECT_TRUE(liveAllocations().empty());
 }
 
 }  // namespace
