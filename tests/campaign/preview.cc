@@ -134,9 +134,11 @@ void draw422Rgb(Case& c) {
     a.srcWidth = random.in(1, a.srcWidth);
     a.srcHeight = random.in(1, a.srcHeight);
     a.xStep = random.in(1, 3 * 65536);
-    a.yStep = random.in(1, 3 * 65536);
+    a.yStep = random.chance(80) ? random.in(1, 3 * 65536) : INT_MAX;
   }
-  if (format == 3 ? random.chance(20) : a.turned()) a.dstHeight = a.dstWidth;
+  // 16-bit quarter turns scatter the pixels of an unequal size.
+  const bool small = a.dstWidth <= 20 && a.dstHeight <= 20;
+  if (format == 3 ? random.chance(20) : a.turned() && !small) a.dstHeight = a.dstWidth;
   if (format == 3 && a.turned()) std::swap(a.dstWidth, a.dstHeight);
   for (int i : {1, 2}) a.srcStep[i] = roundUp(a.srcWidth, 4) / 2 + 2 * random.in(0, 2);
   const int row = a.dstWidth * bytes, extra = random.in(0, 1);

@@ -57,6 +57,7 @@ int drawColor(Case& c, const VekiRggbGeometry& g) {
       VekiDeadPixel pixel = {random.in(0, g.srcHeight - 1), random.in(0, g.srcWidth - 1)};
       if (list.empty() && pixel.row == 0 && pixel.column == 0) pixel.column = 1;
       pixel.row += p.rowOffset, pixel.column += p.colOffset;
+      if (pixel.column > p.colOffset + 2) list.push_back({pixel.row, pixel.column - 2});  // first
       list.push_back(pixel);
       if (copied && random.chance(20)) list.push_back({p.rowOffset - 1, INT_MIN});
     }

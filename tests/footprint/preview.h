@@ -134,12 +134,20 @@ inline Place turn(int rotation, int x, int y, int w, int h) {
   return places[rotation];
 }
 
-/// The memory of the first `rows` rows of a turned w x h image, which may be more than h.
-inline Area turnedArea(int rotation, int w, int h, int rows, int step, int pixelBytes = 1) {
-  const Place a = turn(rotation, 0, 0, w, h), b = turn(rotation, w - 1, rows - 1, w, h);
-  return {(std::abs(a.column - b.column) + 1) * ptrdiff_t{pixelBytes}, std::abs(a.row - b.row) + 1,
-          step,
-          std::min(a.row, b.row) * ptrdiff_t{step} + std::min(a.column, b.column) * pixelBytes};
+/// The memory that w x h pixels take, pixel (x, y) being at where(x, y).
+template <class Where>
+Area placed(int w, int h, int step, int pixelBytes, Where where) {
+  Place low = where(0, 0), high = low;
+  for (const Place& p : {where(w - 1, 0), where(0, h - 1), where(w - 1, h - 1)}) {
+    low = {std::min(low.row, p.row), std::min(low.column, p.column)};
+    high = {std::max(high.row, p.row), std::max(high.column, p.column)};
+  }
+  return {ptrdiff_t{pixelBytes} * (high.column - low.column + 1), high.row - low.row + 1, step,
+          low.row * ptrdiff_t{step} + low.column * pixelBytes};
+}
+
+inline Area turned(int rotation, int w, int h, int step, int pixelBytes = 1) {
+  return placed(w, h, step, pixelBytes, [=](int x, int y) { return turn(rotation, x, y, w, h); });
 }
 
 // ---- The functions ------------------------------------------------------------------------------
@@ -148,7 +156,7 @@ inline Area turnedArea(int rotation, int w, int h, int rows, int step, int pixel
 inline Planes ycc420Rgb(const Resize& a, int dstStep, int pixelBytes) {
   Planes p = {};
   addReads(p, a, ycc420RgbPhases, a.dstWidth, a.dstHeight);
-  p.dst[0] = turnedArea(a.rotation, a.dstWidth, a.dstHeight, a.dstHeight, dstStep, pixelBytes);
+  p.dst[0] = turned(a.rotation, a.dstWidth, a.dstHeight, dstStep, pixelBytes);
   return p;
 }
 
@@ -167,7 +175,7 @@ inline Planes ycc420(const Resize& a, const int dstStep[3]) {
       p.src[i] = {factor * (width - 1) + 2 + inset * average,
                   factor * (height - 1) + 1 + average + (red ? 0 : inset), a.srcStep[red ? 1 : i]};
     }
-    p.dst[i] = turnedArea(a.rotation, width, height, height, dstStep[i]);
+    p.dst[i] = turned(a.rotation, width, height, dstStep[i]);
   }
   if (a.rotation == 5) {
     p.dst[2].first = (a.dstHeight / 2 - 1) * dstStep[2];
@@ -186,26 +194,36 @@ inline Place turnChroma422(const Resize& a, int x, int y) {
 /// vekiYCbCr422RszRot_8u_P3R. An odd height is rounded up: a row, or after a quarter turn a column,
 /// beyond the scaled image is sampled and written.
 inline Planes ycc422(const Resize& a, const int dstStep[3]) {
-  const int w = a.dstWidth, h = a.dstHeight, rows = (h + 1) & ~1;
+  const int rows = (a.dstHeight + 1) & ~1;
   Planes p;
-  addReads(p, a, ycc422Phases, w, rows);
-  p.dst[0] = turnedArea(a.rotation, w, h, rows, dstStep[0]);
-  for (int i : {1, 2}) {
-    p.dst[i] = a.turned() ? turnedArea(a.rotation, w, h / 2, rows / 2, dstStep[i])
-                          : turnedArea(a.rotation, w / 2, h, rows, dstStep[i]);
+  addReads(p, a, ycc422Phases, a.dstWidth, rows);
+  for (int i = 0; i < 3; ++i) {
+    const int across = i > 0 && !a.turned() ? 1 : 0, down = i > 0 && a.turned() ? 1 : 0;
+    const int w = a.dstWidth >> across, h = a.dstHeight >> down;
+    p.dst[i] = placed(w, rows >> down, dstStep[i], 1,
+                      [&](int x, int y) { return turn(a.rotation, x, y, w, h); });
   }
   return p;
 }
 
-/// vekiYCbCr422RszCscRotRGB_8u_P3C3R, but for 16-bit quarter turns with unequal sizes. The size is
-/// the destination's own; chroma rows are half a luma step apart.
+/// Where pixel (x, y) of vekiYCbCr422RszCscRotRGB_8u_P3C3R goes. The size is the destination's own,
+/// but 16-bit quarter turns walk rows of its width, as if it were a square.
+inline Place turn422Rgb(const Resize& a, int pixelBytes, int x, int y) {
+  const int w = a.dstWidth, h = a.dstHeight;
+  if (!a.turned()) return turn(a.rotation, x, y, w, h);
+  if (pixelBytes == 3) return turn(a.rotation, x, y, h, w);
+  return a.rotation == 1 ? Place{h - 1 - x + y * (h - w), y} : Place{x + y * (w - h), w - 1 - y};
+}
+
+/// vekiYCbCr422RszCscRotRGB_8u_P3C3R. Chroma rows are half a luma step apart.
 inline Planes ycc422Rgb(const Resize& a, int dstStep, int pixelBytes) {
+  const bool swapped = pixelBytes == 3 && a.turned();
+  const int w = swapped ? a.dstHeight : a.dstWidth, h = swapped ? a.dstWidth : a.dstHeight;
   Planes p = {};
-  const bool swapped = a.turned() && pixelBytes == 3;
-  addReads(p, a, ycc422RgbPhases, swapped ? a.dstHeight : a.dstWidth,
-           swapped ? a.dstWidth : a.dstHeight);
+  addReads(p, a, ycc422RgbPhases, w, h);
   for (int i : {1, 2}) p.src[i].step = a.srcStep[0] / 2;
-  p.dst[0] = {a.dstWidth * pixelBytes, a.dstHeight, dstStep};
+  p.dst[0] = placed(w, h, dstStep, pixelBytes,
+                    [&](int x, int y) { return turn422Rgb(a, pixelBytes, x, y); });
   return p;
 }
 
@@ -217,8 +235,7 @@ inline Planes ycc422Reduce(int width, int height, int srcStep, int factor, int i
   const int lastBlock = 2 * factor * (columns - 1);
   const Area firsts = {lastBlock + (columns % 2 == 0 ? 2 : 3), factor * (rows - 1) + 1, srcStep};
   const Area blocks = {lastBlock + 2 * factor, factor * rows, srcStep};
-  return {{interpolation == 0 ? firsts : blocks},
-          {turnedArea(rotation, columns, rows, rows, dstStep, 2)}};
+  return {{interpolation == 0 ? firsts : blocks}, {turned(rotation, columns, rows, dstStep, 2)}};
 }
 
 }  // namespace vek::test::footprint

@@ -108,46 +108,12 @@ TEST(RawFrame, KnownValues) {
   const Vek16u r = 32, gr = 32, gb = 36, b = 800;
   Vek16u src[] = {r, gr, r, gr, gb, b, gb, b, r, gr, r, gr, gb, b, gb, b};
   const RawState state = makeState(rawColor(), rawGeometry(4, 4));
-  for (Level level : levels()) {
-    const LevelScope scope(level);
-    alignas(8) Vek8u luma[48] = {}, cb[16] = {}, cr[16] = {};
-    Vek8u* const dst[3] = {luma + 6, cb + 3, cr + 3};
-    ASSERT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, dst, state.get()), vekStsNoErr);
-    for (int i = 0; i < 16; ++i) EXPECT_EQ(dst[0][i / 4 * 8 + i % 4], 30);
-    for (int i : {0, 1, 4, 5}) EXPECT_EQ(dst[1][i], 224);
-    for (int i : {0, 1, 4, 5}) EXPECT_EQ(dst[2][i], 111);
-  }
-}
-
-/// In list order; a list with an offset is copied without what lies outside, and afterwards the
-/// caller's is of no matter.
-TEST(RawFrame, ReplacesDeadPixelsInListOrder) {
-  constexpr int width = 16, height = 8;
-  // With the sample that each one ends up with. Addresses are linear: column 16 is in the next row.
-  const int dead[][4] = {{5, 0, 3, 0},  {2, 1, 0, 1}, {1, 1, 1, 1}, {0, 7, 0, 5},  {4, 9, 4, 7},
-                         {4, 11, 4, 7}, {3, 8, 3, 6}, {3, 6, 3, 4}, {7, 16, 7, 14}};
-  for (int offset : {0, 3}) {
-    std::vector<VekiDeadPixel> list;
-    for (const auto& pixel : dead) list.push_back({pixel[0] + offset, pixel[1]});
-    if (offset != 0) list.insert(list.begin() + 1, {{offset - 1, 5}, {INT32_MIN, 7}});
-    VekiRggbColorParam color = rawColor();
-    color.deadPixels = list.data();
-    color.numDeadPixels = static_cast<int>(list.size());
-    color.rowOffset = offset;
-    const RawState state = makeState(color, rawGeometry(width, height));
-    if (offset != 0) list.assign(list.size(), {2, 2});
-
-    std::vector<Vek16u> frame(width * (height + 1));
-    for (size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<Vek16u>(7 * i);
-    std::vector<Vek16u> expected = frame;
-    for (const auto& [row, column, fromRow, fromColumn] : dead) {
-      expected[row * width + column] = static_cast<Vek16u>(7 * (fromRow * width + fromColumn));
-    }
-    alignas(8) Vek8u planes[3][256];
-    Vek8u* const dst[3] = {planes[0] + 6, planes[1] + 3, planes[2] + 3};
-    EXPECT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(frame.data(), dst, state.get()), vekStsNoErr);
-    EXPECT_EQ(frame, expected) << "offset " << offset;
-  }
+  alignas(8) Vek8u planes[3][48] = {};
+  Vek8u* const dst[3] = {planes[0] + 6, planes[1] + 3, planes[2] + 3};
+  ASSERT_EQ(veki10RGGBtoYCbCr_RotRsz_8u_P3R(src, dst, state.get()), vekStsNoErr);
+  for (int i = 0; i < 16; ++i) EXPECT_EQ(dst[0][i / 4 * 8 + i % 4], 30);
+  for (int i : {0, 1, 4, 5}) EXPECT_EQ(dst[1][i], 224);
+  for (int i : {0, 1, 4, 5}) EXPECT_EQ(dst[2][i], 111);
 }
 
 }  // namespace

@@ -12,24 +12,19 @@ namespace vek::test {
 inline VekiRggbGeometry rawGeometry(int width, int height, int scale = 1, int rotation = 0,
                                     int chromaFormat = 9, int borderValid = 0) {
   const bool turned = rotation == 1 || rotation == 2;
-  const int dstWidth = (turned ? height : width) / scale;
-  const int dstHeight = (turned ? width : height) / scale;
+  const int across = (turned ? height : width) / scale, down = (turned ? width : height) / scale;
   const int unit = scale == 1 ? 8 : 4;
-  const int luma = (dstWidth + unit - 1) / unit * unit;
-  const int chroma = (dstWidth / 2 + unit / 2 - 1) / (unit / 2) * (unit / 2);
-  VekiRggbGeometry g = {};
-  g.srcStep = 2 * (width + (borderValid != 0 ? 2 : 0));
-  g.srcWidth = width;
-  g.srcHeight = height;
-  g.dstStep[0] = luma;
-  g.dstStep[1] = g.dstStep[2] = chroma;
-  g.dstWidth = dstWidth;
-  g.dstHeight = dstHeight;
-  g.filterMode = scale == 1 ? 2 : 3;
-  g.rotation = rotation;
-  g.chromaFormat = chromaFormat;
-  g.srcBorderValid = borderValid;
-  return g;
+  const int luma = (across + unit - 1) / unit * unit, chroma = luma / 2;
+  return {2 * (width + (borderValid != 0 ? 2 : 0)),
+          width,
+          height,
+          {luma, chroma, chroma},
+          across,
+          down,
+          scale == 1 ? 2 : 3,
+          rotation,
+          chromaFormat,
+          borderValid};
 }
 
 inline constexpr Vek16s identityMatrix[9] = {256, 0, 0, 0, 256, 0, 0, 0, 256};

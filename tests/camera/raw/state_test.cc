@@ -52,20 +52,25 @@ TEST(RawState, RefusesUnequalReductions) {
   }
 }
 
-/// A list is of no matter without entries or offset, and may be left with none.
+/// Without an offset the caller's list is used as it is; otherwise what lies inside is copied.
 TEST(RawState, TakesDeadPixelLists) {
-  const VekiDeadPixel list[] = {{0, 0}, {1, 9}, {5, 5}, {7, 7}};
   const struct {
     int count, rowOffset, colOffset, kept;  ///< kept -1: refused
-  } cases[] = {{4, 0, 0, 4},  {0, 0, 0, 0},  {4, 5, 4, 2}, {4, 0, INT_MAX, 0},
-               {4, 5, 5, -1}, {0, 1, 0, -1}, {4, 1, 0, 3}};
+    VekiDeadPixel last;
+  } cases[] = {{4, 0, 0, 4, {7, 7}}, {0, 0, 0, 0, {}},       {4, 5, 4, 2, {2, 3}},
+               {4, 1, 0, 3, {6, 7}}, {4, 0, INT_MAX, 0, {}}, {4, 5, 5, -1, {}},
+               {0, 1, 0, -1, {}}};
   for (const auto& c : cases) {
+    VekiDeadPixel list[] = {{INT_MIN, 0}, {1, 9}, {5, 5}, {7, 7}};
     VekiRggbColorParam color = rawColor();
     color.deadPixels = list;
     color.numDeadPixels = c.count, color.rowOffset = c.rowOffset, color.colOffset = c.colOffset;
     const RawState state = makeState(color, rawGeometry(8, 8));
-    EXPECT_EQ(state == nullptr ? -1 : state->numDeadPixels, c.kept);
+    ASSERT_EQ(state == nullptr ? -1 : state->numDeadPixels, c.kept);
     EXPECT_EQ(state != nullptr && state->deadPixels == list, c.rowOffset + c.colOffset == 0);
+    if (c.kept < 1) continue;
+    EXPECT_EQ(state->deadPixels[c.kept - 1].row, c.last.row);
+    EXPECT_EQ(state->deadPixels[c.kept - 1].column, c.last.column);
   }
   dropAllocations();
 }
