@@ -115,20 +115,14 @@ TEST_F(Program, ReportsThatItsWordsWereLost) {
   }
 }
 
-TEST_F(Program, HelpNamesEverything) {
-  const char* const cases[][9] = {{"--help", "simulate", "develop", "--version"},
-                                  {"simulate --help", "--frames", "--out", "--size", "--preview",
-                                   "--rotate", "--curve", "--metering", "--seed"},
-                                  {"develop --help", "FILE", "--size", "--step", "--rotate",
-                                   "--scale", "--curve", "--dead", "--output"},
-                                  {"--version", "vekcam 0."}};
-  for (const auto& c : cases) {
-    const Outcome outcome = run(c[0]);
-    EXPECT_EQ(outcome.code, 0) << c[0];
-    EXPECT_EQ(outcome.error, "") << c[0];
-    for (int i = 1; i < 9 && c[i] != nullptr; ++i) {
-      EXPECT_NE(outcome.out.find(c[i]), std::string::npos) << c[i];
-    }
+TEST_F(Program, HelpGoesToStandardOutput) {
+  for (const auto& [arguments, word] : {std::pair{"--help", "simulate"},
+                                        {"develop --help", "--dead"},
+                                        {"--version", "vekcam 0."}}) {
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.code, 0) << arguments;
+    EXPECT_EQ(outcome.error, "") << arguments;
+    EXPECT_NE(outcome.out.find(word), std::string::npos) << arguments;
   }
 }
 
@@ -165,13 +159,11 @@ TEST_F(Program, SimulatesIntoADirectory) {
           "x/y");
   ASSERT_EQ(outcome.code, 0) << outcome.error;
   EXPECT_EQ(outcome.error, "");  // the progress bar is for terminals
-  for (const char* word : {"frames per second", "exposure", "white balance", "raw pipeline",
-                           "RGB preview", "report.html"}) {
+  for (const char* word : {"frames per second", "exposure", "raw pipeline", "report.html"}) {
     EXPECT_NE(outcome.out.find(word), std::string::npos) << word;
   }
-  for (const char* file :
-       {"x/y/frames/frame_0000.png", "x/y/frames/frame_0002.png", "x/y/contact_sheet.png"}) {
-    EXPECT_EQ(contents(scratch_.path(file)).substr(1, 3), "PNG") << file;
+  for (const char* file : {"frames/frame_0000.png", "frames/frame_0002.png", "contact_sheet.png"}) {
+    EXPECT_EQ(contents(scratch_.path(std::string("x/y/") + file)).substr(1, 3), "PNG") << file;
   }
   EXPECT_FALSE(fs::exists(scratch_.path("x/y/frames/frame_0003.png")));
   EXPECT_NE(contents(scratch_.path("x/y/report.html")).find("</html>"), std::string::npos);

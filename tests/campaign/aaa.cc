@@ -48,26 +48,46 @@ void drawRegion(Case& c, VekiSize roi, bool filled) {
   if (filled) c.alsoRefuse(1, roi.height - 1);
 }
 
+/// Windows whose places and sizes are multiples of `x` and `y`, and their weights.
+template <class Weight>
+struct Windows {
+  std::vector<VekiRect> rects;
+  std::vector<Weight> weights;
+  int rectBlock, weightBlock;
+  VekiSize reach;
+
+  Windows(Case& c, int x, int y, int mostWeight) {
+    Random& random = c.random;
+    for (int n = random.in(1, 4); n > 0; --n) {
+      rects.push_back({x * random.in(0, 40 / x), y * random.in(0, 20 / y), x * random.size(128 / x),
+                       y * random.in(1, 40 / y)});
+      weights.push_back(word<Weight>(random, 1, mostWeight));
+    }
+    const Area area = footprint::windows(rects.data(), count(), 0);
+    reach = {static_cast<int>(area.bytes / 2), static_cast<int>(area.rows)};
+    rectBlock = c.objects(rects), weightBlock = c.objects(weights);
+  }
+
+  int count() const { return static_cast<int>(rects.size()); }
+
+  void refuse(Case& c, std::initializer_list<VekiRect> bad) const {
+    for (const VekiRect& w : bad) c.refuseEntry(rectBlock, rects.size() - 1, w, vekStsBadArgErr);
+    c.refuseEntry(weightBlock, rects.size() - 1, Weight{0}, vekStsBadArgErr);
+  }
+};
+
 // ---- Exposure -----------------------------------------------------------------------------------
 
 /// Windows, weights and parameters in memory of the case.
 int drawExposureParams(Case& c, VekiSize* reach) {
   Random& random = c.random;
-  std::vector<VekiRect> windows;
-  std::vector<Vek16u> weights;
-  for (int n = random.in(1, 4); n > 0; --n) {
-    windows.push_back(
-        {2 * random.in(0, 20), 2 * random.in(0, 10), 2 * random.in(1, 30), 2 * random.in(1, 9)});
-    weights.push_back(word<Vek16u>(random, 1, 40000));
-  }
-  const Area area = footprint::windows(windows.data(), static_cast<int>(windows.size()), 0);
-  *reach = {static_cast<int>(area.bytes / 2), static_cast<int>(area.rows)};
-  const int windowBlock = c.objects(windows), weightBlock = c.objects(weights);
+  const Windows<Vek16u> windows(c, 2, 2, 40000);
+  *reach = windows.reach;
   VekiAEParams p = {};
   p.mode = random.in(0, 4);
-  p.pWindows = c.data<VekiRect>(windowBlock);
-  p.pWeights = c.data<Vek16u>(weightBlock);
-  p.numWindows = static_cast<int>(windows.size());
+  p.pWindows = c.data<VekiRect>(windows.rectBlock);
+  p.pWeights = c.data<Vek16u>(windows.weightBlock);
+  p.numWindows = windows.count();
   p.histCountThresh = word<Vek16u>(random, 0, 50);
   p.histSpreadThresh = word<Vek16u>(random, 0, 1023);
   p.darkThresh = word<Vek16u>(random, 0, 1023);
@@ -97,14 +117,7 @@ int drawExposureParams(Case& c, VekiSize* reach) {
   c.refuse(block, &P::pWeights, nullptr);
   c.refuse(block, &P::numWindows, 0);
   c.refuse(block, &P::numWindows, INT_MIN);
-  for (const VekiRect& w : {VekiRect{-2, 0, 8, 8},
-                            {0, INT_MIN, 8, 8},
-                            {0, 0, INT_MAX, 8},
-                            {0, 0, 8, 0},
-                            {0, 0, INT_MIN, 8}}) {
-    c.refuseEntry(windowBlock, windows.size() - 1, w, vekStsBadArgErr);
-  }
-  c.refuseEntry(weightBlock, weights.size() - 1, Vek16u{0}, vekStsBadArgErr);
+  windows.refuse(c, {{-2, 0, 8, 8}, {0, INT_MIN, 8, 8}, {0, 0, INT_MAX, 8}, {0, 0, 8, 0}});
   return block;
 }
 
@@ -157,21 +170,13 @@ void drawExposureInit(Case& c) {
 
 int drawBalanceParams(Case& c, VekiSize* reach) {
   Random& random = c.random;
-  std::vector<VekiRect> windows;
-  std::vector<Vek8u> weights;
-  for (int n = random.in(1, 4); n > 0; --n) {
-    windows.push_back(
-        {4 * random.in(0, 5), 8 * random.in(0, 2), 4 * random.size(32), 8 * random.in(1, 5)});
-    weights.push_back(word<Vek8u>(random, 1, 255));
-  }
-  const Area area = footprint::windows(windows.data(), static_cast<int>(windows.size()), 0);
-  *reach = {static_cast<int>(area.bytes / 2), static_cast<int>(area.rows)};
-  const int windowBlock = c.objects(windows), weightBlock = c.objects(weights);
+  const Windows<Vek8u> windows(c, 4, 8, 255);
+  *reach = windows.reach;
   VekiAWBParams p = {};
   p.method = random.in(0, 1);
-  p.pWindows = c.data<VekiRect>(windowBlock);
-  p.pWeights = c.data<Vek8u>(weightBlock);
-  p.numWindows = static_cast<int>(windows.size());
+  p.pWindows = c.data<VekiRect>(windows.rectBlock);
+  p.pWeights = c.data<Vek8u>(windows.weightBlock);
+  p.numWindows = windows.count();
   const int farthest = random.chance(50) ? 1200 : 65535;
   for (auto field :
        {&VekiAWBParams::refRatioR, &VekiAWBParams::refRatioB, &VekiAWBParams::holdTolR,
@@ -201,15 +206,13 @@ int drawBalanceParams(Case& c, VekiSize* reach) {
   }
   for (auto field : {&P::wpdLimit1, &P::wpdLimit2, &P::wpdHigh}) c.refuse(block, field, 1024);
   c.refuse(block, &P::wpdLimit3, 2048);
-  for (const VekiRect& w : {VekiRect{-4, 0, 8, 8},
-                            {0, INT_MIN, 8, 8},
-                            {0, 0, 1 << 30, 1 << 30},
-                            {0, 0, 8, 0},
-                            {0, 0, 4096, 2048},
-                            {2, 0, 8, 8}}) {
-    c.refuseEntry(windowBlock, windows.size() - 1, w, vekStsBadArgErr);
-  }
-  c.refuseEntry(weightBlock, weights.size() - 1, Vek8u{0}, vekStsBadArgErr);
+  windows.refuse(c, {{-4, 0, 8, 8},
+                     {0, INT_MIN, 8, 8},
+                     {0, 0, 1 << 30, 1 << 30},
+                     {0, 0, 8, 0},
+                     {0, 0, 4096, 2048},
+                     {2, 0, 8, 8},
+                     {0, 4, 8, 8}});
   return block;
 }
 

@@ -1,13 +1,17 @@
 // Resize, rotate and convert.
+#include "tests/footprint/preview.h"
+
 #include "vek/camera.h"
 
 #include <climits>
 
-#include "tests/camera/preview/resize_support.h"
 #include "tests/campaign/campaign.h"
 
 namespace vek::test {
 namespace {
+
+using footprint::pixelBytes;
+using footprint::Resize;
 
 Refused bad(std::initializer_list<int> values) {
   return {vekStsBadArgErr, values};
@@ -15,19 +19,43 @@ Refused bad(std::initializer_list<int> values) {
 
 const Refused belowOne = bad({0, -1, INT_MIN});
 
-/// Sizes are often such that strips and turned tiles are crossed.
-Resize drawResize(Random& random, int widthUnit, int heightUnit, int yAlign, int chromaAlign) {
-  Resize a = randomResize(random, widthUnit, heightUnit, yAlign, chromaAlign);
-  if (!random.chance(3)) return a;
-  a.dstWidth = roundUp(random.in(500, 1500), widthUnit);
-  a.srcWidth = random.in(500, 1500);
-  a.srcStep[0] = roundUp(a.srcWidth, yAlign);
-  a.srcStep[1] = a.srcStep[2] = roundUp(a.srcWidth / 2, chromaAlign);
-  randomSteps(a, random);
-  return a;
+using Aligned = const int (&)[3];
+
+int roundUp(int value, int unit) {
+  return (value + unit - 1) / unit * unit;
 }
 
-using Aligned = const int (&)[3];
+int maxStep(int src, int dst) {
+  return static_cast<int>((((src & ~1) - 1) * 65536LL) / ((dst & ~1) - 1));
+}
+
+/// Row steps for the source, and sampling steps within their limits, often the limits themselves or
+/// whole samples.
+void drawSteps(Resize& a, Random& random, Aligned alignments) {
+  for (int i = 0; i < 3; ++i) {
+    const int row = i == 0 ? a.srcWidth : a.srcWidth / 2;
+    a.srcStep[i] = roundUp(row, alignments[i]) + alignments[i] * random.in(0, 2);
+  }
+  const int xMost = maxStep(a.srcWidth, a.dstWidth), yMost = maxStep(a.srcHeight, a.dstHeight);
+  const bool unscaled = a.srcWidth == a.dstWidth && a.srcHeight == a.dstHeight;
+  a.xStep = unscaled ? 65536 : random.chance(50) ? xMost : random.in(1, xMost);
+  a.yStep = unscaled ? 65536 : random.chance(50) ? yMost : random.in(1, yMost);
+  if (a.xStep > 65536 && random.chance(40)) a.xStep &= ~0xFFFF;
+}
+
+/// Destination sizes are multiples of the units; sometimes strips and turned tiles are crossed.
+Resize drawResize(Random& random, int widthUnit, int heightUnit, Aligned alignments) {
+  Resize a = {};
+  const bool wide = random.chance(3), unscaled = !wide && random.chance(40);
+  a.dstWidth = roundUp(wide ? random.in(500, 1500) : random.size(150) + 1, widthUnit);
+  a.dstHeight = roundUp(random.size(60) + 1, heightUnit);
+  a.srcWidth = unscaled ? a.dstWidth : wide ? random.in(500, 1500) : random.size(150) + 1;
+  a.srcHeight = unscaled ? a.dstHeight : random.size(60) + 1;
+  drawSteps(a, random, alignments);
+  a.interpolation = random.in(0, 1);
+  a.rotation = random.in(0, 5);
+  return a;
+}
 
 void drawPlanes(Case& c, Use use, const Area (&areas)[3], Aligned alignments) {
   int blocks[3];
@@ -37,11 +65,13 @@ void drawPlanes(Case& c, Use use, const Area (&areas)[3], Aligned alignments) {
   c.planes(blocks, alignments);
 }
 
-/// Row steps that are aligned, but shorter than the rows of an image `width` pixels wide.
-void refuseShort(Case& c, int width, Aligned alignments) {
+/// The row steps of an image `width` pixels wide; misaligned and shorter ones are refused.
+void drawRowSteps(Case& c, Aligned steps, int width, Aligned alignments) {
+  c.numbers(steps, belowOne);
   for (int i = 0; i < 3; ++i) {
-    const int row = i == 0 ? width : width / 2;
-    c.alsoRefuse(i, (row - 1) / alignments[i] * alignments[i]);
+    const int row = i == 0 ? width : width / 2, unit = alignments[i];
+    if (unit > 1) c.alsoRefuse(i, steps[i] + unit / 2);
+    c.alsoRefuse(i, (row - 1) / unit * unit);
   }
 }
 
@@ -65,37 +95,26 @@ void makeExact(Resize& a, Random& random) {
   const int factor = random.chance(50) ? 2 : 4;
   a.srcWidth = factor * a.dstWidth + random.in(0, factor - 1);
   a.srcHeight = factor * a.dstHeight + random.in(0, factor - 1);
-  randomSteps(a, random);
-  a.srcStep[0] = roundUp(a.srcWidth, 8);
-  for (int i : {1, 2}) a.srcStep[i] = roundUp(a.srcWidth / 2, 8) + 8 * random.in(0, 2);
+  drawSteps(a, random, {8, 8, 8});
   if (random.chance(70)) a.rotation = 0;
 }
 
-void drawPlanarResize(Case& c, bool is420) {
+void drawPlanarResize(Case& c, bool is420, Aligned srcUnits, Aligned dstUnits) {
   Random& random = c.random;
-  Resize a = is420 ? drawResize(random, 2, 2, 8, 8) : drawResize(random, 2, 1, 4, 1);
+  Resize a = drawResize(random, 2, is420 ? 2 : 1, srcUnits);
   if (is420 && random.chance(40)) makeExact(a, random);
-  const int across = a.turned() ? a.dstHeight : a.dstWidth, unit = is420 ? 2 : 1;
-  int dstStep[3] = {roundUp(across, 4), roundUp(across / 2, unit), roundUp(across / 2, unit)};
-  dstStep[0] += 4 * random.in(0, 2);
-  for (int i : {1, 2}) dstStep[i] += unit * random.in(0, 3);
-  const auto print = is420 ? footprint::ycc420(a, dstStep) : footprint::ycc422(a, dstStep);
-  drawPlanes(c, Use::in, print.src, is420 ? Aligned{8, 8, 8} : Aligned{4, 1, 1});
-  c.numbers(a.srcStep, belowOne);
-  c.alsoRefuse(0, a.srcStep[0] + 2);
-  for (int i : {1, 2}) {
-    if (is420) c.alsoRefuse(i, a.srcStep[i] + 4);
+  const int across = a.turned() ? a.dstHeight : a.dstWidth;
+  int dstStep[3];
+  for (int i = 0; i < 3; ++i) {
+    dstStep[i] = roundUp(i == 0 ? across : across / 2, dstUnits[i]) + dstUnits[i] * random.in(0, 3);
   }
-  refuseShort(c, a.srcWidth, is420 ? Aligned{8, 8, 8} : Aligned{4, 1, 1});
+  const auto print = is420 ? footprint::ycc420(a, dstStep) : footprint::ycc422(a, dstStep);
+  drawPlanes(c, Use::in, print.src, srcUnits);
+  drawRowSteps(c, a.srcStep, a.srcWidth, srcUnits);
   c.number(a.srcWidth, bad({0, -1, INT_MIN, INT_MAX}));
   c.number(a.srcHeight, belowOne);
-  drawPlanes(c, Use::out, print.dst, is420 ? Aligned{4, 2, 2} : Aligned{4, 1, 1});
-  c.numbers(dstStep, belowOne);
-  c.alsoRefuse(0, dstStep[0] + 2);
-  for (int i : {1, 2}) {
-    if (is420) c.alsoRefuse(i, dstStep[i] + 1);
-  }
-  refuseShort(c, across, is420 ? Aligned{4, 2, 2} : Aligned{4, 1, 1});
+  drawPlanes(c, Use::out, print.dst, dstUnits);
+  drawRowSteps(c, dstStep, across, dstUnits);
   c.number(a.dstWidth, bad({0, -1, INT_MIN, INT_MAX, a.dstWidth + 1}));
   c.number(a.dstHeight, belowOne);
   if (is420) c.alsoRefuse(0, a.dstHeight + 1);
@@ -106,14 +125,13 @@ void drawPlanarResize(Case& c, bool is420) {
 
 void draw420Rgb(Case& c) {
   Random& random = c.random;
-  const Resize a = drawResize(random, 1, 1, 4, 2);
+  const Resize a = drawResize(random, 1, 1, {4, 2, 2});
   const int format = random.in(4, 7), bytes = pixelBytes(format - 4), unit = format == 7 ? 2 : 8;
   const int across = a.turned() ? a.dstHeight : a.dstWidth;
   const int dstStep = roundUp(across * bytes, unit) + unit * random.in(0, 2);
   const auto print = footprint::ycc420Rgb(a, dstStep, bytes);
   drawPlanes(c, Use::in, print.src, {4, 2, 2});
-  c.numbers(a.srcStep, bad({0, -1, INT_MIN, a.srcStep[0] + 1}));
-  refuseShort(c, a.srcWidth, {4, 2, 2});
+  drawRowSteps(c, a.srcStep, a.srcWidth, {4, 2, 2});
   c.number(a.srcWidth, bad({0, -1, INT_MIN, INT_MAX}));
   c.number(a.srcHeight, belowOne);
   c.pointer(c.memory(Use::out, print.dst[0], 8), 8);
@@ -128,7 +146,7 @@ void draw420Rgb(Case& c) {
 
 void draw422Rgb(Case& c) {
   Random& random = c.random;
-  Resize a = drawResize(random, random.chance(50) ? 4 : 1, 1, 4, 2);
+  Resize a = drawResize(random, random.chance(50) ? 4 : 1, 1, {4, 2, 2});
   const int format = random.in(0, 3), bytes = pixelBytes(format);
   if (random.chance(30)) {  // nothing bounds sizes and steps
     a.srcWidth = random.in(1, a.srcWidth);
@@ -145,8 +163,7 @@ void draw422Rgb(Case& c) {
   const int dstStep = format == 3 ? roundUp(row, 4) + extra : roundUp(row, 8) + 8 * extra;
   const auto print = footprint::ycc422Rgb(a, dstStep, bytes);
   drawPlanes(c, Use::in, print.src, {1, 1, 1});
-  c.numbers(a.srcStep, bad({0, -1, INT_MIN, a.srcStep[0] + 1}));
-  refuseShort(c, a.srcWidth, {4, 2, 2});
+  drawRowSteps(c, a.srcStep, a.srcWidth, {4, 2, 2});
   c.number(a.srcWidth, bad({INT_MAX}));
   c.number(a.srcHeight);
   c.pointer(c.memory(Use::out, print.dst[0]));
@@ -197,8 +214,14 @@ Record preview(const char* name, VekStatus (*f)(A...), std::function<void(Case&)
 
 std::vector<Record> previewRecords() {
   return {
-      preview(VEK_NAMED(vekiYCbCr420RszRot_8u_P3R), [](Case& c) { drawPlanarResize(c, true); }),
-      preview(VEK_NAMED(vekiYCbCr422RszRot_8u_P3R), [](Case& c) { drawPlanarResize(c, false); }),
+      preview(VEK_NAMED(vekiYCbCr420RszRot_8u_P3R),
+              [](Case& c) {
+                drawPlanarResize(c, true, {8, 8, 8}, {4, 2, 2});
+              }),
+      preview(VEK_NAMED(vekiYCbCr422RszRot_8u_P3R),
+              [](Case& c) {
+                drawPlanarResize(c, false, {4, 1, 1}, {4, 1, 1});
+              }),
       preview(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), draw420Rgb),
       preview(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), draw422Rgb),
       preview(VEK_NAMED(vekiResizeCscRotate_8u_C2R), draw422Reduce),

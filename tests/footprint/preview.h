@@ -30,6 +30,11 @@ struct Resize {
   }
 };
 
+/// Formats 565, 555, 444 and 24-bit, counted from 0.
+inline int pixelBytes(int format) {
+  return format == 3 ? 3 : 2;
+}
+
 /// What a preview function reads and writes: three planes, and one or three.
 struct Planes {
   Area src[3];

@@ -3,13 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/camera/preview/resize_support.h"
+#include "tests/camera/preview/luma.h"
 #include "tests/campaign/definition.h"
 
 namespace vek::test {
 namespace {
 
 using footprint::Place;
+using footprint::Resize;
 
 /// Exact reductions: plane `i` of 4:2:0, sample (x, y).
 int reduced(const Vek8u* plane, const Resize& a, int i, int x, int y) {

@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "tests/camera/preview/resize_support.h"
+#include "tests/camera/preview/luma.h"
 #include "tests/campaign/definition.h"
 
 namespace vek::test {
 namespace {
+
+using footprint::pixelBytes;
+using footprint::Resize;
 
 /// One converted pixel in memory; formats are counted from 0.
 void put(int y, int cb, int cr, int format, Vek8u* to) {

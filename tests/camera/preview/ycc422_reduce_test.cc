@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <vector>
 
 #include "camera/preview/csc_rows.h"
@@ -67,32 +68,28 @@ TEST(Ycc422Reduce, EqualsTheDefinition) {
 TEST(Ycc422Reduce, KnownColours) {
   const int table[5] = {1192, 1634, -833, -401, 2065};
   EXPECT_TRUE(std::equal(table, table + 5, _vekYCbCr_RGB));
-  EXPECT_EQ(rgb(16, 128, 128, 0), 0);
-  EXPECT_EQ(rgb(255, 128, 128, 0), 0xFFFF);
   EXPECT_EQ(rgb(255, 128, 128, 1), 0x7FFF);
   EXPECT_EQ(rgb(81, 90, 240, 0), 0xF800);
 }
 
 /// Every luma with every Cb and 18 of all Cr: 16-bit arithmetic must not show.
 TEST(CscRows, LevelsEqualPortable) {
-  constexpr size_t kernels = sizeof(CscRows) / sizeof(Csc);
   const auto table = [](Level level) {
     return reinterpret_cast<const Csc*>(&select(cscRows, level));
   };
-  for (Level level : levels()) {
-    if (level == Level::portable) continue;
-    Vek8u y[256], cb[256], cr[256];
-    for (int i = 0; i < 256; ++i) y[i] = static_cast<Vek8u>(i);
-    for (size_t kernel = 0; kernel < kernels; ++kernel) {
-      for (int chroma = 0; chroma < 256 * 18; ++chroma) {
-        std::fill_n(cb, 256, static_cast<Vek8u>(chroma % 256));
-        std::fill_n(cr, 256, static_cast<Vek8u>(chroma / 256 * 15));
-        std::vector<uint8_t> expected(768), actual(768);
-        const Samples samples = {{y, 256}, {cb, 256}, {cr, 256}, 0};
-        table(Level::portable)[kernel](samples, 256, 1, expected.data(), 0);
-        table(level)[kernel](samples, 256, 1, actual.data(), 0);
-        ASSERT_EQ(expected, actual) << "kernel " << kernel << " at level " << name(level) << ", Cb "
-                                    << int{cb[0]} << ", Cr " << int{cr[0]};
+  Vek8u y[256], cb[256], cr[256];
+  std::iota(y, y + 256, Vek8u{0});
+  for (int chroma = 0; chroma < 256 * 18; ++chroma) {
+    std::fill_n(cb, 256, static_cast<Vek8u>(chroma % 256));
+    std::fill_n(cr, 256, static_cast<Vek8u>(chroma / 256 * 15));
+    const Samples samples = {{y, 256}, {cb, 256}, {cr, 256}, 0};
+    for (size_t kernel = 0; kernel < sizeof(CscRows) / sizeof(Csc); ++kernel) {
+      Vek8u expected[768] = {}, actual[768] = {};
+      table(Level::portable)[kernel](samples, 256, 1, expected, 0);
+      for (Level level : levels()) {
+        table(level)[kernel](samples, 256, 1, actual, 0);
+        ASSERT_TRUE(std::equal(expected, expected + 768, actual))
+            << "kernel " << kernel << ", " << name(level) << ", chroma " << chroma;
       }
     }
   }
