@@ -75,9 +75,9 @@ Record masked(const char* name, Masked f, bool median) {
             const VekiSize boxes[] = {{2, 43}, {6, 17},   {15, 8},  {43, 3},  {16, 16},
                                       {43, 6}, {2, 128},  {2, 258}, {48, 85}, {48, 86},
                                       {49, 6}, {15, 257}, {15, 258}};
-            const VekiSize medians[] = {{5, 51},  {7, 37},   {33, 21},   {35, 5},  {5, 87},
-                                        {129, 5}, {131, 5},  {257, 3},   {1, 255}, {3, 255},
-                                        {41, 21}, {129, 33}, {129, 255}, {901, 75}};
+            const VekiSize medians[] = {{15, 17}, {7, 37},   {33, 21},   {5, 85},
+                                        {129, 5}, {131, 5},  {257, 3},   {3, 255},
+                                        {41, 21}, {129, 35}, {129, 255}, {901, 75}};
             if (random.chance(15)) {
               mask = median ? random.of(medians) : random.of(boxes);
             } else if (median) {
@@ -91,7 +91,9 @@ Record masked(const char* name, Masked f, bool median) {
             }
             const VekiPoint anchor = drawAnchor(random, mask);
             const int area = mask.width * mask.height;
-            const VekiSize most = {area > 10000 ? 12 : area > 1000 ? 70 : 150, area > 1000 ? 3 : 6};
+            const VekiSize most = area > 10000  ? VekiSize{12, 2}
+                                  : area > 1000 ? VekiSize{70, 3}
+                                                : VekiSize{150, 6};
             drawImages(c, channels, mask, anchor, most);
             c.pair(mask.width, mask.height, {vekStsMaskSizeErr, {median ? 2 : 1, 0, -1, INT_MIN}});
             if (median) c.alsoRefuse(1, 257);

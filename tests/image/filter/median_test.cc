@@ -13,21 +13,33 @@ void expectMedian(const char* name,
   const auto define = [channels = channelsOf(name)](const Vek8u* src, int srcStep, Vek8u* dst,
                                                     int dstStep, VekiSize roi, VekiSize mask,
                                                     VekiPoint anchor) {
-    fromNeighbourhoods(channels, src, srcStep, dst, dstStep, roi, anchor, [mask](auto at) {
-      std::vector<int> samples;
+    std::vector<Vek8u> samples;
+    fromNeighbourhoods(channels, src, srcStep, dst, dstStep, roi, anchor, [&](auto at) {
+      samples.clear();
       for (int j = 0; j < mask.height; ++j) {
-        for (int i = 0; i < mask.width; ++i) samples.push_back(at(i, j));
+        for (int i = 0; i < mask.width; ++i) samples.push_back(static_cast<Vek8u>(at(i, j)));
       }
       const auto middle = samples.begin() + static_cast<ptrdiff_t>(samples.size() / 2);
       std::nth_element(samples.begin(), middle, samples.end());
       return *middle;
     });
   };
-  expectDefinition(name, f, define, 700);
+  expectDefinition(name, f, define, 450);
 }
 
 TEST(FilterMedian, EqualsTheNaiveMedian) {
   VEK_C1_C3(expectMedian, vekiFilterMedian, R);
+}
+
+/// A counter of black samples that just fits, or does not, the bits that it has.
+TEST(FilterMedian, CountsUniformWindows) {
+  const std::vector<Vek8u> black(700, 0);
+  const std::vector<uint8_t> expected(256, 0);
+  for (VekiSize mask : {VekiSize{15, 17}, {7, 37}, {33, 85}, {129, 255}, {131, 255}}) {
+    runAtEveryLevel({{{256, 1, 256}, 1, 0, expected}}, [&](auto dst) {
+      EXPECT_EQ(vekiFilterMedian_8u_C1R(black.data(), 1, dst[0], 256, {256, 1}, mask, {0, 0}), 0);
+    });
+  }
 }
 
 /// The winner of the pixels around p, row after row, by the direct definition.
