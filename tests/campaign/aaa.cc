@@ -20,14 +20,6 @@ T word(Random& random, int low, int high) {
   return static_cast<T>(random.in(low, high));
 }
 
-/// A state that Init makes from a record in the case's memory.
-template <class State, class Params>
-State* make(VekStatus (*init)(const Params*, State**), const Params* params) {
-  State* state = nullptr;
-  init(params, &state);
-  return state;
-}
-
 /// Calls Init, and releases what it made, so that only the null pointer is left to compare.
 template <class State, class Params, VekStatus (*init)(const Params*, State**),
           VekStatus (*release)(State*), VekStatus ofNull>
@@ -40,12 +32,42 @@ VekStatus initAndFree(const Value* v) {
   return release(nullptr) == ofNull ? released : vekStsContextMatchErr;
 }
 
-/// The region; one that windows fill must not be smaller.
-void drawRegion(Case& c, VekiSize roi, bool filled) {
+template <int (*drawParams)(Case&, VekiSize*)>
+void drawInit(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  VekiSize reach;
+  c.pointer(drawParams(c, &reach));
+  c.pointer(c.objects(std::vector<void*>{&c}, Use::out));
+}
+
+/// A state that Init makes from the parameters in a block; behind it these themselves, for
+/// definitions, which cannot look into the state.
+template <class State, class Params>
+void drawState(Case& c, int block, VekStatus (*init)(const Params*, State**),
+               VekStatus (*release)(State*)) {
+  State* state = nullptr;
+  init(c.data<const Params>(block), &state);
+  c.state(state, [release](void* s) { release(static_cast<State*>(s)); });
+  c.pointer(block, 0);
+}
+
+/// A frame, its row step and its region; one that windows fill must not be smaller.
+void drawFrame(Case& c, const Area& area, int srcStep, VekiSize roi, int unit, bool filled) {
+  const int masks[] = {1023, 255, 0xFFFF};
+  const int mask = c.random.of(masks);
+  c.pointer(c.memory(Use::in, area, static_cast<size_t>(unit), 2, mask), unit);
+  c.number(srcStep, bad({0, -unit, INT_MIN, srcStep + unit / 2, 2 * roi.width - unit}));
   c.pair(roi.width, roi.height, bad({0, -1, INT_MIN}));
   c.alsoRefuse(0, INT_MAX);  // wider than the step
   if (filled) c.alsoRefuse(0, roi.width - 1);
   if (filled) c.alsoRefuse(1, roi.height - 1);
+}
+
+void drawControl(Case& c, int low, int high) {
+  const int block = c.objects(std::vector{word<Vek16u>(c.random, low, high)}, Use::inOut);
+  if (low > 0) c.refuseEntry(block, 0, static_cast<Vek16u>(low - 1), vekStsBadArgErr);
+  if (high < 65535) c.refuseEntry(block, 0, static_cast<Vek16u>(high + 1), vekStsBadArgErr);
+  c.pointer(block);
 }
 
 /// Windows whose places and sizes are multiples of `x` and `y`, and their weights.
@@ -121,14 +143,6 @@ int drawExposureParams(Case& c, VekiSize* reach) {
   return block;
 }
 
-int drawControl(Case& c, int low, int high) {
-  const std::vector<Vek16u> value = {word<Vek16u>(c.random, low, high)};
-  const int block = c.objects(value, Use::inOut);
-  if (low > 0) c.refuseEntry(block, 0, static_cast<Vek16u>(low - 1), vekStsBadArgErr);
-  if (high < 65535) c.refuseEntry(block, 0, static_cast<Vek16u>(high + 1), vekStsBadArgErr);
-  return block;
-}
-
 void drawExposure(Case& c) {
   c.nullStatus = vekStsBadArgErr;
   Random& random = c.random;
@@ -147,23 +161,10 @@ void drawExposure(Case& c) {
                               : footprint::exposureZones(roi, srcStep);
   // Modes 0 and 2 read some of the padding, too.
   const Area readable = windows ? area : Area{(area.rows - 1) * srcStep + area.bytes, 1, 0};
-  const int masks[] = {1023, 255, 0xFFFF};
-  const int mask = random.of(masks);
-  c.pointer(c.memory(Use::in, readable, 4, 2, mask), 4);
-  c.number(srcStep, bad({0, -4, INT_MIN, srcStep + 2, 2 * roi.width - 4}));
-  drawRegion(c, roi, windows);
-  c.pointer(drawControl(c, p.stepMin, p.stepMax));
-  c.pointer(drawControl(c, p.scaleMin, p.scaleMax));
-  c.state(make(vekiInitAlloc_AE_10RGGB_8u_C1R, c.data<const VekiAEParams>(block)),
-          [](void* s) { vekiFree_AE_10RGGB_8u_C1R(static_cast<VekiAEState*>(s)); });
-  c.pointer(block, 0);  // for definitions, which cannot look into the state
-}
-
-void drawExposureInit(Case& c) {
-  c.nullStatus = vekStsBadArgErr;
-  VekiSize reach;
-  c.pointer(drawExposureParams(c, &reach));
-  c.pointer(c.objects(std::vector<void*>{&c}, Use::out));
+  drawFrame(c, readable, srcStep, roi, 4, windows);
+  drawControl(c, p.stepMin, p.stepMax);
+  drawControl(c, p.scaleMin, p.scaleMax);
+  drawState(c, block, vekiInitAlloc_AE_10RGGB_8u_C1R, vekiFree_AE_10RGGB_8u_C1R);
 }
 
 // ---- White balance ------------------------------------------------------------------------------
@@ -223,23 +224,9 @@ void drawBalance(Case& c) {
   c.clearFaults();
   const VekiAWBParams p = *c.data<VekiAWBParams>(block);
   const int srcStep = (2 * roi.width + 7) / 8 * 8 + 8 * c.random.in(0, 2);
-  const int masks[] = {1023, 255, 0xFFFF};
-  const int mask = c.random.of(masks);
-  const Area area = footprint::windows(p.pWindows, p.numWindows, srcStep);
-  c.pointer(c.memory(Use::in, area, 8, 2, mask), 8);
-  c.number(srcStep, bad({0, -8, INT_MIN, srcStep + 4, 2 * roi.width - 8}));
-  drawRegion(c, roi, true);
-  for (int i = 0; i < 3; ++i) c.pointer(drawControl(c, p.gainMin, p.gainMax));
-  c.state(make(vekiInitAlloc_AWB_10RGGB_8u_C1R, c.data<const VekiAWBParams>(block)),
-          [](void* s) { vekiFree_AWB_10RGGB_8u_C1R(static_cast<VekiAWBState*>(s)); });
-  c.pointer(block, 0);
-}
-
-void drawBalanceInit(Case& c) {
-  c.nullStatus = vekStsBadArgErr;
-  VekiSize reach;
-  c.pointer(drawBalanceParams(c, &reach));
-  c.pointer(c.objects(std::vector<void*>{&c}, Use::out));
+  drawFrame(c, footprint::windows(p.pWindows, p.numWindows, srcStep), srcStep, roi, 8, true);
+  for (int i = 0; i < 3; ++i) drawControl(c, p.gainMin, p.gainMax);
+  drawState(c, block, vekiInitAlloc_AWB_10RGGB_8u_C1R, vekiFree_AWB_10RGGB_8u_C1R);
 }
 
 }  // namespace
@@ -250,13 +237,13 @@ std::vector<Record> aaaRecords() {
       {"vekiInitAlloc_AE_10RGGB_8u_C1R",
        initAndFree<VekiAEState, VekiAEParams, vekiInitAlloc_AE_10RGGB_8u_C1R,
                    vekiFree_AE_10RGGB_8u_C1R, vekStsNoErr>,
-       drawExposureInit,
+       drawInit<drawExposureParams>,
        {"vekiFree_AE_10RGGB_8u_C1R"}},
       {"vekiAWB_10RGGB_8u_C1R", bind(vekiAWB_10RGGB_8u_C1R), drawBalance},
       {"vekiInitAlloc_AWB_10RGGB_8u_C1R",
        initAndFree<VekiAWBState, VekiAWBParams, vekiInitAlloc_AWB_10RGGB_8u_C1R,
                    vekiFree_AWB_10RGGB_8u_C1R, vekStsBadArgErr>,
-       drawBalanceInit,
+       drawInit<drawBalanceParams>,
        {"vekiFree_AWB_10RGGB_8u_C1R"}}};
   records[0].shareable = false;
   records[1].allocates = records[3].allocates = true;

@@ -75,19 +75,23 @@ void drawRowSteps(Case& c, Aligned steps, int width, Aligned alignments) {
   }
 }
 
-/// The sampling steps, `x` and `y` being their limits.
-void drawSampling(Case& c, const Resize& a, int64_t x, int64_t y) {
-  const auto refused = [](int64_t limit) {
-    Refused all = belowOne;
-    if (limit < INT_MAX) all.add(static_cast<int>(limit + 1));
-    return all;
-  };
-  c.number(a.xStep, refused(x));
-  c.number(a.yStep, refused(y));
+/// Source planes, row steps and size; sizes are refused where something bounds them.
+void drawSource(Case& c, const Resize& a, const footprint::Planes& print, Aligned planes,
+                Aligned steps, bool bounded) {
+  drawPlanes(c, Use::in, print.src, planes);
+  drawRowSteps(c, a.srcStep, a.srcWidth, steps);
+  c.number(a.srcWidth, bounded ? bad({0, -1, INT_MIN, INT_MAX}) : bad({INT_MAX}));
+  c.number(a.srcHeight, bounded ? belowOne : Refused());
 }
 
-void drawLimitedSampling(Case& c, const Resize& a) {
-  drawSampling(c, a, maxStep(a.srcWidth, a.dstWidth), maxStep(a.srcHeight, a.dstHeight));
+/// Interpolation, rotation and sampling steps.
+void drawManner(Case& c, const Resize& a, bool bounded) {
+  c.number(a.interpolation, bad({-1, 2, INT_MAX}));
+  c.number(a.rotation, bad({-1, 6, INT_MIN}));
+  c.number(a.xStep, belowOne);
+  if (bounded) c.alsoRefuse(0, maxStep(a.srcWidth, a.dstWidth) + 1);
+  c.number(a.yStep, belowOne);
+  if (bounded) c.alsoRefuse(0, maxStep(a.srcHeight, a.dstHeight) + 1);
 }
 
 /// Reduces to a half or a quarter, mostly unturned.
@@ -109,18 +113,21 @@ void drawPlanarResize(Case& c, bool is420, Aligned srcUnits, Aligned dstUnits) {
     dstStep[i] = roundUp(i == 0 ? across : across / 2, dstUnits[i]) + dstUnits[i] * random.in(0, 3);
   }
   const auto print = is420 ? footprint::ycc420(a, dstStep) : footprint::ycc422(a, dstStep);
-  drawPlanes(c, Use::in, print.src, srcUnits);
-  drawRowSteps(c, a.srcStep, a.srcWidth, srcUnits);
-  c.number(a.srcWidth, bad({0, -1, INT_MIN, INT_MAX}));
-  c.number(a.srcHeight, belowOne);
+  drawSource(c, a, print, srcUnits, srcUnits, true);
   drawPlanes(c, Use::out, print.dst, dstUnits);
   drawRowSteps(c, dstStep, across, dstUnits);
   c.number(a.dstWidth, bad({0, -1, INT_MIN, INT_MAX, a.dstWidth + 1}));
   c.number(a.dstHeight, belowOne);
   if (is420) c.alsoRefuse(0, a.dstHeight + 1);
-  c.number(a.interpolation, bad({-1, 2, INT_MAX}));
-  c.number(a.rotation, bad({-1, 6, INT_MIN}));
-  drawLimitedSampling(c, a);
+  drawManner(c, a, true);
+}
+
+void draw420(Case& c) {
+  drawPlanarResize(c, true, {8, 8, 8}, {4, 2, 2});
+}
+
+void draw422(Case& c) {
+  drawPlanarResize(c, false, {4, 1, 1}, {4, 1, 1});
 }
 
 void draw420Rgb(Case& c) {
@@ -130,18 +137,13 @@ void draw420Rgb(Case& c) {
   const int across = a.turned() ? a.dstHeight : a.dstWidth;
   const int dstStep = roundUp(across * bytes, unit) + unit * random.in(0, 2);
   const auto print = footprint::ycc420Rgb(a, dstStep, bytes);
-  drawPlanes(c, Use::in, print.src, {4, 2, 2});
-  drawRowSteps(c, a.srcStep, a.srcWidth, {4, 2, 2});
-  c.number(a.srcWidth, bad({0, -1, INT_MIN, INT_MAX}));
-  c.number(a.srcHeight, belowOne);
+  drawSource(c, a, print, {4, 2, 2}, {4, 2, 2}, true);
   c.pointer(c.memory(Use::out, print.dst[0], 8), 8);
   c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 1, (across * bytes - 1) / unit * unit}));
   c.number(a.dstWidth, belowOne);
   c.number(a.dstHeight, belowOne);
   c.number(format, bad({3, 8, INT_MIN}));
-  c.number(a.interpolation, bad({-1, 2}));
-  c.number(a.rotation, bad({-1, 6}));
-  drawLimitedSampling(c, a);
+  drawManner(c, a, true);
 }
 
 void draw422Rgb(Case& c) {
@@ -162,18 +164,13 @@ void draw422Rgb(Case& c) {
   const int row = a.dstWidth * bytes, extra = random.in(0, 1);
   const int dstStep = format == 3 ? roundUp(row, 4) + extra : roundUp(row, 8) + 8 * extra;
   const auto print = footprint::ycc422Rgb(a, dstStep, bytes);
-  drawPlanes(c, Use::in, print.src, {1, 1, 1});
-  drawRowSteps(c, a.srcStep, a.srcWidth, {4, 2, 2});
-  c.number(a.srcWidth, bad({INT_MAX}));
-  c.number(a.srcHeight);
+  drawSource(c, a, print, {1, 1, 1}, {4, 2, 2}, false);
   c.pointer(c.memory(Use::out, print.dst[0]));
   c.number(dstStep, bad({0, -1, INT_MIN, dstStep + 2}));
   c.number(a.dstWidth);
   c.number(a.dstHeight);
   c.number(format, bad({-1, 4}));
-  c.number(a.interpolation, bad({-1, 2}));
-  c.number(a.rotation, bad({-1, 6}));
-  drawSampling(c, a, INT_MAX, INT_MAX);
+  drawManner(c, a, false);
 }
 
 void draw422Reduce(Case& c) {
@@ -214,14 +211,8 @@ Record preview(const char* name, VekStatus (*f)(A...), std::function<void(Case&)
 
 std::vector<Record> previewRecords() {
   return {
-      preview(VEK_NAMED(vekiYCbCr420RszRot_8u_P3R),
-              [](Case& c) {
-                drawPlanarResize(c, true, {8, 8, 8}, {4, 2, 2});
-              }),
-      preview(VEK_NAMED(vekiYCbCr422RszRot_8u_P3R),
-              [](Case& c) {
-                drawPlanarResize(c, false, {4, 1, 1}, {4, 1, 1});
-              }),
+      preview(VEK_NAMED(vekiYCbCr420RszRot_8u_P3R), draw420),
+      preview(VEK_NAMED(vekiYCbCr422RszRot_8u_P3R), draw422),
       preview(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), draw420Rgb),
       preview(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), draw422Rgb),
       preview(VEK_NAMED(vekiResizeCscRotate_8u_C2R), draw422Reduce),

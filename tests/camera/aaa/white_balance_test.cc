@@ -84,57 +84,48 @@ TEST(WhiteBalance, EqualsTheDefinition) {
 }
 
 /// Flat windows: grey is 1024 to 1024; held within 10 and 20, valid within 2000 and 1500; gains
-/// 10..4000 move by at most 50; 16 white quads have 64 samples.
+/// 10..4000 move by at most 50.
 TEST(WhiteBalance, KnownDecisions) {
-  struct Case {
+  using Gains = std::vector<Vek16u>;
+  const struct {
     const char* what;
     int method, red, green, blue;
-    std::vector<Vek16u> before, after;
+    Gains before, after;
     VekStatus status;
-    VekiRect window = {0, 0, 8, 8};
-    int minWhite = 64;
-  };
-  const Case cases[] = {
+    int columns = 8, rows = 8, spare = 0;  ///< samples that are not wanted in white quads
+  } cases[] = {
       {"held, even at a limit", 1, 512, 512, 512, {4000, 10, 10}, {4000, 10, 10}, 0},
       {"red is not held", 0, 519, 512, 519, {300, 256, 300}, {295, 256, 295}, 0},
       {"reaches the maximum", 0, 256, 512, 512, {3960, 256, 400}, {4000, 256, 400}, 33},
       {"reaches the minimum", 0, 900, 512, 512, {12, 12, 400}, {10, 12, 400}, 33},
       {"not believed: to the defaults", 0, 1000, 64, 64, {200, 320, 290}, {250, 270, 300}, 0},
       {"pure green is valid, but no divisor", 0, 0, 512, 0, {320, 256, 300}, {320, 256, 300}, 0},
-      {"no white point", 1, 100, 512, 512, {300, 256, 300}, {300, 256, 300}, 34},
-      {"sums just above 16 bits", 1, 16700, 16700, 16700, {300, 256, 300}, {300, 256, 300}, 34},
-      {"too few", 1, 512, 512, 512, {300, 256, 300}, {300, 256, 300}, 34, {0, 0, 8, 8}, 65},
-      {"close to 2^23 samples",
-       1,
-       899,
-       899,
-       899,
-       {10, 10, 10},
-       {10, 10, 10},
-       0,
-       {0, 0, 4096, 2040},
-       4096 * 2040},
+      {"no white point", 1, 100, 512, 512, {300, 256, 300}, {300, 256, 300}, 34, 8, 8, 60},
+      {"sums above 16 bits", 1, 16700, 16700, 16700, {300, 256, 300}, {300, 256, 300}, 34},
+      {"too few", 1, 512, 512, 512, {300, 256, 300}, {300, 256, 300}, 34, 8, 8, -1},
+      {"almost 2^23 samples", 1, 899, 899, 899, {10, 10, 10}, {10, 10, 10}, 0, 4096, 2040},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    const VekiRect& w = c.window;
-    const int step = 2 * w.width;
-    std::vector<uint64_t> frame(static_cast<size_t>(w.width * w.height / 4));
+    std::vector<uint64_t> frame(static_cast<size_t>(c.columns * c.rows / 4));
     Vek16u* const src = reinterpret_cast<Vek16u*>(frame.data());
-    for (int i = 0; i < w.width * w.height; ++i) {
-      const int x = i % 2, y = i / w.width % 2;
+    for (int i = 0; i < c.columns * c.rows; ++i) {
+      const int x = i % 2, y = i / c.columns % 2;
       src[i] = static_cast<Vek16u>(x != y ? c.green : x == 0 ? c.red : c.blue);
     }
+    const VekiRect window = {0, 0, c.columns, c.rows};
     const Vek8u weight = 1;
-    const VekiAWBParams p = {c.method, 1,    &w,   &weight, 1024, 1024, 10,  20,
-                             2000,     1500, 200,  200,     200,  50,   900, c.minWhite,
-                             50,       10,   4000, 300,     256,  300};
+    const int wanted = c.columns * c.rows - c.spare;
+    const VekiAWBParams p = {c.method, 1,    &window, &weight, 1024, 1024, 10,  20,
+                             2000,     1500, 200,     200,     200,  50,   900, wanted,
+                             50,       10,   4000,    300,     256,  300};
     VekiAWBState* state = nullptr;
     ASSERT_EQ(vekiInitAlloc_AWB_10RGGB_8u_C1R(&p, &state), vekStsNoErr);
     for (Level level : levels()) {
       const LevelScope scope(level);
-      std::vector<Vek16u> g = c.before;
-      EXPECT_EQ(vekiAWB_10RGGB_8u_C1R(src, step, {w.width, w.height}, &g[0], &g[1], &g[2], state),
+      Gains g = c.before;
+      EXPECT_EQ(vekiAWB_10RGGB_8u_C1R(src, 2 * c.columns, {c.columns, c.rows}, &g[0], &g[1], &g[2],
+                                      state),
                 c.status);
       EXPECT_EQ(g, c.after);
     }
