@@ -53,7 +53,7 @@ void drawState(Case& c, int block, VekStatus (*init)(const Params*, State**),
 
 /// A frame, its row step and its region; one that windows fill must not be smaller.
 void drawFrame(Case& c, const Area& area, int srcStep, VekiSize roi, int unit, bool filled) {
-  const int masks[] = {1023, 255, 0xFFFF};
+  const int masks[] = {1023, 255, 15, 0xFFFF};
   const int mask = c.random.of(masks);
   c.pointer(c.memory(Use::in, area, static_cast<size_t>(unit), 2, mask), unit);
   c.number(srcStep, bad({0, -unit, INT_MIN, srcStep + unit / 2, 2 * roi.width - unit}));
@@ -184,11 +184,12 @@ int drawBalanceParams(Case& c, VekiSize* reach) {
         &VekiAWBParams::holdTolB, &VekiAWBParams::validTolR, &VekiAWBParams::validTolB}) {
     p.*field = word<Vek16u>(random, 0, farthest);
   }
-  p.wpdLimit1 = word<Vek16u>(random, 1, 1023);
-  p.wpdLimit2 = word<Vek16u>(random, 1, 1023);
-  p.wpdLimit3 = word<Vek16u>(random, 1, 2047);
-  p.wpdLow = word<Vek16u>(random, 1, 1022);
-  p.wpdHigh = word<Vek16u>(random, p.wpdLow + 1, 1023);
+  const int most = random.chance(50) ? 1023 : 16;  // close limits make ties
+  p.wpdLimit1 = word<Vek16u>(random, 1, most);
+  p.wpdLimit2 = word<Vek16u>(random, 1, most);
+  p.wpdLimit3 = word<Vek16u>(random, 1, 2 * most);
+  p.wpdLow = word<Vek16u>(random, 1, most - 1);
+  p.wpdHigh = word<Vek16u>(random, p.wpdLow + 1, most);
   p.minWhiteCount = random.in(-10, 100);
   p.maxGainStep = word<Vek16u>(random, 1, random.chance(50) ? 50 : 65535);
   p.gainMin = word<Vek16u>(random, 0, random.chance(50) ? 0 : 300);
