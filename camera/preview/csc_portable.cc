@@ -1,2 +1,3 @@
-#include "camera/preview/csc_body.h"
+#include "core/kernel/convert_planes_body.h"
+// The table needs the kernels.
 #include "camera/preview/csc_table.h"

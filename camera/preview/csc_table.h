@@ -1,4 +1,4 @@
-// The table of a level whose csc<pixels, matrix, Format> converts a tile.
+// The table of a level whose convertPlanes<pixels, matrix, Format> converts a tile.
 #pragma once
 
 #include "camera/preview/csc_matrix.h"
@@ -9,9 +9,10 @@ namespace vek::VEK_LEVEL {
 namespace {
 
 template <int pixels>
-constexpr CscFormats formats = {csc<pixels, matrixQ8, Rgb565>,  csc<pixels, matrixQ8, Rgb555>,
-                                csc<pixels, matrixQ8, Rgb444>,  csc<pixels, matrixQ8, Bgr24>,
-                                csc<pixels, matrixQ10, Rgb565>, csc<pixels, matrixQ10, Rgb555>};
+constexpr CscFormats formats = {
+    convertPlanes<pixels, matrixQ8, Rgb565>,  convertPlanes<pixels, matrixQ8, Rgb555>,
+    convertPlanes<pixels, matrixQ8, Rgb444>,  convertPlanes<pixels, matrixQ8, Bgr24>,
+    convertPlanes<pixels, matrixQ10, Rgb565>, convertPlanes<pixels, matrixQ10, Rgb555>};
 
 }  // namespace
 

@@ -98,7 +98,7 @@ struct SampleTile {
 
 /// A format's conversions.
 struct PixelKernels {
-  Csc paired, single;
+  ConvertPlanes paired, single;
   ptrdiff_t bytes;
 };
 
@@ -114,17 +114,17 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
   const ptrdiff_t turnedStep = 2 * shape.rows;
   SampleTile buffer, turned;
 
-  const auto convertForwards = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+  const auto convertForwards = [&](const YccPlanes& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
     kernels.paired(s, n, count, to, at.dy);
   };
-  const auto convertBackwards = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+  const auto convertBackwards = [&](const YccPlanes& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
     const ptrdiff_t pairs = (n + 1) / 2, chromaRows = count >> s.chromaShift;
     place.bytes1(s.y.data, s.y.step, n, count, turned.y + n - 1, -1, step);
     place.bytes1(s.cb.data, s.cb.step, pairs, chromaRows, turned.cb + pairs - 1, -1, step / 2);
     place.bytes1(s.cr.data, s.cr.step, pairs, chromaRows, turned.cr + pairs - 1, -1, step / 2);
     Vek8u* const left = to - (n - 1) * size;
     const ptrdiff_t odd = n % 2;  // the last column, now the first, has its chroma alone
-    const auto from = [&](ptrdiff_t x) -> Samples {
+    const auto from = [&](ptrdiff_t x) -> YccPlanes {
       return {{turned.y + x, step},
               {turned.cb + x, step / 2},
               {turned.cr + x, step / 2},
@@ -133,7 +133,7 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
     if (odd != 0) kernels.single(from(0), 1, count, left, at.dy);
     kernels.paired(from(odd), n - odd, count, left + odd * size, at.dy);
   };
-  const auto convertTurned = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+  const auto convertTurned = [&](const YccPlanes& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
     const ptrdiff_t pairs = (n + 1) / 2, chromaRows = count >> s.chromaShift;
     const ptrdiff_t dy = at.dy > 0 ? 1 : -1;
     const auto turn = [&](Plane<const Vek8u> plane, ptrdiff_t columns, ptrdiff_t rowCount,
@@ -144,18 +144,18 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
     turn(s.y, n, count, turned.y);
     turn(s.cb, pairs, chromaRows, turned.cb);
     turn(s.cr, pairs, chromaRows, turned.cr);
-    const Samples samples = {
+    const YccPlanes samples = {
         {turned.y, turnedStep}, {turned.cb, turnedStep}, {turned.cr, turnedStep}, 1};
     (s.chromaShift == 1 ? kernels.paired : kernels.single)(
         samples, count, n, dy > 0 ? to : to + (count - 1) * at.dy, at.dx);
   };
-  const auto scatter = [&](const Samples& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
+  const auto scatter = [&](const YccPlanes& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
     kernels.paired(s, n, count, turned.y, 0);
     place.of(static_cast<int>(size))(turned.y, 0, n, count, to, at.dx, at.dy);
   };
   forEachTile(dst, at, size, width, rows, shape,
               [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
-                const Samples s = makeSamples(x, y, n, count, buffer, step);
+                const YccPlanes s = makeSamples(x, y, n, count, buffer, step);
                 if (at.turned && (at.dy == size || at.dy == -size)) {
                   convertTurned(s, n, count, to);
                 } else if (at.turned) {

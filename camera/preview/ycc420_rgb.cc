@@ -77,7 +77,7 @@ void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scal
 
   Columns columns, chromaColumns;
   const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t rows,
-                               SampleTile& tile, ptrdiff_t step) -> Samples {
+                               SampleTile& tile, ptrdiff_t step) -> YccPlanes {
     if (scaling.unscaled()) {
       return {{src.y.row(y) + x, src.y.step},
               {src.cb.row(y / 2) + x / 2, src.cb.step},

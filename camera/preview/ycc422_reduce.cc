@@ -49,7 +49,7 @@ void resizeCscRotate(Plane<const Vek8u> src, Vek8u* pDst, int dstStep, int width
                                            : kernels.averageBlocks8;
   const ptrdiff_t columns = width / factor, rows = height / factor;
   const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count,
-                               SampleTile& tile, ptrdiff_t step) -> Samples {
+                               SampleTile& tile, ptrdiff_t step) -> YccPlanes {
     for (ptrdiff_t i = 0; i < count; ++i) {
       const Vek8u* blocks = src.row(factor * (y + i)) + 2 * factor * x;
       Vek8u* const luma = tile.y + i * step;

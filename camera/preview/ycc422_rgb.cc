@@ -134,7 +134,7 @@ void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientat
   const bool unscaled = !blended && src.columns.step == oneSample && src.rows.step == oneSample;
   Strip strip, chromaStrip;
   const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count,
-                               SampleTile& tile, ptrdiff_t step) -> Samples {
+                               SampleTile& tile, ptrdiff_t step) -> YccPlanes {
     const ptrdiff_t pairs = (n + 1) / 2;
     if (unscaled && src.columns.regular(x, n) == n &&
         src.chromaColumns.regular(x / 2, pairs) == pairs &&

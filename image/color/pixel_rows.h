@@ -5,22 +5,20 @@
 
 #include <stddef.h>
 
+#include "core/kernel/convert_planes.h"
 #include "core/region.h"
 
 namespace vek {
 
-/// A plane with `count` bytes for every `pixels` pixels of a row, each of its rows serving `rows`
-/// rows of the image. `Bytes` is Vek8u or const Vek8u.
-template <class Bytes, int count, int pixels = 1, int rows = 1>
+/// A plane with `count` bytes for every `pixels` pixels of a row. `Bytes` is Vek8u or const Vek8u.
+template <class Bytes, int count, int pixels = 1>
 struct PixelRows {
   Plane<Bytes> plane;
 
-  Bytes* row(ptrdiff_t y) const { return plane.row(y / rows); }
+  Bytes* row(ptrdiff_t y) const { return plane.row(y); }
 
   /// Whether a row of n pixels ends where the next one begins.
-  bool gapless(Vek64s n) const {
-    return rows == 1 && n % pixels == 0 && plane.step == n / pixels * count;
-  }
+  bool gapless(Vek64s n) const { return n % pixels == 0 && plane.step == n / pixels * count; }
 };
 
 /// Calls row(n, pointers...) for each row of the region, or once for all its pixels when no image
@@ -33,6 +31,20 @@ void forEachPixelRow(VekiSize roi, Row row, Images... images) {
     rows = 1;
   }
   for (ptrdiff_t y = 0; y < rows; ++y) row(n, images.row(y)...);
+}
+
+/// Converts the planes of a region, whose chroma samples serve `pixels` pixels of a row; as one row
+/// where neither the planes nor the destination have anything between their rows.
+template <int pixels>
+void convertRegion(ConvertPlanes convert, const YccPlanes& planes, VekiSize roi, Vek8u* dst,
+                   ptrdiff_t dstStep, int pixelBytes) {
+  ptrdiff_t n = roi.width, rows = roi.height;
+  if (planes.chromaShift == 0 && n % pixels == 0 && planes.y.step == n &&
+      planes.cb.step == n / pixels && planes.cr.step == n / pixels && dstStep == n * pixelBytes) {
+    n *= rows;
+    rows = 1;
+  }
+  convert(planes, n, rows, dst, dstStep);
 }
 
 /// Row kernel of a three-channel conversion: n pixels of three bytes each.

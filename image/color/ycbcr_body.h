@@ -10,22 +10,6 @@ namespace {
 
 // Sources: the three samples of pixel i.
 
-struct Planes444 {
-  const Vek8u *y, *u, *v;
-
-  Vek32s first(ptrdiff_t i) const { return y[i]; }
-  Vek32s second(ptrdiff_t i) const { return u[i]; }
-  Vek32s third(ptrdiff_t i) const { return v[i]; }
-};
-
-struct Planes422 {
-  const Vek8u *y, *u, *v;
-
-  Vek32s first(ptrdiff_t i) const { return y[i]; }
-  Vek32s second(ptrdiff_t i) const { return u[i >> 1]; }
-  Vek32s third(ptrdiff_t i) const { return v[i >> 1]; }
-};
-
 struct Interleaved444 {
   const Vek8u* data;
 
@@ -44,22 +28,13 @@ struct Interleaved422 {
 
 /// `Format` is a packed format, or Rgb24 for the three outputs in order.
 template <class Source, const Matrix& m, class Format>
-void convert(ptrdiff_t n, Source src, Vek8u* __restrict dst) {
+void fromInterleaved(ptrdiff_t n, const Vek8u* data, Vek8u* __restrict dst) {
+  const Source src = {data};
   for (ptrdiff_t i = 0; i < n; ++i) {
     const Vek32s a = src.first(i), b = src.second(i), c = src.third(i);
     Format::store(dst + i * Format::bytes, component<m, 0, Format::rBits>(a, b, c),
                   component<m, 1, Format::gBits>(a, b, c), component<m, 2, Format::bBits>(a, b, c));
   }
-}
-
-template <class Source, const Matrix& m, class Format>
-void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
-  convert<Source, m, Format>(n, {y, u, v}, dst);
-}
-
-template <class Source, const Matrix& m, class Format>
-void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
-  convert<Source, m, Format>(n, {src}, dst);
 }
 
 template <const Matrix& m>

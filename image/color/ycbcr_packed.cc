@@ -1,4 +1,4 @@
-// YCbCr and YUV to 16-bit packed pixels.
+// YCbCr and YUV to 16-bit packed pixels, which may lie at odd addresses: they are written as bytes.
 #include "vek/image.h"
 
 #include "core/check.h"
@@ -8,39 +8,30 @@
 namespace vek {
 namespace {
 
-using PackedOut = PixelRows<Vek8u, 2>;
-
-/// 16-bit pixels may lie at odd addresses: they are written as bytes.
-PackedOut packed(Vek16u* pDst, int dstStep) {
-  return {{reinterpret_cast<Vek8u*>(pDst), dstStep}};
-}
-
 /// Planar 4:2:0 with a step for each plane: each source argument, then the destination's, then the
 /// size.
-VekStatus from420(FromPlanesRow YcbcrPackedRows::*row, const Vek8u* const* pSrc, const int* srcStep,
+VekStatus from420(ConvertPlanes YcbcrPackedRows::*row, const Vek8u* const* pSrc, const int* srcStep,
                   Vek16u* pDst, int dstStep, VekiSize roi) {
   if (anyPlaneNull(pSrc) || srcStep == nullptr) return vekStsNullPtrErr;
   if (anyBelowOne({srcStep[0], srcStep[1], srcStep[2]})) return vekStsStepErr;
   if (pDst == nullptr) return vekStsNullPtrErr;
   if (dstStep < 1) return vekStsStepErr;
   if (isEmpty(roi)) return vekStsSizeErr;
-  using Luma = PixelRows<const Vek8u, 1>;
-  using Chroma = PixelRows<const Vek8u, 1, 2, 2>;
-  forEachPixelRow(roi, select(ycbcrPackedRows).*row, Luma{{pSrc[0], srcStep[0]}},
-                  Chroma{{pSrc[1], srcStep[1]}}, Chroma{{pSrc[2], srcStep[2]}},
-                  packed(pDst, dstStep));
+  convertRegion<2>(select(ycbcrPackedRows).*row,
+                   {{pSrc[0], srcStep[0]}, {pSrc[1], srcStep[1]}, {pSrc[2], srcStep[2]}, 1}, roi,
+                   reinterpret_cast<Vek8u*>(pDst), dstStep, 2);
   return vekStsNoErr;
 }
 
 /// Planar 4:4:4 with one step for all planes.
-VekStatus fromPlanes(FromPlanesRow YcbcrPackedRows::*row, const Vek8u* const* pSrc, int srcStep,
+VekStatus fromPlanes(ConvertPlanes YcbcrPackedRows::*row, const Vek8u* const* pSrc, int srcStep,
                      Vek16u* pDst, int dstStep, VekiSize roi) {
   if (pDst == nullptr || anyPlaneNull(pSrc)) return vekStsNullPtrErr;
   if (anyBelowOne({srcStep, dstStep})) return vekStsStepErr;
   if (isEmpty(roi)) return vekStsSizeErr;
-  using Samples = PixelRows<const Vek8u, 1>;
-  forEachPixelRow(roi, select(ycbcrPackedRows).*row, Samples{{pSrc[0], srcStep}},
-                  Samples{{pSrc[1], srcStep}}, Samples{{pSrc[2], srcStep}}, packed(pDst, dstStep));
+  convertRegion<1>(select(ycbcrPackedRows).*row,
+                   {{pSrc[0], srcStep}, {pSrc[1], srcStep}, {pSrc[2], srcStep}, 0}, roi,
+                   reinterpret_cast<Vek8u*>(pDst), dstStep, 2);
   return vekStsNoErr;
 }
 
@@ -51,7 +42,8 @@ VekStatus fromInterleaved(InterleavedRow YcbcrPackedRows::*row, const Vek8u* pSr
   const VekStatus status = checkPointersStepsSize({pDst, pSrc}, {srcStep, dstStep}, roi);
   if (status != vekStsNoErr) return status;
   forEachPixelRow(roi, select(ycbcrPackedRows).*row,
-                  PixelRows<const Vek8u, count, pixels>{{pSrc, srcStep}}, packed(pDst, dstStep));
+                  PixelRows<const Vek8u, count, pixels>{{pSrc, srcStep}},
+                  PixelRows<Vek8u, 2>{{reinterpret_cast<Vek8u*>(pDst), dstStep}});
   return vekStsNoErr;
 }
 

@@ -14,8 +14,6 @@ using Samples = PixelRows<Bytes, 1>;
 template <class Bytes>
 using Samples422 = PixelRows<Bytes, 1, 2>;
 template <class Bytes>
-using Samples420 = PixelRows<Bytes, 1, 2, 2>;
-template <class Bytes>
 using Triples = PixelRows<Bytes, 3>;
 template <class Bytes>
 using Pairs422 = PixelRows<Bytes, 4, 2>;
@@ -74,9 +72,15 @@ void RGB_YUV420_8u_C3P3R(const Vek8u* pSrc, ptrdiff_t srcStep, Vek8u* const* pDs
   const Plane<Vek8u> luma = {pDst[0], dstStep.y}, u = {pDst[1], dstStep.u},
                      v = {pDst[2], dstStep.v};
   const ptrdiff_t pairs = roi.height / 2;
+  // Rows that overlap are written two pixels at a time, in the same order at every level.
+  const ptrdiff_t run = dstStep.y < roi.width ? 2 : roi.width;
   for (ptrdiff_t j = 0; j < pairs; ++j) {
-    rows.rgbToYuv420Pair(roi.width, rgb.row(2 * j), rgb.row(2 * j + 1), luma.row(2 * j),
-                         luma.row(2 * j + 1), u.row(j), v.row(j));
+    for (ptrdiff_t x = 0; x < roi.width; x += run) {
+      const ptrdiff_t n = roi.width - x < run ? roi.width - x : run;
+      rows.rgbToYuv420Pair(n, rgb.row(2 * j) + 3 * x, rgb.row(2 * j + 1) + 3 * x,
+                           luma.row(2 * j) + x, luma.row(2 * j + 1) + x, u.row(j) + x / 2,
+                           v.row(j) + x / 2);
+    }
   }
   if (isOdd(roi.height)) {
     rows.lineRGBToYUV422_8u_C3P3R(roi.width, rgb.row(2 * pairs), luma.row(2 * pairs), u.row(pairs),
@@ -107,23 +111,17 @@ VekStatus toTightPlanes(ToPlanes convert, const Vek8u* pSrc, Vek8u* const* pDst,
 
 // Planes to RGB, for valid arguments.
 
-template <template <class> class Chroma>
-void fromPlanes(FromPlanesRow YcbcrRgbRows::*row, const Vek8u* const* pSrc, Steps srcStep,
-                Vek8u* pDst, ptrdiff_t dstStep, VekiSize roi) {
-  forEachPixelRow(roi, select(ycbcrRgbRows).*row, Samples<const Vek8u>{{pSrc[0], srcStep.y}},
-                  Chroma<const Vek8u>{{pSrc[1], srcStep.u}},
-                  Chroma<const Vek8u>{{pSrc[2], srcStep.v}}, Triples<Vek8u>{{pDst, dstStep}});
-}
-
-/// 4:2:0 and 4:2:2 rows are alike; the walk repeats the chroma rows of 4:2:0.
-template <template <class> class Chroma>
+/// 4:2:0 and 4:2:2 rows are alike.
+template <int chromaShift>
 void fromSharedPlanes(const Vek8u* const* pSrc, Steps srcStep, Vek8u* pDst, ptrdiff_t dstStep,
                       VekiSize roi) {
-  fromPlanes<Chroma>(&YcbcrRgbRows::lineYUV422ToRGB_8u_P3C3R, pSrc, srcStep, pDst, dstStep, roi);
+  convertRegion<2>(select(ycbcrRgbRows).lineYUV422ToRGB_8u_P3C3R,
+                   {{pSrc[0], srcStep.y}, {pSrc[1], srcStep.u}, {pSrc[2], srcStep.v}, chromaShift},
+                   roi, pDst, dstStep, 3);
 }
 
-constexpr auto YUV422_RGB_8u_P3C3R = fromSharedPlanes<Samples422>;
-constexpr auto YUV420_RGB_8u_P3C3R = fromSharedPlanes<Samples420>;
+constexpr auto YUV422_RGB_8u_P3C3R = fromSharedPlanes<0>;
+constexpr auto YUV420_RGB_8u_P3C3R = fromSharedPlanes<1>;
 
 using FromPlanes = void (*)(const Vek8u* const* pSrc, Steps srcStep, Vek8u* pDst, ptrdiff_t dstStep,
                             VekiSize roi);
@@ -259,8 +257,9 @@ VekStatus vekiYUVToRGB_8u_P3C3R(const Vek8u* const pSrc[3], int srcStep, Vek8u* 
   if (srcStep < 1) return vekStsStepErr;
   if (pDst == nullptr) return vekStsNullPtrErr;
   if (dstStep < 1) return vekStsStepErr;
-  fromPlanes<Samples>(&Rows::lineYUVToRGB_8u_P3C3R, pSrc, {srcStep, srcStep, srcStep}, pDst,
-                      dstStep, roiSize);
+  convertRegion<1>(select(ycbcrRgbRows).lineYUVToRGB_8u_P3C3R,
+                   {{pSrc[0], srcStep}, {pSrc[1], srcStep}, {pSrc[2], srcStep}, 0}, roiSize, pDst,
+                   dstStep, 3);
   return vekStsNoErr;
 }
 

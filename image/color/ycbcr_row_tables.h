@@ -1,5 +1,5 @@
 // Which instantiation bears which name: included once by each level's source, behind its kernels
-// (its own convert, fromPlanes, ... or those of ycbcr_body.h).
+// (its own, or those of ycbcr_body.h and convert_planes_body.h).
 #pragma once
 
 #include "image/color/ycbcr_rows.h"
@@ -8,11 +8,11 @@ namespace vek::VEK_LEVEL {
 namespace {
 
 template <class Format>
-constexpr auto ycbcr420To = fromPlanes<Planes422, ycbcrToRgb, Format>;
+constexpr ConvertPlanes ycbcr420To = convertPlanes<2, ycbcrToRgb, Format>;
 template <class Format>
-constexpr auto yuv420To = fromPlanes<Planes422, yuvToRgb, Format>;
+constexpr ConvertPlanes yuv420To = convertPlanes<2, yuvToRgb, Format>;
 template <class Format>
-constexpr auto ycbcrPlanesTo = fromPlanes<Planes444, ycbcrToRgb, Format>;
+constexpr ConvertPlanes ycbcrPlanesTo = convertPlanes<1, ycbcrToRgb, Format>;
 template <class Format>
 constexpr auto ycbcr422To = fromInterleaved<Interleaved422, ycbcrToRgb, Format>;
 template <class Format>
@@ -62,11 +62,11 @@ constexpr YcbcrRgbRows ycbcrRgbRows = {
     .lineRGBToYUV_8u_C3R = fromInterleaved<Interleaved444, RGB_YUV_Q10_C2, Rgb24>,
     .lineYUVToRGB_8u_C3R = fromInterleaved<Interleaved444, YUV_RGB_Q10_C2, Rgb24>,
     .lineRGBToYUV_8u_C3P3R = toPlanes444<RGB_YUV_Q10_C2>,
-    .lineYUVToRGB_8u_P3C3R = fromPlanes<Planes444, YUV_RGB_Q10_C2, Rgb24>,
+    .lineYUVToRGB_8u_P3C3R = convertPlanes<1, YUV_RGB_Q10_C2, Rgb24>,
     .lineRGBToYUV422_8u_C3R = toInterleaved422<ReducedYuv>,
     .lineYUV422ToRGB_8u_C3R = fromInterleaved<Interleaved422, yuvToRgb, Rgb24>,
     .lineRGBToYUV422_8u_C3P3R = toPlanes422<ReducedYuv>,
-    .lineYUV422ToRGB_8u_P3C3R = fromPlanes<Planes422, yuvToRgb, Rgb24>,
+    .lineYUV422ToRGB_8u_P3C3R = convertPlanes<2, yuvToRgb, Rgb24>,
     .rgbToYuv420Pair = toPlanes420<ReducedYuv>,
 };
 

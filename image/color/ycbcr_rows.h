@@ -6,24 +6,23 @@
 
 #include <stddef.h>
 
+#include "core/kernel/convert_planes.h"
 #include "core/level.h"
 
 namespace vek {
 
 using InterleavedRow = void (*)(ptrdiff_t n, const Vek8u* src, Vek8u* dst);
-using FromPlanesRow = void (*)(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v,
-                               Vek8u* dst);
 using ToPlanesRow = void (*)(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v);
 
 /// To 16-bit pixels: each component is shifted down to its field's width without a rounding term
 /// and clamped to the field. YCBCR420 and YUV420 rows share a chroma sample between pixels 2k and
 /// 2k + 1; C2C3 sources are groups Y0, Cb, Y1, Cr, whose third byte a row of odd width ignores.
 struct YcbcrPackedRows {
-  FromPlanesRow YCBCR420_RGB565_8u16u_P3C3, YCBCR420_RGB555_8u16u_P3C3, YCBCR420_RGB444_8u16u_P3C3,
+  ConvertPlanes YCBCR420_RGB565_8u16u_P3C3, YCBCR420_RGB555_8u16u_P3C3, YCBCR420_RGB444_8u16u_P3C3,
       YCBCR420_BGR565_8u16u_P3C3, YCBCR420_BGR555_8u16u_P3C3, YCBCR420_BGR444_8u16u_P3C3;
-  FromPlanesRow YUV420_RGB565_8u16u_P3C3, YUV420_RGB555_8u16u_P3C3, YUV420_RGB444_8u16u_P3C3,
+  ConvertPlanes YUV420_RGB565_8u16u_P3C3, YUV420_RGB555_8u16u_P3C3, YUV420_RGB444_8u16u_P3C3,
       YUV420_BGR565_8u16u_P3C3, YUV420_BGR555_8u16u_P3C3, YUV420_BGR444_8u16u_P3C3;
-  FromPlanesRow YCBCR_RGB565_8u16u_P3C3, YCBCR_RGB555_8u16u_P3C3, YCBCR_RGB444_8u16u_P3C3,
+  ConvertPlanes YCBCR_RGB565_8u16u_P3C3, YCBCR_RGB555_8u16u_P3C3, YCBCR_RGB444_8u16u_P3C3,
       YCBCR_BGR565_8u16u_P3C3, YCBCR_BGR555_8u16u_P3C3, YCBCR_BGR444_8u16u_P3C3;
   InterleavedRow YCBCR422_RGB565_8u16u_C2C3, YCBCR422_RGB555_8u16u_C2C3, YCBCR422_RGB444_8u16u_C2C3,
       YCBCR422_BGR565_8u16u_C2C3, YCBCR422_BGR555_8u16u_C2C3, YCBCR422_BGR444_8u16u_C2C3;
@@ -40,11 +39,11 @@ struct YcbcrRgbRows {
 
   InterleavedRow lineRGBToYUV_8u_C3R, lineYUVToRGB_8u_C3R;
   ToPlanesRow lineRGBToYUV_8u_C3P3R;
-  FromPlanesRow lineYUVToRGB_8u_P3C3R;
+  ConvertPlanes lineYUVToRGB_8u_P3C3R;
 
   InterleavedRow lineRGBToYUV422_8u_C3R, lineYUV422ToRGB_8u_C3R;
   ToPlanesRow lineRGBToYUV422_8u_C3P3R;
-  FromPlanesRow lineYUV422ToRGB_8u_P3C3R;
+  ConvertPlanes lineYUV422ToRGB_8u_P3C3R;
 
   /// Two rows of RGB, whose 2 x 2 blocks share chroma.
   void (*rgbToYuv420Pair)(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop,

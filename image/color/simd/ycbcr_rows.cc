@@ -1,10 +1,9 @@
 #include "image/color/ycbcr_rows.h"
 
-#include "core/kernel/vector.h"
+#include "core/kernel/convert_planes_lanes.h"
 
 #if VEK_HAVE_HIGHWAY
 
-#include "core/kernel/chroma_sums.h"
 #include "image/color/dot_lanes.h"
 #include "image/color/ycbcr_matrices.h"
 
@@ -41,33 +40,6 @@ struct Interleaved444 {
   using Stream = In<3>;
 };
 
-// Where chroma is shared or lies in planes.
-
-struct Planes444 {
-  using Chroma = In<1>;
-
-  template <class Sums, class Format>
-  static void convert(const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
-    const VBytes luma = hn::LoadU(byteLanes, y), b = hn::LoadU(byteLanes, u),
-                 r = hn::LoadU(byteLanes, v);
-    Sums::template store<Format>(Sums::template luma<false>(luma), Sums::template luma<true>(luma),
-                                 Sums(evenWordBytes(b), evenWordBytes(r)),
-                                 Sums(oddWordBytes(b), oddWordBytes(r)), dst);
-  }
-};
-
-struct Planes422 {
-  using Chroma = In<1, 2>;
-
-  template <class Sums, class Format>
-  static void convert(const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
-    const VBytes luma = hn::LoadU(byteLanes, y);
-    const Sums sums(loadWordBytes(u), loadWordBytes(v));
-    Sums::template store<Format>(Sums::template luma<false>(luma), Sums::template luma<true>(luma),
-                                 sums, sums, dst);
-  }
-};
-
 struct Interleaved422 {
   using Stream = In<4, 2>;
 
@@ -81,15 +53,6 @@ struct Interleaved422 {
                                  sums, dst);
   }
 };
-
-template <class Source, const Matrix& m, class Format>
-void fromPlanes(ptrdiff_t n, const Vek8u* y, const Vek8u* u, const Vek8u* v, Vek8u* dst) {
-  using Chroma = typename Source::Chroma;
-  const auto body = [](Vek8u* out, const Vek8u* a, const Vek8u* b, const Vek8u* c) {
-    Source::template convert<Sums<m, Format>, Format>(a, b, c, out);
-  };
-  forEachBlock<pixelBlock>(n, body, Out<Format::bytes>{dst}, In<1>{y}, Chroma{u}, Chroma{v});
-}
 
 template <class Source, const Matrix& m, class Format>
 void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
