@@ -177,46 +177,52 @@ inline VWord timesHigh(VWord v, Vek32s factor) {
   return hn::BitCast(wordLanes, hn::MulHigh(hn::BitCast(unsignedWords, v), unsignedOf(factor)));
 }
 
-/// How many of the bits to drop a product of words leaves out by itself.
-constexpr int droppedByProduct(int drop, Vek32s factor) {
-  int bits = drop <= 8 ? drop : 0;
-  while (factor << (8 - bits) > 0xFFFF) ++bits;
-  return bits;
-}
+/// floor((factor * (v - 128) + offset) / 2^drop) as (floor((256 v + low) * (factor << (8 - bits)) / 2^16)
+/// + added) >> (drop - bits).
+struct Product {
+  int drop;
+  Vek32s factor, offset;
+  int bits;
+  Vek32s low, added;
 
-/// Whether what the product leaves out does not matter.
-constexpr bool isExact(int drop, Vek32s factor, Vek32s offset) {
-  return (offset - 128 * factor) % (1 << droppedByProduct(drop, factor)) == 0;
-}
-
-/// floor((factor * (v - 128) + offset) / 2^drop), of v << 8.
-template <int drop, Vek32s factor, Vek32s offset>
-VWord product(VWord v8) {
-  constexpr int bits = droppedByProduct(drop, factor);
-  constexpr Vek32s total = offset - 128 * factor;
-  static_assert(bits <= drop && isExact(drop, factor, offset));
-  const VWord sum = hn::Add(timesHigh(v8, factor << (8 - bits)), wordOf(total >> bits));
-  return drop == bits ? sum : hn::ShiftRight<drop - bits>(sum);
-}
-
-/// Both chroma samples of a pixel in each 32-bit lane: those of the lower and the upper halves of the
-/// 128-bit lanes.
-struct ChromaPairs {
-  VWord lower, upper;
-
-  ChromaPairs(const WordBytes& b, const WordBytes& r)
-      : lower(hn::InterleaveLower(wordLanes, b.lower, r.lower)),
-        upper(hn::InterleaveUpper(wordLanes, b.lower, r.lower)) {}
-
-  /// floor((bFactor * (Cb - 128) + rFactor * (Cr - 128) + offset) / 2^drop)
-  template <int drop, Vek32s bFactor, Vek32s rFactor, Vek32s offset>
-  VWord part() const {
-    const VWord factors = twoWords(bFactor, rFactor);
-    const VInt start = constant(offset - 128 * (bFactor + rFactor));
-    return packWords(hn::ShiftRight<drop>(plusDot(start, lower, factors)),
-                     hn::ShiftRight<drop>(plusDot(start, upper, factors)));
+  /// For every byte, and within 16 bits where there is something left to shift.
+  constexpr bool isExact() const {
+    for (Vek32s v = 0; v < 256; ++v) {
+      const Vek64s product = Vek64s{256 * v + low} * (factor << (8 - bits)) >> 16;
+      const Vek64s sum = product + added;
+      if (drop != bits && (sum < -32768 || sum > 32767)) return false;
+      if (sum >> (drop - bits) != (factor * (v - 128) + offset) >> drop) return false;
+    }
+    return true;
   }
 };
+
+/// The first of a few ways to see to the bits that a product leaves out: nothing, rounding up what is
+/// added, or beginning beside the sample.
+constexpr Product exactProduct(int drop, Vek32s factor, Vek32s offset) {
+  const Vek32s total = offset - 128 * factor;
+  for (int bits = drop <= 8 ? drop : 0; bits <= 8 && bits <= drop; ++bits) {
+    if (factor << (8 - bits) > 0xFFFF) continue;
+    const Vek32s floor = total >> bits, rest = total - (floor << bits);
+    const Product ways[] = {{drop, factor, offset, bits, 0, floor},
+                            {drop, factor, offset, bits, 0, floor + 1},
+                            {drop, factor, offset, bits, 256 * rest / factor + 1, floor}};
+    for (const Product& way : ways) {
+      if (way.low < 256 && way.isExact()) return way;
+    }
+  }
+  return {};
+}
+
+/// Of v << 8.
+template <int drop, Vek32s factor, Vek32s offset>
+VWord product(VWord v8) {
+  constexpr Product p = exactProduct(drop, factor, offset);
+  static_assert(p.factor != 0, "no way");
+  if constexpr (p.low != 0) v8 = hn::Or(v8, wordOf(p.low));
+  const VWord sum = hn::Add(timesHigh(v8, factor << (8 - p.bits)), wordOf(p.added));
+  return drop == p.bits ? sum : hn::ShiftRight<drop - p.bits>(sum);
+}
 
 /// Green's chroma part. Where both factors leave 0 or both leave 1 of 2^drop, which is -1 of the
 /// negative ones, the products of their multiples need no more than the sum of both samples.
@@ -234,7 +240,11 @@ VWord greenPart(const WordBytes& b, const WordBytes& r) {
     return hn::Sub(
         part, hn::BitCast(wordLanes, hn::ShiftRight<drop>(hn::Add(sum, unsignedOf(unit - 1)))));
   } else {
-    return ChromaPairs(b, r).template part<drop, -bFactor, -rFactor, offset>();
+    const auto sum = [](VWord pairs) {
+      return hn::ShiftRight<drop>(plusDot(constant(total), pairs, twoWords(-bFactor, -rFactor)));
+    };
+    return packWords(sum(hn::InterleaveLower(wordLanes, b.lower, r.lower)),
+                     sum(hn::InterleaveUpper(wordLanes, b.lower, r.lower)));
   }
 }
 
@@ -254,20 +264,13 @@ class ByteSums {
 
  public:
   ByteSums(const WordBytes& b, const WordBytes& r) {
-    const ChromaPairs pairs(b, r);
+    red_ = product<W::drop, W::red, start<0>>(r.upper);
     green_ = greenPart<m, W::drop, start<1>>(b, r);
-    if constexpr (isExact(W::drop, W::red, start<0>)) {
-      red_ = product<W::drop, W::red, start<0>>(r.upper);
-    } else {
-      red_ = pairs.template part<W::drop, 0, W::red, start<0>>();
-    }
     if constexpr (twoSteps) {
       blueFirst_ = hn::Xor(b.upper, wordOf(half));  // 256 * (Cb - 128)
       blue_ = product<W::drop, W::blue - (256 << W::drop), start<2>>(b.upper);
-    } else if constexpr (isExact(W::drop, W::blue, start<2>)) {
-      blue_ = product<W::drop, W::blue, start<2>>(b.upper);
     } else {
-      blue_ = pairs.template part<W::drop, W::blue, 0, start<2>>();
+      blue_ = product<W::drop, W::blue, start<2>>(b.upper);
     }
   }
 
