@@ -281,9 +281,10 @@ class ByteSums {
     return W::luma == 1 ? y : hn::Sub(hn::Mul(y, wordOf(W::luma)), wordOf(bias));
   }
 
-  template <class Format>
+  template <class Format, bool byBlocks = false>
   static void store(VWord even, VWord odd, const ByteSums& evenSums, const ByteSums& oddSums,
                     Vek8u* dst) {
+    static_assert(!byBlocks);
     const auto bytes = [&]<int k>() {
       return packClamped(evenSums.template component<k>(even), oddSums.template component<k>(odd));
     };
@@ -339,10 +340,17 @@ class FieldSums {
     return timesHigh((odd ? oddWordBytes(v) : evenWordBytes(v)).upper, W::luma << 8);
   }
 
-  template <class Format>
+  /// `byBlocks` if the 128-bit blocks of the vectors hold four pairs of pixels for the first half of
+  /// the destination, then four for the second one.
+  template <class Format, bool byBlocks = false>
   static void store(VWord even, VWord odd, const FieldSums& evenSums, const FieldSums& oddSums,
                     Vek8u* dst) {
-    storeInTurn(evenSums.template pixels<Format>(even), oddSums.template pixels<Format>(odd), dst);
+    const VWord a = evenSums.template pixels<Format>(even),
+                b = oddSums.template pixels<Format>(odd);
+    if constexpr (!byBlocks) return storeInTurn(a, b, dst);
+    hn::StoreU(hn::BitCast(byteLanes, hn::InterleaveLower(wordLanes, a, b)), byteLanes, dst);
+    hn::StoreU(hn::BitCast(byteLanes, hn::InterleaveUpper(wordLanes, a, b)), byteLanes,
+               dst + pixelBlock);
   }
 
  private:

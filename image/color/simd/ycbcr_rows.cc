@@ -43,14 +43,49 @@ struct Interleaved444 {
 struct Interleaved422 {
   using Stream = In<4, 2>;
 
+  /// 16-bit pixels need no more than the order within 128-bit blocks.
   template <class Sums, class Format>
   static void convert(const Vek8u* src, Vek8u* dst) {
-    VWord left, right;  // Y0 and Cb, Y1 and Cr
-    hn::LoadInterleaved2(wordLanes, reinterpret_cast<const Vek16s*>(src), left, right);
-    const VBytes l = hn::BitCast(byteLanes, left), r = hn::BitCast(byteLanes, right);
-    const Sums sums(oddWordBytes(l), oddWordBytes(r));
-    Sums::template store<Format>(Sums::template luma<false>(l), Sums::template luma<false>(r), sums,
-                                 sums, dst);
+    constexpr bool byBlocks = Format::bytes == 2;
+    const VBytes first = hn::LoadU(byteLanes, src), second = hn::LoadU(byteLanes, src + pixelBlock);
+    const VBytes a = grouped(byBlocks ? first : evenBlocks(first, second)),
+                 b = grouped(byBlocks ? second : oddBlocks(first, second));
+    const hn::Repartition<Vek64s, decltype(byteLanes)> halves;
+    const VBytes left = hn::BitCast(  // Y0 and Cb
+        byteLanes, hn::InterleaveLower(halves, hn::BitCast(halves, a), hn::BitCast(halves, b)));
+    const VBytes right = hn::BitCast(  // Y1 and Cr
+        byteLanes, hn::InterleaveUpper(halves, hn::BitCast(halves, a), hn::BitCast(halves, b)));
+    const Sums sums(oddWordBytes(left), oddWordBytes(right));
+    Sums::template store<Format, byBlocks>(Sums::template luma<false>(left),
+                                           Sums::template luma<false>(right), sums, sums, dst);
+  }
+
+ private:
+  /// In each 128-bit block the words at even places, then those at odd ones.
+  static VBytes grouped(VBytes v) {
+    alignas(16) static constexpr Vek8u order[16] = {0, 1, 4, 5, 8,  9,  12, 13,
+                                                    2, 3, 6, 7, 10, 11, 14, 15};
+    return hn::TableLookupBytes(v, hn::LoadDup128(byteLanes, order));
+  }
+
+  /// Of the 128-bit blocks of two vectors those at even places, and those at odd ones.
+  static VBytes evenBlocks(VBytes a, [[maybe_unused]] VBytes b) {
+#if defined(__AVX512BW__)
+    return VBytes{_mm512_shuffle_i64x2(a.raw, b.raw, 0x88)};
+#elif defined(__AVX2__)
+    return VBytes{_mm256_permute2x128_si256(a.raw, b.raw, 0x20)};
+#else
+    return a;
+#endif
+  }
+  static VBytes oddBlocks([[maybe_unused]] VBytes a, VBytes b) {
+#if defined(__AVX512BW__)
+    return VBytes{_mm512_shuffle_i64x2(a.raw, b.raw, 0xDD)};
+#elif defined(__AVX2__)
+    return VBytes{_mm256_permute2x128_si256(a.raw, b.raw, 0x31)};
+#else
+    return b;
+#endif
   }
 };
 
