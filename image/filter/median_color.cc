@@ -13,9 +13,10 @@ extern "C" VekStatus vekiFilterMedianColor_8u_C3R(const Vek8u* pSrc, int srcStep
   const vek::ColorMedianRows& rows = vek::select(vek::colorMedianRows);
   const auto filter =
       mask == vekiMask3x3 ? rows.ColorMedianFilter3x3_8u : rows.ColorMedianFilter5x5_8u;
-  const ptrdiff_t border = mask == vekiMask3x3 ? 1 : 2;
+  const int side = mask == vekiMask3x3 ? 3 : 5;
+  const ptrdiff_t border = side / 2;
   const Vek8u* corner = pSrc - border * srcStep - border * 3;
-  const ptrdiff_t strip = vek::colorMedianColumns - 2 * border;
+  const ptrdiff_t strip = vek::colorMedianColumns(side) - 2 * border;
   for (ptrdiff_t x = 0; x < roiSize.width; x += strip) {
     const ptrdiff_t rest = roiSize.width - x;
     filter({corner + 3 * x, srcStep, pDst + 3 * x, dstStep, rest < strip ? rest : strip,

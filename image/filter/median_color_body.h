@@ -1,4 +1,4 @@
-// The vector median, compiled for every level: plain loops over a strip of 64 columns.
+// The vector median, compiled for every level: plain loops over a strip of columns.
 //
 // The distance of two pixels does not depend on the window, so each is computed once and kept for
 // as long as both rows are in the mask: 12 displacements per pixel for 3 x 3, 40 for 5 x 5. Scores
@@ -17,52 +17,29 @@ namespace {
 
 /// All loops run over whole rows of columns, whose number the compiler knows; what they compute
 /// beyond a shorter strip is never used.
-constexpr int stripColumns = colorMedianColumns;
-constexpr int margin = 4;
+template <int side>
+constexpr int stripColumns = colorMedianColumns(side);
+constexpr int margin = 32;  ///< so that vectors begin with cache lines
 
 /// One number for each column of the strip, with room for neighbours on both sides.
-template <class Number>
+template <int side>
 struct Columns {
-  Number padded[margin + stripColumns + margin];
+  alignas(64) Vek16s padded[margin + stripColumns<side> + margin];
 
-  Number* at(int x) { return padded + margin + x; }
-  const Number* at(int x) const { return padded + margin + x; }
+  Vek16s* at(int x) { return padded + margin + x; }
+  const Vek16s* at(int x) const { return padded + margin + x; }
 };
 
+template <int side>
 struct PixelRow {
-  Columns<Vek8u> channel[3];
+  Columns<side> channel[3];
 };
 
 /// From the pixels of a row to those of rows above and to the right of them in the same row.
 template <int side>
 struct DistanceRow {
-  Columns<Vek16s> right[side];             ///< [dx], dx > 0
-  Columns<Vek16s> up[side][2 * side - 1];  ///< [dy][dx + side - 1], dy > 0
-};
-
-/// The steps that three interleaved or three separate bytes make slow for a compiler. A level with
-/// vectors has its own.
-struct PlainSteps {
-  /// Reads the `columns` pixels of a row into planes.
-  static void split(const Vek8u* src, ptrdiff_t columns, PixelRow& pixels) {
-    for (ptrdiff_t x = 0; x < columns; ++x) {
-      for (int c = 0; c < 3; ++c) pixels.channel[c].at(0)[x] = src[3 * x + c];
-    }
-  }
-
-  /// Distances of the pixels of a row to those dx columns to their right in another.
-  static void measure(const PixelRow& from, const PixelRow& to, int dx,
-                      Columns<Vek16s>& distances) {
-    Vek16s* __restrict sum = distances.at(0);
-    for (int x = 0; x < stripColumns; ++x) {
-      int total = 0;
-      for (int c = 0; c < 3; ++c) {
-        const int difference = from.channel[c].at(0)[x] - to.channel[c].at(dx)[x];
-        total += difference < 0 ? -difference : difference;
-      }
-      sum[x] = static_cast<Vek16s>(total);
-    }
-  }
+  Columns<side> right[side - 1];             ///< [dx - 1], dx > 0
+  Columns<side> up[side - 1][2 * side - 1];  ///< [dy - 1][dx + side - 1], dy > 0
 };
 
 /// The distances of the rows of one window, top row first.
@@ -76,71 +53,128 @@ struct WindowRows {
 template <int side, int j, int k, int dx>
 const Vek16s* distancesTo(const WindowRows<side>& rows) {
   if constexpr (k < j) {
-    return rows.row[j]->up[j - k][dx + side - 1].at(0);
+    return rows.row[j]->up[j - k - 1][dx + side - 1].at(0);
   } else if constexpr (k > j) {
-    return rows.row[k]->up[k - j][side - 1 - dx].at(dx);
+    return rows.row[k]->up[k - j - 1][side - 1 - dx].at(dx);
   } else if constexpr (dx > 0) {
-    return rows.row[j]->right[dx].at(0);
+    return rows.row[j]->right[dx - 1].at(0);
   } else {
-    return rows.row[j]->right[-dx].at(dx);
+    return rows.row[j]->right[-dx - 1].at(dx);
   }
 }
 
-/// Distances from the pixels of row j to the whole column dx to their right.
-template <int side, int j, int dx>
-void sumColumn(const WindowRows<side>& rows, Columns<Vek16s>& sums) {
-  const Vek16s* part[side];
-  unrolled<side>([&](auto k) {
-    if constexpr (j != k || dx != 0) part[k] = distancesTo<side, j, k, dx>(rows);
-  });
-  Vek16s* __restrict sum = sums.at(0);
-  for (int x = 0; x < stripColumns; ++x) {
-    Vek16s total = 0;
-    unrolled<side>([&](auto k) {
-      if constexpr (j != k || dx != 0) total = static_cast<Vek16s>(total + part[k][x]);
+/// The winners of a row of windows: where the windows begin, and the number, row after row, of each
+/// winner.
+struct Winners {
+  const Vek8u* src;
+  ptrdiff_t srcStep;
+  const Vek16s* best;
+};
+
+/// The steps of which a level with vectors has its own.
+struct PlainSteps {
+  /// Reads the `columns` pixels of a row into planes.
+  template <int side>
+  static void split(const Vek8u* src, ptrdiff_t columns, PixelRow<side>& pixels) {
+    for (ptrdiff_t x = 0; x < columns; ++x) {
+      for (int c = 0; c < 3; ++c) pixels.channel[c].at(0)[x] = src[3 * x + c];
+    }
+  }
+
+  /// distances[i] = those of the pixels of a row to the pixels first + i columns to their right in
+  /// another, up to the last column of a window.
+  template <int side, int first>
+  static void measure(const PixelRow<side>& from, const PixelRow<side>& to,
+                      Columns<side>* distances) {
+    for (int dx = first; dx < side; ++dx) {
+      Vek16s* __restrict sum = distances[dx - first].at(0);
+      for (int x = 0; x < stripColumns<side>; ++x) {
+        // All in 16 bits, or compilers would widen.
+        Vek16s total = 0;
+        for (int c = 0; c < 3; ++c) {
+          const Vek16s a = from.channel[c].at(0)[x], b = to.channel[c].at(dx)[x];
+          const Vek16s forth = static_cast<Vek16s>(a - b), back = static_cast<Vek16s>(b - a);
+          total = static_cast<Vek16s>(total + (forth > back ? forth : back));
+        }
+        sum[x] = total;
+      }
+    }
+  }
+
+  /// scores[i].at(0)[x] = the sum of distances from pixel x of row j to the window that begins i
+  /// columns to its left.
+  template <int side, int j>
+  static void score(const WindowRows<side>& rows, Columns<side>* scores) {
+    Columns<side> toColumn[2 * side - 1];
+    unrolled<2 * side - 1>([&](auto d) {
+      constexpr int dx = d - (side - 1);
+      const Vek16s* part[side];
+      unrolled<side>([&](auto k) {
+        if constexpr (j != k || dx != 0) part[k] = distancesTo<side, j, k, dx>(rows);
+      });
+      Vek16s* __restrict sum = toColumn[d].at(0);
+      for (int x = 0; x < stripColumns<side>; ++x) {
+        Vek16s total = 0;
+        unrolled<side>([&](auto k) {
+          if constexpr (j != k || dx != 0) total = static_cast<Vek16s>(total + part[k][x]);
+        });
+        sum[x] = total;
+      }
     });
-    sum[x] = total;
+    for (int i = 0; i < side; ++i) {
+      Vek16s* __restrict score = scores[i].at(0);
+      for (int x = 0; x < stripColumns<side>; ++x) {
+        Vek16s total = 0;
+        for (int k = 0; k < side; ++k) {
+          total = static_cast<Vek16s>(total + toColumn[k - i + side - 1].at(0)[x]);
+        }
+        score[x] = total;
+      }
+    }
   }
-}
 
-/// best[x] = the number, row after row, of the winner of each window.
-template <int side>
-void findBest(const WindowRows<side>& rows, Vek16s* __restrict best) {
-  Vek16s least[stripColumns];
-  for (int x = 0; x < stripColumns; ++x) least[x] = 0x7FFF;
-  unrolled<side>([&](auto j) {
-    Columns<Vek16s> toColumn[2 * side - 1];
-    unrolled<2 * side - 1>([&](auto d) { sumColumn<side, j, d - (side - 1)>(rows, toColumn[d]); });
+  /// Of windows that have found their least score among the rows above.
+  template <int side>
+  static void choose(const Columns<side>* scores, int j, Vek16s* __restrict least,
+                     Vek16s* __restrict best) {
     for (int i = 0; i < side; ++i) {
       const Vek16s number = static_cast<Vek16s>(j * side + i);
-      for (int x = 0; x < stripColumns; ++x) {
-        Vek16s score = 0;
-        for (int k = 0; k < side; ++k) {
-          score = static_cast<Vek16s>(score + toColumn[k - i + side - 1].at(i)[x]);
-        }
+      for (int x = 0; x < stripColumns<side>; ++x) {
+        const Vek16s score = scores[i].at(i)[x];
         const bool better = score < least[x];
         least[x] = better ? score : least[x];
         best[x] = better ? number : best[x];
       }
     }
-  });
-}
+  }
+
+  template <int side>
+  static void copy(const Winners& winners, ptrdiff_t columns, Vek8u* dst) {
+    ptrdiff_t offset[side * side];
+    for (int k = 0; k < side * side; ++k) offset[k] = k / side * winners.srcStep + k % side * 3;
+    const auto copyBytes = [&](ptrdiff_t x, size_t bytes) {
+      memcpy(dst + 3 * x, winners.src + 3 * x + offset[winners.best[x]], bytes);
+    };
+    // One byte more is the next pixel's: there in the source, not yet written in the destination.
+    for (ptrdiff_t x = 0; x < columns - 1; ++x) copyBytes(x, 4);
+    copyBytes(columns - 1, 3);
+  }
+};
 
 /// The last `side` rows, each in the place of the one that left the mask.
 template <int side, class Steps>
 class Window {
  public:
   void enterRow(ptrdiff_t y, const Vek8u* src, ptrdiff_t columns) {
-    PixelRow& pixels = pixels_[y % side];
+    PixelRow<side>& pixels = pixels_[y % side];
     Steps::split(src, columns, pixels);
     DistanceRow<side>& distances = distances_[y % side];
-    for (int dx = 1; dx < side; ++dx) Steps::measure(pixels, pixels, dx, distances.right[dx]);
     for (int dy = 1; dy < side && dy <= y; ++dy) {
-      const PixelRow& above = pixels_[(y - dy) % side];
-      for (int dx = 1 - side; dx < side; ++dx) {
-        Steps::measure(pixels, above, dx, distances.up[dy][dx + side - 1]);
-      }
+      Steps::template measure<side, 1 - side>(pixels, pixels_[(y - dy) % side],
+                                              distances.up[dy - 1]);
     }
+    // Last, when the new planes have long been stored: vectors across two stores would wait for them.
+    Steps::template measure<side, 1>(pixels, pixels, distances.right);
   }
 
   WindowRows<side> below(ptrdiff_t top) const {
@@ -150,29 +184,27 @@ class Window {
   }
 
  private:
-  PixelRow pixels_[side] = {};
+  PixelRow<side> pixels_[side] = {};
   DistanceRow<side> distances_[side] = {};
 };
 
 template <int side, class Steps>
 void colorMedian(const ColorMedianRegion& r) {
   Window<side, Steps> window;
-  ptrdiff_t offset[side * side];
-  for (int k = 0; k < side * side; ++k) offset[k] = k / side * r.srcStep + k % side * 3;
   for (ptrdiff_t y = 0; y < r.rows + side - 1; ++y) {
     window.enterRow(y, r.corner + y * r.srcStep, r.columns + side - 1);
     const ptrdiff_t top = y - (side - 1);
     if (top < 0) continue;
-    Vek16s best[stripColumns] = {};
-    findBest(window.below(top), best);
-    const Vek8u* src = r.corner + top * r.srcStep;
-    Vek8u* dst = r.dst + top * r.dstStep;
-    const auto copy = [&](ptrdiff_t x, size_t bytes) {
-      memcpy(dst + 3 * x, src + 3 * x + offset[best[x]], bytes);
-    };
-    // One byte more is the next pixel's: there in the source, not yet written in the destination.
-    for (ptrdiff_t x = 0; x < r.columns - 1; ++x) copy(x, 4);
-    copy(r.columns - 1, 3);
+    const WindowRows<side> rows = window.below(top);
+    Vek16s least[stripColumns<side>], best[stripColumns<side>] = {};
+    for (Vek16s& score : least) score = 0x7FFF;
+    unrolled<side>([&](auto j) {
+      Columns<side> scores[side];
+      Steps::template score<side, j>(rows, scores);
+      Steps::template choose<side>(scores, j, least, best);
+    });
+    Steps::template copy<side>({r.corner + top * r.srcStep, r.srcStep, best}, r.columns,
+                               r.dst + top * r.dstStep);
   }
 }
 

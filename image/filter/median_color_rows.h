@@ -15,12 +15,14 @@ struct ColorMedianRegion {
   ptrdiff_t srcStep;
   Vek8u* dst;
   ptrdiff_t dstStep;
-  ptrdiff_t columns;  ///< at most colorMedianColumns less the mask's border
+  ptrdiff_t columns;  ///< at most colorMedianColumns(side) less the mask's border
   ptrdiff_t rows;
 };
 
-/// Columns of the source that a strip reads.
-inline constexpr ptrdiff_t colorMedianColumns = 64;
+/// Columns of the source that a strip reads: its distances fit the first cache.
+constexpr int colorMedianColumns(int side) {
+  return side == 3 ? 192 : 64;
+}
 
 /// Each destination pixel is the pixel of its neighbourhood with the least sum of distances to all
 /// others; the first one, row after row, among equals. The distance is the sum of the absolute

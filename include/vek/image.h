@@ -627,7 +627,7 @@ enum { vekiMask3x3 = 33, vekiMask5x5 = 55 };
 /** Vector median: each destination pixel becomes the pixel of the 3 x 3 or 5 x 5 neighbourhood
  *  centred on it whose sum of distances to all pixels of the neighbourhood is least. The distance
  *  of two pixels is the sum of the absolute differences of their channels. Among equals the first
- *  wins, counted row after row from the top left. Uses up to 40 KB of stack.
+ *  wins, counted row after row from the top left. Uses up to 62 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr; vekStsSizeErr (an empty region);
  *  vekStsStepErr (a step below 1); vekStsMaskSizeErr (`mask` is not one of the two). */
