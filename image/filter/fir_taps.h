@@ -40,7 +40,10 @@ class ListedTaps {
     // A column that groups of neighbours would leave over goes in groups down the column.
     down_ = taps.width == 1 || (taps.width % Dots::taps == 1 && taps.height > 2);
     across_ = down_ ? taps.width - 1 : taps.width;
-    const ptrdiff_t groups = (across_ + Dots::taps - 1) / Dots::taps;
+    // Four pixels of three bytes take twice the loads of three: too many for a single row.
+    const bool three = rows == 1 && taps.pixelBytes == 3 && Dots::taps > 3;
+    const ptrdiff_t together = three ? 3 : Dots::taps;
+    const ptrdiff_t groups = (across_ + together - 1) / together;
     share_ = groups == 0 ? 1 : (across_ + groups - 1) / groups;
     if (Dots::inParts) {
       for (ptrdiff_t i = 0; i < taps.width * taps.height; ++i) {

@@ -132,7 +132,7 @@ template <class Dots, int rows>
 bool filterListed(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
   const ListedTaps<Dots, rows> list(taps, r.srcStep);
   if (!list.isComplete()) return false;
-  constexpr bool farther = Dots::taps == 4;
+  constexpr bool farther = Dots::taps == 4 && rows == 2;
   constexpr int vectors = rows * Dots::parts * 2 <= mostSums ? 2 : 1;
   const ptrdiff_t reach = list.reach(), pixelBytes = taps.pixelBytes;
   const auto filter =
