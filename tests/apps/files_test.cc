@@ -82,7 +82,7 @@ TEST(Output, ReplacesFilesWholeOrNotAtAll) {
 
 TEST(Picture, EncodesWhatItHolds) {
   Picture picture(5, 3);
-  for (size_t i = 0; i < picture.bgr.size(); ++i) picture.bgr[i] = static_cast<Vek8u>(37 * i);
+  for (size_t i = 0; i < picture.bgr.size(); ++i) picture.bgr[i] = static_cast<Vek8u>(37 * i * i);
   const std::string png = encodePng(picture);
   png_image image = {};
   image.version = PNG_IMAGE_VERSION;
