@@ -238,12 +238,13 @@ VEK_API VekStatus vekiAWB_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSiz
  *
  * - Interior rule: a component that the site itself has is taken as it is; each other one is the
  *   average of its nearest samples, the two beside or above and below the site, (a + b + 1) >> 1,
- * or the four around it, (a + b + c + d + 2) >> 2. A quad needs one sample around it on every side.
+ *   or the four around it, (a + b + c + d + 2) >> 2. A quad needs one sample around it on every
+ *   side.
  * - Edge rule: all four pixels of a quad get R = g(R), G = (g(Gr) + g(Gb) + 1) >> 1, B = g(B).
  *   Without a valid border it serves the quads along the four edges of the region.
  * - Reduction: a pixel of the output gets the R, G, B that the edge rule has for one quad of its
  *   block: the block itself at scale 2, the four samples in the centre of the 4 x 4 block at scale
- * 4 (there B is the upper left sample and R the lower right one).
+ *   4 (there B is the upper left sample and R the lower right one).
  *
  * With C the nine Q8 coefficients of the state, every sum in 32 bits and shifted arithmetically:
  * Y = (C00 R + C01 G + C02 B) >> 8 (no rounding term), Cb = (C10 R + C11 G + C12 B + 32768) >> 8,
@@ -305,7 +306,7 @@ typedef struct VekiRggbToYCbCrState VekiRggbToYCbCrState;
  *  Built-in gamma curves: straight lines between 33 control points with inputs and outputs of
  *  0..1024. With q the truncated 1024 * (y1 - y0) * (i - x0) / (x1 - x0) of a segment, entry i is
  *  min(255, (1024 * y0 + q + 512) >> 12), which rounds up the last eighth of a step only: the
- * linear curve maps 0..3 to 0, 4..7 to 1, ..., 1020..1023 to 255.
+ *  linear curve maps 0..3 to 0, 4..7 to 1, ..., 1020..1023 to 255.
  *
  *  Dead pixels: with both offsets 0 the state uses the caller's array where it lies, whatever it
  *  holds. Otherwise entries above or left of the region are dropped and the others are copied in
@@ -325,7 +326,7 @@ typedef struct VekiRggbToYCbCrState VekiRggbToYCbCrState;
  *  dstWidth / 2; dstStep[0] is not a multiple of 8 (at scales 2 and 4: of 4), dstStep[1] or
  *  dstStep[2] not a multiple of 4 (of 2); at scales 2 and 4 dstWidth is not a multiple of 4 or
  *  dstHeight is odd; filterMode does not belong to the scale; a list to be copied has no entries,
- * or its first entry inside the region is the region's top-left sample; ppState is null. It is
+ *  or its first entry inside the region is the region's top-left sample; ppState is null. It is
  *  vekStsMemAllocErr, and all memory of this call is returned, if the arguments are fine and
  *  vekiMalloc has given null. */
 VEK_API VekStatus vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(const VekiRggbColorParam* pParam,
@@ -341,8 +342,8 @@ VEK_API VekStatus vekiFree_10RGGBtoYCbCr_RotRsz_P3R(VekiRggbToYCbCrState* pState
  *  itself, in list order: by the sample two columns to its left if its column is above 1, else by
  *  the one two rows above if its row is above 1; in the top-left quad it stays. Row r, column c is
  *  the sample r * (srcStep / 2) + c, without regard to the region's size: entries outside the
- * region reach the memory that this gives. Then the region is converted as described above. Apart
- * from listed pixels it is only read, with one sample around it if that is valid (scale 1).
+ *  region reach the memory that this gives. Then the region is converted as described above. Apart
+ *  from listed pixels it is only read, with one sample around it if that is valid (scale 1).
  *
  *  Alignment: pSrc 2 bytes. Scale 1: pDst[0] 8 bytes, pDst[1] and pDst[2] 4; without a valid border
  *  the same holds for pDst[0] + 2, pDst[1] + 1 and pDst[2] + 1 instead, where the interior starts.
