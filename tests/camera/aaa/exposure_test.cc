@@ -136,8 +136,10 @@ TEST(Exposure, KnownDecisions) {
                             1000};
     VekiAEState* state = nullptr;
     ASSERT_EQ(vekiInitAlloc_AE_10RGGB_8u_C1R(&p, &state), vekStsNoErr);
-    Vek16u step = static_cast<Vek16u>(c.step), scale = static_cast<Vek16u>(c.scale);
     const Vek16u* const src = reinterpret_cast<const Vek16u*>(frame.data());
+    Vek16u step = 10, scale = 1000;  // another region before
+    EXPECT_GE(vekiAE_10RGGB_8u_C1R(src, 32, {12, 6}, &step, &scale, state), 0);
+    step = static_cast<Vek16u>(c.step), scale = static_cast<Vek16u>(c.scale);
     EXPECT_EQ(vekiAE_10RGGB_8u_C1R(src, 32, {16, 8}, &step, &scale, state), c.status);
     EXPECT_EQ(step, c.newStep);
     EXPECT_EQ(scale, c.newScale);
