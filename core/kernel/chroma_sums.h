@@ -137,6 +137,8 @@ void storeAlternating(const Channels& v, Vek8u* dst) {
     storeThirds(permuted(alternatingPixelOf<0>, first.raw),
                 permuted(alternatingPixelOf<1>, v.c1.raw),
                 permuted(alternatingPixelOf<2>, third.raw), dst);
+#elif defined(__AVX2__)
+    storeChannels<true>({first, v.c1, third}, dst);
 #else
     storeChannels({alternateHalves(first), alternateHalves(v.c1), alternateHalves(third)}, dst);
 #endif
@@ -248,7 +250,8 @@ VWord greenPart(const WordBytes& b, const WordBytes& r) {
   }
 }
 
-/// Sums for pixels of three bytes.
+/// Sums for pixels of three bytes, and of 16 bits where luma is added as it is: bytes, clamped as they
+/// are packed.
 template <const Matrix& m>
 class ByteSums {
   using W = Weights<m>;

@@ -81,6 +81,28 @@ inline void storeChannels(const Channels& v, Vek8u* dst) {
 
 #else
 
+struct LaneOrder {
+  alignas(16) Vek8u at[16];
+};
+
+constexpr Vek8u noByte = 0x80;
+
+inline Channels::V shuffled(const LaneOrder& order, Channels::V v) {
+  return hn::TableLookupBytesOr0(v, hn::LoadDup128(hn::ScalableTag<Vek8u>(), order.at));
+}
+
+/// 16 bytes of each lane, 48 bytes apart.
+inline void storeLanes(Channels::V v, Vek8u* dst) {
+  const hn::ScalableTag<Vek8u> d;
+  if constexpr (hn::MaxLanes(d) == 16) {
+    hn::StoreU(v, d, dst);
+  } else {
+    const hn::Half<decltype(d)> half;
+    hn::StoreU(hn::LowerHalf(half, v), half, dst);
+    hn::StoreU(hn::UpperHalf(half, v), half, dst + 48);
+  }
+}
+
 /// Of 0xFF in lanes that are `phase` more than a multiple of 3, else 0.
 template <int phase>
 Channels::V thirdOfLanes() {
@@ -120,9 +142,42 @@ inline Channels loadChannels(const Vek8u* src) {
   return v;
 }
 
+#if defined(__AVX2__)
+
+/// For 16 of the 48 bytes that a 128-bit lane's pixels take, from byte 16 * third on, where a channel's
+/// samples lie in its lane; no byte where another channel's belong. Pixel i's sample is at lane i, or
+/// the even pixels' come before the odd ones'.
+template <int channel, int third, bool evenFirst>
+constexpr LaneOrder thirdOfPixels = [] {
+  LaneOrder order = {};
+  for (int j = 0; j < 16; ++j) {
+    const int pixel = (16 * third + j) / 3;
+    const int at = evenFirst ? pixel % 2 * 8 + pixel / 2 : pixel;
+    order.at[j] = (16 * third + j) % 3 == channel ? static_cast<Vek8u>(at) : noByte;
+  }
+  return order;
+}();
+
+template <bool evenFirst = false>
+void storeChannels(const Channels& v, Vek8u* dst) {
+  const auto storeThird = [&]<int third>() {
+    storeLanes(hn::Or(hn::Or(shuffled(thirdOfPixels<0, third, evenFirst>, v.c0),
+                             shuffled(thirdOfPixels<1, third, evenFirst>, v.c1)),
+                      shuffled(thirdOfPixels<2, third, evenFirst>, v.c2)),
+               dst + 16 * third);
+  };
+  storeThird.template operator()<0>();
+  storeThird.template operator()<1>();
+  storeThird.template operator()<2>();
+}
+
+#else
+
 inline void storeChannels(const Channels& v, Vek8u* dst) {
   hn::StoreInterleaved3(v.c0, v.c1, v.c2, hn::ScalableTag<Vek8u>(), dst);
 }
+
+#endif
 
 #endif
 

@@ -127,12 +127,6 @@ inline VBytes firstThenSecond(VBytes v) {
 
 // Group g has in 128-bit lane k the pixels 16 k + 4 g .. 16 k + 4 g + 3.
 
-struct LaneOrder {
-  alignas(16) Vek8u at[16];
-};
-
-constexpr Vek8u noByte = 0x80;
-
 template <int first, int second, int g>
 constexpr LaneOrder channelsOfGroup = [] {
   LaneOrder order = {};
@@ -144,10 +138,6 @@ constexpr LaneOrder channelsOfGroup = [] {
   return order;
 }();
 
-inline VBytes shuffled(const LaneOrder& order, VBytes v) {
-  return hn::TableLookupBytesOr0(v, hn::LoadDup128(byteLanes, order.at));
-}
-
 /// 16 bytes for each lane, 48 bytes apart.
 template <class D>
 hn::Vec<D> loadLanes(D d, const Vek8u* src) {
@@ -156,17 +146,6 @@ hn::Vec<D> loadLanes(D d, const Vek8u* src) {
   } else {
     const hn::Half<D> half;
     return hn::Combine(d, hn::LoadU(half, src + 48), hn::LoadU(half, src));
-  }
-}
-
-template <class D>
-void storeLanes(D d, hn::Vec<D> v, Vek8u* dst) {
-  if constexpr (hn::MaxLanes(D()) == 16) {
-    hn::StoreU(v, d, dst);
-  } else {
-    const hn::Half<D> half;
-    hn::StoreU(hn::LowerHalf(half, v), half, dst);
-    hn::StoreU(hn::UpperHalf(half, v), half, dst + 48);
   }
 }
 
@@ -214,9 +193,9 @@ void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
   };
   convertTwo.template operator()<0>();
   convertTwo.template operator()<2>();
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<4>(byteLanes, lanes[1], lanes[0]), dst);
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<8>(byteLanes, lanes[2], lanes[1]), dst + 16);
-  storeLanes(byteLanes, hn::CombineShiftRightBytes<12>(byteLanes, lanes[3], lanes[2]), dst + 32);
+  storeLanes(hn::CombineShiftRightBytes<4>(byteLanes, lanes[1], lanes[0]), dst);
+  storeLanes(hn::CombineShiftRightBytes<8>(byteLanes, lanes[2], lanes[1]), dst + 16);
+  storeLanes(hn::CombineShiftRightBytes<12>(byteLanes, lanes[3], lanes[2]), dst + 32);
 }
 
 inline VBytes inOrder(VBytes v) {
