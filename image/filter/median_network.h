@@ -10,6 +10,7 @@
 #include "vek/vek.h"
 
 #include <stddef.h>
+#include <string.h>
 
 #include "image/filter/median_rows.h"
 #include "image/filter/unrolled.h"
@@ -236,28 +237,27 @@ void medianNetwork(const MedianRegion& r) {
   }
 }
 
-/// The row that only one of two windows of 5 has.
+/// The row that only one of two windows of 5 has. The plain block works on a copy, or the compiler
+/// would fear that storing medians changes it.
 template <class Block>
 struct OwnRow {
-  SortedRows<5, 2> pairs;  ///< of horizontal neighbours
+  static constexpr bool copies = Block::size == 1;
   const Vek8u* src;
   Vek8u* dst;
+  Vek8u copy[copies ? networkStrip(5) + 16 : 1];
 
-  void sort(const Vek8u* from, Vek8u* to, ptrdiff_t pixelBytes, ptrdiff_t count) {
+  void set(const Vek8u* from, Vek8u* to, ptrdiff_t count) {
     src = from;
     dst = to;
-    sortSamples<Block>(src, pixelBytes, count + 3 * pixelBytes, pairs);
+    if (copies) memcpy(copy, from, static_cast<size_t>(count));
   }
 
-  /// The median of six sorted candidates and the row's five samples from x on.
+  /// Stores the median of six sorted candidates and the row's five samples from x on.
   [[gnu::always_inline]] inline void storeMedian(const typename Block::Value* candidates,
                                                  ptrdiff_t x, ptrdiff_t pixelBytes) const {
-    typename Block::Value left[2], right[2], four[4], five[5];
-    loadSorted<Block>(pairs, x, left);
-    loadSorted<Block>(pairs, x + 2 * pixelBytes, right);
-    mergeSorted<Block, 2, 2>(left, right, four);
-    const auto last = Block::load(src + x + 4 * pixelBytes);
-    mergeSorted<Block, 4, 1>(four, &last, five);
+    typename Block::Value five[5];
+    unrolled<5>([&](auto i) { five[i] = Block::load((copies ? copy : src) + x + i * pixelBytes); });
+    sortValues<Block, 5>(five);
     Block::store(rankOfTwo<Block, 5, 5>(candidates, five), dst + x);
   }
 };
@@ -291,11 +291,11 @@ void medianNetwork5(const MedianRegion& r) {
     Vek8u* dst = r.dst + y * r.dstStep;
     forStrips<Block, 5>(r.columns, [&](ptrdiff_t x, ptrdiff_t count) {
       const ptrdiff_t columns = count + 4 * r.pixelBytes;
+      upper.set(src + x, dst + x, columns);
+      lower.set(src + x + (single ? 0 : 5 * r.srcStep), dst + x + (single ? 0 : r.dstStep),
+                columns);
       sortSamples<Block>(src + r.srcStep + x, r.srcStep, columns, ones);
       mergeNeighbours<Block>(ones, r.pixelBytes, columns - r.pixelBytes, twos);
-      upper.sort(src + x, dst + x, r.pixelBytes, count);
-      lower.sort(src + x + (single ? 0 : 5 * r.srcStep), dst + x + (single ? 0 : r.dstStep),
-                 r.pixelBytes, count);
       mediansOfTwo(ones, twos, upper, lower, r.pixelBytes, count);
     });
   }
