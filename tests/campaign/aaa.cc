@@ -110,7 +110,7 @@ int drawExposureParams(Case& c, VekiSize* reach) {
   p.pWindows = c.data<VekiRect>(windows.rectBlock);
   p.pWeights = c.data<Vek16u>(windows.weightBlock);
   p.numWindows = windows.count();
-  p.histCountThresh = word<Vek16u>(random, 0, 50);
+  p.histCountThresh = word<Vek16u>(random, 0, random.chance(50) ? 2 : 50);
   p.histSpreadThresh = word<Vek16u>(random, 0, 1023);
   p.darkThresh = word<Vek16u>(random, 0, 1023);
   p.brightThresh = word<Vek16u>(random, 0, 1023);
