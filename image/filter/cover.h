@@ -18,6 +18,21 @@ void coverRow(ptrdiff_t n, ptrdiff_t block, Body body) {
   if (n % block != 0) body(n - block);
 }
 
+/// The bytes `distance` places further in the row of which these are neighbouring vectors.
+template <int distance>
+hn::Vec<hn::ScalableTag<Vek8u>> further(hn::Vec<hn::ScalableTag<Vek8u>> v,
+                                        hn::Vec<hn::ScalableTag<Vek8u>> next) {
+#if defined(__AVX512BW__)
+  return hn::Vec<hn::ScalableTag<Vek8u>>{
+      _mm512_alignr_epi8(_mm512_alignr_epi64(next.raw, v.raw, 2), v.raw, distance)};
+#elif defined(__AVX2__)
+  return hn::Vec<hn::ScalableTag<Vek8u>>{
+      _mm256_alignr_epi8(_mm256_permute2x128_si256(v.raw, next.raw, 0x21), v.raw, distance)};
+#else
+  return hn::CombineShiftRightBytes<distance>(hn::ScalableTag<Vek8u>(), next, v);
+#endif
+}
+
 /// Quotients by a divisor of 2 to 4096, rounded, as (v * factor + 2^31) >> 32 with a factor of
 /// 2^32 / divisor, rounded, or as a shift gives them. The sums that matter are exact as floats, and
 /// quotients are in error by less than 2^-15, while they are halves or at least 1 / (2 divisor)

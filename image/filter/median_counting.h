@@ -168,12 +168,23 @@ class CountingStrip {
 
   /// Sums of three neighbours; those beyond the strip's columns are of no use.
   void sumThrees(const Vek8u* columns, Vek8u* threes) const {
-    const ptrdiff_t distance = r_.pixelBytes;
+    r_.pixelBytes == 1 ? sumThrees<1>(columns, threes) : sumThrees<3>(columns, threes);
+  }
+  template <int distance>
+  void sumThrees(const Vek8u* columns, Vek8u* threes) const {
     const ptrdiff_t end = length + (r_.maskWidth - 3) * distance;
     for (ptrdiff_t x = 0; x < end; x += size) {
-      const Value two =
-          hn::Add(hn::LoadU(bytes, columns + x), hn::LoadU(bytes, columns + x + distance));
-      hn::StoreU(hn::Add(two, hn::LoadU(bytes, columns + x + 2 * distance)), bytes, threes + x);
+      const Value first = hn::LoadU(bytes, columns + x);
+#if defined(__AVX512BW__)
+      // Vectors across two of those just stored would have to wait for them.
+      const Value next = hn::LoadU(bytes, columns + x + size);
+      const Value second = further<distance>(first, next),
+                  third = further<2 * distance>(first, next);
+#else
+      const Value second = hn::LoadU(bytes, columns + x + distance);
+      const Value third = hn::LoadU(bytes, columns + x + 2 * distance);
+#endif
+      hn::StoreU(hn::Add(hn::Add(first, second), third), bytes, threes + x);
     }
   }
 

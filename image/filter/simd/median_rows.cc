@@ -41,19 +41,6 @@ struct Vector {
 
 using Value = Vector::Value;
 
-/// The bytes `distance` places further in the row of which these are neighbouring vectors.
-template <int distance>
-Value further(Value v, Value next) {
-#if defined(__AVX512BW__)
-  return Value{_mm512_alignr_epi8(_mm512_alignr_epi64(next.raw, v.raw, 2), v.raw, distance)};
-#elif defined(__AVX2__)
-  return Value{
-      _mm256_alignr_epi8(_mm256_permute2x128_si256(v.raw, next.raw, 0x21), v.raw, distance)};
-#else
-  return hn::CombineShiftRightBytes<distance>(Vector::bytes, next, v);
-#endif
-}
-
 struct Sorted3 {
   Value least, middle, most;
 };
