@@ -83,7 +83,8 @@ template <int block, class Body, class... Streams>
 }
 
 /// Runs body(i) for blocks of `size` elements that cover 0 .. n - 1, n >= size; the last one may
-/// overlap its neighbour. For kernels that do not work in place.
+/// overlap its neighbour. For kernels whose destination is not their source: what is written twice
+/// is the same both times.
 template <class Body>
 void forEachOverlappingBlock(ptrdiff_t n, ptrdiff_t size, Body body) {
   for (ptrdiff_t i = 0; i + size < n; i += size) body(i);

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/kernel/byte_pairs.h"
-#include "image/filter/cover.h"
+#include "image/filter/filter_lanes.h"
 #include "image/filter/fir_rows.h"
 
 #if VEK_HAVE_HIGHWAY

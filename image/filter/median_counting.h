@@ -6,7 +6,7 @@
 #pragma once
 
 #include "core/kernel/byte_pairs.h"
-#include "image/filter/cover.h"
+#include "image/filter/filter_lanes.h"
 #include "image/filter/median_rows.h"
 #include "image/filter/unrolled.h"
 

@@ -2,7 +2,7 @@
 
 #include "core/kernel/byte_pairs.h"
 #include "image/filter/box_body.h"
-#include "image/filter/cover.h"
+#include "image/filter/filter_lanes.h"
 #include "image/filter/unrolled.h"
 
 #if VEK_HAVE_HIGHWAY
@@ -103,7 +103,7 @@ template <class Means>
 void averageNarrow(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                    const BoxScale& scale, Vek8u* dst) {
   const Means means(scale);
-  coverRow(n, 2 * lanes, [&](ptrdiff_t x) {
+  forEachOverlappingBlock(n, 2 * lanes, [&](ptrdiff_t x) {
     Sums sums(columns + x);
     for (ptrdiff_t k = 1; k < width; ++k) sums.add(columns + x + k * pixelBytes);
     hn::StoreU(means.of(sums), bytes, dst + x);
@@ -190,7 +190,7 @@ void averageTotals(const Vek16u* columns, ptrdiff_t width, ptrdiff_t n, const Bo
       const VDwords next = hn::PromoteTo(dwords, hn::LoadU(halfWords, from + x));
       hn::Store(running.add(next), dwords, totals + x);
     }
-    coverRow(count, 2 * lanes, [&](ptrdiff_t x) {
+    forEachOverlappingBlock(count, 2 * lanes, [&](ptrdiff_t x) {
       const auto sums = [&](ptrdiff_t i) {
         return hn::Sub(hn::LoadU(dwords, totals + x + i * each + gap),
                        hn::LoadU(dwords, totals + x + i * each));
@@ -215,14 +215,14 @@ void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelByte
     if (n - begin < 2 * lanes) begin = n - 2 * lanes;
     const ptrdiff_t count = n - begin < strip ? n - begin : strip;
     const Vek16u* from = columns + begin;
-    coverRow(count + (whole - 3) * pixelBytes, 2 * lanes, [&](ptrdiff_t x) {
+    forEachOverlappingBlock(count + (whole - 3) * pixelBytes, 2 * lanes, [&](ptrdiff_t x) {
       Sums sums(from + x);
       sums.add(from + x + pixelBytes);
       sums.add(from + x + 2 * pixelBytes);
       hn::StoreU(sums.low, words, threes + x);
       hn::StoreU(sums.high, words, threes + x + lanes);
     });
-    coverRow(count, 2 * lanes, [&](ptrdiff_t x) {
+    forEachOverlappingBlock(count, 2 * lanes, [&](ptrdiff_t x) {
       Sums total(threes + x);
       ptrdiff_t k = 3;
       for (; k < whole; k += 3) total.add(threes + x + k * pixelBytes);
@@ -266,7 +266,7 @@ void scaleSums32(const Vek32u* sums, ptrdiff_t n, const BoxScale& scale, Vek8u* 
   constexpr hn::Rebind<Vek8u, decltype(words)> halfBytes;
   constexpr ptrdiff_t size = lanes / 2;
   if (n < lanes) return scaleSums<Vek32u>(sums, n, scale, dst);
-  coverRow(n, lanes, [&](ptrdiff_t x) {
+  forEachOverlappingBlock(n, lanes, [&](ptrdiff_t x) {
     const VWords mean = hn::Combine(words, means(hn::LoadU(dwords, sums + x + size), scale.factor),
                                     means(hn::LoadU(dwords, sums + x), scale.factor));
     hn::StoreU(hn::DemoteTo(halfBytes, hn::BitCast(swords, mean)), halfBytes, dst + x);

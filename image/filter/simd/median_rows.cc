@@ -1,6 +1,6 @@
 #include "image/filter/median_rows.h"
 
-#include "image/filter/cover.h"
+#include "image/filter/filter_lanes.h"
 #include "image/filter/median_counting.h"
 #include "image/filter/median_histogram.h"
 #include "image/filter/median_network.h"
@@ -35,7 +35,7 @@ struct Vector {
 
   template <class Body>
   static void cover(ptrdiff_t n, Body body) {
-    coverRow(n, size, body);
+    forEachOverlappingBlock(n, size, body);
   }
 };
 

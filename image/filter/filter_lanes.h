@@ -1,4 +1,4 @@
-// What the hand-written filter kernels share: covering a row with blocks, and scaling sums.
+// What the hand-written filter kernels share: bytes further along a row, and scaling sums.
 #pragma once
 
 #include "core/kernel/truncated.h"
@@ -8,15 +8,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
-
-/// Calls body(x) for blocks of `block` bytes that cover 0 .. n - 1, where n >= block; the last one
-/// overlaps its neighbour. For kernels whose destination is not their source: what is written twice
-/// is the same both times.
-template <class Body>
-void coverRow(ptrdiff_t n, ptrdiff_t block, Body body) {
-  for (ptrdiff_t x = 0; x + block <= n; x += block) body(x);
-  if (n % block != 0) body(n - block);
-}
 
 /// The bytes `distance` places further in the row of which these are neighbouring vectors.
 template <int distance>
