@@ -96,6 +96,8 @@ struct DwordDots {
   };
   using Scaler = DwordScaler;
 
+  static Sum zero() { return {hn::Zero(dwords), hn::Zero(dwords)}; }
+
   static Vek32u factor(Vek32s coefficient, int tap) {
     return (static_cast<Vek32u>(coefficient) & 0xFFFF) << (16 * tap);
   }
@@ -133,6 +135,8 @@ struct FourDots {
   /// The type that the instruction is defined with: compilers copy others around it.
   using Sum [[gnu::vector_size(64)]] = Vek32s;
   using Scaler = DwordScaler;
+
+  static Sum zero() { return Sum{}; }
 
   static Vek32u factor(Vek32s coefficient, int tap) {
     return (static_cast<Vek32u>(coefficient) & 0xFF) << (8 * tap);
@@ -180,6 +184,8 @@ struct WordDots {
   static constexpr int tapBytes = 1;
   using Sum = VWords;
   using Scaler = WordScaler;
+
+  static Sum zero() { return hn::Zero(words); }
 
   static Vek32u factor(Vek32s coefficient, int tap) {
     return (static_cast<Vek32u>(coefficient) & 0xFF) * 0x10001u << (8 * tap);

@@ -1,5 +1,6 @@
 #include "camera/aaa/exposure_rows.h"
 
+#include "camera/aaa/histogram_body.h"
 #include "camera/aaa/simd/quad_blocks.h"
 
 #if VEK_HAVE_HIGHWAY
@@ -34,7 +35,8 @@ Samples lastGreens(const Vek16u* top, const Vek16u* bottom, ptrdiff_t n) {
 }
 
 /// Only bins outside of those already known to be populated are counted, since the others cannot
-/// be the lowest or the highest: for most frames, next to none.
+/// be the lowest or the highest: for most frames, next to none. One by one they take longer than in
+/// a plain histogram, which measures the rest of a frame where they do not become few.
 GreenHistogram _vekiAEHist_10RGGB(const Vek16u* pSrc, int srcStep, int width, int height,
                                   Vek32u countThresh, Vek32u* pHist) {
   Vek32s lowest = countThresh == 0 ? 0 : saturatedSample;
@@ -43,6 +45,7 @@ GreenHistogram _vekiAEHist_10RGGB(const Vek16u* pSrc, int srcStep, int width, in
   auto high = hn::Set(samples, static_cast<Vek16s>(highest));
   auto sum = hn::Zero(sums), sum2 = hn::Zero(sums);
   Vek32u saturatedCount = 0;
+  ptrdiff_t counted = 0;
   const auto measure = [&](Samples greens) {
     sum = hn::ReorderWidenMulAccumulate(sums, greens, hn::Set(samples, 1), sum, sum2);
     const auto saturated = hn::Eq(greens, hn::Set(samples, saturatedSample));
@@ -50,6 +53,7 @@ GreenHistogram _vekiAEHist_10RGGB(const Vek16u* pSrc, int srcStep, int width, in
     const auto outside = hn::AndNot(saturated, hn::Or(hn::Lt(greens, low), hn::Gt(greens, high)));
     if (HWY_LIKELY(hn::AllFalse(samples, outside))) return;
 
+    counted += static_cast<ptrdiff_t>(hn::CountTrue(samples, outside));
     alignas(64) Vek16s values[blockSamples];
     hn::Store(greens, samples, values);
     uint64_t lanes = 0;
@@ -67,7 +71,9 @@ GreenHistogram _vekiAEHist_10RGGB(const Vek16u* pSrc, int srcStep, int width, in
   const ptrdiff_t columns = (ptrdiff_t{width} + 3) / 4 * 4;
   const ptrdiff_t rowPairs = (ptrdiff_t{height} + 1) / 2;
   const ptrdiff_t rowSamples = srcStep / 2;
-  for (ptrdiff_t y = 0; y < rowPairs; ++y) {
+  const ptrdiff_t mostCounted = columns * rowPairs / 8 + 16384;
+  ptrdiff_t y = 0;
+  for (; y < rowPairs && counted <= mostCounted; ++y) {
     const Vek16u* top = pSrc + 2 * y * rowSamples;
     const Vek16u* bottom = top + rowSamples;
     ptrdiff_t x = 0;
@@ -76,11 +82,23 @@ GreenHistogram _vekiAEHist_10RGGB(const Vek16u* pSrc, int srcStep, int width, in
     measure(lastGreens(top + x, bottom + x, columns - x));
   }
   const Vek32u measured =
-      static_cast<Vek32u>(rowPairs * ((columns - 1) / blockSamples + 1) * blockSamples);
+      static_cast<Vek32u>(y * ((columns - 1) / blockSamples + 1) * blockSamples);
   const auto total = hn::BitCast(halfQuads, hn::Add(sum, sum2));
-  return {measured - saturatedCount,
-          sumOfLanes(halfQuads, total) - Vek32u{saturatedSample} * saturatedCount, lowest, highest};
+  GreenHistogram greens = {measured - saturatedCount,
+                           sumOfLanes(halfQuads, total) - Vek32u{saturatedSample} * saturatedCount,
+                           lowest, highest};
+  if (y < rowPairs) {
+    const GreenHistogram rest =
+        countAllGreens(pSrc + 2 * y * rowSamples, srcStep, width, static_cast<int>(height - 2 * y),
+                       countThresh, pHist);
+    greens.samples += rest.samples;
+    greens.sum += rest.sum;
+    greens.lowest = lowest < rest.lowest ? lowest : rest.lowest;
+    greens.highest = highest > rest.highest ? highest : rest.highest;
+  }
+  return greens;
 }
+
 Vek32u _vekiAEWnd_10RGGB(const Vek16u* pWin, int srcStep, int w, int h) {
   constexpr int block = static_cast<int>(hn::MaxLanes(halfQuads));
   const auto lowHalf = hn::Set(halfQuads, 0xFFFF);

@@ -56,7 +56,7 @@ class Sums {
 
   [[gnu::always_inline]] inline explicit Sums(const Neighbours<Dots, far>& neighbours)
       : neighbours_(neighbours) {
-    unrolled<rows * vectors * Dots::parts>([&](auto i) { sums_[i] = Sum{}; });
+    unrolled<rows * vectors * Dots::parts>([&](auto i) { sums_[i] = Dots::zero(); });
   }
 
   [[gnu::always_inline]] inline void add(const Vek8u* src, const Across& group) {

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <tuple>
 #include <vector>
 
+#include "camera/aaa/exposure_rows.h"
 #include "tests/campaign/definition.h"
+#include "tests/support/levels.h"
 
 namespace vek::test {
 namespace {
@@ -95,6 +98,30 @@ TEST(Exposure, EqualsTheDefinition) {
                   as<VekiSize>(v[2]), *as<Vek16u*>(v[3]), *as<Vek16u*>(v[4]));
   };
   expectDefinition("vekiAE_10RGGB_8u_C1R", define, 2000);
+}
+
+/// Frames in which more samples have to be counted than the fast levels care for one by one.
+TEST(Exposure, LevelsMeasureTheSame) {
+  Random random(baseSeed());
+  const VekiSize size = {318, 170};
+  std::vector<Vek16u> frame(320 * 170);
+  const int ends[] = {100, 900, 1023};
+  for (Vek32u countThresh : {0u, 1u, 20u, 100u, 65535u}) {
+    for (size_t i = 0; i < frame.size(); ++i) {  // darker and brighter at the end
+      const int sample = i < 124 * 320 ? random.in(300, 700) : random.of(ends);
+      frame[i] = static_cast<Vek16u>(sample);
+    }
+    const auto measured = [&](Level level) {
+      std::vector<Vek32u> bins(histogramBins);
+      const GreenHistogram greens =
+          select(exposureRows, level)
+              .hist(frame.data(), 640, size.width, size.height, countThresh, bins.data());
+      return std::tuple(greens.samples, greens.sum, greens.lowest, greens.highest);
+    };
+    for (Level level : levels()) {
+      EXPECT_EQ(measured(level), measured(Level::portable)) << name(level) << ' ' << countThresh;
+    }
+  }
 }
 
 /// Flat frames of 16 x 8.
