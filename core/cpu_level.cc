@@ -5,8 +5,8 @@ namespace vek {
 
 Level cpuLevel() {
   size_t i = levelCount - 1;
-  while (i > 0 && !cpuHas(allLevels[i])) --i;
-  return allLevels[i];
+  while (i > 0 && !cpuHas(static_cast<Level>(i))) --i;
+  return static_cast<Level>(i);
 }
 
 }  // namespace vek

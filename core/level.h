@@ -3,84 +3,58 @@
 
 #include <stddef.h>
 
+#include "core/level_list.h"
+
 namespace vek {
 
-/// The sets of instructions that kernels are compiled for, lowest first. Which of them a build has
-/// depends on its target (see VEK_LEVELS below and cmake/levels.cmake).
-enum class Level : int {
-  portable,  ///< the target's baseline
-#if defined(VEK_LEVELS_X86)
-  avx2,    ///< x86-64-v3 with AES and PCLMUL
-  avx512,  ///< x86-64-v4 with VBMI, VBMI2, VNNI
-#elif defined(VEK_LEVELS_NEON)
-  neon,  ///< the AArch64 baseline
-#endif
-};
+#define VEK_LEVEL_NAME(level, ...) level,
+#define VEK_LEVEL_TEXT(level, ...) #level,
 
-#if defined(VEK_LEVELS_X86)
-inline constexpr Level allLevels[] = {Level::portable, Level::avx2, Level::avx512};
-inline constexpr const char* levelNames[] = {"portable", "avx2", "avx512"};
-#elif defined(VEK_LEVELS_NEON)
-inline constexpr Level allLevels[] = {Level::portable, Level::neon};
-inline constexpr const char* levelNames[] = {"portable", "neon"};
-#else
-inline constexpr Level allLevels[] = {Level::portable};
-inline constexpr const char* levelNames[] = {"portable"};
-#endif
-inline constexpr size_t levelCount = sizeof(allLevels) / sizeof(allLevels[0]);
+/// The sets of instructions that kernels are compiled for, lowest first. `portable` is the target's
+/// baseline; cmake/levels.cmake lists the others, with the compiler flags that each stands for.
+enum class Level : int { VEK_EACH_LEVEL(VEK_LEVEL_NAME) };
+
+inline constexpr const char* levelNames[] = {VEK_EACH_LEVEL(VEK_LEVEL_TEXT)};
+inline constexpr size_t levelCount = sizeof(levelNames) / sizeof(levelNames[0]);
+
+#undef VEK_LEVEL_NAME
+#undef VEK_LEVEL_TEXT
 
 /// Whether this processor runs code of `level`: exactly the features that the level's compiler
-/// flags allow are tested, as the C library reports them (so its tunables can mask them).
+/// flags allow are tested.
 bool cpuHas(Level level);
 
-/// The highest level that this processor runs. A pure function of the processor: nothing is cached.
+/// The highest level that this processor runs. A pure function of the processor, which takes longer
+/// than a small kernel does: an exported function asks once and hands the level, or the tables that
+/// it selects, to what it calls.
 Level cpuLevel();
 
 /// One family's kernels at every level, lowest level first.
-template <class Rows>
+template <class Kernels>
 struct KernelTable {
-  const Rows* at[levelCount];
+  const Kernels* at[levelCount];
 };
 
-template <class Rows>
-const Rows& select(const KernelTable<Rows>& table, Level level) {
+template <class Kernels>
+const Kernels& select(const KernelTable<Kernels>& table, Level level) {
   return *table.at[static_cast<size_t>(level)];
 }
 
-template <class Rows>
-const Rows& select(const KernelTable<Rows>& table) {
+template <class Kernels>
+const Kernels& select(const KernelTable<Kernels>& table) {
   return select(table, cpuLevel());
 }
 
-/// Declares the constant `name` of type Rows in the namespace of each level of this build (each is
+#define VEK_DECLARE_KERNELS(level, Kernels, name) \
+  namespace level {                               \
+  extern const Kernels name;                      \
+  }
+#define VEK_ADDRESS_OF_KERNELS(level, Kernels, name) &level::name,
+
+/// Declares the constant `name` of type Kernels in the namespace of each level of this build (each is
 /// defined by the objects compiled for that level), and the table `name` over them.
-#if defined(VEK_LEVELS_X86)
-#define VEK_KERNEL_TABLE(Rows, name) \
-  namespace portable {               \
-  extern const Rows name;            \
-  }                                  \
-  namespace avx2 {                   \
-  extern const Rows name;            \
-  }                                  \
-  namespace avx512 {                 \
-  extern const Rows name;            \
-  }                                  \
-  constexpr KernelTable<Rows> name = {{&portable::name, &avx2::name, &avx512::name}};
-#elif defined(VEK_LEVELS_NEON)
-#define VEK_KERNEL_TABLE(Rows, name) \
-  namespace portable {               \
-  extern const Rows name;            \
-  }                                  \
-  namespace neon {                   \
-  extern const Rows name;            \
-  }                                  \
-  constexpr KernelTable<Rows> name = {{&portable::name, &neon::name}};
-#else
-#define VEK_KERNEL_TABLE(Rows, name) \
-  namespace portable {               \
-  extern const Rows name;            \
-  }                                  \
-  constexpr KernelTable<Rows> name = {{&portable::name}};
-#endif
+#define VEK_KERNEL_TABLE(Kernels, name)              \
+  VEK_EACH_LEVEL(VEK_DECLARE_KERNELS, Kernels, name) \
+  constexpr KernelTable<Kernels> name = {{VEK_EACH_LEVEL(VEK_ADDRESS_OF_KERNELS, Kernels, name)}};
 
 }  // namespace vek

@@ -3,7 +3,7 @@
 
 #include <string.h>
 
-#include "camera/aaa/exposure_rows.h"
+#include "camera/aaa/exposure_kernels.h"
 #include "camera/aaa/raw_frame.h"
 #include "core/check.h"
 
@@ -234,7 +234,7 @@ void layZones(VekiAEState& state, VekiSize roi) {
 /// 65535.
 Vek32s _vekiAEMeter_10RGGB(const Vek16u* pSrc, int srcStep, const VekiRect* pWindows,
                            const Vek16u* pWeights, int count) {
-  const ExposureRows& rows = select(exposureRows);
+  const ExposureKernels& rows = select(exposureKernels);
   Vek32u sum = 0;
   for (int i = 0; i < count; ++i) {
     const VekiRect& w = pWindows[i];
@@ -289,7 +289,7 @@ VekStatus vekiAE_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize roiSize
   VekiAEState& state = *pState;
   if (state.mode == vekiAEHistogram) {
     memset(state.histogram, 0, vek::histogramBins * sizeof *state.histogram);
-    const vek::GreenHistogram greens = vek::select(vek::exposureRows)
+    const vek::GreenHistogram greens = vek::select(vek::exposureKernels)
                                            .hist(pSrc, srcStep, roiSize.width, roiSize.height,
                                                  state.thresholds.count, state.histogram);
     vek::_vekiAEControl_Hist(state, greens, *pStepCtrl, *pScaleCtrl);

@@ -1,4 +1,4 @@
-// The plain loops behind ExposureRows.
+// The plain loops behind ExposureKernels.
 #pragma once
 
 #include "camera/aaa/histogram_body.h"

@@ -1,8 +1,8 @@
 #include "camera/aaa/exposure_body.h"
-#include "camera/aaa/exposure_rows.h"
+#include "camera/aaa/exposure_kernels.h"
 
 namespace vek::portable {
 
-constexpr ExposureRows exposureRows = {_vekiAEHist_10RGGB, _vekiAEWnd_10RGGB};
+constexpr ExposureKernels exposureKernels = {_vekiAEHist_10RGGB, _vekiAEWnd_10RGGB};
 
 }  // namespace vek::portable

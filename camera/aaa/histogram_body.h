@@ -3,12 +3,12 @@
 
 #include <stddef.h>
 
-#include "camera/aaa/exposure_rows.h"
+#include "camera/aaa/exposure_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// ExposureRows::hist, where pHist holds what was counted before: it helps to populate bins, and is
+/// ExposureKernels::hist, where pHist holds what was counted before: it helps to populate bins, and is
 /// not part of the sums. Each green of a group has bins of its own, since neighbours are often equal
 /// and an increment must not wait for the one before it.
 GreenHistogram countAllGreens(const Vek16u* pSrc, int srcStep, int width, int height,

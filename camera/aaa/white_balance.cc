@@ -2,7 +2,7 @@
 #include "vek/camera.h"
 
 #include "camera/aaa/raw_frame.h"
-#include "camera/aaa/white_balance_rows.h"
+#include "camera/aaa/white_balance_kernels.h"
 #include "core/check.h"
 
 struct VekiAWBState {
@@ -115,7 +115,7 @@ bool measureRatios(const ColourSums& sums, Ratios& ratios) {
 
 /// The weighted mean of the usable windows' ratios. False: there is none.
 bool measureFrame(const Vek16u* pSrc, int srcStep, const VekiAWBState& state, Ratios& mean) {
-  const WhiteBalanceRows& rows = select(whiteBalanceRows);
+  const WhiteBalanceKernels& rows = select(whiteBalanceKernels);
   Ratios sum = {};
   Vek32u weights = 0;
   for (int i = 0; i < state.numWindows; ++i) {

@@ -1,8 +1,8 @@
-// The plain loops behind WhiteBalanceRows.
+// The plain loops behind WhiteBalanceKernels.
 #pragma once
 
 #include "camera/aaa/quads_body.h"
-#include "camera/aaa/white_balance_rows.h"
+#include "camera/aaa/white_balance_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

@@ -1,9 +1,9 @@
 #include "camera/aaa/white_balance_body.h"
-#include "camera/aaa/white_balance_rows.h"
+#include "camera/aaa/white_balance_kernels.h"
 
 namespace vek::portable {
 
-constexpr WhiteBalanceRows whiteBalanceRows = {_vekiAWB_accum_10RGGB_WGA,
-                                               _vekiAWB_accum_10RGGB_WPD};
+constexpr WhiteBalanceKernels whiteBalanceKernels = {_vekiAWB_accum_10RGGB_WGA,
+                                                     _vekiAWB_accum_10RGGB_WPD};
 
 }  // namespace vek::portable

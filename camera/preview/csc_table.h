@@ -1,9 +1,9 @@
 // The table of a level whose convertPlanes<pixels, matrix, Format> converts a tile.
 #pragma once
 
+#include "camera/preview/csc_kernels.h"
 #include "camera/preview/csc_matrix.h"
-#include "camera/preview/csc_rows.h"
-#include "core/kernel/pixel_format.h"
+#include "core/color/pixel_format.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
@@ -16,6 +16,6 @@ constexpr CscFormats formats = {
 
 }  // namespace
 
-constexpr CscRows cscRows = {formats<2>, formats<1>};
+constexpr CscKernels cscKernels = {formats<2>, formats<1>};
 
 }  // namespace vek::VEK_LEVEL

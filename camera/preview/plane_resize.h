@@ -28,7 +28,7 @@ struct PlanarResize {
 /// Turns the rows of an unscaled plane, straight from the source.
 inline void turnPlane(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, ptrdiff_t width,
                       RowRange rows) {
-  const PlaceTile place = select(placeRows).bytes1;
+  const PlaceTile place = select(placeKernels).bytes1;
   if (at.dx == 1 && at.dy == width && src.step == width) {  // one long row
     const size_t bytes = static_cast<size_t>(width * (rows.end - rows.first));
     memcpy(dst + at.start + rows.first * width, src.row(rows.first), bytes);
@@ -45,7 +45,7 @@ template <class SourceRow>
 void resizeNearest(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
                    const Scaling& scaling, ptrdiff_t width, RowRange rows, SourceRow sourceRow) {
   if (scaling.unscaled()) return turnPlane(src, dst, at, width, rows);
-  const ResampleRows& kernels = select(resampleRows);
+  const ResampleKernels& kernels = select(resampleKernels);
   Columns columns;
   walkSamples(
       dst, at, width, rows,
@@ -61,7 +61,7 @@ void resizeNearest(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
 template <class RowPhase>
 void resizeBilinear(Plane<const Vek8u> src, int srcWidth, Vek8u* dst, const Orientation& at,
                     Vek32u xStep, ptrdiff_t width, RowRange rows, RowPhase rowPhase) {
-  const ResampleRows& kernels = select(resampleRows);
+  const ResampleKernels& kernels = select(resampleKernels);
   Columns columns;
   walkSamples(
       dst, at, width, rows,

@@ -1,7 +1,7 @@
-// The loops behind ReduceRows, compiled for every level.
+// The loops behind ReduceKernels, compiled for every level.
 #pragma once
 
-#include "camera/preview/reduce_rows.h"
+#include "camera/preview/reduce_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

@@ -2,7 +2,7 @@
 
 namespace vek::portable {
 
-constexpr ReduceRows reduceRows = {pick, sumBlocks, averageBlocks<2>, averageBlocks<4>,
-                                   averageBlocks<8>};
+constexpr ReduceKernels reduceKernels = {pick, sumBlocks, averageBlocks<2>, averageBlocks<4>,
+                                         averageBlocks<8>};
 
 }  // namespace vek::portable

@@ -1,7 +1,7 @@
-// The loops behind ResampleRows, compiled for every level.
+// The loops behind ResampleKernels, compiled for every level.
 #pragma once
 
-#include "camera/preview/resample_rows.h"
+#include "camera/preview/resample_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

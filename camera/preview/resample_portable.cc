@@ -9,6 +9,6 @@ void prepare(Columns& /*columns*/, bool /*neighbours*/) {}
 
 }  // namespace
 
-constexpr ResampleRows resampleRows = {prepare, nearest, bilinear};
+constexpr ResampleKernels resampleKernels = {prepare, nearest, bilinear};
 
 }  // namespace vek::portable

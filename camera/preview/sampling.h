@@ -6,7 +6,7 @@
 #include <stddef.h>
 #include <string.h>
 
-#include "camera/preview/resample_rows.h"
+#include "camera/preview/resample_kernels.h"
 #include "core/region.h"
 
 namespace vek {
@@ -46,7 +46,7 @@ inline Vek32u lastRowPhase(int srcHeight) {
 }
 
 /// The columns of a strip that begins with sample x of the scaled row, for nearest samples.
-inline void nearestColumns(const ResampleRows& rows, Vek32u xStep, ptrdiff_t x, ptrdiff_t n,
+inline void nearestColumns(const ResampleKernels& rows, Vek32u xStep, ptrdiff_t x, ptrdiff_t n,
                            Columns& columns) {
   columns.phase = halfSample + static_cast<Vek32u>(x) * xStep;
   columns.step = xStep;
@@ -55,7 +55,7 @@ inline void nearestColumns(const ResampleRows& rows, Vek32u xStep, ptrdiff_t x, 
 }
 
 /// The same for blended samples.
-inline void blendedColumns(const ResampleRows& rows, Vek32u xStep, ptrdiff_t x, ptrdiff_t n,
+inline void blendedColumns(const ResampleKernels& rows, Vek32u xStep, ptrdiff_t x, ptrdiff_t n,
                            ptrdiff_t lastColumn, Columns& columns) {
   columns.phase = static_cast<Vek32u>(x) * xStep;
   columns.step = xStep;
@@ -65,8 +65,8 @@ inline void blendedColumns(const ResampleRows& rows, Vek32u xStep, ptrdiff_t x, 
 }
 
 /// The nearest samples of a row; unscaled ones are used where they lie.
-inline const Vek8u* nearestRow(const ResampleRows& rows, const Vek8u* row, const Columns& columns,
-                               Vek8u* buffer) {
+inline const Vek8u* nearestRow(const ResampleKernels& rows, const Vek8u* row,
+                               const Columns& columns, Vek8u* buffer) {
   if (columns.step == oneSample) return row + (columns.phase >> 16);
   rows.nearest(row, columns, buffer);
   return buffer;
@@ -74,7 +74,7 @@ inline const Vek8u* nearestRow(const ResampleRows& rows, const Vek8u* row, const
 
 /// Samples blended from the source row at `rowPhase` and the one below. A row or column that has
 /// weight 0 is not read.
-inline const Vek8u* blendedRow(const ResampleRows& rows, const Plane<const Vek8u>& plane,
+inline const Vek8u* blendedRow(const ResampleKernels& rows, const Plane<const Vek8u>& plane,
                                Vek32u rowPhase, const Columns& columns, Vek8u* buffer) {
   const Vek8u* top = plane.row(rowPhase >> 16);
   const Vek32s fy = static_cast<Vek32s>(rowPhase & 0xFFFF);

@@ -7,9 +7,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "camera/preview/csc_rows.h"
+#include "camera/preview/csc_kernels.h"
 #include "camera/preview/orientation.h"
-#include "core/kernel/place_rows.h"
+#include "core/kernel/place_kernels.h"
 
 namespace vek {
 
@@ -77,7 +77,7 @@ void forEachTile(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdif
 template <class MakeTile>
 void walkSamples(Vek8u* dst, const Orientation& at, ptrdiff_t width, RowRange rows,
                  MakeTile makeTile) {
-  const PlaceTile place = select(placeRows).bytes1;
+  const PlaceTile place = select(placeKernels).bytes1;
   const bool direct = !at.turned && at.dx == 1;
   const ptrdiff_t step = at.turned ? wideTile.columns : stripColumns;
   alignas(64) Vek8u tile[tileSamples];
@@ -109,7 +109,7 @@ struct PixelKernels {
 template <class MakeSamples>
 void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, ptrdiff_t width,
                 RowRange rows, const TurnedTile& shape, MakeSamples makeSamples) {
-  const PlaceRows& place = select(placeRows);
+  const PlaceKernels& place = select(placeKernels);
   const ptrdiff_t size = kernels.bytes, step = at.turned ? shape.columns : stripColumns;
   const ptrdiff_t turnedStep = 2 * shape.rows;
   SampleTile buffer, turned;

@@ -2,7 +2,7 @@
 #include "vek/camera.h"
 
 #include "camera/preview/plane_resize.h"
-#include "camera/preview/reduce_rows.h"
+#include "camera/preview/reduce_kernels.h"
 #include "core/check.h"
 #include "core/region.h"
 
@@ -55,7 +55,7 @@ int exactReduction(int srcWidth, int srcHeight, const Scaling& scaling) {
 /// One plane, reduced to width x height: averages of 2 x 2 samples, from the middle of each block
 /// where the factor is 4.
 void averagePlane(Plane<const Vek8u> src, Plane<Vek8u> dst, int factor, int width, int height) {
-  const ReduceRows& rows = select(reduceRows);
+  const ReduceKernels& rows = select(reduceKernels);
   const ptrdiff_t inset = factor == 4 ? 1 : 0;
   for (ptrdiff_t y = 0; y < height; ++y) {
     const Vek8u* top = src.row(factor * y + inset) + inset;
@@ -66,7 +66,7 @@ void averagePlane(Plane<const Vek8u> src, Plane<Vek8u> dst, int factor, int widt
 /// One plane, reduced to width x height: the second column of each block, in its row `rowInset`.
 void pickPlane(Plane<const Vek8u> src, Plane<Vek8u> dst, int factor, ptrdiff_t rowInset, int width,
                int height) {
-  const ReduceRows& rows = select(reduceRows);
+  const ReduceKernels& rows = select(reduceKernels);
   for (ptrdiff_t y = 0; y < height; ++y) {
     rows.pick(src.row(factor * y + rowInset) + 1, factor, width, dst.row(y));
   }

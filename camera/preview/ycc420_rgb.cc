@@ -3,7 +3,7 @@
 
 #include <string.h>
 
-#include "camera/preview/csc_rows.h"
+#include "camera/preview/csc_kernels.h"
 #include "camera/preview/sampling.h"
 #include "camera/preview/tile_walk.h"
 #include "core/check.h"
@@ -66,8 +66,8 @@ void repeatOddEdges(const Scaling& scaling, Vek8u* first, Orientation at, int pi
 /// Rows are made in pairs that share their chroma row.
 void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scaling, Vek8u* pDst,
                                         int dstStep, int dstFormat, int rotation) {
-  const ResampleRows& resample = select(resampleRows);
-  const CscRows& csc = select(cscRows);
+  const ResampleKernels& resample = select(resampleKernels);
+  const CscKernels& csc = select(cscKernels);
   const int format = dstFormat - rgb565;
   const PixelKernels kernels = {csc.paired.of(format), csc.single.of(format),
                                 dstFormat == bgr24 ? 3 : 2};

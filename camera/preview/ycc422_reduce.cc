@@ -1,9 +1,9 @@
 // Interleaved YCbCr 4:2:2 to packed 16-bit RGB with reduction by a whole factor and rotation.
 #include "vek/camera.h"
 
+#include "camera/preview/csc_kernels.h"
 #include "camera/preview/csc_matrix.h"
-#include "camera/preview/csc_rows.h"
-#include "camera/preview/reduce_rows.h"
+#include "camera/preview/reduce_kernels.h"
 #include "camera/preview/tile_walk.h"
 #include "core/check.h"
 #include "core/region.h"
@@ -30,7 +30,7 @@ VekStatus check(const Vek8u* pSrc, int srcStep, const Vek16u* pDst, int dstStep,
 
 /// Takes the first samples of the blocks of `n` output pixels.
 template <int factor>
-void pickBlocks(const ReduceRows& kernels, const Vek8u* src, ptrdiff_t n, Vek8u* y, Vek8u* cb,
+void pickBlocks(const ReduceKernels& kernels, const Vek8u* src, ptrdiff_t n, Vek8u* y, Vek8u* cb,
                 Vek8u* cr) {
   kernels.pick(src + 1, 2 * factor, n, y);
   kernels.pick(src, 4 * factor, (n + 1) / 2, cb);
@@ -40,8 +40,8 @@ void pickBlocks(const ReduceRows& kernels, const Vek8u* src, ptrdiff_t n, Vek8u*
 template <int factor>
 void resizeCscRotate(Plane<const Vek8u> src, Vek8u* pDst, int dstStep, int width, int height,
                      bool average, int dstFormat, int rotation) {
-  const ReduceRows& kernels = select(reduceRows);
-  const CscRows& csc = select(cscRows);
+  const ReduceKernels& kernels = select(reduceKernels);
+  const CscKernels& csc = select(cscKernels);
   const auto format = dstFormat == rgb565 ? &CscFormats::rgb565Q10 : &CscFormats::rgb555Q10;
   const PixelKernels pixels = {csc.paired.*format, csc.single.*format, 2};
   const auto averageBlocks = factor == 2   ? kernels.averageBlocks2

@@ -1,7 +1,7 @@
 // YCbCr 4:2:2 to packed RGB with resize and rotate.
 #include "vek/camera.h"
 
-#include "camera/preview/csc_rows.h"
+#include "camera/preview/csc_kernels.h"
 #include "camera/preview/sampling.h"
 #include "camera/preview/tile_walk.h"
 #include "core/check.h"
@@ -76,8 +76,8 @@ struct Strip {
   ptrdiff_t x, n, regular;
   Columns columns;
 
-  void prepare(const ResampleRows& kernels, const Phases& along, bool blended, ptrdiff_t lastColumn,
-               ptrdiff_t from, ptrdiff_t count) {
+  void prepare(const ResampleKernels& kernels, const Phases& along, bool blended,
+               ptrdiff_t lastColumn, ptrdiff_t from, ptrdiff_t count) {
     phases = &along;
     x = from, n = count, regular = along.regular(from, count);
     const Vek32u step = static_cast<Vek32u>(along.step);
@@ -90,7 +90,7 @@ struct Strip {
 };
 
 /// The samples of a row at the nearest columns.
-void nearest(const ResampleRows& kernels, const Strip& strip, const Vek8u* row, Vek8u* out) {
+void nearest(const ResampleKernels& kernels, const Strip& strip, const Vek8u* row, Vek8u* out) {
   putRow(nearestRow(kernels, row, strip.columns, out), strip.regular, out);
   for (ptrdiff_t i = strip.regular; i < strip.n; ++i) {
     out[i] = row[strip.phases->at(strip.x + i) >> 16];
@@ -98,13 +98,13 @@ void nearest(const ResampleRows& kernels, const Strip& strip, const Vek8u* row, 
 }
 
 /// Luma samples at the nearest columns.
-void nearestLuma(const ResampleRows& kernels, const Sampler& src, const Strip& strip,
+void nearestLuma(const ResampleKernels& kernels, const Sampler& src, const Strip& strip,
                  Vek64s rowPhase, Vek8u* out) {
   nearest(kernels, strip, src.y.row(static_cast<ptrdiff_t>(rowPhase >> 16)), out);
 }
 
 /// Luma samples blended from the four around each phase.
-void bilinearLuma(const ResampleRows& kernels, const Sampler& src, const Strip& strip,
+void bilinearLuma(const ResampleKernels& kernels, const Sampler& src, const Strip& strip,
                   Vek64s rowPhase, Vek8u* out) {
   const Plane<const Vek8u> plane = {src.y.row(static_cast<ptrdiff_t>(rowPhase >> 16)), src.y.step};
   const Vek32s fy = static_cast<Vek32s>(rowPhase & 0xFFFF);
@@ -127,8 +127,8 @@ using LumaRow = decltype(&nearestLuma);
 template <LumaRow lumaRow, int pixelBytes>
 void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientation& at, int width,
                      int height) {
-  const ResampleRows& resample = select(resampleRows);
-  const CscRows& csc = select(cscRows);
+  const ResampleKernels& resample = select(resampleKernels);
+  const CscKernels& csc = select(cscKernels);
   const PixelKernels kernels = {csc.paired.of(format), csc.single.of(format), pixelBytes};
   const bool blended = lumaRow == bilinearLuma;
   const bool unscaled = !blended && src.columns.step == oneSample && src.rows.step == oneSample;

@@ -6,9 +6,9 @@
 
 #include <stddef.h>
 
-#include "camera/raw/rggb_rows.h"
+#include "camera/raw/rggb_kernels.h"
 #include "camera/raw/state.h"
-#include "core/kernel/place_rows.h"
+#include "core/kernel/place_kernels.h"
 
 namespace vek {
 
@@ -85,7 +85,7 @@ class Canvas {
   void place(ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t rows) const {
     if (direct_) return;
     const ptrdiff_t across = chromaColumns(), down = chromaRows();
-    const PlaceTile place = select(placeRows).bytes1;
+    const PlaceTile place = select(placeKernels).bytes1;
     place(luma_, 2 * stripBlocks, 2 * n, 2 * rows, y_.at(2 * x, 2 * y), y_.dx, y_.dy);
     place(chroma_[0], across * stripBlocks, across * n, down * rows, cb_.at(across * x, down * y),
           cb_.dx, cb_.dy);

@@ -47,13 +47,13 @@ class Demosaic {
     if (border_ || y < rows_ - 1) mapRow(top + 2, x, n);
 
     if (!border_ && (y == 0 || y == rows_ - 1)) {
-      _veki10RGGBToYCbCrRot_8u_P3R_Border(select(rggbRows), top, 0, n, out);
+      _veki10RGGBToYCbCrRot_8u_P3R_Border(select(rggbKernels), top, 0, n, out);
       return;
     }
     const int first = !border_ && x == 0 ? 1 : 0;
     const int last = !border_ && x + n == columns_ ? n - 1 : n;
     // A single quad is too little for vectors.
-    const RggbRows& single = select(rggbRows, Level::portable);
+    const RggbKernels& single = select(rggbKernels, Level::portable);
     if (first > 0) _veki10RGGBToYCbCrRot_8u_P3R_Border(single, top, 0, 1, out);
     if (last > first) interior(top, first, last - first, out);
     if (last < n) _veki10RGGBToYCbCrRot_8u_P3R_Border(single, top, n - 1, 1, out);
@@ -65,12 +65,12 @@ class Demosaic {
     const Vek16u* const row = reinterpret_cast<const Vek16u*>(src_.row(y)) + 2 * x;
     Vek8u* const even = mapped_.even(y);
     Vek8u* const odd = mapped_.odd(y);
-    select(rggbRows).map(row, 2, gamma_, n, even, odd);
+    select(rggbKernels).map(row, 2, gamma_, n, even, odd);
     if (border_ || x > 0) odd[-1] = gamma_[row[-1] & rawCodeMask];
     if (border_ || x + n < columns_) even[n] = gamma_[row[2 * n] & rawCodeMask];
   }
 
-  void _veki10RGGBToYCbCrRot_8u_P3R_Border(const RggbRows& rows, int top, int first, int n,
+  void _veki10RGGBToYCbCrRot_8u_P3R_Border(const RggbKernels& rows, int top, int first, int n,
                                            const BlockRow& out) const {
     const SplitRow upper = mapped_.row(top), lower = mapped_.row(top + 1);
     const QuadRow quad = {
@@ -85,8 +85,8 @@ class Demosaic {
       const SplitRow row = mapped_.row(top - 1 + i);
       rows[i] = {row.even + first, row.odd + first};
     }
-    select(rggbRows).interior[static_cast<int>(share_)](rows, n, matrix_,
-                                                        advance(out, share_, first));
+    select(rggbKernels)
+        .interior[static_cast<int>(share_)](rows, n, matrix_, advance(out, share_, first));
   }
 
   const Plane<const Vek8u> src_;

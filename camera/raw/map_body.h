@@ -1,7 +1,7 @@
 // Gamma look-ups, sample by sample: the portable kernel and the ends of rows at every level.
 #pragma once
 
-#include "camera/raw/rggb_rows.h"
+#include "camera/raw/rggb_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

@@ -15,7 +15,7 @@ class Reduce {
         matrix_(state.yccMatrix),
         scale_(state.scale),
         share_(share),
-        rows_(select(rggbRows)) {}
+        rows_(select(rggbKernels)) {}
 
   /// Blocks x .. x + n - 1 of block row y, each 2 x 2 output pixels.
   void operator()(int x, int n, int y, const BlockRow& out) {
@@ -48,7 +48,7 @@ class Reduce {
   const Vek16s* const matrix_;
   const int scale_;
   const ChromaShare share_;
-  const RggbRows& rows_;
+  const RggbKernels& rows_;
 
   /// By pixel of the block, then row and column of its quad.
   alignas(64) Vek8u mapped_[4][2][2][Canvas::maxStripBlocks + readAhead];

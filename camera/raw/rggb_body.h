@@ -1,7 +1,7 @@
 // The rules as they read, block by block: the portable kernels, and the fallback of every level.
 #pragma once
 
-#include "camera/raw/rggb_rows.h"
+#include "camera/raw/rggb_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

@@ -3,7 +3,7 @@
 
 namespace vek::portable {
 
-constexpr RggbRows rggbRows = {
+constexpr RggbKernels rggbKernels = {
     mapSamples,
     {_veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::row>,
      _veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::column>,

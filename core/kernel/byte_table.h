@@ -1,9 +1,9 @@
 // Look-ups in byte tables that stay in registers, where the level permutes bytes across them.
 #pragma once
 
-#include "core/kernel/vector.h"
+#include "core/kernel/blocks.h"
 
-#if VEK_HAVE_HIGHWAY && defined(__AVX512VBMI__)
+#if defined(__AVX512VBMI__)
 #define VEK_HAVE_BYTE_TABLE 1
 
 namespace vek::VEK_LEVEL {

@@ -1,9 +1,7 @@
 // Three-channel pixels between memory and one vector for each channel.
 #pragma once
 
-#include "core/kernel/vector.h"
-
-#if VEK_HAVE_HIGHWAY
+#include "core/kernel/blocks.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -184,5 +182,3 @@ inline void storeChannels(const Channels& v, Vek8u* dst) {
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
-
-#endif

@@ -1,10 +1,10 @@
-// The loops behind PlaceRows, compiled for every level.
+// The loops behind PlaceKernels, compiled for every level.
 #pragma once
 
 #include <stddef.h>
 #include <string.h>
 
-#include "core/kernel/place_rows.h"
+#include "core/kernel/place_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
@@ -41,6 +41,6 @@ void placeTile(const Vek8u* tile, ptrdiff_t tileStep, ptrdiff_t cols, ptrdiff_t 
 
 }  // namespace
 
-constexpr PlaceRows placeRows = {placeTile<1>, placeTile<2>, placeTile<3>};
+constexpr PlaceKernels placeKernels = {placeTile<1>, placeTile<2>, placeTile<3>};
 
 }  // namespace vek::VEK_LEVEL

@@ -1,57 +1,36 @@
-// The arithmetic kernels of a level, from its row driver and its scaled() and mulScale() of
-// samples.
+// Row kernels of the arithmetic with a scale factor.
 #pragma once
 
-#include "image/arith/arith_rows.h"
+#include "vek/vek.h"
 
-namespace vek::VEK_LEVEL {
-namespace {
+#include <stddef.h>
 
-/// `Second` is Samples or Repeated.
-template <class Operation, class Scaling, class Second>
-void scaledRow(const Vek8u* a, const Vek8u* b, ptrdiff_t n, int shift, Vek8u* dst) {
-  const auto op = [shift](Sample x, Sample y) {
-    return scaled(Operation{}, Scaling{}, x, y, shift);
-  };
-  mapRow(n, op, dst, Samples{a}, Second{b});
-}
+#include "core/level.h"
+#include "image/arith/pointwise.h"
 
-template <class Second>
-void mulScaleRow(const Vek8u* a, const Vek8u* b, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample x, Sample y) { return mulScale(x, y); }, dst, Samples{a}, Second{b});
-}
+namespace vek {
 
-constexpr ScaledRow owni_Add_8u_C1SRRow = scaledRow<Sum, ShiftRight, Samples>;
-constexpr ScaledRow owni_Add_8u_C1Row = scaledRow<Sum, Plain, Samples>;
-constexpr ScaledRow owni_Add_8u_C1SLRow = scaledRow<Sum, ShiftLeft, Samples>;
-constexpr ScaledRow owni_AddC_8u_C3SRRow = scaledRow<Sum, ShiftRight, Repeated>;
-constexpr ScaledRow owni_AddC_8u_C3Row = scaledRow<Sum, Plain, Repeated>;
-constexpr ScaledRow owni_AddC_8u_C3SLRow = scaledRow<Sum, ShiftLeft, Repeated>;
-constexpr ScaledRow owni_Sub_8u_C1SRRow = scaledRow<Difference, ShiftRight, Samples>;
-constexpr ScaledRow owni_Sub_8u_C1Row = scaledRow<Difference, Plain, Samples>;
-constexpr ScaledRow owni_Sub_8u_C1SLRow = scaledRow<Difference, ShiftLeft, Samples>;
-constexpr ScaledRow owni_SubC_8u_C3SRRow = scaledRow<Difference, ShiftRight, Repeated>;
-constexpr ScaledRow owni_SubC_8u_C3Row = scaledRow<Difference, Plain, Repeated>;
-constexpr ScaledRow owni_SubC_8u_C3SLRow = scaledRow<Difference, ShiftLeft, Repeated>;
-constexpr ScaledRow owni_Mul_8u_C1SRRow = scaledRow<Product, ShiftRight, Samples>;
-constexpr ScaledRow owni_Mul_8u_C1Row = scaledRow<Product, Plain, Samples>;
-constexpr ScaledRow owni_Mul_8u_C1SLRow = scaledRow<Product, ShiftLeft, Samples>;
-constexpr ScaledRow owni_MulC_8u_C3SRRow = scaledRow<Product, ShiftRight, Repeated>;
-constexpr ScaledRow owni_MulC_8u_C3Row = scaledRow<Product, Plain, Repeated>;
-constexpr ScaledRow owni_MulC_8u_C3SLRow = scaledRow<Product, ShiftLeft, Repeated>;
-constexpr PointwiseRow MulScaleC1S = mulScaleRow<Samples>;
-constexpr PointwiseRow MulScaleCC3S = mulScaleRow<Repeated>;
+/// As PointwiseRow, with the number of bits that the exact value is shifted by.
+using ScaledRow = void (*)(const Vek8u* a, const Vek8u* b, ptrdiff_t n, int shift, Vek8u* dst);
 
-}  // namespace
+/// From the exact value e: (e + 2^(shift - 1)) >> shift with a shift of 1..16; e; e << shift with a
+/// shift of 1..8. Each saturates to 255.
+struct ScaledRows {
+  ScaledRow shiftRight;
+  ScaledRow plain;
+  ScaledRow shiftLeft;
+};
 
-constexpr ArithRows arithRows = {{owni_Add_8u_C1SRRow, owni_Add_8u_C1Row, owni_Add_8u_C1SLRow},
-                                 {owni_AddC_8u_C3SRRow, owni_AddC_8u_C3Row, owni_AddC_8u_C3SLRow},
-                                 {owni_Sub_8u_C1SRRow, owni_Sub_8u_C1Row, owni_Sub_8u_C1SLRow},
-                                 {owni_SubC_8u_C3SRRow, owni_SubC_8u_C3Row, owni_SubC_8u_C3SLRow},
-                                 {owni_Mul_8u_C1SRRow, owni_Mul_8u_C1Row, owni_Mul_8u_C1SLRow},
-                                 {owni_MulC_8u_C3SRRow, owni_MulC_8u_C3Row, owni_MulC_8u_C3SLRow},
-                                 MulScaleC1S,
-                                 MulScaleCC3S};
+/// `b` is a row of the second image in add, sub, mul, mulScale, and a Pattern in the others. The
+/// exact values are a + b; a - b, 0 if negative; a * b. mulScale is (p + (p >> 8) + 1) >> 8 of the
+/// product.
+struct ArithKernels {
+  ScaledRows add, addC;
+  ScaledRows sub, subC;
+  ScaledRows mul, mulC;
+  PointwiseRow mulScale, mulScaleC;
+};
 
-}  // namespace vek::VEK_LEVEL
+VEK_KERNEL_TABLE(ArithKernels, arithKernels)
+
+}  // namespace vek

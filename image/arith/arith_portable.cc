@@ -1,2 +1,2 @@
 #include "image/arith/arith_body.h"
-#include "image/arith/arith_kernels.h"
+#include "image/arith/arith_table.h"

@@ -1,7 +1,7 @@
 // Arithmetic with a scale factor, and multiplication scaled by 1/255.
 #include "vek/image.h"
 
-#include "image/arith/arith_rows.h"
+#include "image/arith/arith_kernels.h"
 #include "image/arith/pointwise.h"
 
 namespace vek {
@@ -30,8 +30,8 @@ Scaled scaled(const ScaledRows& rows, int scaleFactor) {
   return {rows.shiftLeft, scaleFactor > -8 ? -scaleFactor : 8};
 }
 
-const ArithRows& kernels() {
-  return select(arithRows);
+const ArithKernels& kernels() {
+  return select(arithKernels);
 }
 
 }  // namespace

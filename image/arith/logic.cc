@@ -1,7 +1,7 @@
 // Bitwise logic.
 #include "vek/image.h"
 
-#include "image/arith/logic_rows.h"
+#include "image/arith/logic_kernels.h"
 
 namespace vek {
 namespace {
@@ -9,8 +9,8 @@ namespace {
 /// Exclusive or with these is Not.
 constexpr Vek8u allBits[3] = {255, 255, 255};
 
-const LogicRows& kernels() {
-  return select(logicRows);
+const LogicKernels& kernels() {
+  return select(logicKernels);
 }
 
 }  // namespace

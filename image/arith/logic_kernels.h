@@ -1,33 +1,18 @@
-// The logic kernels of a level, from its row driver. Samples and vectors spell the operators alike.
+// Row kernels of the bitwise logic.
 #pragma once
 
-#include "image/arith/logic_rows.h"
+#include "core/level.h"
+#include "image/arith/pointwise.h"
 
-namespace vek::VEK_LEVEL {
-namespace {
+namespace vek {
 
-/// `Second` is Samples or Repeated.
-template <class Second>
-void andRow(const Vek8u* a, const Vek8u* b, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample x, Sample y) { return Sample(x & y); }, dst, Samples{a}, Second{b});
-}
+/// a & b, a | b, a ^ b; `b` is a row of the second image, or a Pattern in the C kernels.
+struct LogicKernels {
+  PointwiseRow andImage, andC;
+  PointwiseRow orImage, orC;
+  PointwiseRow xorImage, xorC;
+};
 
-template <class Second>
-void orRow(const Vek8u* a, const Vek8u* b, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample x, Sample y) { return Sample(x | y); }, dst, Samples{a}, Second{b});
-}
+VEK_KERNEL_TABLE(LogicKernels, logicKernels)
 
-template <class Second>
-void xorRow(const Vek8u* a, const Vek8u* b, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample x, Sample y) { return Sample(x ^ y); }, dst, Samples{a}, Second{b});
-}
-
-}  // namespace
-
-constexpr LogicRows logicRows = {andRow<Samples>, andRow<Repeated>, orRow<Samples>,
-                                 orRow<Repeated>, xorRow<Samples>,  xorRow<Repeated>};
-
-}  // namespace vek::VEK_LEVEL
+}  // namespace vek

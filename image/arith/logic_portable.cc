@@ -1,3 +1,3 @@
 #include "image/arith/pointwise_body.h"
 // The kernels need the row driver.
-#include "image/arith/logic_kernels.h"
+#include "image/arith/logic_table.h"

@@ -3,7 +3,7 @@
 
 #include <string.h>
 
-#include "image/arith/set_rows.h"
+#include "image/arith/set_kernels.h"
 
 namespace vek {
 namespace {
@@ -47,7 +47,7 @@ extern "C" VekStatus vekiSet_8u_C3R(const Vek8u value[3], Vek8u* pDst, int dstSt
     return vekStsNoErr;
   }
   const vek::Pattern pattern(value, 3);
-  const auto repeat = vek::select(vek::setRows).repeat;
+  const auto repeat = vek::select(vek::setKernels).repeat;
   const auto row = [&](ptrdiff_t n, Vek8u* dst) { repeat(pattern.bytes, n, dst); };
   vek::forEachRow(vek::rowBytes(roiSize, 3), roiSize.height, row, vek::Plane{pDst, dstStep});
   return vekStsNoErr;

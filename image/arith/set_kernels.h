@@ -1,18 +1,16 @@
-// The repeating kernel of a level, from its row driver.
+// Row kernel that repeats a pixel.
 #pragma once
 
-#include "image/arith/set_rows.h"
+#include "core/level.h"
+#include "image/arith/pointwise.h"
 
-namespace vek::VEK_LEVEL {
-namespace {
+namespace vek {
 
-void repeat(const Vek8u* pattern, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample v) { return v; }, dst, Repeated{pattern});
-}
+struct SetKernels {
+  /// Writes n bytes of a Pattern.
+  void (*repeat)(const Vek8u* pattern, ptrdiff_t n, Vek8u* dst);
+};
 
-}  // namespace
+VEK_KERNEL_TABLE(SetKernels, setKernels)
 
-constexpr SetRows setRows = {repeat};
-
-}  // namespace vek::VEK_LEVEL
+}  // namespace vek

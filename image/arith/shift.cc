@@ -1,7 +1,7 @@
 // Logical shifts by constants.
 #include "vek/image.h"
 
-#include "image/arith/shift_rows.h"
+#include "image/arith/shift_kernels.h"
 
 namespace vek {
 namespace {
@@ -34,13 +34,13 @@ VekStatus shift(ShiftRow uniform, PointwiseRow mixed, const Vek8u* pSrc, int src
 
 VekStatus shiftRight(const Vek8u* pSrc, int srcStep, const Vek32u* value, Vek8u* pDst, int dstStep,
                      VekiSize roi, int channels) {
-  const ShiftRows& rows = select(shiftRows);
+  const ShiftKernels& rows = select(shiftKernels);
   return shift(rows.right, rows.rightC3, pSrc, srcStep, value, pDst, dstStep, roi, channels);
 }
 
 VekStatus shiftLeft(const Vek8u* pSrc, int srcStep, const Vek32u* value, Vek8u* pDst, int dstStep,
                     VekiSize roi, int channels) {
-  const ShiftRows& rows = select(shiftRows);
+  const ShiftKernels& rows = select(shiftKernels);
   return shift(rows.left, rows.leftC3, pSrc, srcStep, value, pDst, dstStep, roi, channels);
 }
 

@@ -1,37 +1,20 @@
-// The shift kernels of a level, from its row driver and its shiftRight() and shiftLeft() of
-// samples.
+// Row kernels of the shifts by constants.
 #pragma once
 
-#include "image/arith/shift_rows.h"
+#include "core/level.h"
+#include "image/arith/pointwise.h"
 
-namespace vek::VEK_LEVEL {
-namespace {
+namespace vek {
 
-void owni_RShiftC_8u_C1S(const Vek8u* src, ptrdiff_t n, int amount, Vek8u* dst) {
-  mapRow(
-      n, [amount](Sample v) { return shiftRight(v, amount); }, dst, Samples{src});
-}
+/// Logical shift of n samples by `amount`, 0..7. `dst` may be the same row as `src`.
+using ShiftRow = void (*)(const Vek8u* src, ptrdiff_t n, int amount, Vek8u* dst);
 
-void owni_LShiftC_8u_C1S(const Vek8u* src, ptrdiff_t n, int amount, Vek8u* dst) {
-  mapRow(
-      n, [amount](Sample v) { return shiftLeft(v, amount); }, dst, Samples{src});
-}
+/// The C3 kernels shift by a Pattern of amounts 0..8; 8 leaves 0.
+struct ShiftKernels {
+  ShiftRow right, left;
+  PointwiseRow rightC3, leftC3;
+};
 
-void owni_RShiftC_8u_C3S(const Vek8u* src, const Vek8u* amounts, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample v, Sample amount) { return shiftRight(v, amount); }, dst, Samples{src},
-      Repeated{amounts});
-}
+VEK_KERNEL_TABLE(ShiftKernels, shiftKernels)
 
-void owni_LShiftC_8u_C3S(const Vek8u* src, const Vek8u* amounts, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample v, Sample amount) { return shiftLeft(v, amount); }, dst, Samples{src},
-      Repeated{amounts});
-}
-
-}  // namespace
-
-constexpr ShiftRows shiftRows = {owni_RShiftC_8u_C1S, owni_LShiftC_8u_C1S, owni_RShiftC_8u_C3S,
-                                 owni_LShiftC_8u_C3S};
-
-}  // namespace vek::VEK_LEVEL
+}  // namespace vek

@@ -1,2 +1,2 @@
 #include "image/arith/shift_body.h"
-#include "image/arith/shift_kernels.h"
+#include "image/arith/shift_table.h"

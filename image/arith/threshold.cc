@@ -1,7 +1,7 @@
 // Thresholds. Steps are not tested: rows may overlap or run upwards.
 #include "vek/image.h"
 
-#include "image/arith/threshold_rows.h"
+#include "image/arith/threshold_kernels.h"
 
 namespace vek {
 namespace {
@@ -40,7 +40,7 @@ VekStatus thresholdBoth(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep
   for (int c = 0; c < channels; ++c) {
     if (high[c] < low[c]) return vekStsThresholdErr;
   }
-  apply(select(thresholdRows).ltValGtVal, pSrc, srcStep, pDst, dstStep, roi, channels, low,
+  apply(select(thresholdKernels).ltValGtVal, pSrc, srcStep, pDst, dstStep, roi, channels, low,
         valueLow, high, valueHigh);
   return vekStsNoErr;
 }
@@ -50,55 +50,55 @@ VekStatus thresholdBoth(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep
 
 extern "C" VekStatus vekiThreshold_GT_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                              int dstStep, VekiSize roiSize, Vek8u threshold) {
-  return vek::threshold(vek::select(vek::thresholdRows).gt, pSrc, srcStep, pDst, dstStep, roiSize,
-                        1, &threshold);
+  return vek::threshold(vek::select(vek::thresholdKernels).gt, pSrc, srcStep, pDst, dstStep,
+                        roiSize, 1, &threshold);
 }
 
 extern "C" VekStatus vekiThreshold_GT_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                              int dstStep, VekiSize roiSize,
                                              const Vek8u threshold[3]) {
-  return vek::threshold(vek::select(vek::thresholdRows).gt, pSrc, srcStep, pDst, dstStep, roiSize,
-                        3, threshold);
+  return vek::threshold(vek::select(vek::thresholdKernels).gt, pSrc, srcStep, pDst, dstStep,
+                        roiSize, 3, threshold);
 }
 
 extern "C" VekStatus vekiThreshold_LT_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                              int dstStep, VekiSize roiSize, Vek8u threshold) {
-  return vek::threshold(vek::select(vek::thresholdRows).lt, pSrc, srcStep, pDst, dstStep, roiSize,
-                        1, &threshold);
+  return vek::threshold(vek::select(vek::thresholdKernels).lt, pSrc, srcStep, pDst, dstStep,
+                        roiSize, 1, &threshold);
 }
 
 extern "C" VekStatus vekiThreshold_LT_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                              int dstStep, VekiSize roiSize,
                                              const Vek8u threshold[3]) {
-  return vek::threshold(vek::select(vek::thresholdRows).lt, pSrc, srcStep, pDst, dstStep, roiSize,
-                        3, threshold);
+  return vek::threshold(vek::select(vek::thresholdKernels).lt, pSrc, srcStep, pDst, dstStep,
+                        roiSize, 3, threshold);
 }
 
 extern "C" VekStatus vekiThreshold_GTVal_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                                 int dstStep, VekiSize roiSize, Vek8u threshold,
                                                 Vek8u value) {
-  return vek::threshold(vek::select(vek::thresholdRows).gtVal, pSrc, srcStep, pDst, dstStep,
+  return vek::threshold(vek::select(vek::thresholdKernels).gtVal, pSrc, srcStep, pDst, dstStep,
                         roiSize, 1, &threshold, &value);
 }
 
 extern "C" VekStatus vekiThreshold_GTVal_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                                 int dstStep, VekiSize roiSize,
                                                 const Vek8u threshold[3], const Vek8u value[3]) {
-  return vek::threshold(vek::select(vek::thresholdRows).gtVal, pSrc, srcStep, pDst, dstStep,
+  return vek::threshold(vek::select(vek::thresholdKernels).gtVal, pSrc, srcStep, pDst, dstStep,
                         roiSize, 3, threshold, value);
 }
 
 extern "C" VekStatus vekiThreshold_LTVal_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                                 int dstStep, VekiSize roiSize, Vek8u threshold,
                                                 Vek8u value) {
-  return vek::threshold(vek::select(vek::thresholdRows).ltVal, pSrc, srcStep, pDst, dstStep,
+  return vek::threshold(vek::select(vek::thresholdKernels).ltVal, pSrc, srcStep, pDst, dstStep,
                         roiSize, 1, &threshold, &value);
 }
 
 extern "C" VekStatus vekiThreshold_LTVal_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                                                 int dstStep, VekiSize roiSize,
                                                 const Vek8u threshold[3], const Vek8u value[3]) {
-  return vek::threshold(vek::select(vek::thresholdRows).ltVal, pSrc, srcStep, pDst, dstStep,
+  return vek::threshold(vek::select(vek::thresholdKernels).ltVal, pSrc, srcStep, pDst, dstStep,
                         roiSize, 3, threshold, value);
 }
 

@@ -1,45 +1,23 @@
-// The threshold kernels of a level, from its row driver and its operators on samples.
+// Row kernels of the thresholds.
 #pragma once
 
-#include "image/arith/threshold_rows.h"
+#include "core/level.h"
+#include "image/arith/pointwise.h"
 
-namespace vek::VEK_LEVEL {
-namespace {
+namespace vek {
 
-void gtRow(const Vek8u* src, const Pattern* constants, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample v, Sample t) { return lesser(v, t); }, dst, Samples{src},
-      Repeated{constants[0].bytes});
-}
+/// `constants` are the function's thresholds and values in the order of its arguments. `dst` may be
+/// the same row as `src`.
+using ThresholdRow = void (*)(const Vek8u* src, const Pattern* constants, ptrdiff_t n, Vek8u* dst);
 
-void ltRow(const Vek8u* src, const Pattern* constants, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample v, Sample t) { return greater(v, t); }, dst, Samples{src},
-      Repeated{constants[0].bytes});
-}
+struct ThresholdKernels {
+  ThresholdRow gt;          ///< v > t ? t : v
+  ThresholdRow lt;          ///< v < t ? t : v
+  ThresholdRow gtVal;       ///< v > t ? value : v
+  ThresholdRow ltVal;       ///< v < t ? value : v
+  ThresholdRow ltValGtVal;  ///< v < tLow ? valueLow : v > tHigh ? valueHigh : v
+};
 
-void gtValRow(const Vek8u* src, const Pattern* constants, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample v, Sample t, Sample value) { return ifAbove(v, t, value, v); }, dst,
-      Samples{src}, Repeated{constants[0].bytes}, Repeated{constants[1].bytes});
-}
+VEK_KERNEL_TABLE(ThresholdKernels, thresholdKernels)
 
-void ltValRow(const Vek8u* src, const Pattern* constants, ptrdiff_t n, Vek8u* dst) {
-  mapRow(
-      n, [](Sample v, Sample t, Sample value) { return ifAbove(t, v, value, v); }, dst,
-      Samples{src}, Repeated{constants[0].bytes}, Repeated{constants[1].bytes});
-}
-
-void ltValGtValRow(const Vek8u* src, const Pattern* constants, ptrdiff_t n, Vek8u* dst) {
-  const auto op = [](Sample v, Sample low, Sample valueLow, Sample high, Sample valueHigh) {
-    return ifAbove(low, v, valueLow, ifAbove(v, high, valueHigh, v));
-  };
-  mapRow(n, op, dst, Samples{src}, Repeated{constants[0].bytes}, Repeated{constants[1].bytes},
-         Repeated{constants[2].bytes}, Repeated{constants[3].bytes});
-}
-
-}  // namespace
-
-constexpr ThresholdRows thresholdRows = {gtRow, ltRow, gtValRow, ltValRow, ltValGtValRow};
-
-}  // namespace vek::VEK_LEVEL
+}  // namespace vek

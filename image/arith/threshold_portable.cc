@@ -1,2 +1,2 @@
 #include "image/arith/threshold_body.h"
-#include "image/arith/threshold_kernels.h"
+#include "image/arith/threshold_table.h"

@@ -2,11 +2,9 @@
 // on one pixel. A block of pixels is four vectors, in an order that suits loads and stores.
 #pragma once
 
-#include "core/kernel/byte_pairs.h"
+#include "core/kernel/lanes.h"
 #include "image/color/pixel_lanes.h"
-#include "image/color/twist_rows.h"
-
-#if VEK_HAVE_HIGHWAY
+#include "image/color/twist_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -14,7 +12,7 @@ namespace {
 
 /// One pixel in each 32-bit lane: its first two channels as words, and the third one with the first.
 struct PixelPairs {
-  VWord c01, c20;
+  V16s c01, c20;
 };
 
 /// A block as it is loaded, and any value computed from each of its pixels.
@@ -23,28 +21,26 @@ struct BlockPairs {
 };
 
 /// The even 32-bit lanes of a, then those of b, in each 128-bit lane; and the odd ones.
-inline VWord evenInts(VWord a, VWord b) {
+inline V16s evenInts(V16s a, V16s b) {
 #if defined(__AVX512BW__)
-  return VWord{_mm512_castps_si512(
+  return V16s{_mm512_castps_si512(
       _mm512_shuffle_ps(_mm512_castsi512_ps(a.raw), _mm512_castsi512_ps(b.raw), 0x88))};
 #elif defined(__AVX2__)
-  return VWord{_mm256_castps_si256(
+  return V16s{_mm256_castps_si256(
       _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
 #else
-  return hn::BitCast(wordLanes,
-                     hn::ConcatEven(intLanes, hn::BitCast(intLanes, b), hn::BitCast(intLanes, a)));
+  return hn::BitCast(s16, hn::ConcatEven(s32, hn::BitCast(s32, b), hn::BitCast(s32, a)));
 #endif
 }
-inline VWord oddInts(VWord a, VWord b) {
+inline V16s oddInts(V16s a, V16s b) {
 #if defined(__AVX512BW__)
-  return VWord{_mm512_castps_si512(
+  return V16s{_mm512_castps_si512(
       _mm512_shuffle_ps(_mm512_castsi512_ps(a.raw), _mm512_castsi512_ps(b.raw), 0xDD))};
 #elif defined(__AVX2__)
-  return VWord{_mm256_castps_si256(
+  return V16s{_mm256_castps_si256(
       _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0xDD))};
 #else
-  return hn::BitCast(wordLanes,
-                     hn::ConcatOdd(intLanes, hn::BitCast(intLanes, b), hn::BitCast(intLanes, a)));
+  return hn::BitCast(s16, hn::ConcatOdd(s32, hn::BitCast(s32, b), hn::BitCast(s32, a)));
 #endif
 }
 
@@ -67,7 +63,7 @@ template <bool odd>
 PixelPairs groupOf(const Vek8u* src) {
   const __m512i v = _mm512_loadu_si512(src - (odd ? 16 : 0));
   const auto channels = [v](const ByteOrder& order) {
-    return VWord{_mm512_maskz_permutexvar_epi8(0x5555555555555555, _mm512_load_si512(order.at), v)};
+    return V16s{_mm512_maskz_permutexvar_epi8(0x5555555555555555, _mm512_load_si512(order.at), v)};
   };
   return {channels(channelsOfGroup<0, 1, odd>), channels(channelsOfGroup<2, 0, odd>)};
 }
@@ -94,8 +90,9 @@ void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
   const BlockPairs pairs = loadPairs(src);
   const PixelLanes a = fn(pairs.group[0]), b = fn(pairs.group[1]);
   const PixelLanes c = fn(pairs.group[2]), d = fn(pairs.group[3]);
-  const auto packed = [&](VInt PixelLanes::*channel) {
-    return packClamped(packWords(a.*channel, b.*channel), packWords(c.*channel, d.*channel)).raw;
+  const auto packed = [&](V32s PixelLanes::*channel) {
+    return packClamped(packClamped(a.*channel, b.*channel), packClamped(c.*channel, d.*channel))
+        .raw;
   };
   storeThirds(permuted(packedPixelOf<0>, packed(&PixelLanes::c0)),
               permuted(packedPixelOf<1>, packed(&PixelLanes::c1)),
@@ -103,15 +100,15 @@ void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
 }
 
 /// One channel of a block, from packed values of its groups.
-inline VBytes inOrder(VBytes v) {
+inline V8u inOrder(V8u v) {
   alignas(64) static constexpr Vek32s transposed[16] = {0, 4, 8,  12, 1, 5, 9,  13,
                                                         2, 6, 10, 14, 3, 7, 11, 15};
-  return VBytes{_mm512_permutexvar_epi32(_mm512_load_si512(transposed), v.raw)};
+  return V8u{_mm512_permutexvar_epi32(_mm512_load_si512(transposed), v.raw)};
 }
 
 /// Two values of each pixel pair, side by side, as they come from groups: all of the first, then all
 /// of the second one.
-inline VBytes firstThenSecond(VBytes v) {
+inline V8u firstThenSecond(V8u v) {
   static constexpr ByteOrder order = [] {
     ByteOrder o = {};
     for (int i = 0; i < 64; ++i) {
@@ -120,7 +117,7 @@ inline VBytes firstThenSecond(VBytes v) {
     }
     return o;
   }();
-  return VBytes{permuted(order, v.raw)};
+  return V8u{permuted(order, v.raw)};
 }
 
 #else
@@ -153,9 +150,9 @@ hn::Vec<D> loadLanes(D d, const Vek8u* src) {
 /// before, so that no load leaves the block.
 template <int g>
 PixelPairs groupOf(const Vek8u* src) {
-  const VBytes v = loadLanes(byteLanes, src + 12 * g - (g == 3 ? 4 : 0));
-  return {hn::BitCast(wordLanes, shuffled(channelsOfGroup<0, 1, g>, v)),
-          hn::BitCast(wordLanes, shuffled(channelsOfGroup<2, 0, g>, v))};
+  const V8u v = loadLanes(u8, src + 12 * g - (g == 3 ? 4 : 0));
+  return {hn::BitCast(s16, shuffled(channelsOfGroup<0, 1, g>, v)),
+          hn::BitCast(s16, shuffled(channelsOfGroup<2, 0, g>, v))};
 }
 
 inline BlockPairs loadPairs(const Vek8u* src) {
@@ -184,30 +181,30 @@ constexpr LaneOrder interleavedGroup = [] {
 /// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255.
 template <class Fn>
 void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
-  VBytes lanes[4];
+  V8u lanes[4];
   const auto convertTwo = [&]<int g>() {
     const PixelLanes a = fn(groupOf<g>(src)), b = fn(groupOf<g + 1>(src));
-    const VWord third = packWords(a.c2, b.c2);
-    lanes[g] = shuffled(interleavedGroup<g>, packClamped(packWords(a.c0, a.c1), third));
-    lanes[g + 1] = shuffled(interleavedGroup<g + 1>, packClamped(packWords(b.c0, b.c1), third));
+    const V16s third = packClamped(a.c2, b.c2);
+    lanes[g] = shuffled(interleavedGroup<g>, packClamped(packClamped(a.c0, a.c1), third));
+    lanes[g + 1] = shuffled(interleavedGroup<g + 1>, packClamped(packClamped(b.c0, b.c1), third));
   };
   convertTwo.template operator()<0>();
   convertTwo.template operator()<2>();
-  storeLanes(hn::CombineShiftRightBytes<4>(byteLanes, lanes[1], lanes[0]), dst);
-  storeLanes(hn::CombineShiftRightBytes<8>(byteLanes, lanes[2], lanes[1]), dst + 16);
-  storeLanes(hn::CombineShiftRightBytes<12>(byteLanes, lanes[3], lanes[2]), dst + 32);
+  storeLanes(hn::CombineShiftRightBytes<4>(u8, lanes[1], lanes[0]), dst);
+  storeLanes(hn::CombineShiftRightBytes<8>(u8, lanes[2], lanes[1]), dst + 16);
+  storeLanes(hn::CombineShiftRightBytes<12>(u8, lanes[3], lanes[2]), dst + 32);
 }
 
-inline VBytes inOrder(VBytes v) {
+inline V8u inOrder(V8u v) {
   return v;
 }
 
-inline VBytes firstThenSecond(VBytes v) {
+inline V8u firstThenSecond(V8u v) {
   alignas(16) static constexpr Vek8u order[16] = {0, 2, 4, 6, 8, 10, 12, 14,
                                                   1, 3, 5, 7, 9, 11, 13, 15};
-  const VBytes halves = hn::TableLookupBytes(v, hn::LoadDup128(byteLanes, order));
+  const V8u halves = hn::TableLookupBytes(v, hn::LoadDup128(u8, order));
 #if defined(__AVX2__)
-  return VBytes{_mm256_permute4x64_epi64(halves.raw, 0xD8)};
+  return V8u{_mm256_permute4x64_epi64(halves.raw, 0xD8)};
 #else
   return halves;
 #endif
@@ -218,22 +215,22 @@ inline VBytes firstThenSecond(VBytes v) {
 /// A combination ready for dot products: its weights as pairs, rounding within the offset.
 template <int shift>
 struct CombinationLanes {
-  VWord w01, w2;
-  VInt offset;
+  V16s w01, w2;
+  V32s offset;
 
   explicit CombinationLanes(const Combination& c, Vek32s rounding = 1 << (shift - 1))
-      : w01(twoWords(c.weight[0], c.weight[1])),
-        w2(twoWords(c.weight[2], 0)),
-        offset(constant(c.offset + rounding)) {}
+      : w01(pairOfFactors(c.weight[0], c.weight[1])),
+        w2(pairOfFactors(c.weight[2], 0)),
+        offset(hn::Set(s32, c.offset + rounding)) {}
 
-  VInt of(const PixelPairs& p) const {
+  V32s of(const PixelPairs& p) const {
     return hn::ShiftRight<shift>(plusDot(plusDot(offset, p.c01, w01), p.c20, w2));
   }
 
   /// Of the groups of a block, clamped to 0..255.
-  VBytes packed(const BlockPairs& p) const {
-    return packClamped(packWords(of(p.group[0]), of(p.group[1])),
-                       packWords(of(p.group[2]), of(p.group[3])));
+  V8u packed(const BlockPairs& p) const {
+    return packClamped(packClamped(of(p.group[0]), of(p.group[1])),
+                       packClamped(of(p.group[2]), of(p.group[3])));
   }
 };
 
@@ -249,14 +246,14 @@ struct TwistLanes {
 
 /// A combination that is known, of two or three channels.
 template <const Combination& c, int shift>
-VInt combined(const PixelPairs& p) {
-  const VInt start = constant(c.offset);
+V32s combined(const PixelPairs& p) {
+  const V32s start = hn::Set(s32, c.offset);
   if constexpr (c.weight[1] == 0) {
-    return hn::ShiftRight<shift>(plusDot(start, p.c20, twoWords(c.weight[2], c.weight[0])));
+    return hn::ShiftRight<shift>(plusDot(start, p.c20, pairOfFactors(c.weight[2], c.weight[0])));
   } else {
-    const VInt sum = plusDot(start, p.c01, twoWords(c.weight[0], c.weight[1]));
-    return hn::ShiftRight<shift>(c.weight[2] == 0 ? sum
-                                                  : plusDot(sum, p.c20, twoWords(c.weight[2], 0)));
+    const V32s sum = plusDot(start, p.c01, pairOfFactors(c.weight[0], c.weight[1]));
+    return hn::ShiftRight<shift>(
+        c.weight[2] == 0 ? sum : plusDot(sum, p.c20, pairOfFactors(c.weight[2], 0)));
   }
 }
 
@@ -264,11 +261,9 @@ VInt combined(const PixelPairs& p) {
 template <class Fn>
 void convertPixelPairs(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
   const auto body = [&fn](Vek8u* out, const Vek8u* in) { convertBlock(in, out, fn); };
-  forEachBlock<pixelBlock>(n, body, Out<3>{dst}, In<3>{src});
+  copiedBlocks<vectorBytes>(n, body, Out<3>{dst}, In<3>{src});
 }
 
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
-
-#endif

@@ -1,7 +1,7 @@
 // The hue models in integers, pixel by pixel.
 #pragma once
 
-#include "image/color/hue_rows.h"
+#include "image/color/hue_kernels.h"
 #include "image/color/model_tables.h"
 
 namespace vek::VEK_LEVEL {

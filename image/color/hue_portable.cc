@@ -2,7 +2,7 @@
 
 namespace vek::portable {
 
-constexpr HueRows hueRows = {lineRGBToHLS_8u_C3R, lineHLSToRGB_8u_C3R, lineRGBToHSV_8u_C3R,
-                             lineHSVToRGB_8u_C3R};
+constexpr HueKernels hueKernels = {lineRGBToHLS_8u_C3R, lineHLSToRGB_8u_C3R, lineRGBToHSV_8u_C3R,
+                                   lineHSVToRGB_8u_C3R};
 
 }  // namespace vek::portable

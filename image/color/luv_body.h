@@ -1,8 +1,8 @@
 // CIE LUV in integers, pixel by pixel.
 #pragma once
 
+#include "image/color/luv_kernels.h"
 #include "image/color/luv_math.h"
-#include "image/color/luv_rows.h"
 #include "image/color/model_tables.h"
 
 namespace vek::VEK_LEVEL {

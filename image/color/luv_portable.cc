@@ -2,6 +2,6 @@
 
 namespace vek::portable {
 
-constexpr LuvRows luvRows = {RGB_LUV_8u_C3, LUV_RGB_8u_C3};
+constexpr LuvKernels luvKernels = {RGB_LUV_8u_C3, LUV_RGB_8u_C3};
 
 }  // namespace vek::portable

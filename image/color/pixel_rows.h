@@ -5,7 +5,7 @@
 
 #include <stddef.h>
 
-#include "core/kernel/convert_planes.h"
+#include "core/color/convert_planes.h"
 #include "core/region.h"
 
 namespace vek {

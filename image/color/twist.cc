@@ -4,7 +4,7 @@
 #include "core/check.h"
 #include "image/color/pixel_rows.h"
 #include "image/color/twist_body.h"
-#include "image/color/twist_rows.h"
+#include "image/color/twist_kernels.h"
 
 namespace vek {
 namespace {
@@ -42,7 +42,7 @@ void ColorTwist32s_Q14_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int d
     channels[k] = {{row[0] >> 4, row[1] >> 4, row[2] >> 4}, row[3] >> 4};
     narrow = narrow && fitsWords(channels[k]);
   }
-  const auto row = narrow ? select(twistRows).twistQ10 : &twist<Vek64s>;
+  const auto row = narrow ? select(twistKernels).twistQ10 : &twist<Vek64s>;
   forEachPixelRow(
       roi, [&](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { row(src, dst, n, channels); },
       PixelRows<const Vek8u, 3>{{pSrc, srcStep}}, PixelRows<Vek8u, 3>{{pDst, dstStep}});
@@ -64,7 +64,7 @@ VekStatus vekiRGBToGray_8u_C3C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, in
                                  VekiSize roiSize) {
   const VekStatus status = vek::checkPointersStepsSize({pDst, pSrc}, {srcStep, dstStep}, roiSize);
   if (status != vekStsNoErr) return status;
-  vek::colorToGray(pSrc, srcStep, pDst, dstStep, roiSize, vek::select(vek::twistRows).luma);
+  vek::colorToGray(pSrc, srcStep, pDst, dstStep, roiSize, vek::select(vek::twistKernels).luma);
   return vekStsNoErr;
 }
 
@@ -76,7 +76,7 @@ VekStatus vekiColorToGrayQ14_8u_C3C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDs
   if (vek::isEmpty(roiSize)) return vekStsSizeErr;
   const vek::Combination weights = {{coeffs[0], coeffs[1], coeffs[2]}, 0};
   const auto kernel =
-      vek::fitsWords(weights) ? vek::select(vek::twistRows).grayQ14 : &vek::grayQ14<Vek64s>;
+      vek::fitsWords(weights) ? vek::select(vek::twistKernels).grayQ14 : &vek::grayQ14<Vek64s>;
   vek::colorToGray(
       pSrc, srcStep, pDst, dstStep, roiSize,
       [&](const Vek8u* src, Vek8u* dst, ptrdiff_t n) { kernel(src, dst, n, weights); });

@@ -1,7 +1,7 @@
 // Linear combinations of channels, pixel by pixel.
 #pragma once
 
-#include "image/color/twist_rows.h"
+#include "image/color/twist_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

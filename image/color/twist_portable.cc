@@ -2,6 +2,6 @@
 
 namespace vek::portable {
 
-constexpr TwistRows twistRows = {lumaRow, grayQ14<Vek32s>, twist<Vek32s>};
+constexpr TwistKernels twistKernels = {lumaRow, grayQ14<Vek32s>, twist<Vek32s>};
 
 }  // namespace vek::portable

@@ -2,7 +2,7 @@
 // Compiled into kernels of every level, so everything sits in the level's own namespace.
 #pragma once
 
-#include "core/kernel/color_matrix.h"
+#include "core/color/color_matrix.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

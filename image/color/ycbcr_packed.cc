@@ -3,33 +3,33 @@
 
 #include "core/check.h"
 #include "image/color/pixel_rows.h"
-#include "image/color/ycbcr_rows.h"
+#include "image/color/ycbcr_kernels.h"
 
 namespace vek {
 namespace {
 
 /// Planar 4:2:0 with a step for each plane: each source argument, then the destination's, then the
 /// size.
-VekStatus from420(ConvertPlanes YcbcrPackedRows::*row, const Vek8u* const* pSrc, const int* srcStep,
-                  Vek16u* pDst, int dstStep, VekiSize roi) {
+VekStatus from420(ConvertPlanes YcbcrPackedKernels::*row, const Vek8u* const* pSrc,
+                  const int* srcStep, Vek16u* pDst, int dstStep, VekiSize roi) {
   if (anyPlaneNull(pSrc) || srcStep == nullptr) return vekStsNullPtrErr;
   if (anyBelowOne({srcStep[0], srcStep[1], srcStep[2]})) return vekStsStepErr;
   if (pDst == nullptr) return vekStsNullPtrErr;
   if (dstStep < 1) return vekStsStepErr;
   if (isEmpty(roi)) return vekStsSizeErr;
-  convertRegion<2>(select(ycbcrPackedRows).*row,
+  convertRegion<2>(select(ycbcrPackedKernels).*row,
                    {{pSrc[0], srcStep[0]}, {pSrc[1], srcStep[1]}, {pSrc[2], srcStep[2]}, 1}, roi,
                    reinterpret_cast<Vek8u*>(pDst), dstStep, 2);
   return vekStsNoErr;
 }
 
 /// Planar 4:4:4 with one step for all planes.
-VekStatus fromPlanes(ConvertPlanes YcbcrPackedRows::*row, const Vek8u* const* pSrc, int srcStep,
+VekStatus fromPlanes(ConvertPlanes YcbcrPackedKernels::*row, const Vek8u* const* pSrc, int srcStep,
                      Vek16u* pDst, int dstStep, VekiSize roi) {
   if (pDst == nullptr || anyPlaneNull(pSrc)) return vekStsNullPtrErr;
   if (anyBelowOne({srcStep, dstStep})) return vekStsStepErr;
   if (isEmpty(roi)) return vekStsSizeErr;
-  convertRegion<1>(select(ycbcrPackedRows).*row,
+  convertRegion<1>(select(ycbcrPackedKernels).*row,
                    {{pSrc[0], srcStep}, {pSrc[1], srcStep}, {pSrc[2], srcStep}, 0}, roi,
                    reinterpret_cast<Vek8u*>(pDst), dstStep, 2);
   return vekStsNoErr;
@@ -37,11 +37,11 @@ VekStatus fromPlanes(ConvertPlanes YcbcrPackedRows::*row, const Vek8u* const* pS
 
 /// Interleaved: three bytes a pixel, or four for two pixels.
 template <int count, int pixels>
-VekStatus fromInterleaved(InterleavedRow YcbcrPackedRows::*row, const Vek8u* pSrc, int srcStep,
+VekStatus fromInterleaved(InterleavedRow YcbcrPackedKernels::*row, const Vek8u* pSrc, int srcStep,
                           Vek16u* pDst, int dstStep, VekiSize roi) {
   const VekStatus status = checkPointersStepsSize({pDst, pSrc}, {srcStep, dstStep}, roi);
   if (status != vekStsNoErr) return status;
-  forEachPixelRow(roi, select(ycbcrPackedRows).*row,
+  forEachPixelRow(roi, select(ycbcrPackedKernels).*row,
                   PixelRows<const Vek8u, count, pixels>{{pSrc, srcStep}},
                   PixelRows<Vek8u, 2>{{reinterpret_cast<Vek8u*>(pDst), dstStep}});
   return vekStsNoErr;
@@ -55,22 +55,23 @@ constexpr auto from422 = fromInterleaved<4, 2>;
 
 // The members: exported function and the row kernel that it runs.
 
-#define VEK_FROM_420(function, kernel)                                                          \
-  extern "C" VekStatus function(const Vek8u* const pSrc[3], const int srcStep[3], Vek16u* pDst, \
-                                int dstStep, VekiSize roiSize) {                                \
-    return vek::from420(&vek::YcbcrPackedRows::kernel, pSrc, srcStep, pDst, dstStep, roiSize);  \
-  }
-
-#define VEK_FROM_PLANES(function, kernel)                                                         \
-  extern "C" VekStatus function(const Vek8u* const pSrc[3], int srcStep, Vek16u* pDst,            \
+#define VEK_FROM_420(function, kernel)                                                            \
+  extern "C" VekStatus function(const Vek8u* const pSrc[3], const int srcStep[3], Vek16u* pDst,   \
                                 int dstStep, VekiSize roiSize) {                                  \
-    return vek::fromPlanes(&vek::YcbcrPackedRows::kernel, pSrc, srcStep, pDst, dstStep, roiSize); \
+    return vek::from420(&vek::YcbcrPackedKernels::kernel, pSrc, srcStep, pDst, dstStep, roiSize); \
   }
 
-#define VEK_FROM_INTERLEAVED(function, from, kernel)                                        \
-  extern "C" VekStatus function(const Vek8u* pSrc, int srcStep, Vek16u* pDst, int dstStep,  \
-                                VekiSize roiSize) {                                         \
-    return vek::from(&vek::YcbcrPackedRows::kernel, pSrc, srcStep, pDst, dstStep, roiSize); \
+#define VEK_FROM_PLANES(function, kernel)                                                  \
+  extern "C" VekStatus function(const Vek8u* const pSrc[3], int srcStep, Vek16u* pDst,     \
+                                int dstStep, VekiSize roiSize) {                           \
+    return vek::fromPlanes(&vek::YcbcrPackedKernels::kernel, pSrc, srcStep, pDst, dstStep, \
+                           roiSize);                                                       \
+  }
+
+#define VEK_FROM_INTERLEAVED(function, from, kernel)                                           \
+  extern "C" VekStatus function(const Vek8u* pSrc, int srcStep, Vek16u* pDst, int dstStep,     \
+                                VekiSize roiSize) {                                            \
+    return vek::from(&vek::YcbcrPackedKernels::kernel, pSrc, srcStep, pDst, dstStep, roiSize); \
   }
 
 // clang-format off

@@ -1,3 +1,3 @@
-#include "core/kernel/convert_planes_body.h"
+#include "core/color/convert_planes_body.h"
 #include "image/color/ycbcr_body.h"
-#include "image/color/ycbcr_row_tables.h"
+#include "image/color/ycbcr_table.h"

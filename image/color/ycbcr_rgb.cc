@@ -3,7 +3,7 @@
 
 #include "core/check.h"
 #include "image/color/pixel_rows.h"
-#include "image/color/ycbcr_rows.h"
+#include "image/color/ycbcr_kernels.h"
 
 namespace vek {
 namespace {
@@ -40,11 +40,11 @@ ptrdiff_t tightRgbStep(VekiSize roi) {
 // One interleaved image to another.
 
 template <template <class> class Source, template <class> class Destination>
-VekStatus interleaved(InterleavedRow YcbcrRgbRows::*row, const Vek8u* pSrc, int srcStep,
+VekStatus interleaved(InterleavedRow YcbcrRgbKernels::*row, const Vek8u* pSrc, int srcStep,
                       Vek8u* pDst, int dstStep, VekiSize roi) {
   const VekStatus status = checkPointersSizeSteps({pDst, pSrc}, roi, {srcStep, dstStep});
   if (status != vekStsNoErr) return status;
-  forEachPixelRow(roi, select(ycbcrRgbRows).*row, Source<const Vek8u>{{pSrc, srcStep}},
+  forEachPixelRow(roi, select(ycbcrRgbKernels).*row, Source<const Vek8u>{{pSrc, srcStep}},
                   Destination<Vek8u>{{pDst, dstStep}});
   return vekStsNoErr;
 }
@@ -52,22 +52,23 @@ VekStatus interleaved(InterleavedRow YcbcrRgbRows::*row, const Vek8u* pSrc, int 
 // RGB to planes, for valid arguments.
 
 template <template <class> class Chroma>
-void toPlanes(ToPlanesRow YcbcrRgbRows::*row, const Vek8u* pSrc, ptrdiff_t srcStep,
+void toPlanes(ToPlanesRow YcbcrRgbKernels::*row, const Vek8u* pSrc, ptrdiff_t srcStep,
               Vek8u* const* pDst, Steps dstStep, VekiSize roi) {
-  forEachPixelRow(roi, select(ycbcrRgbRows).*row, Triples<const Vek8u>{{pSrc, srcStep}},
+  forEachPixelRow(roi, select(ycbcrRgbKernels).*row, Triples<const Vek8u>{{pSrc, srcStep}},
                   Samples<Vek8u>{{pDst[0], dstStep.y}}, Chroma<Vek8u>{{pDst[1], dstStep.u}},
                   Chroma<Vek8u>{{pDst[2], dstStep.v}});
 }
 
 void RGB_YUV422_8u_C3P3R(const Vek8u* pSrc, ptrdiff_t srcStep, Vek8u* const* pDst, Steps dstStep,
                          VekiSize roi) {
-  toPlanes<Samples422>(&YcbcrRgbRows::lineRGBToYUV422_8u_C3P3R, pSrc, srcStep, pDst, dstStep, roi);
+  toPlanes<Samples422>(&YcbcrRgbKernels::lineRGBToYUV422_8u_C3P3R, pSrc, srcStep, pDst, dstStep,
+                       roi);
 }
 
 /// A last row without a partner shares its chroma as a 4:2:2 row does.
 void RGB_YUV420_8u_C3P3R(const Vek8u* pSrc, ptrdiff_t srcStep, Vek8u* const* pDst, Steps dstStep,
                          VekiSize roi) {
-  const YcbcrRgbRows& rows = select(ycbcrRgbRows);
+  const YcbcrRgbKernels& rows = select(ycbcrRgbKernels);
   const Plane<const Vek8u> rgb = {pSrc, srcStep};
   const Plane<Vek8u> luma = {pDst[0], dstStep.y}, u = {pDst[1], dstStep.u},
                      v = {pDst[2], dstStep.v};
@@ -115,7 +116,7 @@ VekStatus toTightPlanes(ToPlanes convert, const Vek8u* pSrc, Vek8u* const* pDst,
 template <int chromaShift>
 void fromSharedPlanes(const Vek8u* const* pSrc, Steps srcStep, Vek8u* pDst, ptrdiff_t dstStep,
                       VekiSize roi) {
-  convertRegion<2>(select(ycbcrRgbRows).lineYUV422ToRGB_8u_P3C3R,
+  convertRegion<2>(select(ycbcrRgbKernels).lineYUV422ToRGB_8u_P3C3R,
                    {{pSrc[0], srcStep.y}, {pSrc[1], srcStep.u}, {pSrc[2], srcStep.v}, chromaShift},
                    roi, pDst, dstStep, 3);
 }
@@ -146,7 +147,7 @@ VekStatus fromTightPlanes(FromPlanes convert, const Vek8u* const* pSrc, Vek8u* p
 }  // namespace vek
 
 using namespace vek;
-using Rows = vek::YcbcrRgbRows;
+using Rows = vek::YcbcrRgbKernels;
 
 extern "C" {
 
@@ -257,7 +258,7 @@ VekStatus vekiYUVToRGB_8u_P3C3R(const Vek8u* const pSrc[3], int srcStep, Vek8u* 
   if (srcStep < 1) return vekStsStepErr;
   if (pDst == nullptr) return vekStsNullPtrErr;
   if (dstStep < 1) return vekStsStepErr;
-  convertRegion<1>(select(ycbcrRgbRows).lineYUVToRGB_8u_P3C3R,
+  convertRegion<1>(select(ycbcrRgbKernels).lineYUVToRGB_8u_P3C3R,
                    {{pSrc[0], srcStep}, {pSrc[1], srcStep}, {pSrc[2], srcStep}, 0}, roiSize, pDst,
                    dstStep, 3);
   return vekStsNoErr;

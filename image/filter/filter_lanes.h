@@ -1,9 +1,7 @@
 // What the hand-written filter kernels share: bytes further along a row, and scaling sums.
 #pragma once
 
-#include "core/kernel/truncated.h"
-
-#if VEK_HAVE_HIGHWAY
+#include "core/kernel/lanes.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -67,5 +65,3 @@ V mulHighRounded(D d32, V v, V factor) {
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
-
-#endif

@@ -3,7 +3,7 @@
 
 #include "core/check.h"
 #include "core/region.h"
-#include "image/filter/gamma_rows.h"
+#include "image/filter/gamma_kernels.h"
 
 namespace vek {
 namespace {
@@ -12,7 +12,7 @@ VekStatus gamma(const GammaTable& table, const Vek8u* pSrc, int srcStep, Vek8u* 
                 VekiSize roiSize) {
   if (anyNull({pDst, pSrc})) return vekStsNullPtrErr;
   if (anyBelowOne({roiSize.width, roiSize.height, srcStep, dstStep})) return vekStsSizeErr;
-  const GammaRows& rows = select(gammaRows);
+  const GammaKernels& rows = select(gammaKernels);
   forEachRow(
       ptrdiff_t{3} * roiSize.width, roiSize.height,
       [&](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { rows.ownGamma_8u_(table, src, dst, n); },

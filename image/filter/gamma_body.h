@@ -1,7 +1,7 @@
-// The plain loop behind GammaRows.
+// The plain loop behind GammaKernels.
 #pragma once
 
-#include "image/filter/gamma_rows.h"
+#include "image/filter/gamma_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

@@ -2,6 +2,6 @@
 
 namespace vek::portable {
 
-constexpr GammaRows gammaRows = {ownGamma_8u_};
+constexpr GammaKernels gammaKernels = {ownGamma_8u_};
 
 }  // namespace vek::portable

@@ -2,7 +2,7 @@
 #include "vek/image.h"
 
 #include "core/check.h"
-#include "core/kernel/place_rows.h"
+#include "core/kernel/place_kernels.h"
 
 namespace vek {
 namespace {
@@ -24,7 +24,7 @@ VekStatus mirror(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiS
     pDst += (roiSize.height - 1) * dy;
     dy = -dy;
   }
-  select(placeRows).of(channels)(pSrc, srcStep, roiSize.width, roiSize.height, pDst, dx, dy);
+  select(placeKernels).of(channels)(pSrc, srcStep, roiSize.width, roiSize.height, pDst, dx, dy);
   return vekStsNoErr;
 }
 

@@ -1,7 +1,7 @@
-// The loops behind MorphologyRows, compiled for every level.
+// The loops behind MorphologyKernels, compiled for every level.
 #pragma once
 
-#include "image/filter/morphology_rows.h"
+#include "image/filter/morphology_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
@@ -36,7 +36,7 @@ void extreme3x3(const Vek8u* __restrict src, ptrdiff_t srcStep, Vek8u* __restric
 
 }  // namespace
 
-constexpr MorphologyRows morphologyRows = {extreme3x3<Least, 1>, extreme3x3<Least, 3>,
-                                           extreme3x3<Greatest, 1>, extreme3x3<Greatest, 3>};
+constexpr MorphologyKernels morphologyKernels = {extreme3x3<Least, 1>, extreme3x3<Least, 3>,
+                                                 extreme3x3<Greatest, 1>, extreme3x3<Greatest, 3>};
 
 }  // namespace vek::VEK_LEVEL

@@ -2,7 +2,7 @@
 #include "vek/image.h"
 
 #include "core/check.h"
-#include "image/stat/norm_rows.h"
+#include "image/stat/norm_kernels.h"
 #include "image/stat/norm_scale.h"
 
 namespace vek {
@@ -34,15 +34,15 @@ VekStatus scaleRoots(const Totals& totals, int channels, int scaleFactor, Vek32s
 
 /// What makes a norm Inf, L1 or L2.
 struct Kind {
-  NormKernels NormRows::*image;
-  NormKernels NormRows::*difference;
+  MeasureKernels NormKernels::*image;
+  MeasureKernels NormKernels::*difference;
   uint64_t countingBits;  ///< of a total
   VekStatus (*scale)(const Totals& totals, int channels, int scaleFactor, Vek32s* pNorm);
   VekStatus (*relative)(uint64_t d, uint64_t r, int scaleFactor, Vek32s* result);
 };
-constexpr Kind inf = {&NormRows::inf, &NormRows::diffInf, 0xFF, scaleTotals, relativeInf};
-constexpr Kind l1 = {&NormRows::l1, &NormRows::diffL1, 0xFFFFFFFF, scaleTotals, relativeL1};
-constexpr Kind l2 = {&NormRows::l2, &NormRows::diffL2, UINT64_MAX, scaleRoots, relativeL2};
+constexpr Kind inf = {&NormKernels::inf, &NormKernels::diffInf, 0xFF, scaleTotals, relativeInf};
+constexpr Kind l1 = {&NormKernels::l1, &NormKernels::diffL1, 0xFFFFFFFF, scaleTotals, relativeL1};
+constexpr Kind l2 = {&NormKernels::l2, &NormKernels::diffL2, UINT64_MAX, scaleRoots, relativeL2};
 
 /// Rows without padding are one long row.
 void accumulate(NormKernel kernel, NormRegion region, Totals& totals) {
@@ -63,7 +63,7 @@ VekStatus norm(const Kind& kind, int channels, const Vek8u* pSrc, int srcStep, V
   const VekStatus status = checkPointersSizeSteps({pNorm, pSrc}, roi, {srcStep});
   if (status != vekStsNoErr) return status;
   Totals totals;
-  accumulate((select(normRows).*kind.image).of(channels),
+  accumulate((select(normKernels).*kind.image).of(channels),
              regionOf(pSrc, srcStep, pSrc, srcStep, roi, channels), totals);
   return kind.scale(totals, channels, scaleFactor, pNorm);
 }
@@ -73,7 +73,7 @@ VekStatus normDiff(const Kind& kind, int channels, const Vek8u* pSrcA, int srcAS
   const VekStatus status = checkPointersSizeSteps({pSrcB, pSrcA, pNorm}, roi, {srcAStep, srcBStep});
   if (status != vekStsNoErr) return status;
   Totals totals;
-  accumulate((select(normRows).*kind.difference).of(channels),
+  accumulate((select(normKernels).*kind.difference).of(channels),
              regionOf(pSrcA, srcAStep, pSrcB, srcBStep, roi, channels), totals);
   return kind.scale(totals, channels, scaleFactor, pNorm);
 }
@@ -95,7 +95,7 @@ VekStatus normRel(const Kind& kind, int channels, const Vek8u* pSrcA, int srcASt
                   const Vek8u* pSrcB, int srcBStep, VekiSize roi, Vek32s* pNorm, int scaleFactor) {
   const VekStatus status = checkPointersSizeSteps({pSrcB, pSrcA, pNorm}, roi, {srcAStep, srcBStep});
   if (status != vekStsNoErr) return status;
-  const NormRows& rows = select(normRows);
+  const NormKernels& rows = select(normKernels);
   const NormKernel ofDifference = (rows.*kind.difference).of(channels);
   const NormKernel ofSecond = (rows.*kind.image).of(channels);
   NormRegion strip = regionOf(pSrcA, srcAStep, pSrcB, srcBStep, roi, channels);

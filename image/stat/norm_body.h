@@ -2,7 +2,7 @@
 // level.
 #pragma once
 
-#include "image/stat/norm_rows.h"
+#include "image/stat/norm_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {

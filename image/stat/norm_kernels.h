@@ -1,29 +1,42 @@
-// The norm kernels of a level, from its accumulate<Measure, Values, channels>().
+// Kernels that accumulate norms over a region.
 #pragma once
 
-#include "image/stat/norm_rows.h"
+#include "vek/vek.h"
 
-namespace vek::VEK_LEVEL {
-namespace {
+#include <stddef.h>
+#include <stdint.h>
 
-constexpr NormKernel ownNormInf_8u_C1R = accumulate<Largest, Image, 1>;
-constexpr NormKernel ownNormInf_8u_C3R = accumulate<Largest, Image, 3>;
-constexpr NormKernel ownNormDiffInf_8u_C1R = accumulate<Largest, Difference, 1>;
-constexpr NormKernel ownNormDiffInf_8u_C3R = accumulate<Largest, Difference, 3>;
-constexpr NormKernel ownNormL1_8u_C1R = accumulate<Sum, Image, 1>;
-constexpr NormKernel ownNormL1_8u_C3R = accumulate<Sum, Image, 3>;
-constexpr NormKernel ownNormDiffL1_8u_C1R = accumulate<Sum, Difference, 1>;
-constexpr NormKernel ownNormDiffL1_8u_C3R = accumulate<Sum, Difference, 3>;
-constexpr NormKernel ownNormL2_8u_C1R = accumulate<SumOfSquares, Image, 1>;
-constexpr NormKernel ownNormL2_8u_C3R = accumulate<SumOfSquares, Image, 3>;
-constexpr NormKernel ownNormDiffL2_8u_C1R = accumulate<SumOfSquares, Difference, 1>;
-constexpr NormKernel ownNormDiffL2_8u_C3R = accumulate<SumOfSquares, Difference, 3>;
+#include "core/level.h"
 
-}  // namespace
+namespace vek {
 
-constexpr NormRows normRows = {
-    {ownNormInf_8u_C1R, ownNormInf_8u_C3R}, {ownNormDiffInf_8u_C1R, ownNormDiffInf_8u_C3R},
-    {ownNormL1_8u_C1R, ownNormL1_8u_C3R},   {ownNormDiffL1_8u_C1R, ownNormDiffL1_8u_C3R},
-    {ownNormL2_8u_C1R, ownNormL2_8u_C3R},   {ownNormDiffL2_8u_C1R, ownNormDiffL2_8u_C3R}};
+/// `rows` rows of `rowBytes` bytes, a whole number of pixels. `b` is used by the difference
+/// kernels alone.
+struct NormRegion {
+  const Vek8u* a;
+  ptrdiff_t aStep;
+  const Vek8u* b;
+  ptrdiff_t bStep;
+  ptrdiff_t rowBytes;
+  ptrdiff_t rows;
+};
 
-}  // namespace vek::VEK_LEVEL
+/// Takes the samples v = a, or v = |a - b|, of each channel c into totals[c].
+using NormKernel = void (*)(const NormRegion& region, uint64_t* totals);
+
+struct MeasureKernels {
+  NormKernel c1;
+  NormKernel c3;
+
+  NormKernel of(int channels) const { return channels == 1 ? c1 : c3; }
+};
+
+struct NormKernels {
+  MeasureKernels inf, diffInf;  ///< the largest of the total and all v
+  MeasureKernels l1, diffL1;    ///< adds the sum of v; the low 32 bits count
+  MeasureKernels l2, diffL2;    ///< adds the sum of v * v
+};
+
+VEK_KERNEL_TABLE(NormKernels, normKernels)
+
+}  // namespace vek

@@ -1,2 +1,2 @@
 #include "image/stat/norm_body.h"
-#include "image/stat/norm_kernels.h"
+#include "image/stat/norm_table.h"

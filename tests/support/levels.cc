@@ -6,8 +6,8 @@ namespace {
 
 Level highestLevel() {
   Level highest = Level::portable;
-  for (Level level : allLevels) {
-    if (cpuHas(level)) highest = level;
+  for (size_t i = 0; i < levelCount; ++i) {
+    if (cpuHas(static_cast<Level>(i))) highest = static_cast<Level>(i);
   }
   return highest;
 }
@@ -24,8 +24,8 @@ namespace test {
 
 std::vector<Level> levels() {
   std::vector<Level> result;
-  for (Level level : allLevels) {
-    if (cpuHas(level)) result.push_back(level);
+  for (size_t i = 0; i < levelCount; ++i) {
+    if (cpuHas(static_cast<Level>(i))) result.push_back(static_cast<Level>(i));
   }
   return result;
 }

@@ -1,9 +1,7 @@
 // The walk over a window's quads in blocks of a vector or two.
 #pragma once
 
-#include "core/kernel/vector.h"
-
-#if VEK_HAVE_HIGHWAY
+#include "core/kernel/blocks.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -42,5 +40,3 @@ Vek32u sumOfLanes(D d, hn::Vec<D> v) {
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
-
-#endif

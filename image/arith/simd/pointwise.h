@@ -2,13 +2,11 @@
 // vector. It owns alignment, tails and the phase of repeating patterns.
 #pragma once
 
-#include "core/kernel/vector.h"
-
-#if VEK_HAVE_HIGHWAY
-
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>
+
+#include "core/kernel/blocks.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -114,5 +112,3 @@ inline Sample shiftLeft(Sample v, int amount) {
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
-
-#endif

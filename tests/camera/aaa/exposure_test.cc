@@ -6,7 +6,7 @@
 #include <tuple>
 #include <vector>
 
-#include "camera/aaa/exposure_rows.h"
+#include "camera/aaa/exposure_kernels.h"
 #include "tests/campaign/definition.h"
 #include "tests/support/levels.h"
 
@@ -114,7 +114,7 @@ TEST(Exposure, LevelsMeasureTheSame) {
     const auto measured = [&](Level level) {
       std::vector<Vek32u> bins(histogramBins);
       const GreenHistogram greens =
-          select(exposureRows, level)
+          select(exposureKernels, level)
               .hist(frame.data(), 640, size.width, size.height, countThresh, bins.data());
       return std::tuple(greens.samples, greens.sum, greens.lowest, greens.highest);
     };

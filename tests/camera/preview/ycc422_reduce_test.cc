@@ -5,7 +5,7 @@
 #include <numeric>
 #include <vector>
 
-#include "camera/preview/csc_rows.h"
+#include "camera/preview/csc_kernels.h"
 #include "tests/campaign/definition.h"
 #include "tests/footprint/preview.h"
 
@@ -73,9 +73,9 @@ TEST(Ycc422Reduce, KnownColours) {
 }
 
 /// Every luma with every Cb and 18 of all Cr: 16-bit arithmetic must not show.
-TEST(CscRows, LevelsEqualPortable) {
+TEST(CscKernels, LevelsEqualPortable) {
   const auto table = [](Level level) {
-    return reinterpret_cast<const ConvertPlanes*>(&select(cscRows, level));
+    return reinterpret_cast<const ConvertPlanes*>(&select(cscKernels, level));
   };
   Vek8u y[256], cb[256], cr[256];
   std::iota(y, y + 256, Vek8u{0});
@@ -83,7 +83,7 @@ TEST(CscRows, LevelsEqualPortable) {
     std::fill_n(cb, 256, static_cast<Vek8u>(chroma % 256));
     std::fill_n(cr, 256, static_cast<Vek8u>(chroma / 256 * 15));
     const YccPlanes samples = {{y, 256}, {cb, 256}, {cr, 256}, 0};
-    for (size_t kernel = 0; kernel < sizeof(CscRows) / sizeof(ConvertPlanes); ++kernel) {
+    for (size_t kernel = 0; kernel < sizeof(CscKernels) / sizeof(ConvertPlanes); ++kernel) {
       Vek8u expected[768] = {}, actual[768] = {};
       table(Level::portable)[kernel](samples, 256, 1, expected, 0);
       for (Level level : levels()) {

@@ -1,7 +1,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-#include "core/kernel/place_rows.h"
+#include "core/kernel/place_kernels.h"
 #include "tests/support/buffer.h"
 #include "tests/support/levels.h"
 
@@ -27,7 +27,8 @@ TEST(PlaceTile, EveryOrientation) {
       SCOPED_TRACE(testing::Message() << name(level) << ", round " << round);
       Buffer dst(
           {across * bytes, turned ? columns : rows, line, unit < 0 ? -(across - 1) * bytes : 0});
-      select(placeRows, level).of(bytes)(tile.data(), tileStep, columns, rows, dst.data(), dx, dy);
+      select(placeKernels, level)
+          .of(bytes)(tile.data(), tileStep, columns, rows, dst.data(), dx, dy);
       for (ptrdiff_t i = 0; i < rows * columns; ++i) {
         const ptrdiff_t x = i % columns, y = i / columns;
         ASSERT_EQ(std::memcmp(dst.data() + x * dx + y * dy, tile.data() + y * tileStep + x * bytes,

@@ -1,3 +1,0 @@
-#include "core/kernel/convert_planes_lanes.h"
-// The table needs the kernels.
-#include "camera/preview/csc_table.h"

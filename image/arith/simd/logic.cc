@@ -1,0 +1,6 @@
+#include "image/arith/logic_kernels.h"
+#include "image/arith/simd/pointwise.h"
+
+HWY_BEFORE_NAMESPACE();
+#include "image/arith/logic_table.h"
+HWY_AFTER_NAMESPACE();

@@ -1,0 +1,59 @@
+// Kernels of the box filter. Both ways of summing cost the same per pixel whatever the mask's size:
+// from row to row, one row of samples enters the sums and one leaves them.
+#pragma once
+
+#include "vek/vek.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "core/level.h"
+
+namespace vek {
+
+/// Sums of up to this many samples fit 16 bits: 255 * 257 = 65535.
+inline constexpr int64_t smallBoxArea = 257;
+/// The same for one column of this height.
+inline constexpr ptrdiff_t columnBoxHeight = 257;
+/// Widest mask that is summed column by column at any level.
+inline constexpr ptrdiff_t columnBoxWidth = 48;
+
+/// Columns that may be read on both sides of those that matter.
+inline constexpr ptrdiff_t columnPadding = 64;
+
+/// A mean of `area` samples is min(255, (sum * factor + 2^31) >> 32).
+struct BoxScale {
+  Vek32u factor;
+  int64_t area;
+};
+
+/// Every kernel treats the bytes of a row alike; `pixelBytes` (1 or 3) is the distance of
+/// horizontal neighbours.
+template <class Sum>
+struct WideBoxRows {
+  /// The sums of a row's windows as the first one of each channel and the differences between
+  /// neighbours: differences[i] = sum of window i + pixelBytes less that of window i. Moves them
+  /// down: `entering` joins the `width` pixels wide windows and `leaving` (may be null) goes.
+  void (*slide)(Sum* differences, Sum* first, const Vek8u* entering, const Vek8u* leaving,
+                ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n);
+  /// The n means of these windows; the last pixel's differences are 0.
+  void (*average)(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
+                  const BoxScale& scale, Vek8u* dst);
+};
+
+struct BoxKernels {
+  /// columns[i] += entering[i] - leaving[i]; `leaving` may be null.
+  void (*slideColumns)(Vek16u* columns, const Vek8u* entering, const Vek8u* leaving, ptrdiff_t n);
+  /// Largest mask that `average` is for; beyond smallBoxArea it is columnBoxHeight tall at most.
+  ptrdiff_t mostWidth;
+  int64_t mostArea;
+  /// Means of `width` neighbouring columns each.
+  void (*average)(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
+                  const BoxScale& scale, Vek8u* dst);
+  WideBoxRows<Vek32u> sums32;
+  WideBoxRows<uint64_t> sums64;
+};
+
+VEK_KERNEL_TABLE(BoxKernels, boxKernels)
+
+}  // namespace vek

@@ -1,0 +1,20 @@
+// Mapping bytes through a table.
+#pragma once
+
+#include "vek/vek.h"
+
+#include <stddef.h>
+
+#include "core/level.h"
+#include "image/filter/gamma_tables.h"
+
+namespace vek {
+
+struct GammaKernels {
+  /// dst[i] = table.entries[src[i]]; dst may be src.
+  void (*ownGamma_8u_)(const GammaTable& table, const Vek8u* src, Vek8u* dst, ptrdiff_t n);
+};
+
+VEK_KERNEL_TABLE(GammaKernels, gammaKernels)
+
+}  // namespace vek
