@@ -1,9 +1,26 @@
 // Automatic exposure on 10-bit RGGB frames.
+//
+// The control law. The caller owns two control values and programs the sensor with them: in practice
+// one is a gain and the other an exposure time. One is scaled, that is multiplied or divided by a
+// factor; the other is stepped, that is moved by a fixed amount. To make the next frame brighter, the
+// scaled value is multiplied while it is below its maximum, and only from there on does the stepped
+// value move up. Darker is the same the other way round: the scaled value is divided while it is above
+// its minimum, then the stepped value moves down. One call makes one such move.
+//
+// Which move it is depends on the green samples of the frame:
+//
+// - Histogram mode. A bin is populated if it holds enough samples; saturated samples are left out.
+//   The frame is too dark if its populated bins all lie below darkThresh and close together, and too
+//   bright if they all lie above brightThresh. Any other frame is exposed well enough for its mean to
+//   be of use: the scaled value is set in proportion to target and mean, in one call.
+// - Window modes. The brightness is a weighted mean over windows. Below target - tolerance the frame
+//   is too dark, above target + tolerance too bright, and in between nothing changes.
 #include "vek/camera.h"
 
 #include <string.h>
 
 #include "camera/aaa/exposure_kernels.h"
+#include "camera/aaa/limits.h"
 #include "camera/aaa/raw_frame.h"
 #include "core/check.h"
 
@@ -18,7 +35,7 @@ struct HistogramThresholds {
 };
 
 struct BrightnessBand {
-  Vek16u upper, lower;
+  Vek16u lower, upper;
 };
 
 }  // namespace
@@ -26,20 +43,16 @@ struct BrightnessBand {
 
 struct VekiAEState {
   Vek32s mode;
-  Vek32u* histogram;  ///< mode 0; null in the others
-  VekiRect* windows;  ///< the caller's in mode 4, which are never written; null in mode 0
+  Vek32u* histogram;  ///< histogram mode; null in the others
+  VekiRect* windows;  ///< the caller's in mode 4, which are never written; null in histogram mode
   Vek16u* weights;    ///< likewise
   Vek32s numWindows;
   Vek16u scaleMultiplier;
   Vek16u stepSize;
-  union {
-    vek::HistogramThresholds thresholds;  ///< mode 0
-    vek::BrightnessBand band;             ///< modes 1 to 4
-  };
-  Vek32s scaleMin;
-  Vek32s scaleMax;
-  Vek32s stepMax;
-  Vek32s stepMin;
+  vek::HistogramThresholds thresholds;  ///< histogram mode
+  vek::BrightnessBand band;             ///< window modes
+  Vek32s scaleMin, scaleMax;
+  Vek32s stepMin, stepMax;
 };
 
 namespace vek {
@@ -47,14 +60,15 @@ namespace {
 
 // ---- State ------------------------------------------------------------------------------------
 
+bool isValidWindow(const VekiRect& w, Vek16u weight) {
+  return w.x >= 0 && w.y >= 0 && !anyBelowOne({w.width, w.height}) &&
+         !isOdd(w.x | w.y | w.width | w.height) && weight != 0;
+}
+
 bool areValidWindows(const VekiAEParams& p) {
   if (anyNull({p.pWindows, p.pWeights}) || p.numWindows < 1) return false;
   for (int i = 0; i < p.numWindows; ++i) {
-    const VekiRect& w = p.pWindows[i];
-    if (w.x < 0 || w.y < 0 || anyBelowOne({w.width, w.height}) ||
-        isOdd(w.x | w.y | w.width | w.height) || p.pWeights[i] == 0) {
-      return false;
-    }
+    if (!isValidWindow(p.pWindows[i], p.pWeights[i])) return false;
   }
   return true;
 }
@@ -69,7 +83,7 @@ bool areValid(const VekiAEParams& p) {
          p.stepSize != 0;
 }
 
-/// The number of windows that the library lays itself.
+/// How many windows the state itself lays over a frame.
 int zoneCount(Vek32s mode) {
   switch (mode) {
     case vekiAEWholeFrame:
@@ -82,12 +96,37 @@ int zoneCount(Vek32s mode) {
   }
 }
 
+VekiAEState makeState(const VekiAEParams& p) {
+  const bool callers = p.mode == vekiAECallerWindows;
+  return {.mode = p.mode,
+          .histogram = nullptr,
+          .windows = callers ? const_cast<VekiRect*>(p.pWindows) : nullptr,
+          .weights = callers ? const_cast<Vek16u*>(p.pWeights) : nullptr,
+          .numWindows = p.numWindows,
+          .scaleMultiplier = p.scaleMultiplier,
+          .stepSize = p.stepSize,
+          .thresholds = {.count = p.histCountThresh,
+                         .spread = p.histSpreadThresh,
+                         .dark = p.darkThresh,
+                         .bright = p.brightThresh,
+                         .target = p.target,
+                         .tolerance = p.tolerance},
+          // @quirk Both limits are kept modulo 65536, as callers know them: with target 10 and
+          // tolerance 20 the lower one is 65526, and every frame is too dark.
+          .band = {.lower = static_cast<Vek16u>(p.target - p.tolerance),
+                   .upper = static_cast<Vek16u>(p.target + p.tolerance)},
+          .scaleMin = p.scaleMin,
+          .scaleMax = p.scaleMax,
+          .stepMin = p.stepMin,
+          .stepMax = p.stepMax};
+}
+
 template <class T>
 T* allocate(int count) {
   return static_cast<T*>(vekiMalloc(count * static_cast<int>(sizeof(T))));
 }
 
-/// Gives the state its histogram or its own windows and weights. False: the allocator returned
+/// Gives the state its histogram or its own windows and weights. False if the allocator returned
 /// null.
 bool takeMemory(VekiAEState& state) {
   if (state.mode == vekiAEHistogram) {
@@ -101,7 +140,7 @@ bool takeMemory(VekiAEState& state) {
   return !anyNull({state.windows, state.weights});
 }
 
-/// An application's vekiFree need not expect the lists that a mode does not have.
+/// An application's vekiFree need not expect null for the lists that a mode does not have.
 void freeTaken(void* memory) {
   if (memory != nullptr) vekiFree(memory);
 }
@@ -115,92 +154,90 @@ void release(VekiAEState* state) {
   vekiFree(state);
 }
 
-VekiAEState makeState(const VekiAEParams& p) {
-  VekiAEState state = {};
-  state.mode = p.mode;
-  state.numWindows = p.numWindows;
-  if (p.mode == vekiAECallerWindows) {
-    state.windows = const_cast<VekiRect*>(p.pWindows);
-    state.weights = const_cast<Vek16u*>(p.pWeights);
-  }
-  state.scaleMultiplier = p.scaleMultiplier;
-  state.stepSize = p.stepSize;
-  if (p.mode == vekiAEHistogram) {
-    state.thresholds = {p.histCountThresh, p.histSpreadThresh, p.darkThresh,
-                        p.brightThresh,    p.target,           p.tolerance};
+// ---- Control law ------------------------------------------------------------------------------
+
+/// The caller's two values.
+struct Controls {
+  Vek16u& step;
+  Vek16u& scale;
+};
+
+/// @quirk The product is kept modulo 65536 and is not clamped to scaleMax; nor does the division in
+/// moveDarker() stop at scaleMin. Clamping between two frames is the caller's part.
+void moveBrighter(const VekiAEState& state, Controls control) {
+  if (control.scale < state.scaleMax) {
+    control.scale = static_cast<Vek16u>(Vek32u{control.scale} * state.scaleMultiplier);
   } else {
-    state.band = {static_cast<Vek16u>(p.target + p.tolerance),
-                  static_cast<Vek16u>(p.target - p.tolerance)};
+    const Vek32s next = control.step + state.stepSize;
+    control.step = static_cast<Vek16u>(next > state.stepMax ? state.stepMax : next);
   }
-  state.scaleMin = p.scaleMin;
-  state.scaleMax = p.scaleMax;
-  state.stepMax = p.stepMax;
-  state.stepMin = p.stepMin;
-  return state;
 }
 
-// ---- Control laws -----------------------------------------------------------------------------
-
-void moveBrighter(const VekiAEState& state, Vek16u& stepCtrl, Vek16u& scaleCtrl) {
-  if (scaleCtrl < state.scaleMax) {
-    scaleCtrl = static_cast<Vek16u>(Vek32u{scaleCtrl} * state.scaleMultiplier);
+void moveDarker(const VekiAEState& state, Controls control) {
+  if (control.scale > state.scaleMin) {
+    control.scale = static_cast<Vek16u>(_vekDiv_16u(control.scale, state.scaleMultiplier, nullptr));
   } else {
-    const Vek32s next = stepCtrl + state.stepSize;
-    stepCtrl = static_cast<Vek16u>(next <= state.stepMax ? next : state.stepMax);
+    const Vek32s next = control.step - state.stepSize;
+    control.step = static_cast<Vek16u>(next < state.stepMin ? state.stepMin : next);
   }
 }
 
-void moveDarker(const VekiAEState& state, Vek16u& stepCtrl, Vek16u& scaleCtrl) {
-  if (scaleCtrl > state.scaleMin) {
-    scaleCtrl = static_cast<Vek16u>(_vekDiv_16u(scaleCtrl, state.scaleMultiplier, nullptr));
+/// Sets the scaled value to scale * numerator / denominator, taken modulo 65536 and then clamped. The
+/// product stays below 1023 * 65536.
+void multiplyScale(const VekiAEState& state, Vek16u numerator, Vek16u denominator,
+                   Controls control) {
+  const Vek32u product = Vek32u{numerator} * control.scale;
+  const Vek16u quotient = static_cast<Vek16u>(_vekDiv_32u(product, denominator, nullptr));
+  control.scale = static_cast<Vek16u>(clamp(quotient, state.scaleMin, state.scaleMax));
+}
+
+/// For frames that are neither too dark nor too bright. A frame without any sample below saturation
+/// has mean 0, too, but wants the least light, a black one the most.
+///
+/// @quirk Within the tolerance the quotient is upside down: at target 512 and mean 500 a scaled value
+/// of 1000 becomes 976, away from the target. Applications are tuned to it.
+void multiplyByTarget(const VekiAEState& state, const GreenHistogram& greens, Vek16u mean,
+                      Controls control) {
+  const HistogramThresholds& t = state.thresholds;
+  const Vek32s error = mean - t.target;
+  const bool isOnTarget = -t.tolerance < error && error < t.tolerance;
+  if (isOnTarget) {
+    if (t.target != 0) multiplyScale(state, mean, t.target, control);
+  } else if (mean != 0) {
+    multiplyScale(state, t.target, mean, control);
   } else {
-    const Vek32s next = stepCtrl - state.stepSize;
-    stepCtrl = static_cast<Vek16u>(next < state.stepMin ? state.stepMin : next);
+    control.scale = static_cast<Vek16u>(greens.samples == 0 ? state.scaleMin : state.scaleMax);
   }
 }
 
-/// `scaleCtrl` times numerator / denominator, within its limits. The product stays below
-/// 1023 * 65536.
-void scaleBy(const VekiAEState& state, Vek16u numerator, Vek16u denominator, Vek16u& scaleCtrl) {
-  const Vek32u product = Vek32u{numerator} * scaleCtrl;
-  const Vek32s quotient = static_cast<Vek16u>(_vekDiv_32u(product, denominator, nullptr));
-  scaleCtrl = static_cast<Vek16u>(quotient > state.scaleMax   ? state.scaleMax
-                                  : quotient < state.scaleMin ? state.scaleMin
-                                                              : quotient);
-}
-
-void _vekiAEControl_Hist(const VekiAEState& state, const GreenHistogram& greens, Vek16u& stepCtrl,
-                         Vek16u& scaleCtrl) {
+void controlByHistogram(const VekiAEState& state, const GreenHistogram& greens, Controls control) {
   const HistogramThresholds& t = state.thresholds;
   const Vek16u mean = static_cast<Vek16u>(_vekDiv_32u(greens.sum, greens.samples, nullptr));
-
   if (greens.highest < t.dark && greens.highest - greens.lowest < t.spread) {
-    moveBrighter(state, stepCtrl, scaleCtrl);
+    moveBrighter(state, control);
   } else if (greens.lowest > t.bright) {
-    moveDarker(state, stepCtrl, scaleCtrl);
-  } else if (const Vek32s d = mean - t.target; d >= t.tolerance || d <= -t.tolerance) {
-    if (mean != 0) {
-      scaleBy(state, t.target, mean, scaleCtrl);
-    } else {
-      scaleCtrl = static_cast<Vek16u>(greens.samples == 0 ? state.scaleMin : state.scaleMax);
-    }
-  } else if (t.target != 0) {
-    scaleBy(state, mean, t.target, scaleCtrl);
+    moveDarker(state, control);
+  } else {
+    multiplyByTarget(state, greens, mean, control);
   }
 }
 
-void _vekiAEControl_Wnd(const VekiAEState& state, Vek32s brightness, Vek16u& stepCtrl,
-                        Vek16u& scaleCtrl) {
+void controlByWindows(const VekiAEState& state, Vek32s brightness, Controls control) {
   if (brightness < state.band.lower) {
-    moveBrighter(state, stepCtrl, scaleCtrl);
+    moveBrighter(state, control);
   } else if (brightness > state.band.upper) {
-    moveDarker(state, stepCtrl, scaleCtrl);
+    moveDarker(state, control);
   }
+}
+
+bool isAtLimit(const VekiAEState& state, Controls control) {
+  return control.step == state.stepMax || control.step == state.stepMin ||
+         control.scale == state.scaleMax || control.scale == state.scaleMin;
 }
 
 // ---- Metering ---------------------------------------------------------------------------------
 
-Vek32s evenPart(Vek32s v) {
+Vek32s roundDownToEven(Vek32s v) {
   return v & ~1;
 }
 
@@ -213,14 +250,17 @@ void layZones(VekiAEState& state, VekiSize roi) {
     state.weights[0] = 65535;
   } else if (state.mode == vekiAECentre) {
     const auto part = [](Vek32s size, Vek64s sixtyFourths) {
-      return evenPart(static_cast<Vek32s>((size * sixtyFourths) >> 6));
+      return roundDownToEven(static_cast<Vek32s>((size * sixtyFourths) >> 6));
     };
     state.windows[0] = {part(w, 27), part(h, 27), part(w, 10), part(h, 10)};
     state.weights[0] = 65535;
   } else {
-    const Vek32s w2 = evenPart(w >> 1), w4 = evenPart(w >> 2), w34 = evenPart((w >> 1) + (w >> 2));
-    const Vek32s h2 = evenPart(h >> 1), h4 = evenPart(h >> 2), h34 = evenPart((h >> 1) + (h >> 2));
-    // The third zone is not the mirror image of the second: it leaves the region on the right.
+    const Vek32s w2 = roundDownToEven(w >> 1), w4 = roundDownToEven(w >> 2);
+    const Vek32s h2 = roundDownToEven(h >> 1), h4 = roundDownToEven(h >> 2);
+    const Vek32s w34 = roundDownToEven((w >> 1) + (w >> 2));
+    const Vek32s h34 = roundDownToEven((h >> 1) + (h >> 2));
+    // @quirk The third zone is not the mirror image of the second: it has half the width and a
+    // quarter of the height, and leaves the region on the right. The weights are tuned to it.
     const VekiRect zones[maxZones] = {
         {0, 0, w, h4}, {0, h4, w4, h2}, {w34, h4, w2, h4}, {0, h34, w, h4}, {w4, h4, w2, h2}};
     const Vek16u weights[maxZones] = {17476, 8738, 8738, 17476, 13107};
@@ -230,17 +270,19 @@ void layZones(VekiAEState& state, VekiSize roi) {
   state.numWindows = zoneCount(state.mode);
 }
 
-/// The weighted brightness of the windows, 0..2046 for 10-bit samples and weights that sum to
-/// 65535.
-Vek32s _vekiAEMeter_10RGGB(const Vek16u* pSrc, int srcStep, const VekiRect* pWindows,
-                           const Vek16u* pWeights, int count) {
-  const ExposureKernels& rows = select(exposureKernels);
+/// The weighted brightness of the windows.
+///
+/// @quirk A window's mean is that of the sum of a quad's two greens, so the brightness of 10-bit
+/// samples goes up to 2046 with weights that sum to 65535, while a target ends at 1023.
+Vek32s meterWindows(const ExposureKernels& kernels, const Vek16u* pSrc, int srcStep,
+                    const VekiAEState& state) {
   Vek32u sum = 0;
-  for (int i = 0; i < count; ++i) {
-    const VekiRect& w = pWindows[i];
-    const Vek32u greens = rows.wnd(windowStart(pSrc, srcStep, w), srcStep, w.width, w.height);
+  for (int i = 0; i < state.numWindows; ++i) {
+    const VekiRect& w = state.windows[i];
+    const Vek32u greens =
+        kernels.sumGreens(windowStart(pSrc, srcStep, w), srcStep, w.width, w.height);
     const Vek32u quads = (static_cast<Vek32u>(w.width) * static_cast<Vek32u>(w.height)) >> 2;
-    sum += _vekDiv_32u(greens, quads, nullptr) * pWeights[i];
+    sum += _vekDiv_32u(greens, quads, nullptr) * state.weights[i];
   }
   return static_cast<Vek32s>((sum + 32768) >> 16);
 }
@@ -248,14 +290,11 @@ Vek32s _vekiAEMeter_10RGGB(const Vek16u* pSrc, int srcStep, const VekiRect* pWin
 bool areValid(const Vek16u* pSrc, int srcStep, VekiSize roi, const Vek16u* pStepCtrl,
               const Vek16u* pScaleCtrl, const VekiAEState* state) {
   if (anyNull({pStepCtrl, pScaleCtrl, state}) || !isValidFrame(pSrc, srcStep, roi, 4)) return false;
-  if (isOutside(*pStepCtrl, state->stepMin, state->stepMax) ||
-      isOutside(*pScaleCtrl, state->scaleMin, state->scaleMax)) {
-    return false;
-  }
-  if (state->mode == vekiAECallerWindows) {
-    for (int i = 0; i < state->numWindows; ++i) {
-      if (leaves(state->windows[i], roi)) return false;
-    }
+  if (isOutside(*pStepCtrl, state->stepMin, state->stepMax)) return false;
+  if (isOutside(*pScaleCtrl, state->scaleMin, state->scaleMax)) return false;
+  if (state->mode != vekiAECallerWindows) return true;
+  for (int i = 0; i < state->numWindows; ++i) {
+    if (leaves(state->windows[i], roi)) return false;
   }
   return true;
 }
@@ -286,22 +325,19 @@ VekStatus vekiFree_AE_10RGGB_8u_C1R(VekiAEState* pState) {
 VekStatus vekiAE_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize roiSize, Vek16u* pStepCtrl,
                                Vek16u* pScaleCtrl, VekiAEState* pState) {
   if (!vek::areValid(pSrc, srcStep, roiSize, pStepCtrl, pScaleCtrl, pState)) return vekStsBadArgErr;
+  const vek::ExposureKernels& kernels = vek::select(vek::exposureKernels);
+  const vek::Controls control = {*pStepCtrl, *pScaleCtrl};
   VekiAEState& state = *pState;
   if (state.mode == vekiAEHistogram) {
     memset(state.histogram, 0, vek::histogramBins * sizeof *state.histogram);
-    const vek::GreenHistogram greens = vek::select(vek::exposureKernels)
-                                           .hist(pSrc, srcStep, roiSize.width, roiSize.height,
-                                                 state.thresholds.count, state.histogram);
-    vek::_vekiAEControl_Hist(state, greens, *pStepCtrl, *pScaleCtrl);
+    const vek::GreenHistogram greens = kernels.measureGreens(
+        pSrc, srcStep, roiSize.width, roiSize.height, state.thresholds.count, state.histogram);
+    vek::controlByHistogram(state, greens, control);
   } else {
     if (state.mode != vekiAECallerWindows) vek::layZones(state, roiSize);
-    const Vek32s brightness =
-        vek::_vekiAEMeter_10RGGB(pSrc, srcStep, state.windows, state.weights, state.numWindows);
-    vek::_vekiAEControl_Wnd(state, brightness, *pStepCtrl, *pScaleCtrl);
+    vek::controlByWindows(state, vek::meterWindows(kernels, pSrc, srcStep, state), control);
   }
-  const bool atLimit = *pStepCtrl == state.stepMax || *pStepCtrl == state.stepMin ||
-                       *pScaleCtrl == state.scaleMax || *pScaleCtrl == state.scaleMin;
-  return atLimit ? vekStsAeAtLimit : vekStsNoErr;
+  return vek::isAtLimit(state, control) ? vekStsAeAtLimit : vekStsNoErr;
 }
 
 }  // extern "C"

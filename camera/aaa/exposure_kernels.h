@@ -18,14 +18,15 @@ struct GreenHistogram {
 
 struct ExposureKernels {
   /// Measures the greens of every group of four columns and two rows by their low 10 bits; a bin
-  /// that holds at least countThresh of them is populated. The width is rounded up to fours and the
-  /// height to twos; in the lower row of a group the fourth sample is not read. pHist: 1024 bins to
-  /// count in, zero; what they hold afterwards is the kernel's own.
-  GreenHistogram (*hist)(const Vek16u* pSrc, int srcStep, int width, int height, Vek32u countThresh,
-                         Vek32u* pHist);
+  /// that holds at least countThresh of them is populated. The width is rounded up to a multiple of
+  /// 4 and the height to a multiple of 2; in the lower row of a group the fourth sample is not read.
+  /// The size is at least 1 x 1 and srcStep is even. pHist has 1024 bins to count in, all zero;
+  /// their contents afterwards differ between levels.
+  GreenHistogram (*measureGreens)(const Vek16u* pSrc, int srcStep, int width, int height,
+                                  Vek32u countThresh, Vek32u* pHist);
 
-  /// The sum modulo 2^32 of both greens of every whole quad of a window.
-  Vek32u (*wnd)(const Vek16u* pWin, int srcStep, int w, int h);
+  /// The sum modulo 2^32 of both greens of every whole quad of a window. srcStep is even.
+  Vek32u (*sumGreens)(const Vek16u* pWin, int srcStep, int w, int h);
 };
 
 VEK_KERNEL_TABLE(ExposureKernels, exposureKernels)

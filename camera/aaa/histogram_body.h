@@ -1,18 +1,21 @@
-// The histogram of the greens as it is defined, compiled for every level.
+// The histogram of the greens as it is defined. The portable level measures whole frames with it, the
+// fast ones what is left of a frame in which too much has to be counted.
 #pragma once
 
 #include <stddef.h>
 
 #include "camera/aaa/exposure_kernels.h"
+#include "core/assert.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// ExposureKernels::hist, where pHist holds what was counted before: it helps to populate bins, and is
-/// not part of the sums. Each green of a group has bins of its own, since neighbours are often equal
-/// and an increment must not wait for the one before it.
+/// ExposureKernels::measureGreens for rows before which pHist was counted: those counts help to
+/// populate bins but are not part of the sums. Each green of a group has bins of its own, since
+/// neighbours are often equal and an increment must not wait for the one before it.
 GreenHistogram countAllGreens(const Vek16u* pSrc, int srcStep, int width, int height,
                               Vek32u countThresh, const Vek32u* pHist) {
+  VEK_ASSERT(width >= 1 && height >= 1 && srcStep % 2 == 0);
   constexpr Vek16u sampleBits = histogramBins - 1;
   Vek32u bins[4][histogramBins] = {};
   const ptrdiff_t rowSamples = srcStep / 2;

@@ -16,13 +16,10 @@ inline bool isValidFrame(const Vek16u* pSrc, int srcStep, VekiSize roi, int alig
          !isMisaligned(srcStep, alignment) && srcStep >= 2 * int64_t{roi.width} && !isEmpty(roi);
 }
 
+/// Whether a part of the window lies beyond the right or the bottom edge of the region.
 inline bool leaves(const VekiRect& window, VekiSize roi) {
   return int64_t{window.x} + window.width > roi.width ||
          int64_t{window.y} + window.height > roi.height;
-}
-
-inline bool isOutside(Vek32s value, Vek32s low, Vek32s high) {
-  return value < low || value > high;
 }
 
 inline const Vek16u* windowStart(const Vek16u* pSrc, int srcStep, const VekiRect& window) {

@@ -1,9 +1,32 @@
 // Automatic white balance on 10-bit RGGB frames.
+//
+// The control law. The caller owns a gain for each channel, and applies them to the frames that come
+// here. Every call takes four steps:
+//
+// 1. Measure. The ratios of red to green and of blue to green are averaged over weighted windows, of
+//    which either all samples count (grey world) or only nearly neutral ones (white points).
+// 2. Hold. If both ratios are close to their references, the frame is balanced and nothing moves.
+// 3. Choose targets. Dividing the gains out of the ratios tells what the scene is like without them. If
+//    that is close to the references, the measurement is believed: a gain's target is the one that
+//    takes its ratio to the reference, and green stays as it is. If not, the picture may just be
+//    colourful (a red wall is not red light), and the targets are the default gains.
+// 4. Move. Each gain goes towards its target, by a limited step and within its limits.
 #include "vek/camera.h"
 
+#include "camera/aaa/limits.h"
 #include "camera/aaa/raw_frame.h"
 #include "camera/aaa/white_balance_kernels.h"
 #include "core/check.h"
+
+namespace vek {
+namespace {
+
+struct Gains {
+  Vek16u red, green, blue;
+};
+
+}  // namespace
+}  // namespace vek
 
 struct VekiAWBState {
   Vek32s method;
@@ -11,13 +34,13 @@ struct VekiAWBState {
   const Vek8u* weights;     ///< the caller's
   Vek32s numWindows;
   Vek16u refRatioR, refRatioB;
-  Vek16u holdTolR, validTolR;
-  Vek16u holdTolB, validTolB;
+  Vek16u holdTolR, holdTolB;
+  Vek16u validTolR, validTolB;
   vek::WhitePointLimits limits;
   Vek32s minWhiteCount;
   Vek16u maxGainStep;
   Vek16u gainMin, gainMax;
-  Vek16u defaultGainR, defaultGainG, defaultGainB;
+  vek::Gains defaults;
 };
 
 namespace vek {
@@ -26,10 +49,18 @@ namespace {
 constexpr Vek16u maxSample = 1023;
 constexpr Vek64s windowPixelsLimit = 1 << 23;
 
+// ---- State ------------------------------------------------------------------------------------
+
 bool isValidWindow(const VekiRect& w, Vek8u weight) {
   return w.x >= 0 && w.y >= 0 && !anyBelowOne({w.width, w.height}) &&
          !isMisaligned(w.x | w.width, 4) && !isMisaligned(w.y | w.height, 8) &&
          Vek64s{w.width} * w.height < windowPixelsLimit && weight != 0;
+}
+
+bool areValidWhitePoints(const VekiAWBParams& p) {
+  return !isOutside(p.wpdLimit1, 1, maxSample) && !isOutside(p.wpdLimit2, 1, maxSample) &&
+         !isOutside(p.wpdLimit3, 1, 2 * maxSample + 1) && p.wpdLow >= 1 && p.wpdHigh > p.wpdLow &&
+         p.wpdHigh <= maxSample;
 }
 
 bool areValid(const VekiAWBParams& p) {
@@ -40,11 +71,7 @@ bool areValid(const VekiAWBParams& p) {
   for (int i = 0; i < p.numWindows; ++i) {
     if (!isValidWindow(p.pWindows[i], p.pWeights[i])) return false;
   }
-  if (isOutside(p.wpdLimit1, 1, maxSample) || isOutside(p.wpdLimit2, 1, maxSample) ||
-      isOutside(p.wpdLimit3, 1, 2 * maxSample + 1) || p.wpdLow < 1 || p.wpdHigh <= p.wpdLow ||
-      p.wpdHigh > maxSample || p.maxGainStep == 0) {
-    return false;
-  }
+  if (!areValidWhitePoints(p) || p.maxGainStep == 0) return false;
   for (Vek16u gain : {p.defaultGainR, p.defaultGainG, p.defaultGainB}) {
     if (isOutside(gain, p.gainMin, p.gainMax)) return false;
   }
@@ -52,27 +79,26 @@ bool areValid(const VekiAWBParams& p) {
 }
 
 VekiAWBState makeState(const VekiAWBParams& p) {
-  VekiAWBState state = {};
-  state.method = p.method;
-  state.windows = p.pWindows;
-  state.weights = p.pWeights;
-  state.numWindows = p.numWindows;
-  state.refRatioR = p.refRatioR;
-  state.refRatioB = p.refRatioB;
-  state.holdTolR = p.holdTolR;
-  state.validTolR = p.validTolR;
-  state.holdTolB = p.holdTolB;
-  state.validTolB = p.validTolB;
-  state.limits = {p.wpdLimit1, p.wpdLimit2, p.wpdLimit3, static_cast<Vek16u>(4 * p.wpdLow),
-                  static_cast<Vek16u>(4 * p.wpdHigh)};
-  state.minWhiteCount = p.minWhiteCount;
-  state.maxGainStep = p.maxGainStep;
-  state.gainMin = p.gainMin;
-  state.gainMax = p.gainMax;
-  state.defaultGainR = p.defaultGainR;
-  state.defaultGainG = p.defaultGainG;
-  state.defaultGainB = p.defaultGainB;
-  return state;
+  return {.method = p.method,
+          .windows = p.pWindows,
+          .weights = p.pWeights,
+          .numWindows = p.numWindows,
+          .refRatioR = p.refRatioR,
+          .refRatioB = p.refRatioB,
+          .holdTolR = p.holdTolR,
+          .holdTolB = p.holdTolB,
+          .validTolR = p.validTolR,
+          .validTolB = p.validTolB,
+          .limits = {.redLimit = p.wpdLimit1,
+                     .blueLimit = p.wpdLimit2,
+                     .greenLimit = p.wpdLimit3,
+                     .low4 = static_cast<Vek16u>(4 * p.wpdLow),
+                     .high4 = static_cast<Vek16u>(4 * p.wpdHigh)},
+          .minWhiteCount = p.minWhiteCount,
+          .maxGainStep = p.maxGainStep,
+          .gainMin = p.gainMin,
+          .gainMax = p.gainMax,
+          .defaults = {.red = p.defaultGainR, .green = p.defaultGainG, .blue = p.defaultGainB}};
 }
 
 bool areValid(const Vek16u* pSrc, int srcStep, VekiSize roi, const Vek16u* pGainR,
@@ -89,14 +115,17 @@ bool areValid(const Vek16u* pSrc, int srcStep, VekiSize roi, const Vek16u* pGain
   return true;
 }
 
+// ---- Measurement ------------------------------------------------------------------------------
+
 /// In 1/1024.
 struct Ratios {
   Vek32u red;
   Vek32u blue;
 };
 
-/// The ratios of red and blue to the mean green. 2 * red and 2 * blue go up, as far as 32 bits let
-/// them and at most by 10 bits; green comes down by the rest of the 10. False: no green is left.
+/// The ratios of red and blue to the mean green. The quotients need 10 fractional bits: 2 * red and
+/// 2 * blue go up as far as 32 bits let them, at most by 10 bits, and green comes down by the rest of
+/// the 10. False if no green is left.
 bool measureRatios(const ColourSums& sums, Ratios& ratios) {
   Vek32u red = 2 * sums.red;
   Vek32u blue = 2 * sums.blue;
@@ -113,24 +142,31 @@ bool measureRatios(const ColourSums& sums, Ratios& ratios) {
   return green != 0;
 }
 
-/// The weighted mean of the usable windows' ratios. False: there is none.
-bool measureFrame(const Vek16u* pSrc, int srcStep, const VekiAWBState& state, Ratios& mean) {
-  const WhiteBalanceKernels& rows = select(whiteBalanceKernels);
+/// Whether the window can be used: grey world needs some green, white points enough of them as well.
+bool measureWindow(const WhiteBalanceKernels& kernels, const Vek16u* start, int srcStep,
+                   const VekiRect& window, const VekiAWBState& state, Ratios& ratios) {
+  if (state.method == vekiAWBGrayWorld) {
+    return measureRatios(kernels.sumAll(start, srcStep, window.width, window.height), ratios);
+  }
+  Vek32u count = 0;  // below 2^23, as a window's size is
+  const ColourSums sums =
+      kernels.sumWhitePoints(start, srcStep, window.width, window.height, state.limits, &count);
+  return static_cast<Vek32s>(count) >= state.minWhiteCount && measureRatios(sums, ratios);
+}
+
+/// The weighted mean of the usable windows' ratios, its sums modulo 2^32. False if no window is
+/// usable.
+bool measureFrame(const WhiteBalanceKernels& kernels, const Vek16u* pSrc, int srcStep,
+                  const VekiAWBState& state, Ratios& mean) {
   Ratios sum = {};
   Vek32u weights = 0;
   for (int i = 0; i < state.numWindows; ++i) {
-    const VekiRect& w = state.windows[i];
-    const Vek16u* const start = windowStart(pSrc, srcStep, w);
-    ColourSums sums;
-    if (state.method == vekiAWBGrayWorld) {
-      sums = rows.wga(start, srcStep, w.width, w.height);
-    } else {
-      Vek32u count = 0;  // below 2^23
-      sums = rows.wpd(start, srcStep, w.width, w.height, state.limits, &count);
-      if (state.minWhiteCount > static_cast<Vek32s>(count)) continue;
-    }
+    const VekiRect& window = state.windows[i];
     Ratios ratios;
-    if (!measureRatios(sums, ratios)) continue;
+    if (!measureWindow(kernels, windowStart(pSrc, srcStep, window), srcStep, window, state,
+                       ratios)) {
+      continue;
+    }
     sum.red += ratios.red * state.weights[i];
     sum.blue += ratios.blue * state.weights[i];
     weights += state.weights[i];
@@ -139,27 +175,45 @@ bool measureFrame(const Vek16u* pSrc, int srcStep, const VekiAWBState& state, Ra
   return weights != 0;
 }
 
-bool isWithin(Vek32u ratio, Vek16u reference, Vek16u tolerance) {
-  const Vek32u difference = ratio - reference;  // signed
+// ---- Control law ------------------------------------------------------------------------------
+
+/// Whether |ratio - reference| < tolerance, the difference taken as a signed number.
+bool isNear(Vek32u ratio, Vek16u reference, Vek16u tolerance) {
+  const Vek32u difference = ratio - reference;
   return ((difference >> 31) != 0 ? 0 - difference : difference) < tolerance;
 }
 
-/// value * factor / divisor, the product modulo 2^32.
+/// value * factor / divisor, the product modulo 2^32; 0 if the divisor is 0.
 Vek32u scaled(Vek32u value, Vek16u factor, Vek32u divisor) {
   return _vekDiv_32u(value * factor, divisor, nullptr);
 }
 
-Vek16u targetGain(Vek16u reference, Vek16u gain, Vek32u ratio) {
+bool isBalanced(const VekiAWBState& state, Ratios mean) {
+  return isNear(mean.red, state.refRatioR, state.holdTolR) &&
+         isNear(mean.blue, state.refRatioB, state.holdTolB);
+}
+
+/// Compares what the frame would measure had the gains not been applied.
+bool isBelievable(const VekiAWBState& state, Ratios mean, Gains gains) {
+  return isNear(scaled(mean.red, gains.green, gains.red), state.refRatioR, state.validTolR) &&
+         isNear(scaled(mean.blue, gains.green, gains.blue), state.refRatioB, state.validTolB);
+}
+
+/// The gain that takes `ratio` to the reference, modulo 65536; a ratio of 0 leaves the gain.
+Vek16u correctedGain(Vek16u reference, Vek16u gain, Vek32u ratio) {
   return ratio == 0 ? gain : static_cast<Vek16u>(scaled(reference, gain, ratio));
 }
 
-Vek32s clamped(Vek32s value, Vek32s low, Vek32s high) {
-  return value < low ? low : value > high ? high : value;
+Gains targetGains(const VekiAWBState& state, Ratios mean, Gains gains) {
+  if (!isBelievable(state, mean, gains)) return state.defaults;
+  return {.red = correctedGain(state.refRatioR, gains.red, mean.red),
+          .green = gains.green,
+          .blue = correctedGain(state.refRatioB, gains.blue, mean.blue)};
 }
 
 Vek16u moveGain(const VekiAWBState& state, Vek16u gain, Vek16u target) {
-  const Vek32s change = clamped(target - gain, -state.maxGainStep, state.maxGainStep);
-  return static_cast<Vek16u>(clamped(gain + change, state.gainMin, state.gainMax));
+  const Vek32s change = clamp(target - gain, -state.maxGainStep, state.maxGainStep);
+  return static_cast<Vek16u>(clamp(gain + change, state.gainMin, state.gainMax));
 }
 
 }  // namespace
@@ -177,6 +231,8 @@ VekStatus vekiInitAlloc_AWB_10RGGB_8u_C1R(const VekiAWBParams* pParams, VekiAWBS
 }
 
 VekStatus vekiFree_AWB_10RGGB_8u_C1R(VekiAWBState* pState) {
+  // @quirk Null is refused here, though the other states' functions accept it: callers compare the
+  // status.
   if (pState == nullptr) return vekStsBadArgErr;
   vekiFree(pState);
   return vekStsNoErr;
@@ -189,26 +245,15 @@ VekStatus vekiAWB_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize roiSiz
   }
   const VekiAWBState& state = *pState;
   vek::Ratios mean;
-  if (!vek::measureFrame(pSrc, srcStep, state, mean)) return vekStsAwbNoData;
-  if (vek::isWithin(mean.red, state.refRatioR, state.holdTolR) &&
-      vek::isWithin(mean.blue, state.refRatioB, state.holdTolB)) {
-    return vekStsNoErr;
+  if (!vek::measureFrame(vek::select(vek::whiteBalanceKernels), pSrc, srcStep, state, mean)) {
+    return vekStsAwbNoData;
   }
+  if (vek::isBalanced(state, mean)) return vekStsNoErr;
 
-  // What the frame would measure had the gains not been applied decides whether it is believed.
-  Vek16u red = state.defaultGainR;
-  Vek16u green = state.defaultGainG;
-  Vek16u blue = state.defaultGainB;
-  if (vek::isWithin(vek::scaled(mean.red, *pGainG, *pGainR), state.refRatioR, state.validTolR) &&
-      vek::isWithin(vek::scaled(mean.blue, *pGainG, *pGainB), state.refRatioB, state.validTolB)) {
-    red = vek::targetGain(state.refRatioR, *pGainR, mean.red);
-    green = *pGainG;
-    blue = vek::targetGain(state.refRatioB, *pGainB, mean.blue);
-  }
-
-  *pGainR = vek::moveGain(state, *pGainR, red);
-  *pGainG = vek::moveGain(state, *pGainG, green);
-  *pGainB = vek::moveGain(state, *pGainB, blue);
+  const vek::Gains target = vek::targetGains(state, mean, {*pGainR, *pGainG, *pGainB});
+  *pGainR = vek::moveGain(state, *pGainR, target.red);
+  *pGainG = vek::moveGain(state, *pGainG, target.green);
+  *pGainB = vek::moveGain(state, *pGainB, target.blue);
   for (Vek16u gain : {*pGainR, *pGainG, *pGainB}) {
     if (gain == state.gainMin || gain == state.gainMax) return vekStsAwbGainAtLimit;
   }

@@ -25,13 +25,14 @@ struct WhitePointLimits {
   Vek16u high4;       ///< 4 * high, at most 4092
 };
 
-/// A window's width and height are even.
+/// A window's width and height are even, and so is srcStep.
 struct WhiteBalanceKernels {
-  ColourSums (*wga)(const Vek16u* pWin, int srcStep, int w, int h);
+  /// The sums over all quads: the grey-world measurement.
+  ColourSums (*sumAll)(const Vek16u* pWin, int srcStep, int w, int h);
 
   /// The sums over the white points alone; *pCount is the number of samples in them.
-  ColourSums (*wpd)(const Vek16u* pWin, int srcStep, int w, int h, const WhitePointLimits& limits,
-                    Vek32u* pCount);
+  ColourSums (*sumWhitePoints)(const Vek16u* pWin, int srcStep, int w, int h,
+                               const WhitePointLimits& limits, Vek32u* pCount);
 };
 
 VEK_KERNEL_TABLE(WhiteBalanceKernels, whiteBalanceKernels)

@@ -1,4 +1,5 @@
-// The walk over a window's quads in blocks of a vector or two.
+// The walk over a window's quads in blocks of a vector or two, and the sum of what its bodies add up.
+// Half a quad, the two samples that it has in one row, is a 32-bit lane with the second one on top.
 #pragma once
 
 #include "core/kernel/blocks.h"
@@ -10,8 +11,12 @@ namespace {
 /// Calls body(top, bottom) for every `quads` quads of a w x h window, with the addresses of their
 /// samples in both rows. The last, shorter block of a row pair comes as copies that end in zeros,
 /// so a body must not count a quad of zeros.
+///
+/// This is copiedBlocks() for two source rows, except that it is inlined: the bodies add to sums that
+/// live in registers from the first row to the last, which a call for every row pair would store.
 template <int quads, class Body>
 void forEachQuadBlock(const Vek16u* pWin, int srcStep, int w, int h, Body body) {
+  VEK_ASSERT(srcStep % 2 == 0);
   constexpr ptrdiff_t halfQuad = 2 * sizeof(Vek16u);
   constexpr ptrdiff_t block = quads * halfQuad;
   const ptrdiff_t rowBytes = w / 2 * halfQuad;
@@ -27,7 +32,8 @@ void forEachQuadBlock(const Vek16u* pWin, int srcStep, int w, int h, Body body) 
   }
 }
 
-/// The sum of all lanes modulo 2^32. (Highway's may add signed numbers.)
+/// The sum of all lanes modulo 2^32. Highway's own sum may add signed numbers, which must not
+/// overflow.
 template <class D>
 Vek32u sumOfLanes(D d, hn::Vec<D> v) {
   alignas(64) hn::TFromD<D> lanes[hn::MaxLanes(D())];

@@ -115,7 +115,7 @@ TEST(Exposure, LevelsMeasureTheSame) {
       std::vector<Vek32u> bins(histogramBins);
       const GreenHistogram greens =
           select(exposureKernels, level)
-              .hist(frame.data(), 640, size.width, size.height, countThresh, bins.data());
+              .measureGreens(frame.data(), 640, size.width, size.height, countThresh, bins.data());
       return std::tuple(greens.samples, greens.sum, greens.lowest, greens.highest);
     };
     for (Level level : levels()) {

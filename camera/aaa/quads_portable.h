@@ -1,16 +1,19 @@
-// The plain walk over the 2 x 2 quads of a window, compiled for every level.
+// The walk over the quads of a window, for the portable kernels of exposure and white balance.
 #pragma once
 
 #include "vek/vek.h"
 
 #include <stddef.h>
 
-namespace vek::VEK_LEVEL {
+#include "core/assert.h"
+
+namespace vek::portable {
 namespace {
 
 /// Calls quad(red, top green, bottom green, blue) for every whole quad of a w x h window.
 template <class Quad>
 void forEachQuad(const Vek16u* pWin, int srcStep, int w, int h, Quad quad) {
+  VEK_ASSERT(srcStep % 2 == 0);
   const ptrdiff_t rowSamples = srcStep / 2;
   for (ptrdiff_t y = 0; y + 1 < h; y += 2) {
     const Vek16u* top = pWin + y * rowSamples;
@@ -22,4 +25,4 @@ void forEachQuad(const Vek16u* pWin, int srcStep, int w, int h, Quad quad) {
 }
 
 }  // namespace
-}  // namespace vek::VEK_LEVEL
+}  // namespace vek::portable
