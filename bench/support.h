@@ -15,13 +15,26 @@ namespace vek::bench {
 
 inline constexpr VekiSize standardSizes[] = {{64, 48}, {320, 240}, {1280, 720}, {1920, 1080}};
 
+/// Until its end, images are made of memory that every other such scope uses, too: what is made for
+/// one library works on the very memory of what is made for another.
+class SharedMemory {
+ public:
+  SharedMemory();
+  ~SharedMemory();
+  SharedMemory(const SharedMemory&) = delete;
+  SharedMemory& operator=(const SharedMemory&) = delete;
+};
+
+/// Memory of `size` bytes for an image.
+std::shared_ptr<std::vector<uint8_t>> imageMemory(size_t size);
+
 /// Image memory filled with noise, 64-byte aligned, shared by the copies of a benchmark's closure.
 class Image {
  public:
   /// Rows of `rowBytes` bytes; the step is rounded up to a multiple of 64 unless given.
   Image(int rowBytes, int height, int step = 0)
       : step_(step > 0 ? step : (rowBytes + 63) / 64 * 64),
-        bytes_(std::make_shared<std::vector<uint8_t>>(static_cast<size_t>(step_) * height + 128)) {
+        bytes_(imageMemory(static_cast<size_t>(step_) * height + 128)) {
     uint32_t state = 12345;
     for (uint8_t& b : *bytes_) {
       state = state * 1664525u + 1013904223u;

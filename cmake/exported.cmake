@@ -1,0 +1,15 @@
+# vek_exported_functions(<variable>): the names of all exported functions, from the headers that declare
+# them. A change of a header configures again.
+function(vek_exported_functions variable)
+  file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/vek/*.h)
+  set(names "")
+  foreach(header IN LISTS headers)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+    file(STRINGS ${header} lines REGEX "^VEK_API .*\\(")
+    foreach(line IN LISTS lines)
+      string(REGEX MATCH "([A-Za-z0-9_]+)\\(" call "${line}")
+      list(APPEND names ${CMAKE_MATCH_1})
+    endforeach()
+  endforeach()
+  set(${variable} ${names} PARENT_SCOPE)
+endfunction()
