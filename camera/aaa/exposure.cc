@@ -22,6 +22,7 @@
 #include "camera/aaa/exposure_kernels.h"
 #include "camera/aaa/limits.h"
 #include "camera/aaa/raw_frame.h"
+#include "core/allocate.h"
 #include "core/check.h"
 
 namespace vek {
@@ -119,11 +120,6 @@ VekiAEState makeState(const VekiAEParams& p) {
           .scaleMax = p.scaleMax,
           .stepMin = p.stepMin,
           .stepMax = p.stepMax};
-}
-
-template <class T>
-T* allocate(int count) {
-  return static_cast<T*>(vekiMalloc(count * static_cast<int>(sizeof(T))));
 }
 
 /// Gives the state its histogram or its own windows and weights. False if the allocator returned
@@ -306,7 +302,7 @@ extern "C" {
 
 VekStatus vekiInitAlloc_AE_10RGGB_8u_C1R(const VekiAEParams* pParams, VekiAEState** ppState) {
   if (vek::anyNull({pParams, ppState}) || !vek::areValid(*pParams)) return vekStsBadArgErr;
-  VekiAEState* const state = vek::allocate<VekiAEState>(1);
+  VekiAEState* const state = vek::allocate<VekiAEState>();
   if (state == nullptr) return vekStsMemAllocErr;
   *state = vek::makeState(*pParams);
   if (!vek::takeMemory(*state)) {

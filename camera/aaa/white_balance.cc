@@ -16,6 +16,7 @@
 #include "camera/aaa/limits.h"
 #include "camera/aaa/raw_frame.h"
 #include "camera/aaa/white_balance_kernels.h"
+#include "core/allocate.h"
 #include "core/check.h"
 
 namespace vek {
@@ -223,7 +224,7 @@ extern "C" {
 
 VekStatus vekiInitAlloc_AWB_10RGGB_8u_C1R(const VekiAWBParams* pParams, VekiAWBState** ppState) {
   if (vek::anyNull({pParams, ppState}) || !vek::areValid(*pParams)) return vekStsBadArgErr;
-  VekiAWBState* const state = static_cast<VekiAWBState*>(vekiMalloc(int{sizeof(VekiAWBState)}));
+  VekiAWBState* const state = vek::allocate<VekiAWBState>();
   if (state == nullptr) return vekStsMemAllocErr;
   *state = vek::makeState(*pParams);
   *ppState = state;

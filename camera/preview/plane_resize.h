@@ -26,29 +26,29 @@ struct PlanarResize {
 };
 
 /// Turns the rows of an unscaled plane, straight from the source.
-inline void turnPlane(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at, ptrdiff_t width,
+inline void turnPlane(Plane<const Vek8u> src, const OrientedPlane& dst, ptrdiff_t width,
                       RowRange rows) {
   const PlaceTile place = select(placeKernels).bytes1;
-  if (at.dx == 1 && at.dy == width && src.step == width) {  // one long row
+  if (dst.dx == 1 && dst.dy == width && src.step == width) {  // one long row
     const size_t bytes = static_cast<size_t>(width * (rows.end - rows.first));
-    memcpy(dst + at.start + rows.first * width, src.row(rows.first), bytes);
+    memcpy(dst.at(0, rows.first), src.row(rows.first), bytes);
     return;
   }
-  forEachTile(dst, at, 1, width, rows, planeTile,
+  forEachTile(dst, 1, width, rows, planeTile,
               [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
-                place(src.row(y) + x, src.step, n, count, to, at.dx, at.dy);
+                place(src.row(y) + x, src.step, n, count, to, dst.dx, dst.dy);
               });
 }
 
 /// Row y of the scaled plane takes the nearest samples of source row sourceRow(y).
 template <class SourceRow>
-void resizeNearest(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
-                   const Scaling& scaling, ptrdiff_t width, RowRange rows, SourceRow sourceRow) {
-  if (scaling.unscaled()) return turnPlane(src, dst, at, width, rows);
+void resizeNearest(Plane<const Vek8u> src, const OrientedPlane& dst, const Scaling& scaling,
+                   ptrdiff_t width, RowRange rows, SourceRow sourceRow) {
+  if (scaling.unscaled()) return turnPlane(src, dst, width, rows);
   const ResampleKernels& kernels = select(resampleKernels);
   Columns columns;
   walkSamples(
-      dst, at, width, rows,
+      dst, width, rows,
       [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out, ptrdiff_t step) {
         nearestColumns(kernels, scaling.xStep, x, n, columns);
         for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {
@@ -59,12 +59,12 @@ void resizeNearest(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
 
 /// Row y of the scaled plane blends the source rows around phase rowPhase(y).
 template <class RowPhase>
-void resizeBilinear(Plane<const Vek8u> src, int srcWidth, Vek8u* dst, const Orientation& at,
-                    Vek32u xStep, ptrdiff_t width, RowRange rows, RowPhase rowPhase) {
+void resizeBilinear(Plane<const Vek8u> src, int srcWidth, const OrientedPlane& dst, Vek32u xStep,
+                    ptrdiff_t width, RowRange rows, RowPhase rowPhase) {
   const ResampleKernels& kernels = select(resampleKernels);
   Columns columns;
   walkSamples(
-      dst, at, width, rows,
+      dst, width, rows,
       [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* out, ptrdiff_t step) {
         blendedColumns(kernels, xStep, x, n, srcWidth - 1, columns);
         for (const ptrdiff_t end = y + count; y < end; ++y, out += step) {

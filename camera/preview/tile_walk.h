@@ -8,8 +8,8 @@
 #include <stdint.h>
 
 #include "camera/preview/csc_kernels.h"
-#include "camera/preview/orientation.h"
 #include "core/kernel/place_kernels.h"
+#include "core/orientation.h"
 
 namespace vek {
 
@@ -36,15 +36,15 @@ struct RowRange {
   ptrdiff_t first, end;
 };
 
-/// How many rows of a quarter turn come before the first whole cache line of the destination rows,
-/// at `to`; 0 if the lines of the rows begin at different places, or the rows are odd.
-inline ptrdiff_t rowsToLine(const Vek8u* to, const Orientation& at, ptrdiff_t pixelBytes) {
+/// How many rows from row y on of a transposed image come before the first whole cache line of the
+/// destination rows; 0 if the lines of the rows begin at different places, or the rows are odd.
+inline ptrdiff_t rowsToLine(const OrientedPlane& dst, ptrdiff_t y, ptrdiff_t pixelBytes) {
   constexpr ptrdiff_t line = 64;
-  if (at.dx % line != 0) return 0;
-  const Vek8u* const edge = at.dy > 0 ? to : to + pixelBytes;
+  if (dst.dx % line != 0) return 0;
+  const Vek8u* const edge = dst.at(0, y) + (dst.dy > 0 ? 0 : pixelBytes);
   const ptrdiff_t past = static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(edge) % line);
   for (ptrdiff_t rows = 0; rows < line; rows += 2) {
-    if ((past + (at.dy > 0 ? rows : -rows) * pixelBytes) % line == 0) return rows;
+    if ((past + (dst.dy > 0 ? rows : -rows) * pixelBytes) % line == 0) return rows;
   }
   return 0;
 }
@@ -54,20 +54,20 @@ inline ptrdiff_t rowsToLine(const Vek8u* to, const Orientation& at, ptrdiff_t pi
 /// neither coordinate runs along destination rows, a tile is part of one row: pixels that meet are
 /// then written in the order of the walk.
 template <class Tile>
-void forEachTile(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdiff_t width,
-                 RowRange rows, const TurnedTile& shape, Tile tile) {
-  const bool columnsBecomeRows = at.dy == pixelBytes || at.dy == -pixelBytes;
-  const bool blocks = at.turned && columnsBecomeRows;
-  const ptrdiff_t unit = !at.turned ? stripRows : blocks ? shape.rows : 1;
-  const ptrdiff_t columns = at.turned ? shape.columns : stripColumns;
+void forEachTile(const OrientedPlane& dst, ptrdiff_t pixelBytes, ptrdiff_t width, RowRange rows,
+                 const TurnedTile& shape, Tile tile) {
+  const bool columnsBecomeRows = dst.dy == pixelBytes || dst.dy == -pixelBytes;
+  const bool blocks = dst.transposed && columnsBecomeRows;
+  const ptrdiff_t unit = !dst.transposed ? stripRows : blocks ? shape.rows : 1;
+  const ptrdiff_t columns = dst.transposed ? shape.columns : stripColumns;
   ptrdiff_t count = unit;
-  if (blocks) count += rowsToLine(dst + at.start + rows.first * at.dy, at, pixelBytes);
+  if (blocks) count += rowsToLine(dst, rows.first, pixelBytes);
   for (ptrdiff_t y = rows.first; y < rows.end; y += count, count = unit) {
     const ptrdiff_t rest = rows.end - y;
     if (rest < count || (blocks && rest < 2 * unit)) count = rest;
     for (ptrdiff_t x = 0; x < width; x += columns) {
       const ptrdiff_t n = width - x < columns ? width - x : columns;
-      tile(x, y, n, count, dst + at.start + x * at.dx + y * at.dy);
+      tile(x, y, n, count, dst.at(x, y));
     }
   }
 }
@@ -75,17 +75,16 @@ void forEachTile(Vek8u* dst, const Orientation& at, ptrdiff_t pixelBytes, ptrdif
 /// Walks a plane: makeTile(x, y, n, rows, out, step) writes samples as the source is oriented, rows
 /// `step` bytes apart, straight into the destination where that is possible.
 template <class MakeTile>
-void walkSamples(Vek8u* dst, const Orientation& at, ptrdiff_t width, RowRange rows,
-                 MakeTile makeTile) {
+void walkSamples(const OrientedPlane& dst, ptrdiff_t width, RowRange rows, MakeTile makeTile) {
   const PlaceTile place = select(placeKernels).bytes1;
-  const bool direct = !at.turned && at.dx == 1;
-  const ptrdiff_t step = at.turned ? wideTile.columns : stripColumns;
+  const bool direct = !dst.transposed && dst.dx == 1;
+  const ptrdiff_t step = dst.transposed ? wideTile.columns : stripColumns;
   alignas(64) Vek8u tile[tileSamples];
-  forEachTile(dst, at, 1, width, rows, wideTile,
+  forEachTile(dst, 1, width, rows, wideTile,
               [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
-                if (direct) return makeTile(x, y, n, count, to, at.dy);
+                if (direct) return makeTile(x, y, n, count, to, dst.dy);
                 makeTile(x, y, n, count, tile, step);
-                place(tile, step, n, count, to, at.dx, at.dy);
+                place(tile, step, n, count, to, dst.dx, dst.dy);
               });
 }
 
@@ -107,15 +106,15 @@ struct PixelKernels {
 /// apart, or where they are. Not the pixels but the samples are turned, before the conversion: they
 /// are fewer bytes, and pixels are then written once and in order.
 template <class MakeSamples>
-void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, ptrdiff_t width,
+void walkPixels(const OrientedPlane& dst, const PixelKernels& kernels, ptrdiff_t width,
                 RowRange rows, const TurnedTile& shape, MakeSamples makeSamples) {
   const PlaceKernels& place = select(placeKernels);
-  const ptrdiff_t size = kernels.bytes, step = at.turned ? shape.columns : stripColumns;
+  const ptrdiff_t size = kernels.bytes, step = dst.transposed ? shape.columns : stripColumns;
   const ptrdiff_t turnedStep = 2 * shape.rows;
   SampleTile buffer, turned;
 
   const auto convertForwards = [&](const YccPlanes& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
-    kernels.paired(s, n, count, to, at.dy);
+    kernels.paired(s, n, count, to, dst.dy);
   };
   const auto convertBackwards = [&](const YccPlanes& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
     const ptrdiff_t pairs = (n + 1) / 2, chromaRows = count >> s.chromaShift;
@@ -130,12 +129,12 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
               {turned.cr + x, step / 2},
               s.chromaShift};
     };
-    if (odd != 0) kernels.single(from(0), 1, count, left, at.dy);
-    kernels.paired(from(odd), n - odd, count, left + odd * size, at.dy);
+    if (odd != 0) kernels.single(from(0), 1, count, left, dst.dy);
+    kernels.paired(from(odd), n - odd, count, left + odd * size, dst.dy);
   };
   const auto convertTurned = [&](const YccPlanes& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
     const ptrdiff_t pairs = (n + 1) / 2, chromaRows = count >> s.chromaShift;
-    const ptrdiff_t dy = at.dy > 0 ? 1 : -1;
+    const ptrdiff_t dy = dst.dy > 0 ? 1 : -1;
     const auto turn = [&](Plane<const Vek8u> plane, ptrdiff_t columns, ptrdiff_t rowCount,
                           Vek8u* out) {
       place.bytes1(plane.data, plane.step, columns, rowCount, dy > 0 ? out : out + rowCount - 1,
@@ -147,20 +146,20 @@ void walkPixels(Vek8u* dst, const Orientation& at, const PixelKernels& kernels, 
     const YccPlanes samples = {
         {turned.y, turnedStep}, {turned.cb, turnedStep}, {turned.cr, turnedStep}, 1};
     (s.chromaShift == 1 ? kernels.paired : kernels.single)(
-        samples, count, n, dy > 0 ? to : to + (count - 1) * at.dy, at.dx);
+        samples, count, n, dy > 0 ? to : to + (count - 1) * dst.dy, dst.dx);
   };
   const auto scatter = [&](const YccPlanes& s, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
     kernels.paired(s, n, count, turned.y, 0);
-    place.of(static_cast<int>(size))(turned.y, 0, n, count, to, at.dx, at.dy);
+    place.of(static_cast<int>(size))(turned.y, 0, n, count, to, dst.dx, dst.dy);
   };
-  forEachTile(dst, at, size, width, rows, shape,
+  forEachTile(dst, size, width, rows, shape,
               [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t count, Vek8u* to) {
                 const YccPlanes s = makeSamples(x, y, n, count, buffer, step);
-                if (at.turned && (at.dy == size || at.dy == -size)) {
+                if (dst.transposed && (dst.dy == size || dst.dy == -size)) {
                   convertTurned(s, n, count, to);
-                } else if (at.turned) {
+                } else if (dst.transposed) {
                   scatter(s, n, count, to);
-                } else if (at.dx > 0) {
+                } else if (dst.dx > 0) {
                   convertForwards(s, n, count, to);
                 } else {
                   convertBackwards(s, n, count, to);

@@ -35,7 +35,7 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int 
       rotation > vekiMirrorTopBottom) {
     return vekStsBadArgErr;
   }
-  const int rowBytes = isQuarterTurn(rotation) ? dstHeight : dstWidth;
+  const int rowBytes = isTransposed(rotation) ? dstHeight : dstWidth;
   if (dstStep[0] < rowBytes || dstStep[1] < rowBytes / 2 || dstStep[2] < rowBytes / 2) {
     return vekStsBadArgErr;
   }
@@ -105,14 +105,13 @@ void _vekiYCbCr420RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int sr
     const int width = i == 0 ? scaling.width : scaling.width / 2;
     const int height = i == 0 ? scaling.height : scaling.height / 2;
     const Plane<const Vek8u> src = planes.src[i];
-    const Plane<Vek8u> dst = planes.dst[i];
-    Orientation at = orientation(rotation, width, height, 1, dst.step);
+    OrientedPlane dst(planes.dst[i], orientationOf(rotation), width, height);
     // Mirrored top-bottom, the rows of Cr are as far apart as those of Cb.
-    if (rotation == vekiMirrorTopBottom && i == 2) at.dy = -planes.dst[1].step;
+    if (rotation == vekiMirrorTopBottom && i == 2) dst.dy = -planes.dst[1].step;
     if (i == 0 && scaling.bilinear) {
-      resizeBilinear(src, srcWidth, dst.data, at, scaling.xStep, width, {0, height}, rowPhase);
+      resizeBilinear(src, srcWidth, dst, scaling.xStep, width, {0, height}, rowPhase);
     } else {
-      resizeNearest(src, dst.data, at, scaling, width, {0, height}, sourceRow);
+      resizeNearest(src, dst, scaling, width, {0, height}, sourceRow);
     }
   }
 }

@@ -42,16 +42,15 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int 
   }
   if (isMisaligned(dstStep, dstFormat == bgr24 ? 2 : 8)) return vekStsBadArgErr;
   const int rowPixels = dstFormat == bgr24 ? dstStep / 3 : dstStep / 2;
-  if (rowPixels < (isQuarterTurn(rotation) ? dstHeight : dstWidth)) return vekStsBadArgErr;
+  if (rowPixels < (isTransposed(rotation) ? dstHeight : dstWidth)) return vekStsBadArgErr;
   if (anyPlaneNull(pSrc)) return vekStsBadArgErr;
   return vekStsNoErr;
 }
 
 /// With an odd size the last column repeats its left neighbour and the last row the one before it.
-void repeatOddEdges(const Scaling& scaling, Vek8u* first, Orientation at, int pixelBytes) {
+void repeatOddEdges(const Scaling& scaling, const OrientedPlane& dst, int pixelBytes) {
   const auto copy = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t fromX, ptrdiff_t fromY) {
-    memcpy(first + x * at.dx + y * at.dy, first + fromX * at.dx + fromY * at.dy,
-           static_cast<size_t>(pixelBytes));
+    memcpy(dst.at(x, y), dst.at(fromX, fromY), static_cast<size_t>(pixelBytes));
   };
   if (isOdd(scaling.width)) {
     const int x = scaling.width - 1;
@@ -71,8 +70,8 @@ void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scal
   const int format = dstFormat - rgb565;
   const PixelKernels kernels = {csc.paired.of(format), csc.single.of(format),
                                 dstFormat == bgr24 ? 3 : 2};
-  const Orientation at =
-      orientation(rotation, scaling.width, scaling.height, kernels.bytes, dstStep);
+  const OrientedPlane dst({pDst, dstStep}, orientationOf(rotation), scaling.width, scaling.height,
+                          kernels.bytes);
   const Vek32u lastPhase = lastRowPhase(src.height);
 
   Columns columns, chromaColumns;
@@ -109,9 +108,9 @@ void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scal
     }
     return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 1};
   };
-  walkPixels(pDst, at, kernels, scaling.width & ~1, {0, scaling.height & ~1},
+  walkPixels(dst, kernels, scaling.width & ~1, {0, scaling.height & ~1},
              scaling.unscaled() ? tallTile : wideTile, makeSamples);
-  repeatOddEdges(scaling, pDst + at.start, at, static_cast<int>(kernels.bytes));
+  repeatOddEdges(scaling, dst, static_cast<int>(kernels.bytes));
 }
 
 }  // namespace

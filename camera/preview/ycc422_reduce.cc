@@ -20,7 +20,7 @@ VekStatus check(const Vek8u* pSrc, int srcStep, const Vek16u* pDst, int dstStep,
       factor > width || factor > height || (factor != 2 && factor != 4 && factor != 8)) {
     return vekStsBadArgErr;
   }
-  if (dstStep / 2 < (isQuarterTurn(rotation) ? height : width) / factor || srcStep / 2 < width ||
+  if (dstStep / 2 < (isTransposed(rotation) ? height : width) / factor || srcStep / 2 < width ||
       interpolation < 0 || interpolation > 1 || dstFormat < rgb565 || dstFormat > rgb555 ||
       rotation < vekiRotNone || rotation > vekiRot180) {
     return vekStsBadArgErr;
@@ -63,8 +63,8 @@ void resizeCscRotate(Plane<const Vek8u> src, Vek8u* pDst, int dstStep, int width
     }
     return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 0};
   };
-  walkPixels(pDst, orientation(rotation, columns, rows, 2, dstStep), pixels, columns, {0, rows},
-             wideTile, makeSamples);
+  walkPixels({{pDst, dstStep}, orientationOf(rotation), columns, rows, 2}, pixels, columns,
+             {0, rows}, wideTile, makeSamples);
 }
 
 constexpr auto _vekiResize2CscRotate_8u_C2R = resizeCscRotate<2>;

@@ -23,7 +23,7 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int 
       srcStep[0] < srcWidth || srcStep[1] < srcWidth / 2 || srcStep[2] < srcWidth / 2) {
     return vekStsBadArgErr;
   }
-  const int rowBytes = isQuarterTurn(rotation) ? dstHeight : dstWidth;
+  const int rowBytes = isTransposed(rotation) ? dstHeight : dstWidth;
   if (dstStep[0] < rowBytes || dstStep[1] < rowBytes / 2 || dstStep[2] < rowBytes / 2 ||
       interpolation < 0 || interpolation > 1 || rotation < vekiRotNone ||
       rotation > vekiMirrorTopBottom) {
@@ -36,15 +36,16 @@ VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int 
 /// source rows becomes one destination column that alternates between the two: the upper rows fill
 /// every other destination row, the lower ones those between.
 template <class SourceRow>
-void resizeTurnedChroma(Plane<const Vek8u> src, Vek8u* dst, const Orientation& at,
-                        const Scaling& scaling, ptrdiff_t width, RowRange rowPairs,
-                        SourceRow sourceRow) {
+void resizeTurnedChroma(Plane<const Vek8u> src, const OrientedPlane& dst, const Scaling& scaling,
+                        ptrdiff_t width, RowRange rowPairs, SourceRow sourceRow) {
   for (ptrdiff_t lower : {0, 1}) {
-    const Orientation alternating = {at.start + lower * at.dx, 2 * at.dx, at.dy, true};
+    OrientedPlane alternate = dst;
+    alternate.first += lower * dst.dx;
+    alternate.dx *= 2;
     if (scaling.unscaled()) {
-      turnPlane({src.row(lower), 2 * src.step}, dst, alternating, width, rowPairs);
+      turnPlane({src.row(lower), 2 * src.step}, alternate, width, rowPairs);
     } else {
-      resizeNearest(src, dst, alternating, scaling, width, rowPairs,
+      resizeNearest(src, alternate, scaling, width, rowPairs,
                     [&](ptrdiff_t pair) { return sourceRow(2 * pair + lower); });
     }
   }
@@ -55,6 +56,7 @@ void resizeTurnedChroma(Plane<const Vek8u> src, Vek8u* dst, const Orientation& a
 void _vekiYCbCr422RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int srcHeight,
                                 const Scaling& scaling, int rotation) {
   const ptrdiff_t width = scaling.width, height = scaling.height;
+  const Orientation orientation = orientationOf(rotation);
   const Vek32u lastPhase = lastRowPhase(srcHeight);
   // Only the lower rows of the pairs are kept above the last source row, and not the first of them.
   const auto rowPhase = [&](ptrdiff_t y) {
@@ -65,22 +67,19 @@ void _vekiYCbCr422RszRot_8u_P3R(const PlanarResize& planes, int srcWidth, int sr
   const auto sourceRow = [&](ptrdiff_t y) { return (rowPhase(y) + halfSample) >> 16; };
 
   const auto resizeRows = [&](RowRange rows) {
-    const Orientation luma = orientation(rotation, width, height, 1, planes.dst[0].step);
+    const OrientedPlane luma(planes.dst[0], orientation, width, height);
     if (scaling.bilinear) {
-      resizeBilinear(planes.src[0], srcWidth, planes.dst[0].data, luma, scaling.xStep, width, rows,
-                     rowPhase);
+      resizeBilinear(planes.src[0], srcWidth, luma, scaling.xStep, width, rows, rowPhase);
     } else {
-      resizeNearest(planes.src[0], planes.dst[0].data, luma, scaling, width, rows, sourceRow);
+      resizeNearest(planes.src[0], luma, scaling, width, rows, sourceRow);
     }
     for (int i : {1, 2}) {
       const Plane<Vek8u> dst = planes.dst[i];
-      if (isQuarterTurn(rotation)) {
-        resizeTurnedChroma(planes.src[i], dst.data,
-                           orientation(rotation, width, height / 2, 1, dst.step), scaling,
-                           width / 2, {rows.first / 2, rows.end / 2}, sourceRow);
+      if (orientation.transposed) {
+        resizeTurnedChroma(planes.src[i], {dst, orientation, width, height / 2}, scaling, width / 2,
+                           {rows.first / 2, rows.end / 2}, sourceRow);
       } else {
-        resizeNearest(planes.src[i], dst.data,
-                      orientation(rotation, width / 2, height, 1, dst.step), scaling, width / 2,
+        resizeNearest(planes.src[i], {dst, orientation, width / 2, height}, scaling, width / 2,
                       rows, sourceRow);
       }
     }

@@ -125,7 +125,7 @@ using LumaRow = decltype(&nearestLuma);
 
 /// Makes `width` x `height` pixels and puts them as `at` says.
 template <LumaRow lumaRow, int pixelBytes>
-void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientation& at, int width,
+void resizeRotateCsc(const Sampler& src, int format, const OrientedPlane& dst, int width,
                      int height) {
   const ResampleKernels& resample = select(resampleKernels);
   const CscKernels& csc = select(cscKernels);
@@ -155,7 +155,7 @@ void resizeRotateCsc(const Sampler& src, int format, Vek8u* pDst, const Orientat
     }
     return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 0};
   };
-  walkPixels(pDst, at, kernels, width, {0, height}, wideTile, makeSamples);
+  walkPixels(dst, kernels, width, {0, height}, wideTile, makeSamples);
 }
 
 constexpr auto _ResizeRotateCSCNN = resizeRotateCsc<nearestLuma, 2>;
@@ -167,12 +167,12 @@ constexpr auto _ResizeRotateCSC888Bilinear = resizeRotateCsc<bilinearLuma, 3>;
 void _vekiYCbCr422RszCscRotRGB888_8u_P3C3R(const Sampler& src, Vek8u* pDst, int dstStep,
                                            int dstWidth, int dstHeight, bool bilinear,
                                            int rotation) {
-  const bool turned = isQuarterTurn(rotation);
-  const int width = turned ? dstHeight : dstWidth;
-  const int height = turned ? dstWidth : dstHeight;
-  const Orientation at = orientation(rotation, width, height, 3, dstStep);
+  const bool transposed = isTransposed(rotation);
+  const int width = transposed ? dstHeight : dstWidth;
+  const int height = transposed ? dstWidth : dstHeight;
+  const OrientedPlane dst({pDst, dstStep}, orientationOf(rotation), width, height, 3);
   const auto kernel = bilinear ? _ResizeRotateCSC888Bilinear : _ResizeRotateCSC888NN;
-  kernel(src, bgr24, pDst, at, width, height);
+  kernel(src, bgr24, dst, width, height);
 }
 
 /// 16-bit pixels: always dstWidth columns and dstHeight rows. A quarter turn begins where one of a
@@ -180,13 +180,12 @@ void _vekiYCbCr422RszCscRotRGB888_8u_P3C3R(const Sampler& src, Vek8u* pDst, int 
 /// made.
 void resize16(const Sampler& src, Vek8u* pDst, int dstStep, int dstWidth, int dstHeight,
               int dstFormat, bool bilinear, int rotation) {
-  Orientation at = orientation(rotation, dstWidth, dstHeight, 2, dstStep);
-  if (at.turned) {
-    at = orientation(rotation, dstHeight, dstWidth, 2, dstStep);
-    at.dy += (ptrdiff_t{dstWidth} - dstHeight) * at.dx;
-  }
+  const Orientation orientation = orientationOf(rotation);
+  OrientedPlane dst({pDst, dstStep}, orientation, orientation.transposed ? dstHeight : dstWidth,
+                    orientation.transposed ? dstWidth : dstHeight, 2);
+  if (orientation.transposed) dst.dy += (ptrdiff_t{dstWidth} - dstHeight) * dst.dx;
   const auto kernel = bilinear ? _ResizeRotateCSCBilinear : _ResizeRotateCSCNN;
-  kernel(src, dstFormat, pDst, at, dstWidth, dstHeight);
+  kernel(src, dstFormat, dst, dstWidth, dstHeight);
 }
 
 }  // namespace

@@ -9,34 +9,13 @@
 #include "camera/raw/rggb_kernels.h"
 #include "camera/raw/state.h"
 #include "core/kernel/place_kernels.h"
+#include "core/orientation.h"
 
 namespace vek {
 
 /// Size of a result in 2 x 2 blocks, seen as the source is oriented.
 struct BlockSize {
   int columns, rows;
-};
-
-/// A plane in the orientation of the source: sample (x, y) is at first + x * dx + y * dy.
-struct TurnedPlane {
-  TurnedPlane(Vek8u* data, ptrdiff_t step, int rotation, ptrdiff_t width, ptrdiff_t height)
-      : first(data),
-        dx(isQuarterTurn(rotation) ? step : 1),
-        dy(isQuarterTurn(rotation) ? 1 : step) {
-    if (rotation == 1 || rotation == 3) turnBack(dx, width);
-    if (rotation == 2 || rotation == 3) turnBack(dy, height);
-  }
-
-  Vek8u* at(ptrdiff_t x, ptrdiff_t y) const { return first + x * dx + y * dy; }
-
-  Vek8u* first;
-  ptrdiff_t dx, dy;
-
- private:
-  void turnBack(ptrdiff_t& step, ptrdiff_t size) {
-    first += (size - 1) * step;
-    step = -step;
-  }
 };
 
 /// Blocks are made strip by strip and, in a strip, row by row. Unturned rows go straight to the
@@ -47,10 +26,10 @@ class Canvas {
  public:
   Canvas(Vek8u* const* pDst, const VekiRggbToYCbCrState& state, BlockSize size)
       : share(state.chromaFormat == chroma420 ? ChromaShare::block
-              : isQuarterTurn(state.rotation) ? ChromaShare::column
+              : isTransposed(state.rotation)  ? ChromaShare::column
                                               : ChromaShare::row),
-        stripBlocks(isQuarterTurn(state.rotation) ? turnedBlocks : maxStripBlocks),
-        bandRows(isQuarterTurn(state.rotation) ? turnedRows : 1),
+        stripBlocks(isTransposed(state.rotation) ? turnedBlocks : maxStripBlocks),
+        bandRows(isTransposed(state.rotation) ? turnedRows : 1),
         y_(plane(pDst, state, 0, 2 * size.columns, 2 * size.rows)),
         cb_(plane(pDst, state, 1, size.columns * chromaColumns(), size.rows * chromaRows())),
         cr_(plane(pDst, state, 2, size.columns * chromaColumns(), size.rows * chromaRows())),
@@ -103,12 +82,12 @@ class Canvas {
   ptrdiff_t chromaColumns() const { return share == ChromaShare::column ? 2 : 1; }
   ptrdiff_t chromaRows() const { return share == ChromaShare::row ? 2 : 1; }
 
-  static TurnedPlane plane(Vek8u* const* pDst, const VekiRggbToYCbCrState& state, int i,
-                           ptrdiff_t width, ptrdiff_t height) {
-    return {pDst[i], state.dstStep[i], state.rotation, width, height};
+  static OrientedPlane plane(Vek8u* const* pDst, const VekiRggbToYCbCrState& state, int i,
+                             ptrdiff_t width, ptrdiff_t height) {
+    return {{pDst[i], state.dstStep[i]}, orientationOf(state.rotation), width, height};
   }
 
-  const TurnedPlane y_, cb_, cr_;
+  const OrientedPlane y_, cb_, cr_;
   const bool direct_;
   alignas(64) Vek8u luma_[4 * tileBlocks];
   alignas(64) Vek8u chroma_[2][2 * tileBlocks];

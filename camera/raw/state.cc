@@ -1,11 +1,12 @@
 // Preparing and releasing the state of the raw pipeline.
 #include "camera/raw/state.h"
 
-#include <limits.h>
 #include <stddef.h>
 
 #include "camera/raw/gamma.h"
+#include "core/allocate.h"
 #include "core/check.h"
+#include "core/orientation.h"
 
 namespace vek {
 namespace {
@@ -22,7 +23,7 @@ struct TurnedSize {
 };
 
 TurnedSize turnedSize(const VekiRggbGeometry& g) {
-  if (isQuarterTurn(g.rotation)) return {g.srcHeight, g.srcWidth};
+  if (isTransposed(g.rotation)) return {g.srcHeight, g.srcWidth};
   return {g.srcWidth, g.srcHeight};
 }
 
@@ -84,12 +85,6 @@ bool isGeometryAccepted(const VekiRggbGeometry& g) {
   }
   if (scale == 1) return g.filterMode == 2;
   return !isMisaligned(g.dstWidth, 4) && !isOdd(g.dstHeight) && g.filterMode == 3;
-}
-
-template <class T>
-T* allocate(Vek64s count) {
-  const Vek64s bytes = count * static_cast<Vek64s>(sizeof(T));
-  return bytes > INT_MAX ? nullptr : static_cast<T*>(vekiMalloc(static_cast<int>(bytes)));
 }
 
 /// Moves the kept entries into region coordinates; returns how many they are.
@@ -159,7 +154,7 @@ VekStatus vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(const VekiRggbColorParam* pPara
                                                  const VekiRggbGeometry* pGeom,
                                                  VekiRggbToYCbCrState** ppState) {
   // Taken before the checks, and lost when one of them fails.
-  auto* const state = vek::allocate<VekiRggbToYCbCrState>(1);
+  auto* const state = vek::allocate<VekiRggbToYCbCrState>();
   if (vek::anyNull({pParam, pGeom}) || !vek::isColorAccepted(*pParam) ||
       !vek::isGeometryAccepted(*pGeom) || !vek::isListAccepted(*pParam) || ppState == nullptr) {
     return vekStsBadArgErr;

@@ -3,8 +3,6 @@
 
 #include "vek/camera.h"
 
-#include "core/rotation.h"
-
 /// Read-only once InitAlloc has returned it.
 struct VekiRggbToYCbCrState {
   const VekiDeadPixel* deadPixels;  ///< in region coordinates: the caller's array, a copy, or null

@@ -3,6 +3,7 @@
 
 #include "core/check.h"
 #include "core/kernel/place_kernels.h"
+#include "core/orientation.h"
 
 namespace vek {
 namespace {
@@ -15,16 +16,11 @@ VekStatus mirror(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiS
   if (anyBelowOne({srcStep, dstStep, roiSize.width, roiSize.height})) return vekStsSizeErr;
   if (flip < vekiMirrorHorizontalAxis || flip > vekiMirrorBothAxes) return vekStsMirrorFlipErr;
 
-  ptrdiff_t dx = channels, dy = dstStep;
-  if (flip != vekiMirrorHorizontalAxis) {
-    pDst += (roiSize.width - 1) * dx;
-    dx = -dx;
-  }
-  if (flip != vekiMirrorVerticalAxis) {
-    pDst += (roiSize.height - 1) * dy;
-    dy = -dy;
-  }
-  select(placeKernels).of(channels)(pSrc, srcStep, roiSize.width, roiSize.height, pDst, dx, dy);
+  const Orientation orientation = {.columnsReversed = flip != vekiMirrorHorizontalAxis,
+                                   .rowsReversed = flip != vekiMirrorVerticalAxis};
+  const OrientedPlane dst({pDst, dstStep}, orientation, roiSize.width, roiSize.height, channels);
+  select(placeKernels)
+      .of(channels)(pSrc, srcStep, roiSize.width, roiSize.height, dst.first, dst.dx, dst.dy);
   return vekStsNoErr;
 }
 
