@@ -94,19 +94,20 @@ void overlappingBlocks(ptrdiff_t n, ptrdiff_t size, Body body) {
   body(n - size);
 }
 
-/// Policy "overlapping in place": dst[i] for 0 <= i < n, n >= vectorBytes, from vectors that
-/// source.at(x) computes for the bytes x .. x + vectorBytes - 1. The first and the last vector may
-/// overlap the aligned ones between them, which source.aligned(x, last, dst) stores; they are computed
-/// before and stored after those, so a source may be the destination.
-template <class Source>
-void overlappingBlocksInPlace(ptrdiff_t n, Vek8u* dst, Source source) {
+/// Policy "overlapping in place": writes dst[0] .. dst[n - 1], n >= vectorBytes. compute(x) returns the
+/// results for the vector of bytes at x; storeAligned(x, last) stores those at x, x + vectorBytes ...
+/// until `last` is reached or passed, where dst + x is aligned to whole vectors. The first and the
+/// last vector may overlap the aligned ones between them; they are computed before and stored after
+/// those, so a source may be the destination.
+template <class Compute, class StoreAligned>
+void overlappingBlocksInPlace(ptrdiff_t n, Vek8u* dst, Compute compute, StoreAligned storeAligned) {
   VEK_ASSERT(n >= vectorBytes);
   const ptrdiff_t last = n - vectorBytes;
-  const V8u firstResult = source.at(0);
-  const V8u lastResult = source.at(last);
-  const ptrdiff_t aligned =
-      vectorBytes - static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(dst) % vectorBytes);
-  if (aligned < last) source.aligned(aligned, last, dst);
+  const V8u firstResult = compute(0);
+  const V8u lastResult = compute(last);
+  const ptrdiff_t aligned = vectorBytes - static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(dst) %
+                                                                 uintptr_t{vectorBytes});
+  if (aligned < last) storeAligned(aligned, last);
   hn::StoreU(firstResult, u8, dst);
   hn::StoreU(lastResult, u8, dst + last);
 }

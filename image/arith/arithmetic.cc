@@ -1,7 +1,7 @@
 // Arithmetic with a scale factor, and multiplication scaled by 1/255.
 #include "vek/image.h"
 
-#include "image/arith/arith_kernels.h"
+#include "image/arith/arithmetic_kernels.h"
 #include "image/arith/pointwise.h"
 
 namespace vek {
@@ -23,15 +23,15 @@ struct Scaled {
 
 /// Exact values are below 2^16, so a factor above 16 rounds every one to 0, and one below -8
 /// saturates as -8 does: what is not 0 becomes at least 256.
-Scaled scaled(const ScaledRows& rows, int scaleFactor) {
+Scaled scaled(const ScaledKernels& rows, int scaleFactor) {
   if (scaleFactor > 16) return {zeroScaledRow, 0};
   if (scaleFactor > 0) return {rows.shiftRight, scaleFactor};
   if (scaleFactor == 0) return {rows.plain, 0};
   return {rows.shiftLeft, scaleFactor > -8 ? -scaleFactor : 8};
 }
 
-const ArithKernels& kernels() {
-  return select(arithKernels);
+const ArithmeticKernels& kernels() {
+  return select(arithmeticKernels);
 }
 
 }  // namespace
@@ -40,117 +40,117 @@ const ArithKernels& kernels() {
 extern "C" VekStatus vekiAdd_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                        int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
                                        int scaleFactor) {
-  return vek::withImage(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 1,
-                        vek::scaled(vek::kernels().add, scaleFactor));
+  return vek::combineImages(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 1,
+                            vek::scaled(vek::kernels().add, scaleFactor));
 }
 
 extern "C" VekStatus vekiAdd_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                        int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
                                        int scaleFactor) {
-  return vek::withImage(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 3,
-                        vek::scaled(vek::kernels().add, scaleFactor));
+  return vek::combineImages(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 3,
+                            vek::scaled(vek::kernels().add, scaleFactor));
 }
 
 extern "C" VekStatus vekiAddC_8u_C1RSfs(const Vek8u* pSrc, int srcStep, Vek8u value, Vek8u* pDst,
                                         int dstStep, VekiSize roiSize, int scaleFactor) {
-  return vek::withConstants(pSrc, srcStep, &value, pDst, dstStep, roiSize, 1,
-                            vek::scaled(vek::kernels().addC, scaleFactor));
+  return vek::combineWithConstants(pSrc, srcStep, &value, pDst, dstStep, roiSize, 1,
+                                   vek::scaled(vek::kernels().addC, scaleFactor));
 }
 
 extern "C" VekStatus vekiAddC_8u_C3RSfs(const Vek8u* pSrc, int srcStep, const Vek8u value[3],
                                         Vek8u* pDst, int dstStep, VekiSize roiSize,
                                         int scaleFactor) {
-  return vek::withConstants(pSrc, srcStep, value, pDst, dstStep, roiSize, 3,
-                            vek::scaled(vek::kernels().addC, scaleFactor));
+  return vek::combineWithConstants(pSrc, srcStep, value, pDst, dstStep, roiSize, 3,
+                                   vek::scaled(vek::kernels().addC, scaleFactor));
 }
 
 // The second image minus the first.
 extern "C" VekStatus vekiSub_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                        int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
                                        int scaleFactor) {
-  return vek::withImage(pSrcB, srcBStep, pSrcA, srcAStep, pDst, dstStep, roiSize, 1,
-                        vek::scaled(vek::kernels().sub, scaleFactor));
+  return vek::combineImages(pSrcB, srcBStep, pSrcA, srcAStep, pDst, dstStep, roiSize, 1,
+                            vek::scaled(vek::kernels().sub, scaleFactor));
 }
 
 extern "C" VekStatus vekiSub_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                        int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
                                        int scaleFactor) {
-  return vek::withImage(pSrcB, srcBStep, pSrcA, srcAStep, pDst, dstStep, roiSize, 3,
-                        vek::scaled(vek::kernels().sub, scaleFactor));
+  return vek::combineImages(pSrcB, srcBStep, pSrcA, srcAStep, pDst, dstStep, roiSize, 3,
+                            vek::scaled(vek::kernels().sub, scaleFactor));
 }
 
 extern "C" VekStatus vekiSubC_8u_C1RSfs(const Vek8u* pSrc, int srcStep, Vek8u value, Vek8u* pDst,
                                         int dstStep, VekiSize roiSize, int scaleFactor) {
-  return vek::withConstants(pSrc, srcStep, &value, pDst, dstStep, roiSize, 1,
-                            vek::scaled(vek::kernels().subC, scaleFactor));
+  return vek::combineWithConstants(pSrc, srcStep, &value, pDst, dstStep, roiSize, 1,
+                                   vek::scaled(vek::kernels().subC, scaleFactor));
 }
 
 extern "C" VekStatus vekiSubC_8u_C3RSfs(const Vek8u* pSrc, int srcStep, const Vek8u value[3],
                                         Vek8u* pDst, int dstStep, VekiSize roiSize,
                                         int scaleFactor) {
-  return vek::withConstants(pSrc, srcStep, value, pDst, dstStep, roiSize, 3,
-                            vek::scaled(vek::kernels().subC, scaleFactor));
+  return vek::combineWithConstants(pSrc, srcStep, value, pDst, dstStep, roiSize, 3,
+                                   vek::scaled(vek::kernels().subC, scaleFactor));
 }
 
 extern "C" VekStatus vekiMul_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                        int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
                                        int scaleFactor) {
-  return vek::withImage(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 1,
-                        vek::scaled(vek::kernels().mul, scaleFactor));
+  return vek::combineImages(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 1,
+                            vek::scaled(vek::kernels().mul, scaleFactor));
 }
 
 extern "C" VekStatus vekiMul_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                        int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
                                        int scaleFactor) {
-  return vek::withImage(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 3,
-                        vek::scaled(vek::kernels().mul, scaleFactor));
+  return vek::combineImages(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 3,
+                            vek::scaled(vek::kernels().mul, scaleFactor));
 }
 
 extern "C" VekStatus vekiMulC_8u_C1RSfs(const Vek8u* pSrc, int srcStep, Vek8u value, Vek8u* pDst,
                                         int dstStep, VekiSize roiSize, int scaleFactor) {
-  return vek::withConstants(pSrc, srcStep, &value, pDst, dstStep, roiSize, 1,
-                            vek::scaled(vek::kernels().mulC, scaleFactor));
+  return vek::combineWithConstants(pSrc, srcStep, &value, pDst, dstStep, roiSize, 1,
+                                   vek::scaled(vek::kernels().mulC, scaleFactor));
 }
 
 extern "C" VekStatus vekiMulC_8u_C3RSfs(const Vek8u* pSrc, int srcStep, const Vek8u value[3],
                                         Vek8u* pDst, int dstStep, VekiSize roiSize,
                                         int scaleFactor) {
-  return vek::withConstants(pSrc, srcStep, value, pDst, dstStep, roiSize, 3,
-                            vek::scaled(vek::kernels().mulC, scaleFactor));
+  return vek::combineWithConstants(pSrc, srcStep, value, pDst, dstStep, roiSize, 3,
+                                   vek::scaled(vek::kernels().mulC, scaleFactor));
 }
 
 extern "C" VekStatus vekiSqr_8u_C1RSfs(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                        VekiSize roiSize, int scaleFactor) {
-  return vek::withImage(pSrc, srcStep, pSrc, srcStep, pDst, dstStep, roiSize, 1,
-                        vek::scaled(vek::kernels().mul, scaleFactor));
+  return vek::combineImages(pSrc, srcStep, pSrc, srcStep, pDst, dstStep, roiSize, 1,
+                            vek::scaled(vek::kernels().mul, scaleFactor));
 }
 
 extern "C" VekStatus vekiSqr_8u_C3RSfs(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                        VekiSize roiSize, int scaleFactor) {
-  return vek::withImage(pSrc, srcStep, pSrc, srcStep, pDst, dstStep, roiSize, 3,
-                        vek::scaled(vek::kernels().mul, scaleFactor));
+  return vek::combineImages(pSrc, srcStep, pSrc, srcStep, pDst, dstStep, roiSize, 3,
+                            vek::scaled(vek::kernels().mul, scaleFactor));
 }
 
 extern "C" VekStatus vekiMulScale_8u_C1R(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                          int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize) {
-  return vek::withImage(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 1,
-                        vek::kernels().mulScale);
+  return vek::combineImages(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 1,
+                            vek::kernels().mulScale);
 }
 
 extern "C" VekStatus vekiMulScale_8u_C3R(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                          int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize) {
-  return vek::withImage(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 3,
-                        vek::kernels().mulScale);
+  return vek::combineImages(pSrcA, srcAStep, pSrcB, srcBStep, pDst, dstStep, roiSize, 3,
+                            vek::kernels().mulScale);
 }
 
 extern "C" VekStatus vekiMulCScale_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u value, Vek8u* pDst,
                                           int dstStep, VekiSize roiSize) {
-  return vek::withConstants(pSrc, srcStep, &value, pDst, dstStep, roiSize, 1,
-                            vek::kernels().mulScaleC);
+  return vek::combineWithConstants(pSrc, srcStep, &value, pDst, dstStep, roiSize, 1,
+                                   vek::kernels().mulScaleC);
 }
 
 extern "C" VekStatus vekiMulCScale_8u_C3R(const Vek8u* pSrc, int srcStep, const Vek8u value[3],
                                           Vek8u* pDst, int dstStep, VekiSize roiSize) {
-  return vek::withConstants(pSrc, srcStep, value, pDst, dstStep, roiSize, 3,
-                            vek::kernels().mulScaleC);
+  return vek::combineWithConstants(pSrc, srcStep, value, pDst, dstStep, roiSize, 3,
+                                   vek::kernels().mulScaleC);
 }

@@ -1,3 +1,8 @@
-#include "image/arith/pointwise_body.h"
-// The kernels need the row driver.
-#include "image/arith/logic_table.h"
+#include "image/arith/logic_body.h"
+#include "image/arith/pointwise_portable.h"
+
+namespace vek::portable {
+
+constexpr LogicKernels logicKernels = logicKernelsOf<PlainLanes>();
+
+}  // namespace vek::portable

@@ -1,15 +1,16 @@
-// The constants of a C1 or C3 operation, repeated over a run of bytes: what turns a kernel's
-// constant operand into one more row.
+// The constants of a C1 or C3 operation, repeated over a run of bytes. A kernel reads them as it reads
+// the row of a second image.
 #pragma once
 
 #include "vek/vek.h"
 
+#include <stddef.h>
 #include <string.h>
 
 namespace vek {
 
 struct Pattern {
-  /// Three of the longest vectors: a multiple of every vector's length and of three channels.
+  /// Three of the longest vectors, which is a multiple of every vector's length and of three channels.
   static constexpr int period = 192;
 
   /// One period, and as much again as a vector needs that begins at the second or third channel.

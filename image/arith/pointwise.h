@@ -12,11 +12,11 @@
 
 namespace vek {
 
-/// A row kernel of n samples. `b` is a second image's row, or the bytes of a Pattern that begins
+/// A row kernel of n >= 1 samples. `b` is a second image's row, or the bytes of a Pattern that begins
 /// anew with the row. `dst` may be the same row as `a` or `b`.
 using PointwiseRow = void (*)(const Vek8u* a, const Vek8u* b, ptrdiff_t n, Vek8u* dst);
 
-/// The row of an operation that leaves nothing of its sources.
+/// The row of an operation whose result is 0 whatever its sources are.
 inline void zeroRow(const Vek8u*, const Vek8u*, ptrdiff_t n, Vek8u* dst) {
   memset(dst, 0, static_cast<size_t>(n));
 }
@@ -25,10 +25,11 @@ inline ptrdiff_t rowBytes(VekiSize roi, int channels) {
   return ptrdiff_t{roi.width} * channels;
 }
 
-/// row(a, b, n, dst) over a region of two images; pointers, then steps, then size are tested.
+/// Runs row(a, b, n, dst) over a region of two images. Pointers are tested first, then steps, then
+/// the size.
 template <class Row>
-VekStatus withImage(const Vek8u* a, int aStep, const Vek8u* b, int bStep, Vek8u* pDst, int dstStep,
-                    VekiSize roi, int channels, Row row) {
+VekStatus combineImages(const Vek8u* a, int aStep, const Vek8u* b, int bStep, Vek8u* pDst,
+                        int dstStep, VekiSize roi, int channels, Row row) {
   const VekStatus status = checkPointersStepsSize({a, b, pDst}, {aStep, bStep, dstStep}, roi);
   if (status != vekStsNoErr) return status;
   const auto call = [=](ptrdiff_t n, Vek8u* dst, const Vek8u* aRow, const Vek8u* bRow) {
@@ -39,11 +40,11 @@ VekStatus withImage(const Vek8u* a, int aStep, const Vek8u* b, int bStep, Vek8u*
   return vekStsNoErr;
 }
 
-/// row(src, pattern, n, dst) over a region of one image; the checks as above, the pointer to the
-/// constants, one for each channel, among them.
+/// Runs row(src, pattern, n, dst) over a region of one image and a Pattern of `values`, one for each
+/// channel. The checks are the same, with `values` among the pointers.
 template <class Row>
-VekStatus withConstants(const Vek8u* pSrc, int srcStep, const Vek8u* values, Vek8u* pDst,
-                        int dstStep, VekiSize roi, int channels, Row row) {
+VekStatus combineWithConstants(const Vek8u* pSrc, int srcStep, const Vek8u* values, Vek8u* pDst,
+                               int dstStep, VekiSize roi, int channels, Row row) {
   const VekStatus status = checkPointersStepsSize({pSrc, pDst, values}, {srcStep, dstStep}, roi);
   if (status != vekStsNoErr) return status;
   const Pattern pattern(values, channels);

@@ -3,7 +3,11 @@
 
 #include <string.h>
 
-#include "image/arith/set_kernels.h"
+#include "core/check.h"
+#include "core/region.h"
+#include "image/arith/pattern.h"
+#include "image/arith/pointwise.h"
+#include "image/arith/set_copy_kernels.h"
 
 namespace vek {
 namespace {
@@ -14,7 +18,7 @@ void setBytes(Vek8u value, Vek8u* pDst, int dstStep, VekiSize roi, int channels)
 }
 
 /// A run of bytes; the destination may be the source itself.
-void ownsCopy_8u(ptrdiff_t n, Vek8u* dst, const Vek8u* src) {
+void copyRow(ptrdiff_t n, Vek8u* dst, const Vek8u* src) {
   memmove(dst, src, static_cast<size_t>(n));
 }
 
@@ -22,7 +26,7 @@ VekStatus copy(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSiz
                int channels) {
   const VekStatus status = checkPointersSizeSteps({pSrc, pDst}, roi, {srcStep, dstStep});
   if (status != vekStsNoErr) return status;
-  forEachRow(rowBytes(roi, channels), roi.height, ownsCopy_8u, Plane{pDst, dstStep},
+  forEachRow(rowBytes(roi, channels), roi.height, copyRow, Plane{pDst, dstStep},
              Plane{pSrc, srcStep});
   return vekStsNoErr;
 }

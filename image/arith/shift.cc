@@ -34,14 +34,14 @@ VekStatus shift(ShiftRow uniform, PointwiseRow mixed, const Vek8u* pSrc, int src
 
 VekStatus shiftRight(const Vek8u* pSrc, int srcStep, const Vek32u* value, Vek8u* pDst, int dstStep,
                      VekiSize roi, int channels) {
-  const ShiftKernels& rows = select(shiftKernels);
-  return shift(rows.right, rows.rightC3, pSrc, srcStep, value, pDst, dstStep, roi, channels);
+  const ShiftKernels& kernels = select(shiftKernels);
+  return shift(kernels.right, kernels.rightC3, pSrc, srcStep, value, pDst, dstStep, roi, channels);
 }
 
 VekStatus shiftLeft(const Vek8u* pSrc, int srcStep, const Vek32u* value, Vek8u* pDst, int dstStep,
                     VekiSize roi, int channels) {
-  const ShiftKernels& rows = select(shiftKernels);
-  return shift(rows.left, rows.leftC3, pSrc, srcStep, value, pDst, dstStep, roi, channels);
+  const ShiftKernels& kernels = select(shiftKernels);
+  return shift(kernels.left, kernels.leftC3, pSrc, srcStep, value, pDst, dstStep, roi, channels);
 }
 
 }  // namespace

@@ -1,2 +1,16 @@
+#include "image/arith/pointwise_portable.h"
 #include "image/arith/shift_body.h"
-#include "image/arith/shift_table.h"
+
+namespace vek::portable {
+namespace {
+
+struct ShiftLanes : PlainLanes {
+  static Sample right(Sample v, int amount) { return static_cast<Sample>(v >> amount); }
+  static Sample left(Sample v, int amount) { return static_cast<Sample>((v << amount) & 0xFF); }
+};
+
+}  // namespace
+
+constexpr ShiftKernels shiftKernels = shiftKernelsOf<ShiftLanes>();
+
+}  // namespace vek::portable

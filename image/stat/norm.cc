@@ -25,11 +25,11 @@ VekStatus scaleTotals(const Totals& totals, int channels, int scaleFactor, Vek32
 
 /// Totals of L2.
 VekStatus scaleRoots(const Totals& totals, int channels, int scaleFactor, Vek32s* pNorm) {
-  Vek64s roots[3];
-  for (int c = 0; c < channels; ++c) roots[c] = static_cast<Vek64s>(totals.channel[c]);
-  const bool fits = ownSqrt_64s_ISfs(roots, channels, scaleFactor) == 0;
-  for (int c = 0; c < channels; ++c) pNorm[c] = static_cast<Vek32s>(roots[c]);
-  return fits ? vekStsNoErr : vekStsSqrtWrn;
+  VekStatus status = vekStsNoErr;
+  for (int c = 0; c < channels; ++c) {
+    if (!scaleRoot(totals.channel[c], scaleFactor, &pNorm[c])) status = vekStsSqrtWrn;
+  }
+  return status;
 }
 
 /// What makes a norm Inf, L1 or L2.
@@ -95,9 +95,9 @@ VekStatus normRel(const Kind& kind, int channels, const Vek8u* pSrcA, int srcASt
                   const Vek8u* pSrcB, int srcBStep, VekiSize roi, Vek32s* pNorm, int scaleFactor) {
   const VekStatus status = checkPointersSizeSteps({pSrcB, pSrcA, pNorm}, roi, {srcAStep, srcBStep});
   if (status != vekStsNoErr) return status;
-  const NormKernels& rows = select(normKernels);
-  const NormKernel ofDifference = (rows.*kind.difference).of(channels);
-  const NormKernel ofSecond = (rows.*kind.image).of(channels);
+  const NormKernels& kernels = select(normKernels);
+  const NormKernel ofDifference = (kernels.*kind.difference).of(channels);
+  const NormKernel ofSecond = (kernels.*kind.image).of(channels);
   NormRegion strip = regionOf(pSrcA, srcAStep, pSrcB, srcBStep, roi, channels);
   Totals difference, second;
   const ptrdiff_t stripRows = strip.rowBytes < stripBytes ? stripBytes / strip.rowBytes : 1;

@@ -72,14 +72,8 @@ Vek32s scaleNorm(Vek32u v, int scaleFactor) {
   return static_cast<Vek32s>(amount < 32 ? v << amount : 0);
 }
 
-int ownSqrt_64s_ISfs(Vek64s* values, int count, int scaleFactor) {
-  int result = 0;
-  for (int i = 0; i < count; ++i) {
-    Vek32s root;
-    if (!roundedRoot(static_cast<uint64_t>(values[i]), 1, scaleFactor, &root)) result = -1;
-    values[i] = root;
-  }
-  return result;
+bool scaleRoot(uint64_t squares, int scaleFactor, Vek32s* result) {
+  return roundedRoot(squares, 1, scaleFactor, result);
 }
 
 VekStatus relativeInf(uint64_t d, uint64_t r, int scaleFactor, Vek32s* result) {

@@ -14,9 +14,9 @@ inline constexpr Vek32u maxNorm = 0x7fffffff;
 /// leave the word are lost, and a right shift by 32 or more leaves the top bit alone.
 Vek32s scaleNorm(Vek32u v, int scaleFactor);
 
-/// Replaces each value, an unsigned sum of squares, by its square root * 2^-scaleFactor, rounded to
-/// nearest (halves up). One that does not fit becomes maxNorm, and the function returns -1, else 0.
-int ownSqrt_64s_ISfs(Vek64s* values, int count, int scaleFactor);
+/// The square root of a sum of squares, * 2^-scaleFactor, rounded to nearest (halves up). Returns
+/// whether it fits; one that does not becomes maxNorm.
+bool scaleRoot(uint64_t squares, int scaleFactor, Vek32s* result);
 
 /// d / r * 2^-scaleFactor of norms of each kind; neither d nor r is 0. Those of L2 are sums of
 /// squares: the square root is taken of their quotient, and rounded to nearest (halves up). L2

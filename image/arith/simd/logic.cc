@@ -1,6 +1,8 @@
-#include "image/arith/logic_kernels.h"
+#include "image/arith/logic_body.h"
 #include "image/arith/simd/pointwise.h"
 
-HWY_BEFORE_NAMESPACE();
-#include "image/arith/logic_table.h"
-HWY_AFTER_NAMESPACE();
+namespace vek::VEK_LEVEL {
+
+constexpr LogicKernels logicKernels = logicKernelsOf<VectorLanes>();
+
+}  // namespace vek::VEK_LEVEL

@@ -1,13 +1,16 @@
-// Row kernel that repeats a pixel.
+// The row kernel that repeats a pixel.
 #pragma once
 
+#include "vek/vek.h"
+
+#include <stddef.h>
+
 #include "core/level.h"
-#include "image/arith/pointwise.h"
 
 namespace vek {
 
 struct SetKernels {
-  /// Writes n bytes of a Pattern.
+  /// dst[i] = pattern[i % Pattern::period] for 0 <= i < n, n >= 1.
   void (*repeat)(const Vek8u* pattern, ptrdiff_t n, Vek8u* dst);
 };
 
