@@ -8,12 +8,13 @@ endif()
 
 # The levels above portable that this build has, lowest first. They are written with Highway's vectors.
 set(VEK_LEVELS "")
+set(VEK_LEVELS_BECAUSE "")
 if(VEK_PORTABLE_ONLY)
-  set(levels_because " (VEK_PORTABLE_ONLY)")
+  set(VEK_LEVELS_BECAUSE " (VEK_PORTABLE_ONLY)")
 elseif(NOT VEK_USE_HIGHWAY)
-  set(levels_because " (VEK_USE_HIGHWAY is off)")
+  set(VEK_LEVELS_BECAUSE " (VEK_USE_HIGHWAY is off)")
 elseif(NOT VEK_HIGHWAY_FOUND)
-  set(levels_because " (the headers of Highway are not installed: libhwy-dev)")
+  set(VEK_LEVELS_BECAUSE " (the headers of Highway are not installed: libhwy-dev)")
 elseif(VEK_HAVE_PLATFORM_X86)
   set(VEK_LEVELS avx2 avx512)
   # Without AES and PCLMUL Highway's AVX2 target falls back to SSSE3. The features, by glibc's names,
@@ -33,9 +34,6 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
   # processors with crypto instructions; without run-time dispatch it leaves the target alone.
   set(VEK_FLAGS_neon -DTOOLCHAIN_MISS_SYS_AUXV_H)
 endif()
-set(level_list portable ${VEK_LEVELS})
-list(JOIN level_list ", " level_list)
-message(STATUS "vek: levels: ${level_list}${levels_because}")
 
 # The list as the sources see it.
 set(each_level "")
@@ -46,14 +44,7 @@ foreach(level IN ITEMS portable LISTS VEK_LEVELS)
   string(APPEND each_level " X(${level}, __VA_ARGS__)")
   string(APPEND level_features "#define VEK_FEATURES_${level}(X) ${features}\n")
 endforeach()
-file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/generated/core/level_list.h @ONLY CONTENT [[
-// The levels of this build, lowest first, and the processor features that each needs. Written by
-// cmake/levels.cmake.
-#pragma once
-
-#define VEK_EACH_LEVEL(X, ...)@each_level@
-@level_features@
-]])
+configure_file(${CMAKE_CURRENT_LIST_DIR}/level_list.h.in generated/core/level_list.h @ONLY)
 
 # What all objects of the library share: no C++ runtime, nothing visible that is not marked.
 add_library(vek_compile INTERFACE)
@@ -66,7 +57,7 @@ target_compile_options(vek_compile INTERFACE -fno-exceptions -fno-rtti -fno-thre
 # binding at load time are in library.cmake.
 if(VEK_HARDEN AND NOT VEK_SANITIZE)
   target_compile_options(vek_compile INTERFACE -fstack-protector-strong
-    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
     target_compile_options(vek_compile INTERFACE -fcf-protection)
     set(VEK_BRANCH_PROTECTION IBT)
@@ -83,8 +74,8 @@ function(vek_object_library name level)
     $<$<OR:$<CONFIG:Debug>,$<BOOL:${VEK_SANITIZE}>>:VEK_ASSERTIONS>)
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
-  # GCC 12 vectorises nothing of this at -O2.
-  target_compile_options(${name} PRIVATE $<$<CONFIG:Release,RelWithDebInfo>:-O3>)
+  # In every build type but Debug, and without one, too: GCC 12 vectorises nothing of this at -O2.
+  target_compile_options(${name} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O3>)
 endfunction()
 
 vek_object_library(vek_portable portable)

@@ -1,4 +1,5 @@
 # The shared and the static library over one set of objects, their installation and package files.
+include(CheckCSourceCompiles)
 set(vek_objects $<TARGET_OBJECTS:vek_portable>)
 foreach(level IN LISTS VEK_LEVELS)
   list(APPEND vek_objects $<TARGET_OBJECTS:vek_${level}>)
@@ -16,23 +17,50 @@ foreach(target vek vek_static)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endforeach()
-if(NOT VEK_SANITIZE)
+if(UNIX AND NOT APPLE AND NOT VEK_SANITIZE)
   # -nostartfiles leaves out the C start files' writable data and load-time code; ours has none.
   # --as-needed drops the C++ runtime, which CMake adds for C++ objects.
-  target_link_options(vek PRIVATE -nostartfiles LINKER:--as-needed LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
-    LINKER:-z,noexecstack)
+  foreach(option IN ITEMS -nostartfiles LINKER:--as-needed LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
+                          LINKER:-z,noexecstack)
+    set(CMAKE_REQUIRED_LINK_OPTIONS ${option})
+    string(MAKE_C_IDENTIFIER "VEK_LINKER_KNOWS_${option}" known)
+    check_c_source_compiles("int main(void) { return 0; }" ${known})
+    if(${known})
+      target_link_options(vek PRIVATE ${option})
+    endif()
+  endforeach()
+  unset(CMAKE_REQUIRED_LINK_OPTIONS)
 endif()
 
+if(NOT VEK_INSTALL)
+  return()
+endif()
 include(CMakePackageConfigHelpers)
 set(vek_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vek)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vekConfigVersion.cmake
   COMPATIBILITY SameMinorVersion)
-# Found relative to itself, so that an installed tree can be moved.
-file(RELATIVE_PATH vek_prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
-  ${CMAKE_INSTALL_PREFIX})
+# Found relative to itself, so that an installed tree can be moved, unless the directories are absolute.
+set(vek_pc_libdir "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+set(vek_pc_includedir "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+if(IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
+  set(vek_pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  set(vek_pc_libdir "${CMAKE_INSTALL_LIBDIR}")
+  set(vek_pc_prefix "${CMAKE_INSTALL_PREFIX}")
+else()
+  file(RELATIVE_PATH vek_pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+  set(vek_pc_prefix "\${pcfiledir}/${vek_pc_prefix}")
+endif()
 configure_file(cmake/vek.pc.in vek.pc @ONLY)
-install(TARGETS vek vek_static EXPORT vekTargets)
-install(DIRECTORY include/vek DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT vekTargets NAMESPACE vek:: FILE vekConfig.cmake DESTINATION ${vek_package_dir})
-install(FILES ${PROJECT_BINARY_DIR}/vekConfigVersion.cmake DESTINATION ${vek_package_dir})
-install(FILES ${PROJECT_BINARY_DIR}/vek.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(TARGETS vek vek_static EXPORT vekTargets
+  RUNTIME COMPONENT Runtime
+  LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
+  ARCHIVE COMPONENT Development)
+install(DIRECTORY include/vek DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development)
+install(EXPORT vekTargets NAMESPACE vek:: FILE vekConfig.cmake DESTINATION ${vek_package_dir}
+  COMPONENT Development)
+install(FILES ${PROJECT_BINARY_DIR}/vekConfigVersion.cmake DESTINATION ${vek_package_dir}
+  COMPONENT Development)
+install(FILES ${PROJECT_BINARY_DIR}/vek.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT Development)
