@@ -31,6 +31,9 @@ void addDivision(const std::string& name, Divide divide) {
   addDivision<Vek32u>("_vekDiv_32u", _vekDiv_32u);
   addCall("vekiGetLibVersion", vekiGetLibVersion);
   addCall("_vekGetLibVersion_VekCam", _vekGetLibVersion_VekCam);
+  addCall("vekLevel", vekLevel);
+  addCall("vekLevelName", [] { return vekLevelName(0); });
+  addCall("vekLevelLimit", vekLevelLimit);
   const auto allocate = [](void* (*take)(int), void (*release)(void*)) {
     return [=] {
       void* memory = take(256);

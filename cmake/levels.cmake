@@ -2,49 +2,82 @@
 # are compiled once more for each higher level, each time into that level's namespace (VEK_LEVEL).
 include(CheckIncludeFileCXX)
 check_include_file_cxx(hwy/highway.h VEK_HIGHWAY_FOUND)
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$" AND CMAKE_SIZEOF_VOID_P EQUAL 8)
-  check_include_file_cxx(sys/platform/x86.h VEK_HAVE_PLATFORM_X86)  # glibc >= 2.33 knows the CPU
-endif()
 
-# The levels above portable that this build has, lowest first. They are written with Highway's vectors.
+# The one list of levels. Of each level above portable:
+#   VEK_FLAGS_      the compiler's flags
+#   VEK_FEATURES_   the features to ask the processor for, by glibc's names: exactly those that the
+#                   flags allow beyond the baseline (tests/invariants/objects.sh)
+#   VEK_MASK_       what makes glibc hide the level and those above it (GLIBC_TUNABLES)
+#   VEK_VECTORS_    what its vector registers look like in a disassembly
+#   VEK_PROCESSOR_  QEMU's processor whose highest level it is, VEK_MISREAD_ what that misreads
 set(VEK_LEVELS "")
 set(VEK_LEVELS_BECAUSE "")
+set(VEK_CPU_DETECTION static)
 if(VEK_PORTABLE_ONLY)
   set(VEK_LEVELS_BECAUSE " (VEK_PORTABLE_ONLY)")
 elseif(NOT VEK_USE_HIGHWAY)
   set(VEK_LEVELS_BECAUSE " (VEK_USE_HIGHWAY is off)")
 elseif(NOT VEK_HIGHWAY_FOUND)
   set(VEK_LEVELS_BECAUSE " (the headers of Highway are not installed: libhwy-dev)")
-elseif(VEK_HAVE_PLATFORM_X86)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$" AND CMAKE_SIZEOF_VOID_P EQUAL 8)
   set(VEK_LEVELS avx2 avx512)
-  # Without AES and PCLMUL Highway's AVX2 target falls back to SSSE3. The features, by glibc's names,
-  # are exactly what the flags allow beyond the baseline; the mask makes glibc hide the level.
+  set(VEK_PROCESSOR_portable qemu64)
+
+  # Without AES and PCLMUL Highway's AVX2 target falls back to SSSE3.
   set(VEK_FLAGS_avx2 -march=x86-64-v3 -maes -mpclmul)
   set(VEK_FEATURES_avx2 SSE3 SSSE3 SSE4_1 SSE4_2 POPCNT CMPXCHG16B LAHF64_SAHF64 AVX AVX2 BMI1 BMI2
                         F16C FMA LZCNT MOVBE AES PCLMULQDQ)
   set(VEK_MASK_avx2 -AVX2)
+  set(VEK_VECTORS_avx2 %ymm)
+  set(VEK_PROCESSOR_avx2 Haswell-noTSX)
+  set(VEK_MISREAD_avx2 Luv)  # QEMU 7.2: gathers whose index is in vector register 4 or 12
+
   set(VEK_FLAGS_avx512 -march=x86-64-v4 -maes -mpclmul -mavx512vbmi -mavx512vbmi2 -mavx512vnni
                        -mprefer-vector-width=512)
   set(VEK_FEATURES_avx512 ${VEK_FEATURES_avx2} AVX512F AVX512BW AVX512CD AVX512DQ AVX512VL AVX512_VBMI
                           AVX512_VBMI2 AVX512_VNNI)
   set(VEK_MASK_avx512 -AVX512BW)
+  set(VEK_VECTORS_avx512 %[xyz]mm)
+
+  # Who is asked for the features: glibc, which knows since 2.33, or the processor itself.
+  check_include_file_cxx(sys/platform/x86.h VEK_HAVE_PLATFORM_X86)
+  set(VEK_CPU_DETECTION cpuid)
+  if(VEK_HAVE_PLATFORM_X86 AND NOT VEK_USE_CPUID)
+    set(VEK_CPU_DETECTION glibc)
+  endif()
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
   set(VEK_LEVELS neon)
   # Highway 1.0.3 would compile its functions, but not the constructors that GCC generates, for
   # processors with crypto instructions; without run-time dispatch it leaves the target alone.
   set(VEK_FLAGS_neon -DTOOLCHAIN_MISS_SYS_AUXV_H)
+  set(VEK_VECTORS_neon "v[0-9]+\\.(16b|8b|8h|4h|4s|2s|2d)|q[0-9]")
 endif()
 
-# The list as the sources see it.
+# The list as the sources and as scripts see it.
 set(each_level "")
 set(level_features "")
+set(level_lines "")
 foreach(level IN ITEMS portable LISTS VEK_LEVELS)
   list(TRANSFORM VEK_FEATURES_${level} REPLACE "(.+)" "X(\\1)" OUTPUT_VARIABLE features)
   list(JOIN features " " features)
   string(APPEND each_level " X(${level}, __VA_ARGS__)")
   string(APPEND level_features "#define VEK_FEATURES_${level}(X) ${features}\n")
+  string(APPEND level_lines "${level}")
+  foreach(property IN ITEMS MASK VECTORS PROCESSOR MISREAD)
+    set(value "${VEK_${property}_${level}}")
+    if(property STREQUAL "MASK" AND NOT VEK_CPU_DETECTION STREQUAL "glibc")
+      set(value "")
+    endif()
+    if(value STREQUAL "")
+      set(value -)
+    endif()
+    string(APPEND level_lines " ${value}")
+  endforeach()
+  string(APPEND level_lines "\n")
 endforeach()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/level_list.h.in generated/core/level_list.h @ONLY)
+file(WRITE ${PROJECT_BINARY_DIR}/levels.txt
+  "# level, mask, vectors, processor, what that misreads\n${level_lines}")
 
 # What all objects of the library share: no C++ runtime, nothing visible that is not marked.
 add_library(vek_compile INTERFACE)

@@ -1,12 +1,15 @@
 // Alone in its file: the tests replace this archive member to run every function at each level.
+#include "vek/vek.h"
+
 #include "core/level.h"
 
 namespace vek {
 
 Level cpuLevel() {
-  size_t i = levelCount - 1;
-  while (i > 0 && !cpuHas(static_cast<Level>(i))) --i;
-  return static_cast<Level>(i);
+  const Level highest = highestLevel();
+  const int limit = vekLevelLimit();
+  if (limit >= static_cast<int>(highest)) return highest;
+  return limit > 0 ? static_cast<Level>(limit) : Level::portable;
 }
 
 }  // namespace vek

@@ -24,9 +24,12 @@ inline constexpr size_t levelCount = sizeof(levelNames) / sizeof(levelNames[0]);
 /// flags allow are tested.
 bool cpuHas(Level level);
 
-/// The highest level that this processor runs. A pure function of the processor, which takes longer
-/// than a small kernel does: an exported function asks once and hands the level, or the tables that
-/// it selects, to what it calls.
+/// The highest level of this build that the processor runs.
+Level highestLevel();
+
+/// The level to run at now: the highest, or vekLevelLimit() where that is lower. It takes longer to
+/// find than a small kernel takes, so an exported function asks once and hands the level, or the
+/// tables that it selects, to what it calls.
 Level cpuLevel();
 
 /// One family's kernels at every level, lowest level first.

@@ -132,6 +132,22 @@ VEK_API const VekLibraryVersion* vekiGetLibVersion(void);
 /** Version record of the camera sub-library; constant, never null, the same on every call. */
 VEK_API const VekLibraryVersion* _vekGetLibVersion_VekCam(void);
 
+/* ---- CPU levels ----------------------------------------------------------------------------- */
+
+/** Name of a CPU level: "portable" for level 0; above it "avx2" and "avx512" on x86-64, "neon" on
+ *  AArch64, if this build has them; null for other numbers. All levels give the same results. */
+VEK_API const char* vekLevelName(int level);
+
+/** The level that functions run at if they are called now: the highest of this build that the
+ *  processor has, or vekLevelLimit() if that is lower. */
+VEK_API int vekLevel(void);
+
+/** The highest level that functions may run at; below 0 counts as 0. The library's own definition
+ *  sets no limit (INT_MAX). An application that wants one defines this function itself, as it may
+ *  replace a pair of allocator functions. It is called in every call of a function that has levels,
+ *  in the same thread. */
+VEK_API int vekLevelLimit(void);
+
 /* ---- Division helpers ----------------------------------------------------------------------- */
 
 /** Truncated unsigned division: returns floor(n / d) and stores n mod d through pRem unless it is

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "core/level.h"
 #include "tests/campaign/campaign.h"
 
 namespace vek::test {
@@ -24,6 +25,13 @@ template <const VekLibraryVersion* (*version)()>
 VekStatus readVersion(const Value*) {
   const VekLibraryVersion* const v = version();
   const bool fine = v == version() && v->Name[0] != 0 && v->Version[0] != 0 && v->BuildDate[0] != 0;
+  return fine ? vekStsNoErr : vekStsBadArgErr;
+}
+
+VekStatus readLevel(const Value*) {
+  const int level = vekLevel();
+  const bool fine = level == static_cast<int>(cpuLevel()) && level <= vekLevelLimit() &&
+                    strcmp(vekLevelName(level), levelNames[level]) == 0;
   return fine ? vekStsNoErr : vekStsBadArgErr;
 }
 
@@ -59,6 +67,7 @@ std::vector<Record> coreRecords() {
       {"vekiMalloc", useMemory<vekiMalloc, vekiFree>, drawAmount, {"vekiFree"}},
       {"vekiGetLibVersion", readVersion<vekiGetLibVersion>, [](Case&) {}},
       {"_vekGetLibVersion_VekCam", readVersion<_vekGetLibVersion_VekCam>, [](Case&) {}},
+      {"vekLevel", readLevel, [](Case&) {}, {"vekLevelName", "vekLevelLimit"}},
       {"_vekDiv_8u", useDivision<Vek8u, unsigned, _vekDiv_8u>, drawDivision<Vek8u>},
       {"_vekDiv_16u", useDivision<Vek16u, unsigned, _vekDiv_16u>, drawDivision<Vek16u>},
       {"_vekDiv_32u", useDivision<Vek32u, Vek32u, _vekDiv_32u>, drawDivision<Vek32u>}};

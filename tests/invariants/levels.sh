@@ -1,9 +1,10 @@
 #!/bin/sh
 # A program on the shared library writes the same pictures at every level of the processor.
-# usage: levels.sh <vekcam> <mask>...   (a mask switches processor features off: -AVX2)
+# usage: levels.sh <vekcam> <levels.txt>
 set -eu
 vekcam=$1
-shift
+masks=$(awk '!/^#/ && $2 != "-" { print $2 }' "$2")
+[ -n "$masks" ] || { echo "no level can be switched off from outside"; exit 77; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -12,7 +13,7 @@ simulate() {
 }
 
 simulate all
-for mask; do
+for mask in $masks; do
   GLIBC_TUNABLES=glibc.cpu.hwcaps=$mask simulate "without$mask"
   # The report shows times.
   diff -r --exclude=report.html "$work/all" "$work/without$mask"

@@ -4,19 +4,13 @@ namespace vek {
 
 namespace {
 
-Level highestLevel() {
-  Level highest = Level::portable;
-  for (size_t i = 0; i < levelCount; ++i) {
-    if (cpuHas(static_cast<Level>(i))) highest = static_cast<Level>(i);
-  }
-  return highest;
-}
-
 thread_local Level current = highestLevel();
+thread_local int asked = 0;
 
 }  // namespace
 
 Level cpuLevel() {
+  ++asked;
   return current;
 }
 
@@ -28,6 +22,10 @@ std::vector<Level> levels() {
     if (cpuHas(static_cast<Level>(i))) result.push_back(static_cast<Level>(i));
   }
   return result;
+}
+
+int timesLevelAsked() {
+  return asked;
 }
 
 const char* name(Level level) {

@@ -12,6 +12,9 @@ namespace vek::test {
 /// The levels that this processor runs, portable first.
 std::vector<Level> levels();
 
+/// How often this thread has asked for the level to run at.
+int timesLevelAsked();
+
 const char* name(Level level);
 
 /// Until its end, exported functions of this thread run at `level`.

@@ -1,8 +1,8 @@
-#include "core/level.h"
-
-#if defined(__x86_64__)
+// x86-64 with glibc 2.33 or newer. It has asked the processor before main() and hides what its tunable
+// glibc.cpu.hwcaps switches off.
 #include <sys/platform/x86.h>
-#endif
+
+#include "core/level.h"
 
 namespace vek {
 
@@ -14,6 +14,12 @@ namespace vek {
 bool cpuHas(Level level) {
   switch (level) { VEK_EACH_LEVEL(VEK_CASE) }
   return false;
+}
+
+Level highestLevel() {
+  size_t i = levelCount - 1;
+  while (i > 0 && !cpuHas(static_cast<Level>(i))) --i;
+  return static_cast<Level>(i);
 }
 
 }  // namespace vek
