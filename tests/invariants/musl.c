@@ -32,10 +32,12 @@ int main(void) {
   VekiAEState* state = NULL;
   unsigned seed = 1;
   const int highest = vekLevel();
-  int level, i, ok;
-  for (i = 0; i < height * 3 * width; ++i) {
-    seed = seed * 1664525u + 1013904223u;
-    source[0][i] = (Vek8u)(seed >> 24);
+  int level, x, y, ok;
+  for (y = 0; y < height; ++y) {
+    for (x = 0; x < 3 * width; ++x) {
+      seed = seed * 1664525u + 1013904223u;
+      source[y][x] = (Vek8u)(seed >> 24);
+    }
   }
   printf("highest: %s\n", vekLevelName(highest));
   ok = run(0, results[0]) == vekStsNoErr;
