@@ -18,8 +18,12 @@ struct GreenHistogram {
 
 struct ExposureKernels {
   /// Measures the greens of every group of four columns and two rows by their low 10 bits; a bin
-  /// that holds at least countThresh of them is populated. The width is rounded up to a multiple of
-  /// 4 and the height to a multiple of 2; in the lower row of a group the fourth sample is not read.
+  /// that holds at least countThresh of them is populated.
+  ///
+  /// @quirk The width is rounded up to a multiple of 4 and the height to a multiple of 2, so samples
+  /// beyond the region are counted: callers' thresholds are tuned to whole groups. In the lower row
+  /// of a group the fourth sample is not read.
+  ///
   /// The size is at least 1 x 1 and srcStep is even. pHist has 1024 bins to count in, all zero;
   /// their contents afterwards differ between levels.
   GreenHistogram (*measureGreens)(const Vek16u* pSrc, int srcStep, int width, int height,

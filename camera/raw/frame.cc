@@ -19,7 +19,10 @@ bool isAligned(Vek8u* const* pDst, const VekiRggbToYCbCrState& state) {
 }
 
 /// In list order, so a run of neighbours listed left to right takes the good sample to its left.
-void _vekiDeadPixSubstitution(Vek16u* pSrc, int srcStep, const VekiDeadPixel* pList, int count) {
+///
+/// @quirk Positions are not compared with the region's size: a sensor's list is used for any region
+/// of it, and entries beyond the region reach the memory around it.
+void replaceDeadPixels(Vek16u* pSrc, int srcStep, const VekiDeadPixel* pList, int count) {
   const ptrdiff_t rowLength = srcStep >> 1;
   for (int i = 0; i < count; ++i) {
     const ptrdiff_t row = pList[i].row, column = pList[i].column;
@@ -41,12 +44,13 @@ extern "C" VekStatus veki10RGGBtoYCbCr_RotRsz_8u_P3R(Vek16u* pSrc, Vek8u* const 
     return vekStsBadArgErr;
   }
   if (pState->deadPixels != nullptr) {
-    vek::_vekiDeadPixSubstitution(pSrc, pState->srcStep, pState->deadPixels, pState->numDeadPixels);
+    vek::replaceDeadPixels(pSrc, pState->srcStep, pState->deadPixels, pState->numDeadPixels);
   }
+  const vek::Level level = vek::cpuLevel();
   if (pState->scale == 1) {
-    vek::_veki10RGGBToYCbCrRot_8u_P3R(pSrc, pDst, *pState);
+    vek::convertFullSize(pSrc, pDst, *pState, level);
   } else {
-    vek::_veki10RGGBToYCbCrRot_8u_P3R_IntRsz(pSrc, pDst, *pState);
+    vek::convertReducedSize(pSrc, pDst, *pState, level);
   }
   return vekStsNoErr;
 }

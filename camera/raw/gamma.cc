@@ -1,5 +1,7 @@
 #include "camera/raw/gamma.h"
 
+#include "core/assert.h"
+
 namespace vek {
 namespace {
 
@@ -23,13 +25,15 @@ const Vek16u* gammaCurvePoints(Vek32u curve) {
   return curve == 0 ? linearCurve : standardCurve;
 }
 
-void _ReconstructGammaTable(Vek8u* pTable, const Vek16u* pPoints) {
+void fillGammaTable(Vek8u* pTable, const Vek16u* pPoints) {
+  VEK_ASSERT(pPoints[0] == 0);
   const Vek16u* segment = pPoints;
   for (Vek32u i = 0; i < gammaTableSize; ++i) {
     while (i > segment[2]) segment += 2;
     const Vek32u x0 = segment[0], y0 = segment[1], x1 = segment[2], y1 = segment[3];
-    // 10 fractional bits, then down to 8 bits by a shift of 12: the 512 rounds up the last eighth
-    // of an output step, not its upper half.
+    // y with 10 fractional bits becomes 8 bits without a fraction by a shift of 12.
+    // @quirk The 512 rounds up only the last eighth of an output step, not its upper half: the linear
+    // curve maps 0..3 to 0 and 4..7 to 1, so that it just drops two bits.
     const Vek32u rise = _vekDiv_32u((i - x0) * ((y1 - y0) * 1024), x1 - x0, nullptr);
     const Vek32u v = (y0 * 1024 + rise + 512) >> 12;
     pTable[i] = static_cast<Vek8u>(v < 255 ? v : 255);

@@ -12,6 +12,6 @@ const Vek16u* gammaCurvePoints(Vek32u curve);
 
 /// Fills pTable[0..1023] by straight lines between control points. Both scales run from 0 to 1024;
 /// x starts at 0, ends above 1023 and increases, y never falls.
-void _ReconstructGammaTable(Vek8u* pTable, const Vek16u* pPoints);
+void fillGammaTable(Vek8u* pTable, const Vek16u* pPoints);
 
 }  // namespace vek

@@ -13,29 +13,56 @@ namespace {
 
 enum GammaMode : Vek32u { builtInCurve = 0, callerTable = 1 };
 
-/// R, G, B to Y, Cb, Cr in Q8. Y sums to 249 and Cb to 13 instead of 256 and 0: white comes out
-/// slightly below 255 and Cb slightly above 128.
+/// R, G, B to Y, Cb, Cr in Q8.
+///
+/// @quirk Y sums to 249 and Cb to 13 instead of 256 and 0, so white comes out slightly below 255 and
+/// with Cb slightly above 128. Applications are tuned to these coefficients.
 constexpr Vek16s rgbToYcc[3][3] = {{77, 143, 29}, {-30, -85, 128}, {128, -107, -21}};
 
-/// Rows and columns of the region as it is seen after its rotation.
-struct TurnedSize {
-  Vek64s width, height;
-};
+// ---- Checks -----------------------------------------------------------------------------------
 
-TurnedSize turnedSize(const VekiRggbGeometry& g) {
-  if (isTransposed(g.rotation)) return {g.srcHeight, g.srcWidth};
-  return {g.srcWidth, g.srcHeight};
+bool isColorAccepted(const VekiRggbColorParam& p) {
+  const bool hasGamma = p.gammaMode == builtInCurve  ? p.gammaCurve[0] <= 1
+                        : p.gammaMode == callerTable ? p.gammaTable[0] != nullptr
+                                                     : false;
+  return hasGamma && p.reserved == 0 && p.rowOffset >= 0 && p.colOffset >= 0 &&
+         p.colorMatrix != nullptr;
 }
 
 /// 1, 2 or 4; 0 if the destination is none of these fractions of the region.
 int reduction(const VekiRggbGeometry& g) {
-  const TurnedSize size = turnedSize(g);
+  const bool transposed = isTransposed(g.rotation);
+  const Vek64s width = transposed ? g.srcHeight : g.srcWidth;
+  const Vek64s height = transposed ? g.srcWidth : g.srcHeight;
   for (int scale : {1, 2, 4}) {
-    if (size.width == Vek64s{g.dstWidth} * scale && size.height == Vek64s{g.dstHeight} * scale) {
-      return scale;
-    }
+    if (width == Vek64s{g.dstWidth} * scale && height == Vek64s{g.dstHeight} * scale) return scale;
   }
   return 0;
+}
+
+/// Destination rows hold the picture and start where stores of `lumaUnit` luma samples are aligned.
+bool areStepsAccepted(const VekiRggbGeometry& g, int lumaUnit) {
+  const int chromaWidth = g.dstWidth / 2, chromaUnit = lumaUnit / 2;
+  return g.dstStep[0] >= g.dstWidth && !isMisaligned(g.dstStep[0], lumaUnit) &&
+         g.dstStep[1] >= chromaWidth && !isMisaligned(g.dstStep[1], chromaUnit) &&
+         g.dstStep[2] >= chromaWidth && !isMisaligned(g.dstStep[2], chromaUnit);
+}
+
+bool isFullSizeAccepted(const VekiRggbGeometry& g) {
+  return areStepsAccepted(g, 8) && g.filterMode == 2;
+}
+
+bool isReducedSizeAccepted(const VekiRggbGeometry& g) {
+  return areStepsAccepted(g, 4) && g.filterMode == 3 && !isMisaligned(g.dstWidth, 4) &&
+         !isOdd(g.dstHeight);
+}
+
+bool isGeometryAccepted(const VekiRggbGeometry& g) {
+  const int scale = reduction(g);
+  return !isOdd(g.srcStep | g.srcWidth | g.srcHeight) && !anyBelowOne({g.dstWidth, g.dstHeight}) &&
+         g.rotation >= vekiRotNone && g.rotation <= vekiRot180 &&
+         (g.chromaFormat == chroma422 || g.chromaFormat == chroma420) && scale != 0 &&
+         (scale == 1 ? isFullSizeAccepted(g) : isReducedSizeAccepted(g));
 }
 
 bool isKept(const VekiRggbColorParam& p, const VekiDeadPixel& pixel) {
@@ -47,7 +74,8 @@ bool needsCopy(const VekiRggbColorParam& p) {
   return p.deadPixels != nullptr && (p.rowOffset != 0 || p.colOffset != 0);
 }
 
-/// A list to be copied has entries, and the first one inside the region is not its origin.
+/// @quirk A list to be copied must have entries, and the first one that is kept must not be the
+/// region's origin. A list that is used in place may have both.
 bool isListAccepted(const VekiRggbColorParam& p) {
   if (!needsCopy(p)) return true;
   if (p.numDeadPixels < 1) return false;
@@ -58,34 +86,13 @@ bool isListAccepted(const VekiRggbColorParam& p) {
   return true;
 }
 
-bool isColorAccepted(const VekiRggbColorParam& p) {
-  if (p.gammaMode != builtInCurve && p.gammaMode != callerTable) return false;
-  if (p.gammaMode == builtInCurve && p.gammaCurve[0] > 1) return false;
-  if (p.gammaMode == callerTable && p.gammaTable[0] == nullptr) return false;
-  return p.reserved == 0 && p.rowOffset >= 0 && p.colOffset >= 0 && p.colorMatrix != nullptr;
+bool areAccepted(const VekiRggbColorParam* pParam, const VekiRggbGeometry* pGeom,
+                 VekiRggbToYCbCrState* const* ppState) {
+  return !anyNull({pParam, pGeom, ppState}) && isColorAccepted(*pParam) &&
+         isGeometryAccepted(*pGeom) && isListAccepted(*pParam);
 }
 
-bool isGeometryAccepted(const VekiRggbGeometry& g) {
-  if (isOdd(g.srcStep) || isOdd(g.srcWidth) || isOdd(g.srcHeight)) return false;
-  if (anyBelowOne({g.dstWidth, g.dstHeight})) return false;
-  if (g.rotation < 0 || g.rotation > 3) return false;
-  if (g.chromaFormat != chroma422 && g.chromaFormat != chroma420) return false;
-
-  const int scale = reduction(g);
-  if (scale == 0) return false;
-  const int chromaWidth = g.dstWidth / 2;
-  if (g.dstStep[0] < g.dstWidth || g.dstStep[1] < chromaWidth || g.dstStep[2] < chromaWidth) {
-    return false;
-  }
-  // Destination rows start where stores of eight (full size) or four luma samples are aligned.
-  const int lumaUnit = scale == 1 ? 8 : 4;
-  if (isMisaligned(g.dstStep[0], lumaUnit) || isMisaligned(g.dstStep[1], lumaUnit / 2) ||
-      isMisaligned(g.dstStep[2], lumaUnit / 2)) {
-    return false;
-  }
-  if (scale == 1) return g.filterMode == 2;
-  return !isMisaligned(g.dstWidth, 4) && !isOdd(g.dstHeight) && g.filterMode == 3;
-}
+// ---- Preparation ------------------------------------------------------------------------------
 
 /// Moves the kept entries into region coordinates; returns how many they are.
 Vek32s copyDeadPixels(const VekiRggbColorParam& p, VekiDeadPixel* copy) {
@@ -111,24 +118,23 @@ void combineMatrices(const Vek16s* colorMatrix, Vek16s* combined) {
 
 VekStatus initState(const VekiRggbColorParam& p, const VekiRggbGeometry& g,
                     VekiRggbToYCbCrState* state) {
-  // Twice what the entries need.
-  VekiDeadPixel* const copy =
-      needsCopy(p) ? allocate<VekiDeadPixel>(Vek64s{2} * p.numDeadPixels) : nullptr;
-  Vek16s* const matrix = allocate<Vek16s>(9);
-  Vek8u* const builtIn = p.gammaMode == builtInCurve ? allocate<Vek8u>(gammaTableSize) : nullptr;
-  if ((needsCopy(p) && copy == nullptr) || matrix == nullptr ||
-      (p.gammaMode == builtInCurve && builtIn == nullptr)) {
+  const bool copies = needsCopy(p), builds = p.gammaMode == builtInCurve;
+  // @quirk Twice what the entries need. An application's allocator may be sized for it.
+  auto* const copy = copies ? allocate<VekiDeadPixel>(Vek64s{2} * p.numDeadPixels) : nullptr;
+  auto* const matrix = allocate<Vek16s>(9);
+  auto* const builtIn = builds ? allocate<Vek8u>(gammaTableSize) : nullptr;
+  if ((copies && copy == nullptr) || matrix == nullptr || (builds && builtIn == nullptr)) {
     vekiFree(builtIn);
     vekiFree(matrix);
     vekiFree(copy);
     return vekStsMemAllocErr;
   }
-  if (builtIn != nullptr) _ReconstructGammaTable(builtIn, gammaCurvePoints(p.gammaCurve[0]));
+  if (builds) fillGammaTable(builtIn, gammaCurvePoints(p.gammaCurve[0]));
   combineMatrices(p.colorMatrix, matrix);
-  *state = {.deadPixels = copy != nullptr ? copy : p.deadPixels,
-            .numDeadPixels = copy != nullptr ? copyDeadPixels(p, copy) : p.numDeadPixels,
+  *state = {.deadPixels = copies ? copy : p.deadPixels,
+            .numDeadPixels = copies ? copyDeadPixels(p, copy) : p.numDeadPixels,
             .yccMatrix = matrix,
-            .gammaTable = {builtIn != nullptr ? builtIn : p.gammaTable[0], nullptr, nullptr},
+            .gammaTable = {builds ? builtIn : p.gammaTable[0], nullptr, nullptr},
             .reserved = p.reserved,
             .filterMode = g.filterMode,
             .rotation = g.rotation,
@@ -153,12 +159,10 @@ extern "C" {
 VekStatus vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(const VekiRggbColorParam* pParam,
                                                  const VekiRggbGeometry* pGeom,
                                                  VekiRggbToYCbCrState** ppState) {
-  // Taken before the checks, and lost when one of them fails.
+  // @quirk The block is taken before the checks, and lost when one of them fails. Callers that count
+  // what their allocator gives out know it so.
   auto* const state = vek::allocate<VekiRggbToYCbCrState>();
-  if (vek::anyNull({pParam, pGeom}) || !vek::isColorAccepted(*pParam) ||
-      !vek::isGeometryAccepted(*pGeom) || !vek::isListAccepted(*pParam) || ppState == nullptr) {
-    return vekStsBadArgErr;
-  }
+  if (!vek::areAccepted(pParam, pGeom, ppState)) return vekStsBadArgErr;
   if (state == nullptr) return vekStsMemAllocErr;
   const VekStatus status = vek::initState(*pParam, *pGeom, state);
   if (status == vekStsNoErr) {
@@ -173,7 +177,8 @@ VekStatus vekiFree_10RGGBtoYCbCr_RotRsz_P3R(VekiRggbToYCbCrState* pState) {
   if (pState == nullptr) return vekStsNoErr;
   vekiFree(pState->yccMatrix);
   if (pState->gammaMode == vek::builtInCurve) vekiFree(const_cast<Vek8u*>(pState->gammaTable[0]));
-  // A list is never released, be it the caller's or a copy; only an absent one passes as null.
+  // @quirk A list is never released, be it the caller's or a copy, which is lost; only an absent one
+  // goes to vekiFree, as null.
   if (pState->deadPixels == nullptr) vekiFree(nullptr);
   vekiFree(pState);
   return vekStsNoErr;

@@ -1,24 +1,15 @@
 #include "camera/raw/rggb_kernels.h"
+#include "core/assert.h"
 #include "core/kernel/byte_table.h"
 #include "core/kernel/lanes.h"
-
-#if !VEK_HAVE_BYTE_TABLE
-#include "camera/raw/map_body.h"
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-using Bytes = hn::ScalableTag<Vek8u>;
-using VBytes = hn::Vec<Bytes>;
-constexpr Bytes bytes;
-constexpr hn::Repartition<Vek16s, Bytes> words;
-using VWords = hn::Vec<decltype(words)>;
+static_assert(vectorBytes <= readAhead);
 
-/// Blocks that are converted at once.
-constexpr int lanes = static_cast<int>(hn::MaxLanes(bytes));
-static_assert(lanes <= readAhead);
+// ---- Gamma ------------------------------------------------------------------------------------
 
 #if VEK_HAVE_BYTE_TABLE
 
@@ -77,8 +68,10 @@ class RawTable {
   __m512i low_, high_;
 };
 
+/// Pairs that are `stride` pairs apart. AVX-512 masks what is loaded and stored, so the last block needs
+/// no copies.
 template <int stride>
-void mapPairs(const Vek16u* src, const Vek8u* gamma, ptrdiff_t n, Vek8u* first, Vek8u* second) {
+void applyGammaTo(const Vek16u* src, const Vek8u* gamma, ptrdiff_t n, Vek8u* first, Vek8u* second) {
   const RawTable table(gamma);
   const auto block = [&](ptrdiff_t k, ptrdiff_t rest) {
     const Vek16u* const from = src + 2 * stride * k;
@@ -93,22 +86,25 @@ void mapPairs(const Vek16u* src, const Vek8u* gamma, ptrdiff_t n, Vek8u* first, 
   if (k < n) block(k, n - k);
 }
 
-void mapRow(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, ptrdiff_t n, Vek8u* first,
-            Vek8u* second) {
-  const auto map = period == 2 ? mapPairs<1> : period == 4 ? mapPairs<2> : mapPairs<4>;
-  map(src, gamma, n, first, second);
+void applyGamma(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, ptrdiff_t n, Vek8u* first,
+                Vek8u* second) {
+  VEK_ASSERT(period == 2 || period == 4 || period == 8);
+  const auto apply = period == 2   ? applyGammaTo<1>
+                     : period == 4 ? applyGammaTo<2>
+                                   : applyGammaTo<4>;
+  apply(src, gamma, n, first, second);
 }
 
 #else
 
-constexpr hn::Full128<Vek8u> sixteen;
-using VSixteen = hn::Vec<decltype(sixteen)>;
+constexpr hn::Full128<Vek8u> u8x16;
+using V8ux16 = hn::Vec<decltype(u8x16)>;
 
-/// Lanes i .. 15 of a group of look-ups. They meet in registers, as stores of single bytes would
-/// take longer than the look-ups; the two samples of a pair come with one load.
+/// Lanes i .. 15 of a group of look-ups. They are collected in registers, since storing single bytes
+/// would take longer than the look-ups. The two samples of a pair are loaded together.
 template <size_t i>
-void lookUp(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, VSixteen& first,
-            VSixteen& second) {
+void lookUp(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, V8ux16& first,
+            V8ux16& second) {
   if constexpr (i < 16) {
     constexpr Vek32u mask = rawCodeMask << 16 | rawCodeMask;
     Vek32u pair;
@@ -120,32 +116,39 @@ void lookUp(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, VSixteen& f
   }
 }
 
-void mapRow(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, ptrdiff_t n, Vek8u* first,
-            Vek8u* second) {
+/// Look-ups are scalar, so the last ones are simply made one by one.
+void applyGamma(const Vek16u* src, ptrdiff_t period, const Vek8u* gamma, ptrdiff_t n, Vek8u* first,
+                Vek8u* second) {
+  VEK_ASSERT(period == 2 || period == 4 || period == 8);
   ptrdiff_t k = 0;
   for (; k + 16 <= n; k += 16) {
-    VSixteen a = hn::Zero(sixteen), b = a;
+    V8ux16 a = hn::Zero(u8x16), b = a;
     lookUp<0>(src + k * period, period, gamma, a, b);
-    hn::StoreU(a, sixteen, first + k);
-    hn::StoreU(b, sixteen, second + k);
+    hn::StoreU(a, u8x16, first + k);
+    hn::StoreU(b, u8x16, second + k);
   }
-  mapSamples(src + k * period, period, gamma, n - k, first + k, second + k);
+  if (k < n) {
+    portable::rggbKernels.applyGamma(src + k * period, period, gamma, n - k, first + k, second + k);
+  }
 }
 
 #endif
 
-VBytes average4(VBytes a, VBytes b, VBytes c, VBytes d) {
-  const VBytes ab = hn::AverageRound(a, b);
-  const VBytes cd = hn::AverageRound(c, d);
-  // Rounding an odd ab + cd up is one too much if ab or cd was itself rounded up.
-  const VBytes rounded = hn::Or(hn::Xor(a, b), hn::Xor(c, d));
-  const VBytes excess = hn::And(hn::And(rounded, hn::Xor(ab, cd)), hn::Set(bytes, 1));
+// ---- Averages ---------------------------------------------------------------------------------
+
+/// (a + b + c + d + 2) >> 2 from averages that round up. Their average is one too much where it rounds up
+/// although ab or cd was rounded up already: 0, 1, 2, 2 give 1 and 2, then 2, but their sum of 5 makes 1.
+V8u average4(V8u a, V8u b, V8u c, V8u d) {
+  const V8u ab = hn::AverageRound(a, b);
+  const V8u cd = hn::AverageRound(c, d);
+  const V8u rounded = hn::Or(hn::Xor(a, b), hn::Xor(c, d));
+  const V8u excess = hn::And(hn::And(rounded, hn::Xor(ab, cd)), hn::Set(u8, 1));
   return hn::Sub(hn::AverageRound(ab, cd), excess);
 }
 
-/// One pixel each of `lanes` blocks.
+/// One pixel each of `vectorBytes` blocks.
 struct Pixels {
-  VBytes r, g, b;
+  V8u r, g, b;
 };
 
 Pixels average(const Pixels& p, const Pixels& q) {
@@ -156,10 +159,14 @@ Pixels average(const Pixels& p, const Pixels& q, const Pixels& s, const Pixels& 
   return {average4(p.r, q.r, s.r, t.r), average4(p.g, q.g, s.g, t.g), average4(p.b, q.b, s.b, t.b)};
 }
 
-/// A row of the matrix in bytes: each coefficient is 64 * high + low with low in -32 .. 31, beside
-/// each other for R and G and for B and 128, which carries the offset of chroma, 128 * 4 * 64.
+// ---- The matrix -------------------------------------------------------------------------------
+
+/// A row of the matrix in signed bytes: each coefficient is 64 * high + low with low in -32 .. 31. For
+/// example, 143 is 64 * 2 + 15 and -107 is 64 * -2 + 21. The factors of R and G lie beside each other,
+/// and so do those of B and of a constant 128, which carries the offset of chroma: 128 * 4 * 64 is
+/// 32768.
 struct Coefficients {
-  VBytes highRG, highB1, lowRG, lowB0;
+  V8u highRG, highB1, lowRG, lowB0;
 
   Coefficients(const Vek16s* row, int offset)
       : highRG(pair(high(row[0]), high(row[1]))),
@@ -167,8 +174,8 @@ struct Coefficients {
         lowRG(pair(low(row[0]), low(row[1]))),
         lowB0(pair(low(row[2]), 0)) {}
 
-  /// The high parts' sum is at most 124 * 255 + 512, the low ones' 3 * 32 * 255; all that is made of
-  /// them stays within 16 bits.
+  /// Whether the sums stay within 16 bits: that of the high parts is then at most 124 * 255 + 512 in
+  /// magnitude, that of the low ones 3 * 32 * 255, which adds 3 * 32 * 255 / 64 to the former.
   static bool fits(const Vek16s* row) {
     return magnitude(high(row[0])) + magnitude(high(row[1])) + magnitude(high(row[2])) <= 124;
   }
@@ -177,8 +184,8 @@ struct Coefficients {
   static int high(int c) { return (c + 32) >> 6; }
   static int low(int c) { return c - 64 * high(c); }
   static int magnitude(int v) { return v < 0 ? -v : v; }
-  static VBytes pair(int even, int odd) {
-    return hn::BitCast(bytes, hn::Set(words, static_cast<Vek16s>((even & 255) | odd * 256)));
+  static V8u pair(int even, int odd) {
+    return hn::BitCast(u8, hn::Set(s16, static_cast<Vek16s>((even & 255) | odd * 256)));
   }
 };
 
@@ -193,28 +200,30 @@ struct Matrix {
   }
 };
 
-/// `lanes` pixels with R beside G and B beside 128, in two halves.
-class Convertible {
+/// `vectorBytes` pixels, ready to be multiplied: R beside G and B beside 128, in two halves.
+class PairedPixels {
  public:
-  explicit Convertible(const Pixels& p)
-      : rg_{hn::InterleaveLower(bytes, p.r, p.g), hn::InterleaveUpper(bytes, p.r, p.g)},
-        b1_{hn::InterleaveLower(bytes, p.b, hn::Set(bytes, 128)),
-            hn::InterleaveUpper(bytes, p.b, hn::Set(bytes, 128))} {}
+  explicit PairedPixels(const Pixels& p)
+      : rg_{hn::InterleaveLower(u8, p.r, p.g), hn::InterleaveUpper(u8, p.r, p.g)},
+        b1_{hn::InterleaveLower(u8, p.b, hn::Set(u8, 128)),
+            hn::InterleaveUpper(u8, p.b, hn::Set(u8, 128))} {}
 
-  VBytes component(const Coefficients& c) const { return packClamped(half(c, 0), half(c, 1)); }
+  V8u component(const Coefficients& c) const {
+    return packClamped(halfComponent(c, 0), halfComponent(c, 1));
+  }
 
  private:
   /// floor((64 * high + low) / 256) = floor((high + floor(low / 64)) / 4).
-  VWords half(const Coefficients& c, int i) const {
-    const VWords high = hn::Add(sumOfPairs(rg_[i], c.highRG), sumOfPairs(b1_[i], c.highB1));
-    const VWords low = hn::Add(sumOfPairs(rg_[i], c.lowRG), sumOfPairs(b1_[i], c.lowB0));
+  V16s halfComponent(const Coefficients& c, int i) const {
+    const V16s high = hn::Add(sumOfPairs(rg_[i], c.highRG), sumOfPairs(b1_[i], c.highB1));
+    const V16s low = hn::Add(sumOfPairs(rg_[i], c.lowRG), sumOfPairs(b1_[i], c.lowB0));
     return hn::ShiftRight<2>(hn::Add(high, hn::ShiftRight<6>(low)));
   }
 
-  VBytes rg_[2], b1_[2];
+  V8u rg_[2], b1_[2];
 };
 
-/// The pixels of `lanes` blocks: upper left, upper right, lower left, lower right.
+/// The pixels of `vectorBytes` blocks: upper left, upper right, lower left, lower right.
 struct Block {
   Pixels p00, p01, p10, p11;
 };
@@ -222,32 +231,34 @@ struct Block {
 template <ChromaShare share>
 void storeBlock(const Block& p, const Matrix& m, ptrdiff_t k, const BlockRow& out) {
   const auto luma = [&](const Pixels& left, const Pixels& right, Vek8u* dst) {
-    hn::StoreInterleaved2(Convertible(left).component(m.y), Convertible(right).component(m.y),
-                          bytes, dst);
+    hn::StoreInterleaved2(PairedPixels(left).component(m.y), PairedPixels(right).component(m.y), u8,
+                          dst);
   };
   luma(p.p00, p.p01, out.luma[0] + 2 * k);
   luma(p.p10, p.p11, out.luma[1] + 2 * k);
   const auto chroma = [&](const Pixels& pixels, int row) {
-    const Convertible c(pixels);
-    hn::StoreU(c.component(m.cb), bytes, out.cb[row] + k);
-    hn::StoreU(c.component(m.cr), bytes, out.cr[row] + k);
+    const PairedPixels c(pixels);
+    hn::StoreU(c.component(m.cb), u8, out.cb[row] + k);
+    hn::StoreU(c.component(m.cr), u8, out.cr[row] + k);
   };
   if constexpr (share == ChromaShare::row) {
     chroma(average(p.p00, p.p01), 0);
     chroma(average(p.p10, p.p11), 1);
   } else if constexpr (share == ChromaShare::column) {
-    const Convertible left(average(p.p00, p.p10)), right(average(p.p01, p.p11));
-    hn::StoreInterleaved2(left.component(m.cb), right.component(m.cb), bytes, out.cb[0] + 2 * k);
-    hn::StoreInterleaved2(left.component(m.cr), right.component(m.cr), bytes, out.cr[0] + 2 * k);
+    const PairedPixels left(average(p.p00, p.p10)), right(average(p.p01, p.p11));
+    hn::StoreInterleaved2(left.component(m.cb), right.component(m.cb), u8, out.cb[0] + 2 * k);
+    hn::StoreInterleaved2(left.component(m.cr), right.component(m.cr), u8, out.cr[0] + 2 * k);
   } else {
     chroma(average(p.p00, p.p01, p.p10, p.p11), 0);
   }
 }
 
-/// storeBlock for the last, incomplete block of a row: only the `rest` first ones are written.
+/// storeBlock for the last, incomplete block of a row: only the `rest` first ones are written. This
+/// copies results alone, unlike copiedBlocks(), since the byte planes that they are made from may be
+/// read ahead.
 template <ChromaShare share>
 void storeRest(const Block& p, const Matrix& m, ptrdiff_t k, ptrdiff_t rest, const BlockRow& out) {
-  alignas(64) Vek8u buffer[6][2 * lanes];
+  alignas(64) Vek8u buffer[6][2 * vectorBytes];
   storeBlock<share>(p, m, 0,
                     {{buffer[0], buffer[1]}, {buffer[2], buffer[3]}, {buffer[4], buffer[5]}});
   const auto copy = [&](Vek8u* dst, int from, ptrdiff_t n) {
@@ -261,29 +272,29 @@ void storeRest(const Block& p, const Matrix& m, ptrdiff_t k, ptrdiff_t rest, con
   }
 }
 
-/// Converts n blocks; blockAt(k) gives those of blocks k .. k + lanes - 1.
+/// Converts n blocks; blockAt(k) gives those of blocks k .. k + vectorBytes - 1.
 template <ChromaShare share, class BlockAt>
 void convertRow(ptrdiff_t n, const Vek16s* matrix, const BlockRow& out, BlockAt blockAt) {
   const Matrix m(matrix);
   ptrdiff_t k = 0;
-  for (; k + lanes <= n; k += lanes) storeBlock<share>(blockAt(k), m, k, out);
+  for (; k + vectorBytes <= n; k += vectorBytes) storeBlock<share>(blockAt(k), m, k, out);
   if (k < n) storeRest<share>(blockAt(k), m, k, n - k, out);
 }
 
 template <ChromaShare share>
-void _veki10RGGBToYCbCrRot_8u_P3R_Margin(const SplitRow rows[4], ptrdiff_t n, const Vek16s* matrix,
-                                         const BlockRow& out) {
+void demosaic(const SplitRow rows[4], ptrdiff_t n, const Vek16s* matrix, const BlockRow& out) {
+  VEK_ASSERT(n >= 1);
   if (!Matrix::fits(matrix)) {
-    return portable::rggbKernels.interior[static_cast<int>(share)](rows, n, matrix, out);
+    return portable::rggbKernels.demosaic[static_cast<int>(share)](rows, n, matrix, out);
   }
   const SplitRow a = rows[0], b = rows[1], c = rows[2], d = rows[3];
   convertRow<share>(n, matrix, out, [=](ptrdiff_t k) -> Block {
-    const auto at = [k](const Vek8u* row, int i = 0) { return hn::LoadU(bytes, row + k + i); };
-    const VBytes red = at(b.even), redRight = at(b.even, 1), redBelow = at(d.even);
-    const VBytes redAcross = at(d.even, 1);
-    const VBytes greenR = at(b.odd), greenB = at(c.even);
-    const VBytes blue = at(c.odd), blueLeft = at(c.odd, -1), blueAbove = at(a.odd);
-    const VBytes blueAcross = at(a.odd, -1);
+    const auto at = [k](const Vek8u* row, int i = 0) { return hn::LoadU(u8, row + k + i); };
+    const V8u red = at(b.even), redRight = at(b.even, 1), redBelow = at(d.even);
+    const V8u redAcross = at(d.even, 1);
+    const V8u greenR = at(b.odd), greenB = at(c.even);
+    const V8u blue = at(c.odd), blueLeft = at(c.odd, -1), blueAbove = at(a.odd);
+    const V8u blueAcross = at(a.odd, -1);
     return {{red, average4(at(a.even), at(b.odd, -1), greenR, greenB),
              average4(blueAcross, blueAbove, blueLeft, blue)},
             {hn::AverageRound(red, redRight), greenR, hn::AverageRound(blueAbove, blue)},
@@ -294,16 +305,16 @@ void _veki10RGGBToYCbCrRot_8u_P3R_Margin(const SplitRow rows[4], ptrdiff_t n, co
 }
 
 template <ChromaShare share>
-void quadRow(const QuadRow pixels[4], ptrdiff_t n, const Vek16s* matrix, const BlockRow& out) {
+void convertQuads(const QuadRow pixels[4], ptrdiff_t n, const Vek16s* matrix, const BlockRow& out) {
+  VEK_ASSERT(n >= 1);
   if (!Matrix::fits(matrix)) {
-    return portable::rggbKernels.quads[static_cast<int>(share)](pixels, n, matrix, out);
+    return portable::rggbKernels.convertQuads[static_cast<int>(share)](pixels, n, matrix, out);
   }
   convertRow<share>(n, matrix, out, [=](ptrdiff_t k) -> Block {
     const auto pixel = [k](const QuadRow& quad) -> Pixels {
-      return {hn::LoadU(bytes, quad.red + k),
-              hn::AverageRound(hn::LoadU(bytes, quad.green[0] + k),
-                               hn::LoadU(bytes, quad.green[1] + k)),
-              hn::LoadU(bytes, quad.blue + k)};
+      return {hn::LoadU(u8, quad.red + k),
+              hn::AverageRound(hn::LoadU(u8, quad.green[0] + k), hn::LoadU(u8, quad.green[1] + k)),
+              hn::LoadU(u8, quad.blue + k)};
     };
     return {pixel(pixels[0]), pixel(pixels[1]), pixel(pixels[2]), pixel(pixels[3])};
   });
@@ -316,10 +327,10 @@ HWY_AFTER_NAMESPACE();
 namespace vek::VEK_LEVEL {
 
 constexpr RggbKernels rggbKernels = {
-    mapRow,
-    {_veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::row>,
-     _veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::column>,
-     _veki10RGGBToYCbCrRot_8u_P3R_Margin<ChromaShare::block>},
-    {quadRow<ChromaShare::row>, quadRow<ChromaShare::column>, quadRow<ChromaShare::block>}};
+    .applyGamma = applyGamma,
+    .demosaic = {demosaic<ChromaShare::row>, demosaic<ChromaShare::column>,
+                 demosaic<ChromaShare::block>},
+    .convertQuads = {convertQuads<ChromaShare::row>, convertQuads<ChromaShare::column>,
+                     convertQuads<ChromaShare::block>}};
 
 }  // namespace vek::VEK_LEVEL

@@ -14,8 +14,8 @@ namespace {
 
 TEST(RawState, BuildsGammaTables) {
   Vek8u linear[gammaTableSize], standard[gammaTableSize];
-  _ReconstructGammaTable(linear, gammaCurvePoints(0));
-  _ReconstructGammaTable(standard, gammaCurvePoints(1));
+  fillGammaTable(linear, gammaCurvePoints(0));
+  fillGammaTable(standard, gammaCurvePoints(1));
   for (int i = 0; i < gammaTableSize; ++i) EXPECT_EQ(linear[i], i / 4);
   // By hand at and between control points: (y * 1024 + 512) >> 12.
   const int anchors[][2] = {{0, 0},    {1, 1},     {2, 2},     {14, 15},   {32, 33},   {33, 34},
