@@ -7,31 +7,42 @@
 
 namespace vek {
 
-/// One image of a region: where its rows start and how far apart they are. `Bytes` is Vek8u or
-/// const Vek8u.
-template <class Bytes>
+/// One image of a region: where its rows start and how far apart they are. A row has `count` bytes
+/// for every `pixels` pixels; a group of pixels that the row only begins counts whole. `Bytes` is
+/// Vek8u or const Vek8u.
+template <class Bytes, int count = 1, int pixels = 1>
 struct Plane {
   Bytes* data;
   ptrdiff_t step;
 
   Bytes* row(ptrdiff_t y) const { return data + y * step; }
+
+  /// Whether a row of n pixels ends where the next one begins.
+  bool isUnpadded(Vek64s n) const { return n % pixels == 0 && step == n / pixels * count; }
 };
 
 template <class Bytes>
 Plane(Bytes*, int) -> Plane<Bytes>;
 
-/// Calls row(n, pointers...) for each row of `rowBytes` bytes, or once for the whole region when
-/// the rows of every plane follow each other without padding. For kernels that treat each byte, or
-/// each group of bytes that divides the row, alike.
-template <class Row, class... Bytes>
-void forEachRow(ptrdiff_t rowBytes, int height, Row row, Plane<Bytes>... planes) {
-  ptrdiff_t rows = height;
-  const bool unpadded = (... && (planes.step == rowBytes));
-  if (unpadded) {
-    rowBytes *= rows;
-    rows = 1;
-  }
-  for (ptrdiff_t y = 0; y < rows; ++y) row(rowBytes, planes.row(y)...);
+/// A region as a walk goes through it: `rows` rows of n pixels.
+struct Extent {
+  ptrdiff_t n, rows;
+};
+
+/// One long row when the rows of every plane follow each other without padding, else the region's
+/// rows. For kernels that treat each pixel, or each group of pixels that divides the row, alike.
+template <class... Planes>
+Extent joinedRows(ptrdiff_t n, ptrdiff_t rows, Planes... planes) {
+  if ((... && planes.isUnpadded(n))) return {n * rows, 1};
+  return {n, rows};
+}
+
+/// Calls row(n, pointers...) for each row of n pixels, joined as above. The pixels of planes that
+/// have one byte for each may as well be the bytes of the row.
+template <class Row, class... Planes>
+void forEachRow(ptrdiff_t n, int height, Row row, Planes... planes) {
+  const Extent extent = joinedRows(n, height, planes...);
+  for (ptrdiff_t y = 0; y < extent.rows; ++y) row(extent.n, planes.row(y)...);
 }
 
 }  // namespace vek

@@ -1,7 +1,7 @@
-// Look-ups in byte tables that stay in registers, where the level permutes bytes across them.
+// Look-ups in byte tables that stay in registers, at levels that permute bytes across registers.
 #pragma once
 
-#include "core/kernel/blocks.h"
+#include "core/kernel/lanes.h"
 
 #if defined(__AVX512VBMI__)
 #define VEK_HAVE_BYTE_TABLE 1
@@ -9,14 +9,16 @@
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// 256 entries in four registers.
+/// 256 entries in four registers. One permutation looks up the low 7 bits of each index in two of
+/// them; the top bit chooses between the results for the lower and the upper pair.
 class ByteTable {
  public:
   explicit ByteTable(const Vek8u* table) {
     for (int i = 0; i < 4; ++i) quarters_[i] = _mm512_loadu_si512(table + 64 * i);
   }
 
-  /// The entries at 64 indices, whose top bits are `upper`.
+  /// The entries at 64 indices. `upper` has a bit for each index, the top one, for callers that
+  /// already have these bits.
   __m512i at(__m512i index, __mmask64 upper) const {
     return _mm512_mask_blend_epi8(upper,
                                   _mm512_permutex2var_epi8(quarters_[0], index, quarters_[1]),

@@ -1,3 +1,4 @@
+#include "core/kernel/blocks.h"
 #include "core/kernel/byte_table.h"
 #include "image/filter/gamma_kernels.h"
 
