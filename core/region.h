@@ -15,7 +15,9 @@ struct Plane {
   Bytes* data;
   ptrdiff_t step;
 
-  Bytes* row(ptrdiff_t y) const { return data + y * step; }
+  /// Always inlined: kernels of higher levels call it, and their objects must not define a symbol
+  /// that other code could be linked to.
+  [[gnu::always_inline]] Bytes* row(ptrdiff_t y) const { return data + y * step; }
 
   /// Whether a row of n pixels ends where the next one begins.
   bool isUnpadded(Vek64s n) const { return n % pixels == 0 && step == n / pixels * count; }

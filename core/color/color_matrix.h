@@ -16,9 +16,12 @@ struct Matrix {
   int fractionBits = 10;
 };
 
-/// Studio-range BT.601 to RGB, without a rounding term.
-constexpr Matrix ycbcrToRgb = {
-    {16, 128, 128}, {{1192, 0, 1634}, {1192, -401, -833}, {1192, 2065, 0}}, {}};
+/// Studio-range BT.601 to RGB. @quirk There is no rounding term, so that white (235, 128, 128) gives
+/// 254. Only the conversion of interleaved 4:4:4 bytes rounds; that the others truncate is part of
+/// their interface.
+constexpr Matrix ycbcrToRgb = {.centre = {16, 128, 128},
+                               .factor = {{1192, 0, 1634}, {1192, -401, -833}, {1192, 2065, 0}},
+                               .offset = {}};
 
 /// Output k of the matrix, reduced to `bits` bits. The sums stay within 21 bits.
 template <const Matrix& m, int k, int bits = 8>

@@ -1,6 +1,8 @@
-// The conversion of planes in vectors; without Highway the plain loop, compiled for the level.
+// The conversion of planes to pixels in vectors: the fast kernels of the families that have such
+// conversions.
 #pragma once
 
+#include "core/assert.h"
 #include "core/color/chroma_sums.h"
 #include "core/color/convert_planes.h"
 #include "core/kernel/blocks.h"
@@ -9,6 +11,7 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
+/// Converts a block of luma with the sums of its even and of its odd pixels.
 template <class Sums, class Format>
 void convertBlock(const Vek8u* y, const Sums& even, const Sums& odd, Vek8u* out) {
   const V8u luma = hn::LoadU(u8, y);
@@ -16,19 +19,21 @@ void convertBlock(const Vek8u* y, const Sums& even, const Sums& odd, Vek8u* out)
                                even, odd, out);
 }
 
-/// Calls convert(chroma of the even pixels, chroma of the odd pixels).
+/// Calls convert(sums of the even pixels, sums of the odd pixels) with the chroma of one block.
 template <int pixels, class Sums, class Convert>
 void withChroma(const Vek8u* cb, const Vek8u* cr, Convert convert) {
   if constexpr (pixels == 2) {
-    const Sums sums(loadWordBytes(cb), loadWordBytes(cr));
+    const Sums sums(loadChroma(cb), loadChroma(cr));
     convert(sums, sums);
   } else {
     const V8u b = hn::LoadU(u8, cb), r = hn::LoadU(u8, cr);
-    convert(Sums(evenWordBytes(b), evenWordBytes(r)), Sums(oddWordBytes(b), oddWordBytes(r)));
+    convert(Sums(evenChroma(b), evenChroma(r)), Sums(oddChroma(b), oddChroma(r)));
   }
 }
 
-/// A last, shorter block of a row that has a whole one overlaps it, pairs of pixels kept together.
+/// Policy "overlapping", which is the faster one, for rows of at least a block whose pairs of pixels
+/// it does not split; policy "copied" for the others. The last block of an overlapping row is a second
+/// call of copiedBlocks() because the body, some hundred instructions, is then compiled once.
 template <class Body, class... Streams>
 void forEachPixelBlock(ptrdiff_t n, Body body, Streams... streams) {
   const ptrdiff_t rest = n % vectorBytes;
@@ -38,9 +43,12 @@ void forEachPixelBlock(ptrdiff_t n, Body body, Streams... streams) {
     copiedBlocks<vectorBytes>(vectorBytes, body, Streams{streams.at(n - vectorBytes)}...);
 }
 
+/// The kernel of convert_planes.h. Where two rows share chroma and do not overlap they are converted
+/// together, so that the sums of their chroma are computed once.
 template <int pixels, const Matrix& m, class Format>
 void convertPlanes(const YccPlanes& planes, ptrdiff_t n, ptrdiff_t rows, Vek8u* dst,
                    ptrdiff_t dstStep) {
+  VEK_ASSERT(planes.chromaShift == 0 || planes.chromaShift == 1);
   using S = Sums<m, Format>;
   using Pixel = Out<Format::bytes>;
   using ChromaIn = In<1, pixels>;

@@ -1,29 +1,33 @@
-// Three-channel pixels between memory and one vector for each channel.
+// Loads and stores of three-channel pixels, with one vector for each channel. A block is as many
+// pixels as a vector has bytes, so it takes three vectors in memory.
 #pragma once
 
-#include "core/kernel/blocks.h"
+#include "core/kernel/lanes.h"
+#include "core/kernel/unroll.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// One channel each of as many pixels as a vector has bytes.
+/// The three channels of a block.
 struct Channels {
-  using V = hn::Vec<hn::ScalableTag<Vek8u>>;
-  V c0, c1, c2;
+  V8u c0, c1, c2;
 };
 
 #if defined(__AVX512VBMI__)
 
-// Of the three vectors in memory every third byte belongs to a channel, at another phase in each:
-// two blends collect the 64 samples of a channel, and one permutation puts them in order. Sample i
-// of channel c is byte 3 i + c of the block, so it sits in lane (3 i + c) % 64.
+// Sample i of channel c is byte 3 i + c of the block: it sits in lane (3 i + c) % 64 of one of the
+// three vectors in memory. No two samples of a channel share a lane, so two blends collect the 64
+// samples of a channel in one vector, and one permutation puts them in order. Channel 0, for
+// example, has pixel 0 in lane 0 of the first vector, pixel 22 in lane 2 of the second one and pixel
+// 43 in lane 1 of the third one.
 
+/// The lane that each byte of a permutation's result comes from.
 struct ByteOrder {
   alignas(64) Vek8u at[64];
 };
 
-/// For each pixel the lane that its sample of a channel is collected in.
+/// For each pixel, the lane in which its sample of a channel is collected.
 template <int channel>
 constexpr ByteOrder collectedAt = [] {
   ByteOrder order = {};
@@ -31,7 +35,7 @@ constexpr ByteOrder collectedAt = [] {
   return order;
 }();
 
-/// The inverse: for each lane the pixel whose sample is collected in it.
+/// The inverse: for each lane, the pixel whose sample is collected in it.
 template <int channel>
 constexpr ByteOrder pixelOf = [] {
   ByteOrder order = {};
@@ -50,22 +54,21 @@ inline __m512i permuted(const ByteOrder& order, __m512i v) {
   return _mm512_permutexvar_epi8(_mm512_load_si512(order.at), v);
 }
 
-/// The channels of three vectors that follow each other in memory, in the order of collection.
-inline Channels separated(Channels::V first, Channels::V second, Channels::V third) {
+/// The channels of three vectors that follow each other in memory. The samples of a channel are in
+/// the lanes in which they are collected, not in order.
+inline Channels separated(V8u first, V8u second, V8u third) {
   const __m512i a = first.raw, b = second.raw, c = third.raw;
-  return {Channels::V{blendThirds(a, c, b)}, Channels::V{blendThirds(b, a, c)},
-          Channels::V{blendThirds(c, b, a)}};
+  return {V8u{blendThirds(a, c, b)}, V8u{blendThirds(b, a, c)}, V8u{blendThirds(c, b, a)}};
 }
 
 inline Channels loadChannels(const Vek8u* src) {
-  const hn::ScalableTag<Vek8u> d;
-  const Channels v = separated(hn::LoadU(d, src), hn::LoadU(d, src + 64), hn::LoadU(d, src + 128));
-  return {Channels::V{permuted(collectedAt<0>, v.c0.raw)},
-          Channels::V{permuted(collectedAt<1>, v.c1.raw)},
-          Channels::V{permuted(collectedAt<2>, v.c2.raw)}};
+  const Channels v =
+      separated(hn::LoadU(u8, src), hn::LoadU(u8, src + 64), hn::LoadU(u8, src + 128));
+  return {V8u{permuted(collectedAt<0>, v.c0.raw)}, V8u{permuted(collectedAt<1>, v.c1.raw)},
+          V8u{permuted(collectedAt<2>, v.c2.raw)}};
 }
 
-/// Stores channels whose samples are in the lanes that they were collected in.
+/// Stores three channels whose samples are in the lanes in which they would be collected.
 inline void storeThirds(__m512i x, __m512i y, __m512i z, Vek8u* dst) {
   _mm512_storeu_si512(dst, blendThirds(x, y, z));
   _mm512_storeu_si512(dst + 64, blendThirds(y, z, x));
@@ -79,32 +82,34 @@ inline void storeChannels(const Channels& v, Vek8u* dst) {
 
 #else
 
-struct LaneOrder {
+// A vector is one or two 128-bit blocks. Bytes move within them only: block k holds pixels 16 k to
+// 16 k + 15, which take 48 bytes in memory.
+
+/// The byte of its 128-bit block that each byte of a shuffle's result comes from, or noByte for 0.
+struct ShuffleOrder {
   alignas(16) Vek8u at[16];
 };
 
 constexpr Vek8u noByte = 0x80;
 
-inline Channels::V shuffled(const LaneOrder& order, Channels::V v) {
-  return hn::TableLookupBytesOr0(v, hn::LoadDup128(hn::ScalableTag<Vek8u>(), order.at));
+inline V8u shuffled(const ShuffleOrder& order, V8u v) {
+  return hn::TableLookupBytesOr0(v, hn::LoadDup128(u8, order.at));
 }
 
-/// 16 bytes of each lane, 48 bytes apart.
-inline void storeLanes(Channels::V v, Vek8u* dst) {
-  const hn::ScalableTag<Vek8u> d;
-  if constexpr (hn::MaxLanes(d) == 16) {
-    hn::StoreU(v, d, dst);
+/// Stores the 128-bit blocks of v 48 bytes apart.
+inline void store128BitBlocks(V8u v, Vek8u* dst) {
+  if constexpr (vectorBytes == 16) {
+    hn::StoreU(v, u8, dst);
   } else {
-    const hn::Half<decltype(d)> half;
+    const hn::Half<decltype(u8)> half;
     hn::StoreU(hn::LowerHalf(half, v), half, dst);
     hn::StoreU(hn::UpperHalf(half, v), half, dst + 48);
   }
 }
 
-/// Of 0xFF in lanes that are `phase` more than a multiple of 3, else 0.
+/// 0xFF in the lanes phase, phase + 3, phase + 6 and so on, and 0 in the others.
 template <int phase>
-Channels::V thirdOfLanes() {
-  const hn::ScalableTag<Vek8u> d;
+V8u thirdOfLanes() {
   static constexpr auto flags = [] {
     struct {
       alignas(32) Vek8u at[32];
@@ -112,20 +117,21 @@ Channels::V thirdOfLanes() {
     for (int i = phase; i < 32; i += 3) table.at[i] = 0xFF;
     return table;
   }();
-  static_assert(hn::MaxLanes(d) <= 32);
-  return hn::Load(d, flags.at);
+  static_assert(vectorBytes <= 32);
+  return hn::Load(u8, flags.at);
 }
 
 /// Lanes 0, 3, ... of a, lanes 1, 4, ... of b, lanes 2, 5, ... of c.
-inline Channels::V blendThirds(Channels::V a, Channels::V b, Channels::V c) {
+inline V8u blendThirds(V8u a, V8u b, V8u c) {
   const auto isFirst = hn::MaskFromVec(thirdOfLanes<0>());
   const auto isSecond = hn::MaskFromVec(thirdOfLanes<1>());
   return hn::IfThenElse(isFirst, a, hn::IfThenElse(isSecond, b, c));
 }
 
-/// The channels of three vectors that follow each other in memory, each in an order of its own.
-inline Channels separated(Channels::V first, Channels::V second, Channels::V third) {
-  if constexpr (hn::MaxLanes(hn::ScalableTag<Vek8u>()) % 3 == 1) {
+/// The channels of three vectors that follow each other in memory, each in an order of its own: in a
+/// vector every third lane belongs to a channel, and these lanes differ from vector to vector.
+inline Channels separated(V8u first, V8u second, V8u third) {
+  if constexpr (vectorBytes % 3 == 1) {
     return {blendThirds(first, third, second), blendThirds(second, first, third),
             blendThirds(third, second, first)};
   } else {
@@ -136,18 +142,18 @@ inline Channels separated(Channels::V first, Channels::V second, Channels::V thi
 
 inline Channels loadChannels(const Vek8u* src) {
   Channels v;
-  hn::LoadInterleaved3(hn::ScalableTag<Vek8u>(), src, v.c0, v.c1, v.c2);
+  hn::LoadInterleaved3(u8, src, v.c0, v.c1, v.c2);
   return v;
 }
 
 #if defined(__AVX2__)
 
-/// For 16 of the 48 bytes that a 128-bit lane's pixels take, from byte 16 * third on, where a channel's
-/// samples lie in its lane; no byte where another channel's belong. Pixel i's sample is at lane i, or
-/// the even pixels' come before the odd ones'.
+/// Puts one channel's samples of a 128-bit block at their places in one third of the 48 bytes that the
+/// block's pixels take in memory, and 0 at the places of the other channels. The block holds its 16
+/// pixels in order, or (evenFirst) the eight even ones before the eight odd ones.
 template <int channel, int third, bool evenFirst>
-constexpr LaneOrder thirdOfPixels = [] {
-  LaneOrder order = {};
+constexpr ShuffleOrder thirdOfPixels = [] {
+  ShuffleOrder order = {};
   for (int j = 0; j < 16; ++j) {
     const int pixel = (16 * third + j) / 3;
     const int at = evenFirst ? pixel % 2 * 8 + pixel / 2 : pixel;
@@ -158,21 +164,18 @@ constexpr LaneOrder thirdOfPixels = [] {
 
 template <bool evenFirst = false>
 void storeChannels(const Channels& v, Vek8u* dst) {
-  const auto storeThird = [&]<int third>() {
-    storeLanes(hn::Or(hn::Or(shuffled(thirdOfPixels<0, third, evenFirst>, v.c0),
-                             shuffled(thirdOfPixels<1, third, evenFirst>, v.c1)),
-                      shuffled(thirdOfPixels<2, third, evenFirst>, v.c2)),
-               dst + 16 * third);
-  };
-  storeThird.template operator()<0>();
-  storeThird.template operator()<1>();
-  storeThird.template operator()<2>();
+  unrolled<3>([&](auto third) {
+    const V8u bytes = hn::Or(hn::Or(shuffled(thirdOfPixels<0, third, evenFirst>, v.c0),
+                                    shuffled(thirdOfPixels<1, third, evenFirst>, v.c1)),
+                             shuffled(thirdOfPixels<2, third, evenFirst>, v.c2));
+    store128BitBlocks(bytes, dst + 16 * third.value);
+  });
 }
 
 #else
 
 inline void storeChannels(const Channels& v, Vek8u* dst) {
-  hn::StoreInterleaved3(v.c0, v.c1, v.c2, hn::ScalableTag<Vek8u>(), dst);
+  hn::StoreInterleaved3(v.c0, v.c1, v.c2, u8, dst);
 }
 
 #endif

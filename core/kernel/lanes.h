@@ -42,6 +42,12 @@ constexpr hn::Rebind<Vek16s, decltype(s32)> halfS16;
 
 constexpr int vectorBytes = static_cast<int>(hn::MaxLanes(u8));
 
+/// `value`, which is cast to the type of the lanes, in every lane.
+template <class D>
+hn::Vec<D> filled(D d, Vek32s value) {
+  return hn::Set(d, static_cast<hn::TFromD<D>>(value));
+}
+
 // ---- Bytes in 16-bit lanes, signed or unsigned as the tag d says.
 
 template <class D>
@@ -121,6 +127,20 @@ inline V16s pairOfFactors(Vek32s first, Vek32s second) {
 }
 
 // ---- Floats.
+
+inline V32f toFloat(V32s v) {
+  return hn::ConvertTo(f32, v);
+}
+
+/// 1 / d to 21 bits or better: an approximation of at least 11 bits, and one step of Newton's.
+inline V32f reciprocal(V32f d) {
+#if HWY_ARCH_X86
+  const V32f x = hn::ApproximateReciprocal(d);
+  return hn::Mul(x, hn::NegMulAdd(d, x, hn::Set(f32, 2.0f)));
+#else
+  return hn::Div(hn::Set(f32, 1.0f), d);
+#endif
+}
 
 /// v without its fraction, for values that fit 32 bits: Highway's conversion also handles those that
 /// do not, which takes longer.

@@ -7,35 +7,37 @@
 namespace vek {
 namespace {
 
-VekStatus convert(PixelRow HueKernels::*kernel, const Vek8u* pSrc, int srcStep, Vek8u* pDst,
-                  int dstStep, VekiSize roi) {
-  return convertRegion(checkPointersSizeSteps({pDst, pSrc}, roi, {srcStep, dstStep}),
-                       select(hueKernels).*kernel, pSrc, srcStep, pDst, dstStep, roi);
+const HueKernels& kernels() {
+  return select(hueKernels);
+}
+
+VekStatus convert(ConvertRow row, const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                  VekiSize roi) {
+  const VekStatus status = checkPointersSizeSteps({pDst, pSrc}, roi, {srcStep, dstStep});
+  if (status != vekStsNoErr) return status;
+  convertTriples(row, pSrc, srcStep, pDst, dstStep, roi);
+  return vekStsNoErr;
 }
 
 }  // namespace
 }  // namespace vek
 
-extern "C" {
-
-VekStatus vekiRGBToHLS_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
-  return vek::convert(&vek::HueKernels::rgbToHls, pSrc, srcStep, pDst, dstStep, roiSize);
+extern "C" VekStatus vekiRGBToHLS_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
+  return vek::convert(vek::kernels().rgbToHls, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiHLSToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
-  return vek::convert(&vek::HueKernels::hlsToRgb, pSrc, srcStep, pDst, dstStep, roiSize);
+extern "C" VekStatus vekiHLSToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
+  return vek::convert(vek::kernels().hlsToRgb, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiRGBToHSV_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
-  return vek::convert(&vek::HueKernels::rgbToHsv, pSrc, srcStep, pDst, dstStep, roiSize);
+extern "C" VekStatus vekiRGBToHSV_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
+  return vek::convert(vek::kernels().rgbToHsv, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiHSVToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
-  return vek::convert(&vek::HueKernels::hsvToRgb, pSrc, srcStep, pDst, dstStep, roiSize);
+extern "C" VekStatus vekiHSVToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
+  return vek::convert(vek::kernels().hsvToRgb, pSrc, srcStep, pDst, dstStep, roiSize);
 }
-
-}  // extern "C"

@@ -1,18 +1,15 @@
-// Row kernels between RGB and CIE LUV, and the constants that they share.
+// Row kernels between RGB and CIE LUV.
 #pragma once
 
-#include "vek/vek.h"
-
-#include <stddef.h>
-
 #include "core/level.h"
-#include "image/color/pixel_rows.h"
+#include "image/color/convert_row.h"
 
 namespace vek {
 
+/// L, u and v are bytes, scaled as luv_constants.h says.
 struct LuvKernels {
-  PixelRow rgbToLuv;
-  PixelRow luvToRgb;
+  ConvertRow rgbToLuv;
+  ConvertRow luvToRgb;
 };
 
 VEK_KERNEL_TABLE(LuvKernels, luvKernels)

@@ -13,8 +13,8 @@ struct Table {
   T at[n];
 };
 
-/// 16384 / i rounded to nearest; no i gives a tie. Entry 0 is 0, so that a difference of 0 divided
-/// by a range of 0 gives 0.
+/// 16384 / i rounded to nearest; no i gives a tie. Entry 0 is 0, so that 0 divided by a range of 0
+/// gives 0.
 constexpr Table<Vek16s, 512> reciprocalsQ14 = [] {
   Table<Vek16s, 512> table = {};
   for (int i = 1; i < 512; ++i) table.at[i] = static_cast<Vek16s>((2 * 16384 + i) / (2 * i));
@@ -39,8 +39,8 @@ constexpr Table<Vek8u, 256> lightness = [] {
   return table;
 }();
 
-/// Relative luminance of CIE lightness i / 255 in 1/64 of an 8-bit step, rounded to nearest: the
-/// inverse of `lightness`. Entries reach 255 * 64.
+/// The inverse of `lightness`: the relative luminance of CIE lightness i / 255, in 1/64 of an 8-bit
+/// step and rounded to nearest. Entries reach 255 * 64.
 constexpr int luminanceBits = 6;
 constexpr Table<Vek32s, 256> luminance = [] {
   Table<Vek32s, 256> table = {};

@@ -2,17 +2,13 @@
 #include "vek/image.h"
 
 #include "core/check.h"
-#include "image/color/pixel_rows.h"
-#include "image/color/twist_body.h"
 #include "image/color/twist_kernels.h"
 
 namespace vek {
 namespace {
 
-using portable::grayQ14;
-using portable::twist;
-
-/// As the callers hand them over: `const Vek32s twist[3][4]`.
+/// As the callers hand them over, `const Vek32s twist[3][4]`: each row has the Q14 weights of one
+/// output channel and its offset.
 using TwistMatrix = Vek32s[3][4];
 using TwistMatrixRow = Vek32s[4];
 
@@ -25,90 +21,91 @@ constexpr TwistMatrix rgbToYcc = {
 constexpr TwistMatrix yccToRgb = {
     {22256, 0, 29843, -4088553}, {22256, -7050, -15190, 3180809}, {22256, 36338, 0, -5668739}};
 
-/// Runs row(src, dst, n) on the region's pixels.
+/// Runs row(n, src, dst) on the region's pixels.
 template <class Row>
-void colorToGray(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSize roi, Row row) {
-  forEachPixelRow(
-      roi, [&](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { row(src, dst, n); },
-      PixelRows<const Vek8u, 3>{{pSrc, srcStep}}, PixelRows<Vek8u, 1>{{pDst, dstStep}});
+void toGray(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSize roi, Row row) {
+  forEachRow(roi.width, roi.height, row, Triples<const Vek8u>{pSrc, srcStep},
+             Plane<Vek8u>{pDst, dstStep});
 }
 
-void ColorTwist32s_Q14_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roi, const TwistMatrixRow* matrix) {
+/// @quirk The matrix has 14 fractional bits, but four of them are dropped before anything is
+/// multiplied, those of the offset too. The results of Q10 arithmetic are part of the interface.
+void twistRegion(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSize roi,
+                 const TwistMatrixRow* matrix) {
   Combination channels[3];
   bool narrow = true;
   for (int k = 0; k < 3; ++k) {
-    const Vek32s* row = matrix[k];
-    channels[k] = {{row[0] >> 4, row[1] >> 4, row[2] >> 4}, row[3] >> 4};
-    narrow = narrow && fitsWords(channels[k]);
+    const Vek32s* entries = matrix[k];
+    channels[k] = {{entries[0] >> 4, entries[1] >> 4, entries[2] >> 4}, entries[3] >> 4};
+    narrow = narrow && fits16Bits(channels[k]);
   }
-  const auto row = narrow ? select(twistKernels).twistQ10 : &twist<Vek64s>;
-  forEachPixelRow(
-      roi, [&](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { row(src, dst, n, channels); },
-      PixelRows<const Vek8u, 3>{{pSrc, srcStep}}, PixelRows<Vek8u, 3>{{pDst, dstStep}});
+  const TwistRow twist = narrow ? select(twistKernels).twistQ10 : portable::wideTwistQ10;
+  forEachRow(
+      roi.width, roi.height,
+      [&](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { twist(n, src, dst, channels); },
+      Triples<const Vek8u>{pSrc, srcStep}, Triples<Vek8u>{pDst, dstStep});
 }
 
 VekStatus twistBy(const TwistMatrixRow* matrix, const Vek8u* pSrc, int srcStep, Vek8u* pDst,
                   int dstStep, VekiSize roi) {
   const VekStatus status = checkPointersSizeSteps({pDst, pSrc}, roi, {srcStep, dstStep});
-  if (status == vekStsNoErr) ColorTwist32s_Q14_8u_C3R(pSrc, srcStep, pDst, dstStep, roi, matrix);
+  if (status == vekStsNoErr) twistRegion(pSrc, srcStep, pDst, dstStep, roi, matrix);
   return status;
 }
 
 }  // namespace
 }  // namespace vek
 
-extern "C" {
-
-VekStatus vekiRGBToGray_8u_C3C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                 VekiSize roiSize) {
+extern "C" VekStatus vekiRGBToGray_8u_C3C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                            int dstStep, VekiSize roiSize) {
   const VekStatus status = vek::checkPointersStepsSize({pDst, pSrc}, {srcStep, dstStep}, roiSize);
   if (status != vekStsNoErr) return status;
-  vek::colorToGray(pSrc, srcStep, pDst, dstStep, roiSize, vek::select(vek::twistKernels).luma);
+  vek::toGray(pSrc, srcStep, pDst, dstStep, roiSize, vek::select(vek::twistKernels).luma);
   return vekStsNoErr;
 }
 
-VekStatus vekiColorToGrayQ14_8u_C3C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                      VekiSize roiSize, const Vek32s coeffs[3]) {
+extern "C" VekStatus vekiColorToGrayQ14_8u_C3C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                                 int dstStep, VekiSize roiSize,
+                                                 const Vek32s coeffs[3]) {
   if (vek::anyNull({pDst, pSrc})) return vekStsNullPtrErr;
   if (vek::anyBelowOne({srcStep, dstStep})) return vekStsStepErr;
   if (coeffs == nullptr) return vekStsNullPtrErr;
   if (vek::isEmpty(roiSize)) return vekStsSizeErr;
   const vek::Combination weights = {{coeffs[0], coeffs[1], coeffs[2]}, 0};
-  const auto kernel =
-      vek::fitsWords(weights) ? vek::select(vek::twistKernels).grayQ14 : &vek::grayQ14<Vek64s>;
-  vek::colorToGray(
-      pSrc, srcStep, pDst, dstStep, roiSize,
-      [&](const Vek8u* src, Vek8u* dst, ptrdiff_t n) { kernel(src, dst, n, weights); });
+  const vek::GrayRow gray = vek::fits16Bits(weights) ? vek::select(vek::twistKernels).grayQ14
+                                                     : vek::portable::wideGrayQ14;
+  vek::toGray(pSrc, srcStep, pDst, dstStep, roiSize,
+              [&](ptrdiff_t n, const Vek8u* src, Vek8u* dst) { gray(n, src, dst, weights); });
   return vekStsNoErr;
 }
 
-VekStatus vekiColorTwistQ14_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                   VekiSize roiSize, const Vek32s twist[3][4]) {
+/// @quirk Unlike the other conversions this one refuses no step: 0 and negative ones are rows that
+/// are read again, or upwards.
+extern "C" VekStatus vekiColorTwistQ14_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                              int dstStep, VekiSize roiSize,
+                                              const Vek32s twist[3][4]) {
   if (vek::anyNull({pDst, pSrc, twist})) return vekStsNullPtrErr;
   if (vek::isEmpty(roiSize)) return vekStsSizeErr;
-  vek::ColorTwist32s_Q14_8u_C3R(pSrc, srcStep, pDst, dstStep, roiSize, twist);
+  vek::twistRegion(pSrc, srcStep, pDst, dstStep, roiSize, twist);
   return vekStsNoErr;
 }
 
-VekStatus vekiRGBToXYZ_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
+extern "C" VekStatus vekiRGBToXYZ_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
   return vek::twistBy(vek::rgbToXyz, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiXYZToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
+extern "C" VekStatus vekiXYZToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
   return vek::twistBy(vek::xyzToRgb, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiRGBToYCC_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
+extern "C" VekStatus vekiRGBToYCC_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
   return vek::twistBy(vek::rgbToYcc, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiYCCToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
+extern "C" VekStatus vekiYCCToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
   return vek::twistBy(vek::yccToRgb, pSrc, srcStep, pDst, dstStep, roiSize);
 }
-
-}  // extern "C"

@@ -1,41 +1,32 @@
-// Row kernels that combine the three channels of a pixel linearly.
+// Row kernels that combine the three channels of a pixel linearly. Source and destination do not
+// overlap; a row has n >= 1 pixels.
 #pragma once
 
-#include "vek/vek.h"
-
-#include <stddef.h>
-
 #include "core/level.h"
+#include "image/color/combination.h"
+#include "image/color/convert_row.h"
 
 namespace vek {
 
-/// One output channel: c0 w0 + c1 w1 + c2 w2 + offset, shifted right and clamped to 0..255.
-struct Combination {
-  Vek32s weight[3];
-  Vek32s offset;
-};
-
-/// BT.601 luma (0.299, 0.587, 0.114) in Q10.
-inline constexpr Combination luma = {{306, 601, 117}, 0};
-
-/// Whether a combination can be summed in signed 32 bits from 16-bit weights:
-/// 3 * 255 * 32768 < 2^25, so an offset below 2^30 leaves room.
-constexpr bool fitsWords(const Combination& c) {
-  for (Vek32s w : c.weight) {
-    if (w < -32768 || w > 32767) return false;
-  }
-  return c.offset > -(1 << 30) && c.offset < 1 << 30;
-}
+/// Three bytes a pixel to one, Q14, rounded half up.
+using GrayRow = void (*)(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& gray);
+/// Three bytes a pixel to three, Q10, rounded half up; combination k of three gives channel k.
+using TwistRow = void (*)(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination* channels);
 
 struct TwistKernels {
-  /// n pixels of three bytes to one byte each, Q10 with the weights of `luma`.
-  void (*luma)(const Vek8u* src, Vek8u* dst, ptrdiff_t n);
-  /// The same in Q14 with any weights that fit 16 bits.
-  void (*grayQ14)(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination& gray);
-  /// n pixels to three bytes each, Q10; combination k gives channel k.
-  void (*twistQ10)(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination* channels);
+  ConvertRow luma;    ///< as grayQ14, but Q10 with lumaWeights
+  GrayRow grayQ14;    ///< for a combination that fits16Bits()
+  TwistRow twistQ10;  ///< for combinations that all fit
 };
 
 VEK_KERNEL_TABLE(TwistKernels, twistKernels)
+
+namespace portable {
+
+// The same for any weights, summed in 64 bits. Such weights are rare: no level has a faster form.
+void wideGrayQ14(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& gray);
+void wideTwistQ10(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination* channels);
+
+}  // namespace portable
 
 }  // namespace vek

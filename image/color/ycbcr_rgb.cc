@@ -2,21 +2,19 @@
 #include "vek/image.h"
 
 #include "core/check.h"
-#include "image/color/pixel_rows.h"
 #include "image/color/ycbcr_kernels.h"
 
 namespace vek {
 namespace {
 
-// Images by the bytes that their rows take.
 template <class Bytes>
-using Samples = PixelRows<Bytes, 1>;
+using Samples = Plane<Bytes>;
 template <class Bytes>
-using Samples422 = PixelRows<Bytes, 1, 2>;
-template <class Bytes>
-using Triples = PixelRows<Bytes, 3>;
-template <class Bytes>
-using Pairs422 = PixelRows<Bytes, 4, 2>;
+using Samples422 = Plane<Bytes, 1, 2>;
+
+const YcbcrRgbKernels& kernels() {
+  return select(ycbcrRgbKernels);
+}
 
 /// Steps of the planes of an image, in bytes.
 struct Steps {
@@ -37,55 +35,55 @@ ptrdiff_t tightRgbStep(VekiSize roi) {
   return ptrdiff_t{roi.width} * 3;
 }
 
-// One interleaved image to another.
+// One interleaved image to another. `Source` and `Destination` are Triples or Pairs422.
 
 template <template <class> class Source, template <class> class Destination>
-VekStatus interleaved(InterleavedRow YcbcrRgbKernels::*row, const Vek8u* pSrc, int srcStep,
-                      Vek8u* pDst, int dstStep, VekiSize roi) {
+VekStatus interleaved(ConvertRow row, const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                      VekiSize roi) {
   const VekStatus status = checkPointersSizeSteps({pDst, pSrc}, roi, {srcStep, dstStep});
   if (status != vekStsNoErr) return status;
-  forEachPixelRow(roi, select(ycbcrRgbKernels).*row, Source<const Vek8u>{{pSrc, srcStep}},
-                  Destination<Vek8u>{{pDst, dstStep}});
+  forEachRow(roi.width, roi.height, row, Source<const Vek8u>{pSrc, srcStep},
+             Destination<Vek8u>{pDst, dstStep});
   return vekStsNoErr;
 }
 
 // RGB to planes, for valid arguments.
 
+/// `Chroma` is Samples or Samples422.
 template <template <class> class Chroma>
-void toPlanes(ToPlanesRow YcbcrRgbKernels::*row, const Vek8u* pSrc, ptrdiff_t srcStep,
-              Vek8u* const* pDst, Steps dstStep, VekiSize roi) {
-  forEachPixelRow(roi, select(ycbcrRgbKernels).*row, Triples<const Vek8u>{{pSrc, srcStep}},
-                  Samples<Vek8u>{{pDst[0], dstStep.y}}, Chroma<Vek8u>{{pDst[1], dstStep.u}},
-                  Chroma<Vek8u>{{pDst[2], dstStep.v}});
+void toPlanes(ToPlanesRow row, const Vek8u* pSrc, ptrdiff_t srcStep, Vek8u* const* pDst,
+              Steps dstStep, VekiSize roi) {
+  forEachRow(roi.width, roi.height, row, Triples<const Vek8u>{pSrc, srcStep},
+             Samples<Vek8u>{pDst[0], dstStep.y}, Chroma<Vek8u>{pDst[1], dstStep.u},
+             Chroma<Vek8u>{pDst[2], dstStep.v});
 }
 
-void RGB_YUV422_8u_C3P3R(const Vek8u* pSrc, ptrdiff_t srcStep, Vek8u* const* pDst, Steps dstStep,
-                         VekiSize roi) {
-  toPlanes<Samples422>(&YcbcrRgbKernels::lineRGBToYUV422_8u_C3P3R, pSrc, srcStep, pDst, dstStep,
-                       roi);
+void rgbToYuv422(const Vek8u* pSrc, ptrdiff_t srcStep, Vek8u* const* pDst, Steps dstStep,
+                 VekiSize roi) {
+  toPlanes<Samples422>(kernels().rgbToYuv422Planes, pSrc, srcStep, pDst, dstStep, roi);
 }
 
 /// A last row without a partner shares its chroma as a 4:2:2 row does.
-void RGB_YUV420_8u_C3P3R(const Vek8u* pSrc, ptrdiff_t srcStep, Vek8u* const* pDst, Steps dstStep,
-                         VekiSize roi) {
-  const YcbcrRgbKernels& rows = select(ycbcrRgbKernels);
-  const Plane<const Vek8u> rgb = {pSrc, srcStep};
+void rgbToYuv420(const Vek8u* pSrc, ptrdiff_t srcStep, Vek8u* const* pDst, Steps dstStep,
+                 VekiSize roi) {
+  const YcbcrRgbKernels& level = kernels();
+  const Triples<const Vek8u> rgb = {pSrc, srcStep};
   const Plane<Vek8u> luma = {pDst[0], dstStep.y}, u = {pDst[1], dstStep.u},
                      v = {pDst[2], dstStep.v};
   const ptrdiff_t pairs = roi.height / 2;
-  // Rows that overlap are written two pixels at a time, in the same order at every level.
+  // Rows that overlap are written two pixels at a time, so that every level stores in the same order.
   const ptrdiff_t run = dstStep.y < roi.width ? 2 : roi.width;
   for (ptrdiff_t j = 0; j < pairs; ++j) {
     for (ptrdiff_t x = 0; x < roi.width; x += run) {
       const ptrdiff_t n = roi.width - x < run ? roi.width - x : run;
-      rows.rgbToYuv420Pair(n, rgb.row(2 * j) + 3 * x, rgb.row(2 * j + 1) + 3 * x,
-                           luma.row(2 * j) + x, luma.row(2 * j + 1) + x, u.row(j) + x / 2,
-                           v.row(j) + x / 2);
+      level.rgbToYuv420Planes(n, rgb.row(2 * j) + 3 * x, rgb.row(2 * j + 1) + 3 * x,
+                              luma.row(2 * j) + x, luma.row(2 * j + 1) + x, u.row(j) + x / 2,
+                              v.row(j) + x / 2);
     }
   }
   if (isOdd(roi.height)) {
-    rows.lineRGBToYUV422_8u_C3P3R(roi.width, rgb.row(2 * pairs), luma.row(2 * pairs), u.row(pairs),
-                                  v.row(pairs));
+    level.rgbToYuv422Planes(roi.width, rgb.row(2 * pairs), luma.row(2 * pairs), u.row(pairs),
+                            v.row(pairs));
   }
 }
 
@@ -112,17 +110,17 @@ VekStatus toTightPlanes(ToPlanes convert, const Vek8u* pSrc, Vek8u* const* pDst,
 
 // Planes to RGB, for valid arguments.
 
-/// 4:2:0 and 4:2:2 rows are alike.
+/// 4:2:2 has a chroma row for each row, 4:2:0 one for two rows.
 template <int chromaShift>
-void fromSharedPlanes(const Vek8u* const* pSrc, Steps srcStep, Vek8u* pDst, ptrdiff_t dstStep,
-                      VekiSize roi) {
-  convertRegion<2>(select(ycbcrRgbKernels).lineYUV422ToRGB_8u_P3C3R,
+void yuvToRgb(const Vek8u* const* pSrc, Steps srcStep, Vek8u* pDst, ptrdiff_t dstStep,
+              VekiSize roi) {
+  convertRegion<2>(kernels().yuvSharedPlanesToRgb,
                    {{pSrc[0], srcStep.y}, {pSrc[1], srcStep.u}, {pSrc[2], srcStep.v}, chromaShift},
-                   roi, pDst, dstStep, 3);
+                   roi, Triples<Vek8u>{pDst, dstStep});
 }
 
-constexpr auto YUV422_RGB_8u_P3C3R = fromSharedPlanes<0>;
-constexpr auto YUV420_RGB_8u_P3C3R = fromSharedPlanes<1>;
+constexpr auto yuv422ToRgb = yuvToRgb<0>;
+constexpr auto yuv420ToRgb = yuvToRgb<1>;
 
 using FromPlanes = void (*)(const Vek8u* const* pSrc, Steps srcStep, Vek8u* pDst, ptrdiff_t dstStep,
                             VekiSize roi);
@@ -146,122 +144,119 @@ VekStatus fromTightPlanes(FromPlanes convert, const Vek8u* const* pSrc, Vek8u* p
 }  // namespace
 }  // namespace vek
 
-using namespace vek;
-using Rows = vek::YcbcrRgbKernels;
-
-extern "C" {
-
 // Interleaved to interleaved.
 
-VekStatus vekiRGBToYCbCr_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                VekiSize roiSize) {
-  return interleaved<Triples, Triples>(&Rows::lineRGBToYCbCr_8u_C3R, pSrc, srcStep, pDst, dstStep,
-                                       roiSize);
+extern "C" VekStatus vekiRGBToYCbCr_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                           VekiSize roiSize) {
+  return vek::interleaved<vek::Triples, vek::Triples>(vek::kernels().rgbToYcbcr444, pSrc, srcStep,
+                                                      pDst, dstStep, roiSize);
 }
 
-VekStatus vekiYCbCrToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                VekiSize roiSize) {
-  return interleaved<Triples, Triples>(&Rows::lineYCbCrToRGB_8u_C3R, pSrc, srcStep, pDst, dstStep,
-                                       roiSize);
+extern "C" VekStatus vekiYCbCrToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                           VekiSize roiSize) {
+  return vek::interleaved<vek::Triples, vek::Triples>(vek::kernels().ycbcr444ToRgb, pSrc, srcStep,
+                                                      pDst, dstStep, roiSize);
 }
 
-VekStatus vekiRGBToYCbCr422_8u_C3C2R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                     VekiSize roiSize) {
-  return interleaved<Triples, Pairs422>(&Rows::lineRGBToYCbCr422_8u_C3C2R, pSrc, srcStep, pDst,
-                                        dstStep, roiSize);
+extern "C" VekStatus vekiRGBToYCbCr422_8u_C3C2R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                                int dstStep, VekiSize roiSize) {
+  return vek::interleaved<vek::Triples, vek::Pairs422>(vek::kernels().rgbToYcbcr422, pSrc, srcStep,
+                                                       pDst, dstStep, roiSize);
 }
 
-VekStatus vekiYCbCr422ToRGB_8u_C2C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                     VekiSize roiSize) {
-  return interleaved<Pairs422, Triples>(&Rows::lineYCbCr422ToRGB_8u_C2C3R, pSrc, srcStep, pDst,
-                                        dstStep, roiSize);
+extern "C" VekStatus vekiYCbCr422ToRGB_8u_C2C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                                int dstStep, VekiSize roiSize) {
+  return vek::interleaved<vek::Pairs422, vek::Triples>(vek::kernels().ycbcr422ToRgb, pSrc, srcStep,
+                                                       pDst, dstStep, roiSize);
 }
 
-VekStatus vekiRGBToYUV_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
-  return interleaved<Triples, Triples>(&Rows::lineRGBToYUV_8u_C3R, pSrc, srcStep, pDst, dstStep,
-                                       roiSize);
+extern "C" VekStatus vekiRGBToYUV_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
+  return vek::interleaved<vek::Triples, vek::Triples>(vek::kernels().rgbToYuv444, pSrc, srcStep,
+                                                      pDst, dstStep, roiSize);
 }
 
-VekStatus vekiYUVToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                              VekiSize roiSize) {
-  return interleaved<Triples, Triples>(&Rows::lineYUVToRGB_8u_C3R, pSrc, srcStep, pDst, dstStep,
-                                       roiSize);
+extern "C" VekStatus vekiYUVToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                         VekiSize roiSize) {
+  return vek::interleaved<vek::Triples, vek::Triples>(vek::kernels().yuv444ToRgb, pSrc, srcStep,
+                                                      pDst, dstStep, roiSize);
 }
 
-VekStatus vekiRGBToYUV422_8u_C3C2R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                   VekiSize roiSize) {
-  return interleaved<Triples, Pairs422>(&Rows::lineRGBToYUV422_8u_C3R, pSrc, srcStep, pDst, dstStep,
-                                        roiSize);
+extern "C" VekStatus vekiRGBToYUV422_8u_C3C2R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                              int dstStep, VekiSize roiSize) {
+  return vek::interleaved<vek::Triples, vek::Pairs422>(vek::kernels().rgbToYuv422, pSrc, srcStep,
+                                                       pDst, dstStep, roiSize);
 }
 
-VekStatus vekiYUV422ToRGB_8u_C2C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
-                                   VekiSize roiSize) {
-  return interleaved<Pairs422, Triples>(&Rows::lineYUV422ToRGB_8u_C3R, pSrc, srcStep, pDst, dstStep,
-                                        roiSize);
+extern "C" VekStatus vekiYUV422ToRGB_8u_C2C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                              int dstStep, VekiSize roiSize) {
+  return vek::interleaved<vek::Pairs422, vek::Triples>(vek::kernels().yuv422ToRgb, pSrc, srcStep,
+                                                       pDst, dstStep, roiSize);
 }
 
 // Interleaved RGB to planes and back.
 
-VekStatus vekiRGBToYUV420_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3],
-                                   const int dstStep[3], VekiSize roiSize) {
-  return toSteppedPlanes(RGB_YUV420_8u_C3P3R, pSrc, srcStep, pDst, dstStep, roiSize);
+extern "C" VekStatus vekiRGBToYUV420_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3],
+                                              const int dstStep[3], VekiSize roiSize) {
+  return vek::toSteppedPlanes(vek::rgbToYuv420, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiRGBToYUV422_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3],
-                                   const int dstStep[3], VekiSize roiSize) {
-  return toSteppedPlanes(RGB_YUV422_8u_C3P3R, pSrc, srcStep, pDst, dstStep, roiSize);
+extern "C" VekStatus vekiRGBToYUV422_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3],
+                                              const int dstStep[3], VekiSize roiSize) {
+  return vek::toSteppedPlanes(vek::rgbToYuv422, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiRGBToYUV420_8u_C3P3(const Vek8u* pSrc, Vek8u* const pDst[3], VekiSize roiSize) {
-  return toTightPlanes(RGB_YUV420_8u_C3P3R, pSrc, pDst, roiSize);
+extern "C" VekStatus vekiRGBToYUV420_8u_C3P3(const Vek8u* pSrc, Vek8u* const pDst[3],
+                                             VekiSize roiSize) {
+  return vek::toTightPlanes(vek::rgbToYuv420, pSrc, pDst, roiSize);
 }
 
-VekStatus vekiRGBToYUV422_8u_C3P3(const Vek8u* pSrc, Vek8u* const pDst[3], VekiSize roiSize) {
-  return toTightPlanes(RGB_YUV422_8u_C3P3R, pSrc, pDst, roiSize);
+extern "C" VekStatus vekiRGBToYUV422_8u_C3P3(const Vek8u* pSrc, Vek8u* const pDst[3],
+                                             VekiSize roiSize) {
+  return vek::toTightPlanes(vek::rgbToYuv422, pSrc, pDst, roiSize);
 }
 
-VekStatus vekiYUV420ToRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3], Vek8u* pDst,
-                                   int dstStep, VekiSize roiSize) {
-  return fromSteppedPlanes(YUV420_RGB_8u_P3C3R, pSrc, srcStep, pDst, dstStep, roiSize);
+extern "C" VekStatus vekiYUV420ToRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                              Vek8u* pDst, int dstStep, VekiSize roiSize) {
+  return vek::fromSteppedPlanes(vek::yuv420ToRgb, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiYUV422ToRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3], Vek8u* pDst,
-                                   int dstStep, VekiSize roiSize) {
-  return fromSteppedPlanes(YUV422_RGB_8u_P3C3R, pSrc, srcStep, pDst, dstStep, roiSize);
+extern "C" VekStatus vekiYUV422ToRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                              Vek8u* pDst, int dstStep, VekiSize roiSize) {
+  return vek::fromSteppedPlanes(vek::yuv422ToRgb, pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
-VekStatus vekiYUV420ToRGB_8u_P3C3(const Vek8u* const pSrc[3], Vek8u* pDst, VekiSize roiSize) {
-  return fromTightPlanes(YUV420_RGB_8u_P3C3R, pSrc, pDst, roiSize);
+extern "C" VekStatus vekiYUV420ToRGB_8u_P3C3(const Vek8u* const pSrc[3], Vek8u* pDst,
+                                             VekiSize roiSize) {
+  return vek::fromTightPlanes(vek::yuv420ToRgb, pSrc, pDst, roiSize);
 }
 
-VekStatus vekiYUV422ToRGB_8u_P3C3(const Vek8u* const pSrc[3], Vek8u* pDst, VekiSize roiSize) {
-  return fromTightPlanes(YUV422_RGB_8u_P3C3R, pSrc, pDst, roiSize);
+extern "C" VekStatus vekiYUV422ToRGB_8u_P3C3(const Vek8u* const pSrc[3], Vek8u* pDst,
+                                             VekiSize roiSize) {
+  return vek::fromTightPlanes(vek::yuv422ToRgb, pSrc, pDst, roiSize);
 }
 
 // 4:4:4 planes with one step for all.
 
-VekStatus vekiRGBToYUV_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3], int dstStep,
-                                VekiSize roiSize) {
-  if (pSrc == nullptr || anyPlaneNull(pDst)) return vekStsNullPtrErr;
-  if (isEmpty(roiSize)) return vekStsSizeErr;
-  if (anyBelowOne({srcStep, dstStep})) return vekStsStepErr;
-  toPlanes<Samples>(&Rows::lineRGBToYUV_8u_C3P3R, pSrc, srcStep, pDst, {dstStep, dstStep, dstStep},
-                    roiSize);
+extern "C" VekStatus vekiRGBToYUV_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* const pDst[3],
+                                           int dstStep, VekiSize roiSize) {
+  if (pSrc == nullptr || vek::anyPlaneNull(pDst)) return vekStsNullPtrErr;
+  if (vek::isEmpty(roiSize)) return vekStsSizeErr;
+  if (vek::anyBelowOne({srcStep, dstStep})) return vekStsStepErr;
+  vek::toPlanes<vek::Samples>(vek::kernels().rgbToYuv444Planes, pSrc, srcStep, pDst,
+                              {dstStep, dstStep, dstStep}, roiSize);
   return vekStsNoErr;
 }
 
-VekStatus vekiYUVToRGB_8u_P3C3R(const Vek8u* const pSrc[3], int srcStep, Vek8u* pDst, int dstStep,
-                                VekiSize roiSize) {
-  if (isEmpty(roiSize)) return vekStsSizeErr;
-  if (anyPlaneNull(pSrc)) return vekStsNullPtrErr;
+extern "C" VekStatus vekiYUVToRGB_8u_P3C3R(const Vek8u* const pSrc[3], int srcStep, Vek8u* pDst,
+                                           int dstStep, VekiSize roiSize) {
+  if (vek::isEmpty(roiSize)) return vekStsSizeErr;
+  if (vek::anyPlaneNull(pSrc)) return vekStsNullPtrErr;
   if (srcStep < 1) return vekStsStepErr;
   if (pDst == nullptr) return vekStsNullPtrErr;
   if (dstStep < 1) return vekStsStepErr;
-  convertRegion<1>(select(ycbcrRgbKernels).lineYUVToRGB_8u_P3C3R,
-                   {{pSrc[0], srcStep}, {pSrc[1], srcStep}, {pSrc[2], srcStep}, 0}, roiSize, pDst,
-                   dstStep, 3);
+  vek::convertRegion<1>(vek::kernels().yuv444PlanesToRgb,
+                        {{pSrc[0], srcStep}, {pSrc[1], srcStep}, {pSrc[2], srcStep}, 0}, roiSize,
+                        vek::Triples<Vek8u>{pDst, dstStep});
   return vekStsNoErr;
 }
-
-}  // extern "C"

@@ -35,13 +35,12 @@ constexpr bool inverseAgrees(const Matrix& m, Vek32s redOfV, Vek32s greenOfV, Ve
          m.factor[2][1] == blueOfU;
 }
 
-static_assert(forwardAgrees(RGB_YCbCr_Q10_C2, RGB_YCbCr_Q10));
+static_assert(forwardAgrees(rgbToYcbcr, RGB_YCbCr_Q10));
 static_assert(ycbcrToRgb.factor[0][0] == YCbCr_RGB_Q10[0] &&
               inverseAgrees(ycbcrToRgb, YCbCr_RGB_Q10[1], YCbCr_RGB_Q10[2], YCbCr_RGB_Q10[3],
                             YCbCr_RGB_Q10[4]));
-static_assert(RGB_YUV_Q10_C2.factor[0][0] == RGB_YUV_Q10[0] &&
-              RGB_YUV_Q10_C2.factor[0][1] == RGB_YUV_Q10[1] &&
-              RGB_YUV_Q10_C2.factor[0][2] == RGB_YUV_Q10[2] && uFactor == RGB_YUV_Q10[3] &&
+static_assert(rgbToYuv.factor[0][0] == RGB_YUV_Q10[0] && rgbToYuv.factor[0][1] == RGB_YUV_Q10[1] &&
+              rgbToYuv.factor[0][2] == RGB_YUV_Q10[2] && uFactor == RGB_YUV_Q10[3] &&
               vFactor == RGB_YUV_Q10[4]);
 static_assert(inverseAgrees(yuvToRgb, YUV_RGB_Q10[0], YUV_RGB_Q10[2], YUV_RGB_Q10[1],
                             YUV_RGB_Q10[3]));

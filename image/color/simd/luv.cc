@@ -1,7 +1,8 @@
+#include "core/assert.h"
 #include "core/kernel/byte_table.h"
-#include "image/color/dot_lanes.h"
+#include "image/color/combination_lanes.h"
+#include "image/color/luv_constants.h"
 #include "image/color/luv_kernels.h"
-#include "image/color/luv_math.h"
 #include "image/color/model_tables.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -10,7 +11,8 @@ namespace {
 
 #if VEK_HAVE_BYTE_TABLE
 
-// An index is the low byte of a 32-bit lane; its other bytes find entry 0 of a table, which is 0.
+// An index is the low byte of a 32-bit lane. The other bytes are 0 and find entry 0, which is 0 too in
+// each of these tables.
 
 /// The low or the high bytes of the luminances.
 constexpr Table<Vek8u, 256> luminanceBytes(int shift) {
@@ -58,33 +60,39 @@ constexpr Combination combination(const Vek32s* weights) {
   return {{weights[0], weights[1], weights[2]}, 0};
 }
 
-/// D's weights take more than 16 bits: theirs above and below bit 8.
+/// D's weights take more than 16 bits: their bits from bit 8 on, and those below it.
 constexpr Combination highD = {{toD[0] >> 8, toD[1] >> 8, toD[2] >> 8}, 0};
 constexpr Combination lowD = {{toD[0] & 255, toD[1] & 255, toD[2] & 255}, 0};
 
-/// floor(n / d) from an estimate that is too small by less than 1; n is given modulo 2^32, which is
-/// enough to see whether the rest reaches d.
-inline V32s mendQuotient(V32s q, V32s n, V32s d) {
+inline V32s times(V32s v, Vek32s factor) {
+  return hn::Mul(v, hn::Set(s32, factor));
+}
+
+/// floor(n / d) from an estimate q that is equal to it or 1 less. Of n the low 32 bits are enough to
+/// see whether the rest reaches d.
+inline V32s correctedQuotient(V32s q, V32s n, V32s d) {
   const V32s rest = hn::Sub(n, hn::Mul(q, d));
   return hn::Sub(q, hn::ShiftRight<31>(hn::Sub(hn::Sub(d, hn::Set(s32, 1)), rest)));
 }
 
-/// n * 2^shift / d for n >= 0, d >= 1; n * 2^shift may exceed 32 bits, the quotient stays below
-/// 2^14. The float one is off by less than 1/50, so 1/50 less is not above it.
+/// floor(n * 2^shift / d) for n >= 0 and d >= 1, from 1 / d. n * 2^shift may exceed 32 bits; the
+/// quotient stays below 2^14. The float quotient is off by less than 1/50, so that it is not above the
+/// exact one after 1/50 is subtracted.
 template <int shift>
-V32s scaledQuotient(V32s n, V32s d, V32f reciprocal) {
-  const V32f factor = hn::Mul(reciprocal, hn::Set(f32, static_cast<float>(1 << shift)));
+V32s scaledQuotient(V32s n, V32s d, V32f perD) {
+  const V32f factor = hn::Mul(perD, hn::Set(f32, static_cast<float>(1 << shift)));
   const V32f estimate = hn::MulAdd(toFloat(n), factor, hn::Set(f32, -0.02f));
-  return mendQuotient(truncated(estimate), hn::ShiftLeft<shift>(n), d);
+  return correctedQuotient(truncated(estimate), hn::ShiftLeft<shift>(n), d);
 }
 
-void RGB_LUV_8u_C3(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
+void rgbToLuv(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
+  VEK_ASSERT(n >= 1);
   const CombinationLanes<0> x(combination(toX), 0), y(combination(toY), 0), upperD(highD, 0),
       lowerD(lowD, 0);
   const LightnessTable table;
-  // Not constants to the compiler, which would make such products into shifts and additions.
+  // In registers outside the loop: of products with constants the compiler makes shifts and additions.
   const V32s gainU = hn::Set(s32, uGain), gainV = hn::Set(s32, vGain);
-  convertPixelPairs(src, dst, n, [&](const PixelPairs& rgb) {
+  convertPixelPairs(n, src, dst, [&](const PixelPairs& rgb) {
     const V32s luma = y.of(rgb);
     const V32s light = table.at(hn::ShiftRight<15>(luma));
     const V32s d =
@@ -102,29 +110,30 @@ void RGB_LUV_8u_C3(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
   });
 }
 
-/// n y / (4 b), truncated and bounded to mostXZ: the float quotient, off by less than 1/10, is
-/// bounded first, just above, so that it stays exact enough for the mending step wherever the bound
-/// does not decide.
+/// n y / (4 b), truncated toward 0 and bounded to -mostXZ .. mostXZ. The float quotient is off by less
+/// than 1/10 where it is not bounded. It is bounded first, a little above mostXZ, because larger ones
+/// are not exact enough to be corrected.
 inline V32s proportion(V32s n, V32s y, V32f yPerB4, V32s b4) {
   const V32s size = hn::Abs(n);
   const V32f estimate = hn::Min(hn::MulAdd(toFloat(size), yPerB4, hn::Set(f32, -0.1f)),
                                 hn::Set(f32, static_cast<float>(mostXZ + 2)));
-  const V32s q = mendQuotient(truncated(estimate), hn::Mul(size, y), b4);
+  const V32s q = correctedQuotient(truncated(estimate), hn::Mul(size, y), b4);
   const V32s bounded = hn::Min(q, hn::Set(s32, mostXZ));
   const V32s negative = hn::ShiftRight<31>(n);  // -1 or 0
   return hn::Sub(hn::Xor(bounded, negative), negative);
 }
 
-void LUV_RGB_8u_C3(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
+void luvToRgb(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
+  VEK_ASSERT(n >= 1);
   const CombinationLanes<0> fromU({{aWhite, aGain, 0}, aBase}, 0),
       fromV({{bWhite, 0, bGain}, bBase}, 0);
   const LuminanceTable table;
-  // Not constants to the compiler, as above.
+  // In registers, as above.
   const V32s xFactors[3] = {hn::Set(s32, toRgb[0][0]), hn::Set(s32, toRgb[1][0]),
                             hn::Set(s32, toRgb[2][0])};
   const V32s zFactors[3] = {hn::Set(s32, toRgb[0][2]), hn::Set(s32, toRgb[1][2]),
                             hn::Set(s32, toRgb[2][2])};
-  convertPixelPairs(src, dst, n, [&](const PixelPairs& luv) {
+  convertPixelPairs(n, src, dst, [&](const PixelPairs& luv) {
     const V32s light = hn::And(hn::BitCast(s32, luv.c01), hn::Set(s32, 0xFF));
     const V32s a = fromU.of(luv);
     const V32s b = hn::Max(fromV.of(luv), hn::Set(s32, 1));
@@ -153,6 +162,6 @@ HWY_AFTER_NAMESPACE();
 
 namespace vek::VEK_LEVEL {
 
-constexpr LuvKernels luvKernels = {RGB_LUV_8u_C3, LUV_RGB_8u_C3};
+constexpr LuvKernels luvKernels = {.rgbToLuv = rgbToLuv, .luvToRgb = luvToRgb};
 
 }  // namespace vek::VEK_LEVEL

@@ -1,5 +1,5 @@
-#include "core/kernel/blocks.h"
-#include "image/color/dot_lanes.h"
+#include "core/assert.h"
+#include "image/color/combination_lanes.h"
 #include "image/color/twist_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -7,7 +7,8 @@ namespace vek::VEK_LEVEL {
 namespace {
 
 template <int shift>
-void gray(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination& c) {
+void gray(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& c) {
+  VEK_ASSERT(n >= 1);
   const CombinationLanes<shift> weights(c);
   const auto body = [&](Vek8u* out, const Vek8u* in) {
     hn::StoreU(inOrder(weights.packed(loadPairs(in))), u8, out);
@@ -15,13 +16,14 @@ void gray(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination& c) {
   copiedBlocks<vectorBytes>(n, body, Out<1>{dst}, In<3>{src});
 }
 
-void lumaRow(const Vek8u* src, Vek8u* dst, ptrdiff_t n) {
-  gray<10>(src, dst, n, luma);
+void luma(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
+  gray<10>(n, src, dst, lumaWeights);
 }
 
-void twist(const Vek8u* src, Vek8u* dst, ptrdiff_t n, const Combination* channels) {
+void twist(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination* channels) {
+  VEK_ASSERT(n >= 1);
   const TwistLanes<10> matrix(channels);
-  convertPixelPairs(src, dst, n, [&](const PixelPairs& p) { return matrix.of(p); });
+  convertPixelPairs(n, src, dst, [&](const PixelPairs& p) { return matrix.of(p); });
 }
 
 }  // namespace
@@ -30,6 +32,6 @@ HWY_AFTER_NAMESPACE();
 
 namespace vek::VEK_LEVEL {
 
-constexpr TwistKernels twistKernels = {lumaRow, gray<14>, twist};
+constexpr TwistKernels twistKernels = {.luma = luma, .grayQ14 = gray<14>, .twistQ10 = twist};
 
 }  // namespace vek::VEK_LEVEL

@@ -1,5 +1,8 @@
+#include <string.h>
+
+#include "core/assert.h"
 #include "core/color/convert_planes_lanes.h"
-#include "image/color/dot_lanes.h"
+#include "image/color/combination_lanes.h"
 #include "image/color/ycbcr_kernels.h"
 #include "image/color/ycbcr_matrices.h"
 
@@ -7,8 +10,9 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-// Where each pixel has samples of its own: exact 32-bit sums of their products.
+// Where each pixel has samples of its own, the sums of their products are exact in 32 bits.
 
+/// Output k of a matrix, with the centres in the offset.
 template <const Matrix& m, int k>
 constexpr Combination combination = {{m.factor[k][0], m.factor[k][1], m.factor[k][2]},
                                      m.offset[k] - m.factor[k][0] * m.centre[0] -
@@ -39,33 +43,34 @@ struct Interleaved444 {
 struct Interleaved422 {
   using Stream = In<4, 2>;
 
-  /// 16-bit pixels need no more than the order within 128-bit blocks.
+  /// Converts a block, which is two vectors of groups. For 16-bit pixels each 128-bit block of the sums
+  /// may hold pixels of both halves of the destination; else the 128-bit blocks are put in order
+  /// first.
   template <class Sums, class Format>
   static void convert(const Vek8u* src, Vek8u* dst) {
-    constexpr bool byBlocks = Format::bytes == 2;
+    constexpr bool byHalves = Format::bytes == 2;
     const V8u first = hn::LoadU(u8, src), second = hn::LoadU(u8, src + vectorBytes);
-    const V8u a = grouped(byBlocks ? first : evenBlocks(first, second)),
-              b = grouped(byBlocks ? second : oddBlocks(first, second));
-    const hn::Repartition<Vek64s, decltype(u8)> halves;
-    const V8u left = hn::BitCast(  // Y0 and Cb
-        u8, hn::InterleaveLower(halves, hn::BitCast(halves, a), hn::BitCast(halves, b)));
-    const V8u right = hn::BitCast(  // Y1 and Cr
-        u8, hn::InterleaveUpper(halves, hn::BitCast(halves, a), hn::BitCast(halves, b)));
-    const Sums sums(oddWordBytes(left), oddWordBytes(right));
-    Sums::template store<Format, byBlocks>(Sums::template luma<false>(left),
+    const V64u a =
+        hn::BitCast(u64, leftThenRight(byHalves ? first : even128BitBlocks(first, second)));
+    const V64u b =
+        hn::BitCast(u64, leftThenRight(byHalves ? second : odd128BitBlocks(first, second)));
+    const V8u left = hn::BitCast(u8, hn::InterleaveLower(u64, a, b));   // Y0 and Cb
+    const V8u right = hn::BitCast(u8, hn::InterleaveUpper(u64, a, b));  // Y1 and Cr
+    const Sums sums(oddChroma(left), oddChroma(right));
+    Sums::template store<Format, byHalves>(Sums::template luma<false>(left),
                                            Sums::template luma<false>(right), sums, sums, dst);
   }
 
  private:
-  /// In each 128-bit block the words at even places, then those at odd ones.
-  static V8u grouped(V8u v) {
+  /// In each 128-bit block, Y0 and Cb of its four groups, then their Y1 and Cr.
+  static V8u leftThenRight(V8u v) {
     alignas(16) static constexpr Vek8u order[16] = {0, 1, 4, 5, 8,  9,  12, 13,
                                                     2, 3, 6, 7, 10, 11, 14, 15};
     return hn::TableLookupBytes(v, hn::LoadDup128(u8, order));
   }
 
-  /// Of the 128-bit blocks of two vectors those at even places, and those at odd ones.
-  static V8u evenBlocks(V8u a, [[maybe_unused]] V8u b) {
+  /// The 128-bit blocks at even places of a, then of b; and those at odd places.
+  static V8u even128BitBlocks(V8u a, [[maybe_unused]] V8u b) {
 #if defined(__AVX512BW__)
     return V8u{_mm512_shuffle_i64x2(a.raw, b.raw, 0x88)};
 #elif defined(__AVX2__)
@@ -74,7 +79,7 @@ struct Interleaved422 {
     return a;
 #endif
   }
-  static V8u oddBlocks([[maybe_unused]] V8u a, V8u b) {
+  static V8u odd128BitBlocks([[maybe_unused]] V8u a, V8u b) {
 #if defined(__AVX512BW__)
     return V8u{_mm512_shuffle_i64x2(a.raw, b.raw, 0xDD)};
 #elif defined(__AVX2__)
@@ -85,10 +90,12 @@ struct Interleaved422 {
   }
 };
 
+/// `Format` is a packed format, or Rgb24 for the three outputs in order, whatever they are.
 template <class Source, const Matrix& m, class Format>
-void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
+void convertInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
+  VEK_ASSERT(n >= 1);
   if constexpr (Source::Stream::bytes == Format::bytes) {  // three
-    convertPixelPairs(src, dst, n, [](const PixelPairs& p) {
+    convertPixelPairs(n, src, dst, [](const PixelPairs& p) {
       return PixelLanes{output<m, 0>(p), output<m, 1>(p), output<m, 2>(p)};
     });
   } else if constexpr (Source::Stream::bytes == 3) {
@@ -107,38 +114,40 @@ void fromInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
 }
 
 template <const Matrix& m>
-void toPlanes444(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
+void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
+  VEK_ASSERT(n >= 1);
   const auto body = [](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
     const Channels outputs = packedOutputs<m>(loadPairs(in));
     hn::StoreU(inOrder(outputs.c0), u8, a);
     hn::StoreU(inOrder(outputs.c1), u8, b);
     hn::StoreU(inOrder(outputs.c2), u8, c);
   };
-  copiedBlocks<vectorBytes>(n, body, In<3>{src}, Out<1>{y}, Out<1>{u}, Out<1>{v});
+  copiedBlocks<vectorBytes>(n, body, In<3>{rgb}, Out<1>{y}, Out<1>{u}, Out<1>{v});
 }
 
-// Spaces to reduce chroma in: one byte of each pixel of a block, and of averaged pixels two words
-// (second and third value) that are clamped to bytes later.
+// Where pixels share chroma: luma() of every pixel of a block, and chroma() of averaged pixels, the
+// second and the third value in 16-bit lanes that are clamped to bytes later.
 
-struct ReducedYcbcr {
-  static V8u luma(const BlockPairs& rgb) { return packedOutput<RGB_YCbCr_Q10_C2, 0>(rgb); }
+struct SharedYcbcr {
+  static V8u luma(const BlockPairs& rgb) { return packedOutput<rgbToYcbcr, 0>(rgb); }
   static V16s chroma(const PixelPairs& rgb) {
-    const V32s second = output<RGB_YCbCr_Q10_C2, 1>(rgb), third = output<RGB_YCbCr_Q10_C2, 2>(rgb);
+    const V32s second = output<rgbToYcbcr, 1>(rgb), third = output<rgbToYcbcr, 2>(rgb);
     return hn::BitCast(s16, hn::OrAnd(hn::ShiftLeft<16>(third), second, hn::Set(s32, 0xFFFF)));
   }
 };
 
-struct ReducedYuv {
-  static V8u luma(const BlockPairs& rgb) { return packedOutput<RGB_YUV_Q10_C2, 0>(rgb); }
-  /// From B - Y and R - Y.
+struct SharedYuv {
+  static V8u luma(const BlockPairs& rgb) { return packedOutput<rgbToYuv, 0>(rgb); }
+  /// From d = B - Y and d = R - Y: factor * d >> 10 is the upper half of 32 factor * 2 d, whose factors
+  /// fit 16 bits.
   static V16s chroma(const PixelPairs& rgb) {
     alignas(16) static constexpr Vek8u twice[16] = {0, 1, 0, 1, 4,  5,  4,  5,
                                                     8, 9, 8, 9, 12, 13, 12, 13};
-    const V8u y = hn::TableLookupBytes(hn::BitCast(u8, output<RGB_YUV_Q10_C2, 0>(rgb)),
-                                       hn::LoadDup128(u8, twice));
+    const V8u y =
+        hn::TableLookupBytes(hn::BitCast(u8, output<rgbToYuv, 0>(rgb)), hn::LoadDup128(u8, twice));
     const V16s d = hn::Sub(rgb.c20, hn::BitCast(s16, y));
     const V16s products = hn::MulHigh(hn::Add(d, d), pairOfFactors(uFactor * 32, vFactor * 32));
-    return hn::Add(products, wordOf(128));
+    return hn::Add(products, hn::Set(s16, 128));
   }
 };
 
@@ -147,36 +156,39 @@ void storeLuma(const BlockPairs& p, Vek8u* dst) {
   hn::StoreU(inOrder(Space::luma(p)), u8, dst);
 }
 
-/// The averaged pixel pairs of a block, those of its groups 0 and 1, 2 and 3.
+/// The averaged pixels of a block, those of its groups 0 and 1, and those of its groups 2 and 3.
 struct Averages {
   PixelPairs half[2];
 };
 
-/// average(words of the even pixels, words of the odd pixels)
-template <class Average>
-Averages averagePairs(const BlockPairs& p, Average average) {
-  const auto half = [average](const PixelPairs& a, const PixelPairs& b) {
-    return PixelPairs{average(evenInts(a.c01, b.c01), oddInts(a.c01, b.c01)),
-                      average(evenInts(a.c20, b.c20), oddInts(a.c20, b.c20))};
+/// Averages each even pixel and the odd one after it by mean(even, odd), channel by channel.
+template <class Mean>
+Averages averagePairs(const BlockPairs& p, Mean mean) {
+  const auto both = [mean](const PixelPairs& a, const PixelPairs& b) {
+    return PixelPairs{mean(evenPixels(a.c01, b.c01), oddPixels(a.c01, b.c01)),
+                      mean(evenPixels(a.c20, b.c20), oddPixels(a.c20, b.c20))};
   };
-  return {{half(p.group[0], p.group[1]), half(p.group[2], p.group[3])}};
+  return {{both(p.group[0], p.group[1]), both(p.group[2], p.group[3])}};
 }
 
-/// The rounded averages of the pairs of one row, and of the 2 x 2 blocks of two.
+/// The rounded averages of the pairs of one row.
 Averages average(const BlockPairs& row) {
   return averagePairs(row, [](V16s a, V16s b) {
     return hn::BitCast(s16, hn::AverageRound(hn::BitCast(u16, a), hn::BitCast(u16, b)));
   });
 }
 
+/// The rounded averages of the 2 x 2 blocks of two rows: (s + 2) >> 2 of a sum s is the rounding
+/// product of s and 2^13, whose unit is 2^15.
 Averages average(const BlockPairs& top, const BlockPairs& bottom) {
   BlockPairs sums;
   for (int g = 0; g < 4; ++g) {
     sums.group[g] = {hn::Add(top.group[g].c01, bottom.group[g].c01),
                      hn::Add(top.group[g].c20, bottom.group[g].c20)};
   }
-  return averagePairs(
-      sums, [](V16s a, V16s b) { return hn::MulFixedPoint15(hn::Add(a, b), wordOf(1 << 13)); });
+  return averagePairs(sums, [](V16s a, V16s b) {
+    return hn::MulFixedPoint15(hn::Add(a, b), hn::Set(s16, 1 << 13));
+  });
 }
 
 /// The chroma of a block, two bytes for each pair.
@@ -193,47 +205,51 @@ void storeChroma(const Averages& p, Vek8u* second, Vek8u* third) {
   hn::StoreU(hn::UpperHalf(half, both), half, third);
 }
 
-/// A last pixel without a partner, as a pair: averages then give the pixel itself.
-struct LonePair {
-  Vek8u rgb[6];
+/// A row of RGB whose pixels share chroma in pairs.
+struct PairedRgb {
+  const Vek8u* data;
 
-  explicit LonePair(const Vek8u* p) : rgb{p[0], p[1], p[2], p[0], p[1], p[2]} {}
+  const Vek8u* at(ptrdiff_t x) const { return data + 3 * x; }
+};
+
+/// A last pixel without a partner is its own in the copy: the averages are then those of the pixels
+/// that exist.
+template <int block>
+struct LastBlock<block, PairedRgb> : PaddedBlock<3 * block> {
+  LastBlock(PairedRgb row, ptrdiff_t x, ptrdiff_t rest)
+      : PaddedBlock<3 * block>(row.at(x), 3 * rest) {
+    static_assert(block % 2 == 0);
+    if (rest % 2 != 0) memcpy(this->data + 3 * rest, row.at(x + rest - 1), 3);
+  }
+  void finish() const {}
 };
 
 template <class Space>
-void toInterleaved422(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
+void toInterleaved422(ptrdiff_t n, const Vek8u* rgb, Vek8u* dst) {
+  VEK_ASSERT(n >= 1);
   const auto body = [](const Vek8u* in, Vek8u* out) {
     const BlockPairs p = loadPairs(in);
     const V8u chroma = packedChroma<Space>(average(p));
     hn::StoreInterleaved2(inOrder(Space::luma(p)), inOrder(chroma), u8, out);
   };
-  const ptrdiff_t even = n & ~ptrdiff_t{1};
-  copiedBlocks<vectorBytes>(even, body, In<3>{src}, Out<4, 2>{dst});
-  if (even == n) return;
-  const LonePair last(src + 3 * even);
-  copiedBlocks<vectorBytes>(2, body, In<3>{last.rgb}, Out<4, 2>{dst + 2 * even});
+  copiedBlocks<vectorBytes>(n, body, PairedRgb{rgb}, Out<4, 2>{dst});
 }
 
 template <class Space>
-void toPlanes422(ptrdiff_t n, const Vek8u* src, Vek8u* y, Vek8u* u, Vek8u* v) {
+void toPlanes422(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
+  VEK_ASSERT(n >= 1);
   const auto body = [](const Vek8u* in, Vek8u* luma, Vek8u* second, Vek8u* third) {
     const BlockPairs p = loadPairs(in);
     storeLuma<Space>(p, luma);
     storeChroma<Space>(average(p), second, third);
   };
-  const ptrdiff_t even = n & ~ptrdiff_t{1};
-  copiedBlocks<vectorBytes>(even, body, In<3>{src}, Out<1>{y}, Out<1, 2>{u}, Out<1, 2>{v});
-  if (even == n) return;
-  const LonePair last(src + 3 * even);
-  Vek8u luma[2];
-  copiedBlocks<vectorBytes>(2, body, In<3>{last.rgb}, Out<1>{luma}, Out<1, 2>{u + even / 2},
-                            Out<1, 2>{v + even / 2});
-  y[even] = luma[0];
+  copiedBlocks<vectorBytes>(n, body, PairedRgb{rgb}, Out<1>{y}, Out<1, 2>{u}, Out<1, 2>{v});
 }
 
 template <class Space>
 void toPlanes420(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop, Vek8u* yBottom,
                  Vek8u* u, Vek8u* v) {
+  VEK_ASSERT(n >= 1);
   const auto body = [](const Vek8u* upper, const Vek8u* lower, Vek8u* upperLuma, Vek8u* lowerLuma,
                        Vek8u* second, Vek8u* third) {
     const BlockPairs a = loadPairs(upper), b = loadPairs(lower);
@@ -241,20 +257,56 @@ void toPlanes420(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop
     storeLuma<Space>(b, lowerLuma);
     storeChroma<Space>(average(a, b), second, third);
   };
-  const ptrdiff_t even = n & ~ptrdiff_t{1};
-  copiedBlocks<vectorBytes>(even, body, In<3>{top}, In<3>{bottom}, Out<1>{yTop}, Out<1>{yBottom},
-                            Out<1, 2>{u}, Out<1, 2>{v});
-  if (even == n) return;
-  const LonePair lastTop(top + 3 * even), lastBottom(bottom + 3 * even);
-  Vek8u upperLuma[2], lowerLuma[2];
-  copiedBlocks<vectorBytes>(2, body, In<3>{lastTop.rgb}, In<3>{lastBottom.rgb}, Out<1>{upperLuma},
-                            Out<1>{lowerLuma}, Out<1, 2>{u + even / 2}, Out<1, 2>{v + even / 2});
-  yTop[even] = upperLuma[0];
-  yBottom[even] = lowerLuma[0];
+  copiedBlocks<vectorBytes>(n, body, PairedRgb{top}, PairedRgb{bottom}, Out<1>{yTop},
+                            Out<1>{yBottom}, Out<1, 2>{u}, Out<1, 2>{v});
 }
+
+template <int pixels, const Matrix& m>
+constexpr PackedFormats<ConvertPlanes> planesToPacked = {
+    .rgb565 = convertPlanes<pixels, m, Rgb565>,
+    .rgb555 = convertPlanes<pixels, m, Rgb555>,
+    .rgb444 = convertPlanes<pixels, m, Rgb444>,
+    .bgr565 = convertPlanes<pixels, m, Bgr565>,
+    .bgr555 = convertPlanes<pixels, m, Bgr555>,
+    .bgr444 = convertPlanes<pixels, m, Bgr444>};
+
+template <class Source, const Matrix& m>
+constexpr PackedFormats<ConvertRow> interleavedToPacked = {
+    .rgb565 = convertInterleaved<Source, m, Rgb565>,
+    .rgb555 = convertInterleaved<Source, m, Rgb555>,
+    .rgb444 = convertInterleaved<Source, m, Rgb444>,
+    .bgr565 = convertInterleaved<Source, m, Bgr565>,
+    .bgr555 = convertInterleaved<Source, m, Bgr555>,
+    .bgr444 = convertInterleaved<Source, m, Bgr444>};
 
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
 
-#include "image/color/ycbcr_table.h"
+namespace vek::VEK_LEVEL {
+
+constexpr YcbcrPackedKernels ycbcrPackedKernels = {
+    .ycbcr420 = planesToPacked<2, ycbcrToRgb>,
+    .yuv420 = planesToPacked<2, yuvToRgb>,
+    .ycbcr444 = planesToPacked<1, ycbcrToRgb>,
+    .ycbcrInterleaved422 = interleavedToPacked<Interleaved422, ycbcrToRgb>,
+    .ycbcrInterleaved444 = interleavedToPacked<Interleaved444, ycbcrToRgb>,
+};
+
+constexpr YcbcrRgbKernels ycbcrRgbKernels = {
+    .rgbToYcbcr444 = convertInterleaved<Interleaved444, rgbToYcbcr, Rgb24>,
+    .ycbcr444ToRgb = convertInterleaved<Interleaved444, ycbcrToRgbRounded, Rgb24>,
+    .rgbToYcbcr422 = toInterleaved422<SharedYcbcr>,
+    .ycbcr422ToRgb = convertInterleaved<Interleaved422, ycbcrToRgb, Rgb24>,
+    .rgbToYuv444 = convertInterleaved<Interleaved444, rgbToYuv, Rgb24>,
+    .yuv444ToRgb = convertInterleaved<Interleaved444, yuvToRgbRounded, Rgb24>,
+    .rgbToYuv422 = toInterleaved422<SharedYuv>,
+    .yuv422ToRgb = convertInterleaved<Interleaved422, yuvToRgb, Rgb24>,
+    .rgbToYuv444Planes = toPlanes444<rgbToYuv>,
+    .rgbToYuv422Planes = toPlanes422<SharedYuv>,
+    .rgbToYuv420Planes = toPlanes420<SharedYuv>,
+    .yuv444PlanesToRgb = convertPlanes<1, yuvToRgbRounded, Rgb24>,
+    .yuvSharedPlanesToRgb = convertPlanes<2, yuvToRgb, Rgb24>,
+};
+
+}  // namespace vek::VEK_LEVEL

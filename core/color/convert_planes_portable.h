@@ -1,6 +1,8 @@
-// The conversion as its definition reads: the portable kernels, and the fallback of every level.
+// The conversion of planes to pixels as its definition reads: the portable kernels of the families
+// that have such conversions.
 #pragma once
 
+#include "core/assert.h"
 #include "core/color/color_matrix.h"
 #include "core/color/convert_planes.h"
 
@@ -19,9 +21,11 @@ void convertRow(const Vek8u* __restrict y, const Vek8u* __restrict cb, const Vek
   }
 }
 
+/// The kernel of convert_planes.h.
 template <int pixels, const Matrix& m, class Format>
 void convertPlanes(const YccPlanes& planes, ptrdiff_t n, ptrdiff_t rows, Vek8u* dst,
                    ptrdiff_t dstStep) {
+  VEK_ASSERT(planes.chromaShift == 0 || planes.chromaShift == 1);
   for (ptrdiff_t y = 0; y < rows; ++y) {
     const ptrdiff_t chroma = y >> planes.chromaShift;
     convertRow<pixels, m, Format>(planes.y.row(y), planes.cb.row(chroma), planes.cr.row(chroma), n,

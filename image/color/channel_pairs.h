@@ -1,27 +1,32 @@
-// Linear combinations of a pixel's channels as dot products of 16-bit words: each 32-bit lane works
-// on one pixel. A block of pixels is four vectors, in an order that suits loads and stores.
+// Three-channel pixels as pairs of channels in 16-bit lanes, for dot products: each 32-bit lane works
+// on one pixel. A block is as many pixels as a vector has bytes. It is loaded as four groups, whose
+// pixels are in an order that suits loads and stores.
 #pragma once
 
+#include "core/kernel/blocks.h"
+#include "core/kernel/interleave.h"
 #include "core/kernel/lanes.h"
-#include "image/color/pixel_lanes.h"
-#include "image/color/twist_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// One pixel in each 32-bit lane: its first two channels as words, and the third one with the first.
+/// One pixel in each 32-bit lane: its first and second channel, and its third and first one.
 struct PixelPairs {
   V16s c01, c20;
 };
 
-/// A block as it is loaded, and any value computed from each of its pixels.
 struct BlockPairs {
   PixelPairs group[4];
 };
 
-/// The even 32-bit lanes of a, then those of b, in each 128-bit lane; and the odd ones.
-inline V16s evenInts(V16s a, V16s b) {
+/// The three channels of a pixel in each 32-bit lane.
+struct PixelLanes {
+  V32s c0, c1, c2;
+};
+
+/// The even 32-bit lanes of a, then those of b, within each 128-bit block; and the odd ones.
+inline V16s evenPixels(V16s a, V16s b) {
 #if defined(__AVX512BW__)
   return V16s{_mm512_castps_si512(
       _mm512_shuffle_ps(_mm512_castsi512_ps(a.raw), _mm512_castsi512_ps(b.raw), 0x88))};
@@ -32,7 +37,7 @@ inline V16s evenInts(V16s a, V16s b) {
   return hn::BitCast(s16, hn::ConcatEven(s32, hn::BitCast(s32, b), hn::BitCast(s32, a)));
 #endif
 }
-inline V16s oddInts(V16s a, V16s b) {
+inline V16s oddPixels(V16s a, V16s b) {
 #if defined(__AVX512BW__)
   return V16s{_mm512_castps_si512(
       _mm512_shuffle_ps(_mm512_castsi512_ps(a.raw), _mm512_castsi512_ps(b.raw), 0xDD))};
@@ -47,8 +52,9 @@ inline V16s oddInts(V16s a, V16s b) {
 #if defined(__AVX512VBMI__)
 
 // Group g is pixels 16 g .. 16 g + 15, in order. Their 48 bytes are loaded as the lower end of a
-// vector, or as the upper one in odd groups, so that no load leaves the block.
+// vector, or as the upper end in odd groups, so that no load leaves the block.
 
+/// Where two channels of each pixel lie in the 64 loaded bytes.
 template <int first, int second, bool odd>
 constexpr ByteOrder channelsOfGroup = [] {
   ByteOrder order = {};
@@ -73,7 +79,7 @@ inline BlockPairs loadPairs(const Vek8u* src) {
            groupOf<true>(src + 144)}};
 }
 
-/// For each lane of storeThirds() where its pixel's sample lies when groups are packed.
+/// For each lane of storeThirds(), where its pixel's sample lies after the groups are packed.
 template <int channel>
 constexpr ByteOrder packedPixelOf = [] {
   ByteOrder order = {};
@@ -83,10 +89,10 @@ constexpr ByteOrder packedPixelOf = [] {
   return order;
 }();
 
-/// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255. Whole vectors
-/// are worth more than fewer instructions: 48 bytes at a time take longer where memory is the bound.
+/// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255. Storing 48 bytes
+/// at a time would take fewer instructions, but is slower where memory is the bound.
 template <class Fn>
-void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
+void convertPairs(const Vek8u* src, Vek8u* dst, Fn fn) {
   const BlockPairs pairs = loadPairs(src);
   const PixelLanes a = fn(pairs.group[0]), b = fn(pairs.group[1]);
   const PixelLanes c = fn(pairs.group[2]), d = fn(pairs.group[3]);
@@ -99,15 +105,15 @@ void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
               permuted(packedPixelOf<2>, packed(&PixelLanes::c2)), dst);
 }
 
-/// One channel of a block, from packed values of its groups.
+/// Puts the values of a block in the order of its pixels, after those of its groups were packed.
 inline V8u inOrder(V8u v) {
   alignas(64) static constexpr Vek32s transposed[16] = {0, 4, 8,  12, 1, 5, 9,  13,
                                                         2, 6, 10, 14, 3, 7, 11, 15};
   return V8u{_mm512_permutexvar_epi32(_mm512_load_si512(transposed), v.raw)};
 }
 
-/// Two values of each pixel pair, side by side, as they come from groups: all of the first, then all
-/// of the second one.
+/// Each pair of pixels has two values side by side, and the pairs are in the order of packed groups:
+/// all first values in the order of the pixels, then all second ones.
 inline V8u firstThenSecond(V8u v) {
   static constexpr ByteOrder order = [] {
     ByteOrder o = {};
@@ -122,11 +128,12 @@ inline V8u firstThenSecond(V8u v) {
 
 #else
 
-// Group g has in 128-bit lane k the pixels 16 k + 4 g .. 16 k + 4 g + 3.
+// Group g has in 128-bit block k the pixels 16 k + 4 g .. 16 k + 4 g + 3.
 
+/// Where two channels of each pixel lie in the 16 loaded bytes.
 template <int first, int second, int g>
-constexpr LaneOrder channelsOfGroup = [] {
-  LaneOrder order = {};
+constexpr ShuffleOrder channelsOfGroup = [] {
+  ShuffleOrder order = {};
   for (Vek8u& at : order.at) at = noByte;
   for (int i = 0; i < 4; ++i) {
     order.at[4 * i] = static_cast<Vek8u>(3 * i + first + (g == 3 ? 4 : 0));
@@ -135,22 +142,21 @@ constexpr LaneOrder channelsOfGroup = [] {
   return order;
 }();
 
-/// 16 bytes for each lane, 48 bytes apart.
-template <class D>
-hn::Vec<D> loadLanes(D d, const Vek8u* src) {
-  if constexpr (hn::MaxLanes(D()) == 16) {
-    return hn::LoadU(d, src);
+/// Loads 16 bytes for each 128-bit block, 48 bytes apart.
+inline V8u load128BitBlocks(const Vek8u* src) {
+  if constexpr (vectorBytes == 16) {
+    return hn::LoadU(u8, src);
   } else {
-    const hn::Half<D> half;
-    return hn::Combine(d, hn::LoadU(half, src + 48), hn::LoadU(half, src));
+    const hn::Half<decltype(u8)> half;
+    return hn::Combine(u8, hn::LoadU(half, src + 48), hn::LoadU(half, src));
   }
 }
 
-/// The 12 bytes of four pixels in each lane; those of the last group are loaded from 4 bytes
-/// before, so that no load leaves the block.
+/// Four pixels, which take 12 bytes, in each 128-bit block. Those of the last group are loaded with
+/// the 4 bytes before them, so that no load leaves the block of pixels.
 template <int g>
 PixelPairs groupOf(const Vek8u* src) {
-  const V8u v = loadLanes(u8, src + 12 * g - (g == 3 ? 4 : 0));
+  const V8u v = load128BitBlocks(src + 12 * g - (g == 3 ? 4 : 0));
   return {hn::BitCast(s16, shuffled(channelsOfGroup<0, 1, g>, v)),
           hn::BitCast(s16, shuffled(channelsOfGroup<2, 0, g>, v))};
 }
@@ -159,13 +165,14 @@ inline BlockPairs loadPairs(const Vek8u* src) {
   return {{groupOf<0>(src), groupOf<1>(src), groupOf<2>(src), groupOf<3>(src)}};
 }
 
-/// Byte 3 i + c of a lane's four pixels, which come with the first channel of all four, the second
-/// one, then the third one (even groups) or another group's and the third one. Bytes from 4 g on
-/// lie four places higher, where they meet the bytes of the next group when both are shifted
-/// together.
+/// Interleaves four pixels of each 128-bit block: channel c of pixel i becomes byte 3 i + c of 12. The
+/// block holds four samples of the first channel, four of the second one, then those of the third
+/// one, with another group's before them in odd groups. Three stores take the bytes of four groups:
+/// the first 4 g of the 12 end the 16 bytes that the group before began and come first; the others
+/// begin the next 16 and are the upper end of the block. One shift joins the two ends.
 template <int g>
-constexpr LaneOrder interleavedGroup = [] {
-  LaneOrder order = {};
+constexpr ShuffleOrder interleavedGroup = [] {
+  ShuffleOrder order = {};
   for (int i = 0; i < 4; ++i) {
     for (int c = 0; c < 3; ++c) {
       const int at = 3 * i + c;
@@ -180,19 +187,19 @@ constexpr LaneOrder interleavedGroup = [] {
 
 /// Runs fn(PixelPairs) -> PixelLanes on a block; the results are clamped to 0..255.
 template <class Fn>
-void convertBlock(const Vek8u* src, Vek8u* dst, Fn fn) {
-  V8u lanes[4];
+void convertPairs(const Vek8u* src, Vek8u* dst, Fn fn) {
+  V8u groups[4];
   const auto convertTwo = [&]<int g>() {
     const PixelLanes a = fn(groupOf<g>(src)), b = fn(groupOf<g + 1>(src));
     const V16s third = packClamped(a.c2, b.c2);
-    lanes[g] = shuffled(interleavedGroup<g>, packClamped(packClamped(a.c0, a.c1), third));
-    lanes[g + 1] = shuffled(interleavedGroup<g + 1>, packClamped(packClamped(b.c0, b.c1), third));
+    groups[g] = shuffled(interleavedGroup<g>, packClamped(packClamped(a.c0, a.c1), third));
+    groups[g + 1] = shuffled(interleavedGroup<g + 1>, packClamped(packClamped(b.c0, b.c1), third));
   };
   convertTwo.template operator()<0>();
   convertTwo.template operator()<2>();
-  storeLanes(hn::CombineShiftRightBytes<4>(u8, lanes[1], lanes[0]), dst);
-  storeLanes(hn::CombineShiftRightBytes<8>(u8, lanes[2], lanes[1]), dst + 16);
-  storeLanes(hn::CombineShiftRightBytes<12>(u8, lanes[3], lanes[2]), dst + 32);
+  store128BitBlocks(hn::CombineShiftRightBytes<4>(u8, groups[1], groups[0]), dst);
+  store128BitBlocks(hn::CombineShiftRightBytes<8>(u8, groups[2], groups[1]), dst + 16);
+  store128BitBlocks(hn::CombineShiftRightBytes<12>(u8, groups[3], groups[2]), dst + 32);
 }
 
 inline V8u inOrder(V8u v) {
@@ -212,55 +219,10 @@ inline V8u firstThenSecond(V8u v) {
 
 #endif
 
-/// A combination ready for dot products: its weights as pairs, rounding within the offset.
-template <int shift>
-struct CombinationLanes {
-  V16s w01, w2;
-  V32s offset;
-
-  explicit CombinationLanes(const Combination& c, Vek32s rounding = 1 << (shift - 1))
-      : w01(pairOfFactors(c.weight[0], c.weight[1])),
-        w2(pairOfFactors(c.weight[2], 0)),
-        offset(hn::Set(s32, c.offset + rounding)) {}
-
-  V32s of(const PixelPairs& p) const {
-    return hn::ShiftRight<shift>(plusDot(plusDot(offset, p.c01, w01), p.c20, w2));
-  }
-
-  /// Of the groups of a block, clamped to 0..255.
-  V8u packed(const BlockPairs& p) const {
-    return packClamped(packClamped(of(p.group[0]), of(p.group[1])),
-                       packClamped(of(p.group[2]), of(p.group[3])));
-  }
-};
-
-/// Three combinations, the channels of other pixels.
-template <int shift>
-struct TwistLanes {
-  CombinationLanes<shift> x, y, z;
-
-  explicit TwistLanes(const Combination* channels)
-      : x(channels[0]), y(channels[1]), z(channels[2]) {}
-  PixelLanes of(const PixelPairs& p) const { return {x.of(p), y.of(p), z.of(p)}; }
-};
-
-/// A combination that is known, of two or three channels.
-template <const Combination& c, int shift>
-V32s combined(const PixelPairs& p) {
-  const V32s start = hn::Set(s32, c.offset);
-  if constexpr (c.weight[1] == 0) {
-    return hn::ShiftRight<shift>(plusDot(start, p.c20, pairOfFactors(c.weight[2], c.weight[0])));
-  } else {
-    const V32s sum = plusDot(start, p.c01, pairOfFactors(c.weight[0], c.weight[1]));
-    return hn::ShiftRight<shift>(
-        c.weight[2] == 0 ? sum : plusDot(sum, p.c20, pairOfFactors(c.weight[2], 0)));
-  }
-}
-
 /// Runs fn(PixelPairs) -> PixelLanes on every pixel of a row; the results are clamped to 0..255.
 template <class Fn>
-void convertPixelPairs(const Vek8u* src, Vek8u* dst, ptrdiff_t n, Fn fn) {
-  const auto body = [&fn](Vek8u* out, const Vek8u* in) { convertBlock(in, out, fn); };
+void convertPixelPairs(ptrdiff_t n, const Vek8u* src, Vek8u* dst, Fn fn) {
+  const auto body = [&fn](Vek8u* out, const Vek8u* in) { convertPairs(in, out, fn); };
   copiedBlocks<vectorBytes>(n, body, Out<3>{dst}, In<3>{src});
 }
 
