@@ -34,6 +34,8 @@ void addDivision(const std::string& name, Divide divide) {
   addCall("vekLevel", vekLevel);
   addCall("vekLevelName", [] { return vekLevelName(0); });
   addCall("vekLevelLimit", vekLevelLimit);
+  addCall("vekVersionString", vekVersionString);
+  addCall("vekStatusString", [] { return vekStatusString(vekStsAwbNoData); });
   const auto allocate = [](void* (*take)(int), void (*release)(void*)) {
     return [=] {
       void* memory = take(256);

@@ -22,6 +22,10 @@ constexpr VekLibraryVersion cameraVersion = {
 
 extern "C" {
 
+const char* vekVersionString(void) {
+  return VEK_VERSION_STRING;
+}
+
 const VekLibraryVersion* vekiGetLibVersion(void) {
   return &imageVersion;
 }

@@ -68,8 +68,9 @@ typedef struct VekiPoint {
 
 /* ---- Status values -------------------------------------------------------------------------- */
 
-/** Result of a function: 0 success; negative an error, nothing was written; positive a warning, the
- *  result was produced. An int32_t rather than an enum, so that its size is the same everywhere. */
+/** Result of a function: 0 is success, a negative value is an error and nothing was written, a
+ *  positive value is a warning and the result was produced. It is an int32_t rather than an enum, so
+ *  that its size is the same everywhere. */
 typedef int32_t VekStatus;
 
 enum {
@@ -96,6 +97,10 @@ enum {
   vekStsAwbNoData = 34         /**< no usable white-balance window; the gains are unchanged */
 };
 
+/** Text of a status for logs and error messages: English, in lower case, without a full stop. The
+ *  text is constant and never null; values that no function returns give "unknown status". */
+VEK_API const char* vekStatusString(VekStatus status);
+
 /* ---- Allocator ------------------------------------------------------------------------------ */
 
 /** Memory for state objects. The library's own definitions use malloc and free. An application
@@ -113,6 +118,15 @@ VEK_API void* vekiMalloc(int size);
 VEK_API void vekiFree(void* ptr);
 
 /* ---- Versions ------------------------------------------------------------------------------- */
+
+#define VEK_VERSION_MAJOR 0        /**< of the package that this header belongs to */
+#define VEK_VERSION_MINOR 1        /**< raised with additions to the interface */
+#define VEK_VERSION_PATCH 0        /**< raised with corrections alone */
+#define VEK_VERSION_STRING "0.1.0" /**< the three numbers, for messages */
+
+/** VEK_VERSION_STRING of the library that the program runs with. It differs from the macro if the
+ *  program was compiled against the headers of another version. Constant and never null. */
+VEK_API const char* vekVersionString(void);
 
 /** Version record of a sub-library. */
 typedef struct VekLibraryVersion {

@@ -35,6 +35,17 @@ VekStatus readLevel(const Value*) {
   return fine ? vekStsNoErr : vekStsBadArgErr;
 }
 
+VekStatus readVersionString(const Value*) {
+  return vekVersionString() == vekVersionString() && strlen(vekVersionString()) > 0
+             ? vekStsNoErr
+             : vekStsBadArgErr;
+}
+
+VekStatus readStatusString(const Value* v) {
+  const char* const text = vekStatusString(as<int>(v[0]));
+  return text != nullptr && strlen(text) > 0 ? vekStsNoErr : vekStsBadArgErr;
+}
+
 template <class Rem, class Number, Number (*divide)(Number, Number, Rem*)>
 VekStatus useDivision(const Value* v) {
   *as<Vek32u*>(v[3]) = divide(as<Number>(v[0]), as<Number>(v[1]), as<Rem*>(v[2]));
@@ -68,6 +79,8 @@ std::vector<Record> coreRecords() {
       {"vekiGetLibVersion", readVersion<vekiGetLibVersion>, [](Case&) {}},
       {"_vekGetLibVersion_VekCam", readVersion<_vekGetLibVersion_VekCam>, [](Case&) {}},
       {"vekLevel", readLevel, [](Case&) {}, {"vekLevelName", "vekLevelLimit"}},
+      {"vekVersionString", readVersionString, [](Case&) {}},
+      {"vekStatusString", readStatusString, [](Case& c) { c.number(c.random.in(-64, 64)); }},
       {"_vekDiv_8u", useDivision<Vek8u, unsigned, _vekDiv_8u>, drawDivision<Vek8u>},
       {"_vekDiv_16u", useDivision<Vek16u, unsigned, _vekDiv_16u>, drawDivision<Vek16u>},
       {"_vekDiv_32u", useDivision<Vek32u, Vek32u, _vekDiv_32u>, drawDivision<Vek32u>}};
