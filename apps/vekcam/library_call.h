@@ -12,7 +12,7 @@ namespace vekcam {
 inline VekStatus succeeded(VekStatus status, const char* function) {
   if (status < 0) {
     throw std::runtime_error(std::string(function) + " failed with status " +
-                             std::to_string(status));
+                             std::to_string(status) + ": " + vekStatusString(status));
   }
   return status;
 }

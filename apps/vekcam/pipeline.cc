@@ -7,11 +7,6 @@
 namespace vekcam {
 namespace {
 
-constexpr int full420 = 9;         ///< chroma format: half width and half height
-constexpr int bgr24 = 7;           ///< destination format of the preview
-constexpr int fullSizeFilter = 2;  ///< filter modes that go with the scales
-constexpr int reducingFilter = 3;
-
 int roundUp(int n, int multiple) {
   return (n + multiple - 1) / multiple * multiple;
 }
@@ -100,8 +95,9 @@ RawPipeline::RawPipeline(const RawFrame& shape, const PipelineSettings& settings
                  settings.degrees)) {
   const Matrix16 matrix = balancedMatrix(settings.colorCorrection);
   VekiRggbColorParam color = {};
-  color.gammaMode = 0;
-  color.gammaCurve[0] = settings.curve == Curve::linear ? 0 : 1;
+  color.gammaMode = vekiGammaModeCurve;
+  color.gammaCurve[0] =
+      settings.curve == Curve::linear ? vekiGammaCurveLinear : vekiGammaCurveStandard;
   color.deadPixels = deadPixels_.empty() ? nullptr : deadPixels_.data();
   color.numDeadPixels = static_cast<int>(deadPixels_.size());
   color.colorMatrix = matrix.data();
@@ -112,9 +108,9 @@ RawPipeline::RawPipeline(const RawFrame& shape, const PipelineSettings& settings
   std::ranges::copy(image_.steps(), geometry.dstStep);
   geometry.dstWidth = image_.size().width;
   geometry.dstHeight = image_.size().height;
-  geometry.filterMode = settings.scale == 1 ? fullSizeFilter : reducingFilter;
+  geometry.filterMode = settings.scale == 1 ? vekiFilterModeDemosaic : vekiFilterModeReduce;
   geometry.rotation = rotationCode(settings.degrees);
-  geometry.chromaFormat = full420;
+  geometry.chromaFormat = vekiChroma420;
   geometry.srcBorderValid = 1;
   VekiRggbToYCbCrState* state = nullptr;
   succeeded(vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(&color, &geometry, &state),
@@ -134,12 +130,12 @@ void toPicture(const YCbCrImage& image, VekiSize size, int degrees, Picture& pic
     picture = Picture(out.width, out.height);
   }
   const bool blend = from.width != size.width || from.height != size.height;
-  succeeded(
-      vekiYCbCr420RszCscRotRGB_8u_P3C3R(
-          image.planes().data(), image.steps().data(), from.width, from.height, picture.bgr.data(),
-          picture.step(), size.width, size.height, bgr24, blend ? 1 : 0, rotationCode(degrees),
-          samplingStep(from.width, size.width), samplingStep(from.height, size.height)),
-      "vekiYCbCr420RszCscRotRGB_8u_P3C3R");
+  succeeded(vekiYCbCr420RszCscRotRGB_8u_P3C3R(
+                image.planes().data(), image.steps().data(), from.width, from.height,
+                picture.bgr.data(), picture.step(), size.width, size.height, vekiCsc420BGR24,
+                blend ? vekiInterpolateLinear : vekiInterpolateNearest, rotationCode(degrees),
+                samplingStep(from.width, size.width), samplingStep(from.height, size.height)),
+            "vekiYCbCr420RszCscRotRGB_8u_P3C3R");
 }
 
 }  // namespace vekcam

@@ -26,8 +26,8 @@ extern "C" {
  * and an even column.
  */
 
-/** Metering modes. */
-enum {
+/** Metering modes of the automatic exposure. */
+enum VekiAEMode {
   vekiAEHistogram = 0,    /**< a histogram of all green samples */
   vekiAEWholeFrame = 1,   /**< the average of the whole region */
   vekiAEFiveZones = 2,    /**< five fixed, overlapping zones with fixed weights */
@@ -137,8 +137,8 @@ VEK_API VekStatus vekiAE_10RGGB_8u_C1R(const Vek16u* pSrc, int srcStep, VekiSize
  * caller's unit: they are only scaled and limited.
  */
 
-/** What a window measures. */
-enum {
+/** What a window of the automatic white balance measures. */
+enum VekiAWBMethod {
   vekiAWBGrayWorld = 0,  /**< all of its samples */
   vekiAWBWhitePoints = 1 /**< its nearly neutral quads of moderate brightness */
 };
@@ -257,6 +257,30 @@ typedef struct VekiDeadPixel {
   Vek32s row;
   Vek32s column;
 } VekiDeadPixel;
+
+/** Where the gamma table of the raw pipeline comes from. */
+enum VekiGammaMode {
+  vekiGammaModeCurve = 0, /**< built from gammaCurve[0] */
+  vekiGammaModeTable = 1  /**< gammaTable[0], the caller's */
+};
+
+/** Built-in gamma curves of the raw pipeline. */
+enum VekiGammaCurve {
+  vekiGammaCurveLinear = 0,  /**< a straight line */
+  vekiGammaCurveStandard = 1 /**< a curve that lifts the shadows, for display */
+};
+
+/** Filter modes of the raw pipeline. The scale decides which one is accepted. */
+enum VekiFilterMode {
+  vekiFilterModeDemosaic = 2, /**< at scale 1: every pixel is interpolated */
+  vekiFilterModeReduce = 3    /**< at scales 2 and 4: a block of samples becomes one pixel */
+};
+
+/** Chroma subsampling of the raw pipeline's destination. */
+enum VekiChromaFormat {
+  vekiChroma422 = 8, /**< I422: chroma planes of half the width */
+  vekiChroma420 = 9  /**< I420: chroma planes of half the width and half the height */
+};
 
 /** Colour part of the pipeline's parameters. */
 typedef struct VekiRggbColorParam {
@@ -377,13 +401,19 @@ VEK_API VekStatus veki10RGGBtoYCbCr_RotRsz_8u_P3R(Vek16u* pSrc, Vek8u* const pDs
  */
 
 /** Orientations, for the `rotation` arguments. (x, y) is a pixel of the scaled W x H image. */
-enum {
+enum VekiRotation {
   vekiRotNone = 0,         /**< to row y, column x */
   vekiRot90Ccw = 1,        /**< quarter turn counter-clockwise: to row W-1-x, column y */
   vekiRot90Cw = 2,         /**< quarter turn clockwise: to row x, column H-1-y */
   vekiRot180 = 3,          /**< half turn: to row H-1-y, column W-1-x */
   vekiMirrorLeftRight = 4, /**< to row y, column W-1-x */
   vekiMirrorTopBottom = 5  /**< to row H-1-y, column x */
+};
+
+/** How the preview functions that resize by sampling steps sample luma. */
+enum VekiInterpolation {
+  vekiInterpolateNearest = 0, /**< the nearest sample */
+  vekiInterpolateLinear = 1   /**< a blend of the four samples around the sampling point */
 };
 
 /** Resizes a planar YCbCr 4:2:0 image and turns it; the result is planar YCbCr 4:2:0 again.
@@ -417,8 +447,8 @@ enum {
  *  misaligned; dstWidth or dstHeight is odd; a row step is below 1; a source row step is below the
  *  row's bytes; interpolation is not 0 or 1, rotation not 0..5; a destination row step is below the
  *  bytes of the turned row. */
-VEK_API VekStatus vekiYCbCr420RszRot_8u_P3R(const Vek8u* const pSrc[3], const int srcStep[3],
-                                            int srcWidth, int srcHeight, Vek8u* const pDst[3],
+VEK_API VekStatus vekiYCbCr420RszRot_8u_P3R(VekConstPlanes pSrc, const int srcStep[3], int srcWidth,
+                                            int srcHeight, Vek8u* const pDst[3],
                                             const int dstStep[3], int dstWidth, int dstHeight,
                                             int interpolation, int rotation, int xStep, int yStep);
 
@@ -456,10 +486,18 @@ VEK_API VekStatus vekiYCbCr420RszRot_8u_P3R(const Vek8u* const pSrc[3], const in
  *  1; a luma row step is misaligned; a row step is below 1; a source row step is below the row's
  *  bytes; a destination row step is below the bytes of the turned row; interpolation is not 0 or 1,
  *  rotation not 0..5. */
-VEK_API VekStatus vekiYCbCr422RszRot_8u_P3R(const Vek8u* const pSrc[3], const int srcStep[3],
-                                            int srcWidth, int srcHeight, Vek8u* const pDst[3],
+VEK_API VekStatus vekiYCbCr422RszRot_8u_P3R(VekConstPlanes pSrc, const int srcStep[3], int srcWidth,
+                                            int srcHeight, Vek8u* const pDst[3],
                                             const int dstStep[3], int dstWidth, int dstHeight,
                                             int interpolation, int rotation, int xStep, int yStep);
+
+/** Destination formats of vekiYCbCr420RszCscRotRGB_8u_P3C3R. */
+enum VekiCsc420Format {
+  vekiCsc420RGB565 = 4, /**< 16-bit words, red in bits 15..11, green 10..5, blue 4..0 */
+  vekiCsc420RGB555 = 5, /**< 16-bit words, bit 15 zero, red in bits 14..10, green 9..5, blue 4..0 */
+  vekiCsc420RGB444 = 6, /**< 16-bit words, bits 15..12 zero, red in 11..8, green 7..4, blue 3..0 */
+  vekiCsc420BGR24 = 7   /**< three bytes a pixel in the order B, G, R */
+};
 
 /** Resizes a planar YCbCr 4:2:0 image, turns it and converts it to packed RGB.
  *
@@ -486,12 +524,20 @@ VEK_API VekStatus vekiYCbCr422RszRot_8u_P3R(const Vek8u* const pSrc[3], const in
  *  misaligned, below 1, or (source) below the row's bytes; dstFormat is not 4..7, interpolation not
  *  0 or 1, rotation not 0..5; dstStep is misaligned or holds fewer pixels than the destination row;
  *  srcStep or a source plane is null. */
-VEK_API VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3],
-                                                    const int srcStep[3], int srcWidth,
-                                                    int srcHeight, Vek8u* pDst, int dstStep,
-                                                    int dstWidth, int dstHeight, int dstFormat,
-                                                    int interpolation, int rotation, int xStep,
-                                                    int yStep);
+VEK_API VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
+                                                    int srcWidth, int srcHeight, Vek8u* pDst,
+                                                    int dstStep, int dstWidth, int dstHeight,
+                                                    int dstFormat, int interpolation, int rotation,
+                                                    int xStep, int yStep);
+
+/** Destination formats of vekiYCbCr422RszCscRotRGB_8u_P3C3R; the layouts are those of
+ *  VekiCsc420Format. */
+enum VekiCsc422Format {
+  vekiCsc422RGB565 = 0, /**< 16-bit words, 5, 6 and 5 bits */
+  vekiCsc422RGB555 = 1, /**< 16-bit words, 5 bits each */
+  vekiCsc422RGB444 = 2, /**< 16-bit words, 4 bits each */
+  vekiCsc422BGR24 = 3   /**< three bytes a pixel in the order B, G, R */
+};
 
 /** Resizes a planar YCbCr 4:2:2 image, turns it and converts it to packed RGB.
  *
@@ -528,16 +574,27 @@ VEK_API VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3],
  *  srcStep[1] or srcStep[2] below half of it; dstFormat is not 0..3, interpolation not 0 or 1,
  *  rotation not 0..5; dstStep is misaligned. The sizes are not checked: with one below 1 the result
  *  is vekStsNoErr, and nothing is touched. */
-VEK_API VekStatus vekiYCbCr422RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3],
-                                                    const int srcStep[3], int srcWidth,
-                                                    int srcHeight, Vek8u* pDst, int dstStep,
-                                                    int dstWidth, int dstHeight, int dstFormat,
-                                                    int interpolation, int rotation, int xStep,
-                                                    int yStep);
+VEK_API VekStatus vekiYCbCr422RszCscRotRGB_8u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
+                                                    int srcWidth, int srcHeight, Vek8u* pDst,
+                                                    int dstStep, int dstWidth, int dstHeight,
+                                                    int dstFormat, int interpolation, int rotation,
+                                                    int xStep, int yStep);
 
 /** Coefficients of vekiResizeCscRotate_8u_C2R with 10 fractional bits (studio-range BT.601): Y, Cr
  *  to R, Cr to G, Cb to G, Cb to B = 1192, 1634, -833, -401, 2065. */
 VEK_API extern const Vek32s _vekYCbCr_RGB[5];
+
+/** How vekiResizeCscRotate_8u_C2R makes one pixel of a block. */
+enum VekiReduction {
+  vekiReduceFirst = 0,  /**< the block's first sample */
+  vekiReduceAverage = 1 /**< the average of the block */
+};
+
+/** Destination formats of vekiResizeCscRotate_8u_C2R; the layouts are those of VekiCsc420Format. */
+enum VekiCscC2Format {
+  vekiCscC2RGB565 = 0, /**< 16-bit words, 5, 6 and 5 bits */
+  vekiCscC2RGB555 = 1  /**< 16-bit words, 5 bits each */
+};
 
 /** Reduces an interleaved YCbCr 4:2:2 image by a whole factor, converts it to packed RGB and turns
  *  it.

@@ -79,47 +79,47 @@ extern "C" {
  *  Checks, in this order: pSrc, one of its planes or srcStep null: vekStsNullPtrErr; a source step
  *  below 1: vekStsStepErr; pDst null: vekStsNullPtrErr; dstStep below 1: vekStsStepErr; width or
  *  height below 1: vekStsSizeErr. */
-VEK_API VekStatus vekiYCbCr420ToRGB565_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYCbCr420ToRGB565_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                    Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCr420ToRGB555_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYCbCr420ToRGB555_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                    Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCr420ToRGB444_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYCbCr420ToRGB444_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                    Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCr420ToBGR565_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYCbCr420ToBGR565_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                    Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCr420ToBGR555_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYCbCr420ToBGR555_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                    Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCr420ToBGR444_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYCbCr420ToBGR444_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                    Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYUV420ToRGB565_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYUV420ToRGB565_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                  Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYUV420ToRGB555_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYUV420ToRGB555_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                  Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYUV420ToRGB444_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYUV420ToRGB444_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                  Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYUV420ToBGR565_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYUV420ToBGR565_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                  Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYUV420ToBGR555_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYUV420ToBGR555_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                  Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYUV420ToBGR444_8u16u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+VEK_API VekStatus vekiYUV420ToBGR444_8u16u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
                                                  Vek16u* pDst, int dstStep, VekiSize roiSize);
 
 /** Planar 4:4:4 YCbCr to 16-bit pixels. srcStep is the step of all three planes.
  *
  *  Checks, in this order: pDst, pSrc or one of its planes null: vekStsNullPtrErr; a step below 1:
  *  vekStsStepErr; width or height below 1: vekStsSizeErr. */
-VEK_API VekStatus vekiYCbCrToRGB565_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
-                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCrToRGB555_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
-                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCrToRGB444_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
-                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCrToBGR565_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
-                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCrToBGR555_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
-                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYCbCrToBGR444_8u16u_P3C3R(const Vek8u* const pSrc[3], int srcStep,
-                                                Vek16u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB565_8u16u_P3C3R(VekConstPlanes pSrc, int srcStep, Vek16u* pDst,
+                                                int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB555_8u16u_P3C3R(VekConstPlanes pSrc, int srcStep, Vek16u* pDst,
+                                                int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToRGB444_8u16u_P3C3R(VekConstPlanes pSrc, int srcStep, Vek16u* pDst,
+                                                int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR565_8u16u_P3C3R(VekConstPlanes pSrc, int srcStep, Vek16u* pDst,
+                                                int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR555_8u16u_P3C3R(VekConstPlanes pSrc, int srcStep, Vek16u* pDst,
+                                                int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYCbCrToBGR444_8u16u_P3C3R(VekConstPlanes pSrc, int srcStep, Vek16u* pDst,
+                                                int dstStep, VekiSize roiSize);
 
 /** Interleaved 4:2:2 (C2C3) or 4:4:4 (C3) YCbCr to 16-bit pixels.
  *
@@ -185,10 +185,10 @@ VEK_API VekStatus vekiRGBToYUV422_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u
  *
  *  Checks, in this order: width or height below 1: vekStsSizeErr; srcStep, pSrc, one of its planes
  *  or pDst null: vekStsNullPtrErr; a source step or dstStep below 1: vekStsStepErr. */
-VEK_API VekStatus vekiYUV420ToRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
-                                           Vek8u* pDst, int dstStep, VekiSize roiSize);
-VEK_API VekStatus vekiYUV422ToRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
-                                           Vek8u* pDst, int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToRGB_8u_P3C3R(VekConstPlanes pSrc, const int srcStep[3], Vek8u* pDst,
+                                           int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUV422ToRGB_8u_P3C3R(VekConstPlanes pSrc, const int srcStep[3], Vek8u* pDst,
+                                           int dstStep, VekiSize roiSize);
 
 /** Interleaved RGB to planar 4:4:4 YUV. dstStep is the step of all three planes.
  *
@@ -202,8 +202,8 @@ VEK_API VekStatus vekiRGBToYUV_8u_C3P3R(const Vek8u* pSrc, int srcStep, Vek8u* c
  *  Checks, in this order: width or height below 1: vekStsSizeErr; pSrc or one of its planes null:
  *  vekStsNullPtrErr; srcStep below 1: vekStsStepErr; pDst null: vekStsNullPtrErr; dstStep below 1:
  *  vekStsStepErr. */
-VEK_API VekStatus vekiYUVToRGB_8u_P3C3R(const Vek8u* const pSrc[3], int srcStep, Vek8u* pDst,
-                                        int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiYUVToRGB_8u_P3C3R(VekConstPlanes pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                        VekiSize roiSize);
 
 /** The planar 4:2:0 and 4:2:2 YUV conversions on images without padding: RGB rows are 3 * width
  *  bytes apart, Y rows width bytes, U and V rows ceil(width / 2) bytes. The results are those of
@@ -215,10 +215,8 @@ VEK_API VekStatus vekiRGBToYUV420_8u_C3P3(const Vek8u* pSrc, Vek8u* const pDst[3
                                           VekiSize roiSize);
 VEK_API VekStatus vekiRGBToYUV422_8u_C3P3(const Vek8u* pSrc, Vek8u* const pDst[3],
                                           VekiSize roiSize);
-VEK_API VekStatus vekiYUV420ToRGB_8u_P3C3(const Vek8u* const pSrc[3], Vek8u* pDst,
-                                          VekiSize roiSize);
-VEK_API VekStatus vekiYUV422ToRGB_8u_P3C3(const Vek8u* const pSrc[3], Vek8u* pDst,
-                                          VekiSize roiSize);
+VEK_API VekStatus vekiYUV420ToRGB_8u_P3C3(VekConstPlanes pSrc, Vek8u* pDst, VekiSize roiSize);
+VEK_API VekStatus vekiYUV422ToRGB_8u_P3C3(VekConstPlanes pSrc, Vek8u* pDst, VekiSize roiSize);
 
 /* Coefficients of the conversions above, with 10 fractional bits (Q10), and the same factors with
  * 16 fractional bits, which no function reads. */
@@ -621,8 +619,11 @@ VEK_API VekStatus vekiFilterMedian_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u*
 VEK_API VekStatus vekiFilterMedian_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                           VekiSize roiSize, VekiSize maskSize, VekiPoint anchor);
 
-/** Masks, for vekiFilterMedianColor_8u_C3R. */
-enum { vekiMask3x3 = 33, vekiMask5x5 = 55 };
+/** Masks of vekiFilterMedianColor_8u_C3R. */
+enum VekiMask {
+  vekiMask3x3 = 33, /**< 3 x 3 pixels */
+  vekiMask5x5 = 55  /**< 5 x 5 pixels */
+};
 
 /** Vector median: each destination pixel becomes the pixel of the 3 x 3 or 5 x 5 neighbourhood
  *  centred on it whose sum of distances to all pixels of the neighbourhood is least. The distance
@@ -649,7 +650,7 @@ VEK_API VekStatus vekiDilate3x3_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pD
                                        VekiSize roiSize);
 
 /** Axes, for the `flip` arguments. */
-enum {
+enum VekiMirrorAxis {
   vekiMirrorHorizontalAxis = 0, /**< rows in reverse order */
   vekiMirrorVerticalAxis = 1,   /**< columns in reverse order */
   vekiMirrorBothAxes = 2        /**< both: half a turn */

@@ -46,6 +46,15 @@ typedef uint32_t Vek32u;
 typedef int64_t Vek64s;
 typedef double Vek64f;
 
+/** The planes of a source image: the array of its plane pointers, `Vek8u* planes[3]` or
+ *  `const Vek8u* planes[3]`. C, unlike C++, converts neither of the two implicitly to the pointer type
+ *  that would say so; a pointer to void takes both without a cast. */
+#ifdef __cplusplus
+typedef const Vek8u* const* VekConstPlanes;
+#else
+typedef const void* VekConstPlanes;
+#endif
+
 /** Size of a region in pixels (not samples, not bytes). */
 typedef struct VekiSize {
   Vek32s width;

@@ -181,8 +181,8 @@ int throughput() {
          Vek8u* const out[3] = {dst[t].data(), dst[t].data() + 1280 * 720,
                                 dst[t].data() + 2 * 1280 * 720};
          const int outSteps[3] = {720, 360, 360};
-         vekiYCbCr420RszRot_8u_P3R(planes, steps, 1280, 720, out, outSteps, 1280, 720, 1, 1, 65536,
-                                   65536);
+         vekiYCbCr420RszRot_8u_P3R(planes, steps, 1280, 720, out, outSteps, 1280, 720,
+                                   vekiInterpolateLinear, vekiRot90Ccw, 65536, 65536);
        }},
       {"vekiFilterBox_8u_C1R, 5 x 5",
        [&](int t) {

@@ -52,6 +52,52 @@ TEST(Contract, StatusValuesAndTheirTexts) {
   EXPECT_STREQ(vekStatusString(INT32_MAX), "unknown status");
 }
 
+TEST(Contract, Selectors) {
+  const Constant selectors[] = {{vekiAEHistogram, 0, "AEHistogram"},
+                                {vekiAEWholeFrame, 1, "AEWholeFrame"},
+                                {vekiAEFiveZones, 2, "AEFiveZones"},
+                                {vekiAECentre, 3, "AECentre"},
+                                {vekiAECallerWindows, 4, "AECallerWindows"},
+                                {vekiAWBGrayWorld, 0, "AWBGrayWorld"},
+                                {vekiAWBWhitePoints, 1, "AWBWhitePoints"},
+                                {vekiGammaModeCurve, 0, "GammaModeCurve"},
+                                {vekiGammaModeTable, 1, "GammaModeTable"},
+                                {vekiGammaCurveLinear, 0, "GammaCurveLinear"},
+                                {vekiGammaCurveStandard, 1, "GammaCurveStandard"},
+                                {vekiFilterModeDemosaic, 2, "FilterModeDemosaic"},
+                                {vekiFilterModeReduce, 3, "FilterModeReduce"},
+                                {vekiChroma422, 8, "Chroma422"},
+                                {vekiChroma420, 9, "Chroma420"},
+                                {vekiRotNone, 0, "RotNone"},
+                                {vekiRot90Ccw, 1, "Rot90Ccw"},
+                                {vekiRot90Cw, 2, "Rot90Cw"},
+                                {vekiRot180, 3, "Rot180"},
+                                {vekiMirrorLeftRight, 4, "MirrorLeftRight"},
+                                {vekiMirrorTopBottom, 5, "MirrorTopBottom"},
+                                {vekiInterpolateNearest, 0, "InterpolateNearest"},
+                                {vekiInterpolateLinear, 1, "InterpolateLinear"},
+                                {vekiCsc420RGB565, 4, "Csc420RGB565"},
+                                {vekiCsc420RGB555, 5, "Csc420RGB555"},
+                                {vekiCsc420RGB444, 6, "Csc420RGB444"},
+                                {vekiCsc420BGR24, 7, "Csc420BGR24"},
+                                {vekiCsc422RGB565, 0, "Csc422RGB565"},
+                                {vekiCsc422RGB555, 1, "Csc422RGB555"},
+                                {vekiCsc422RGB444, 2, "Csc422RGB444"},
+                                {vekiCsc422BGR24, 3, "Csc422BGR24"},
+                                {vekiReduceFirst, 0, "ReduceFirst"},
+                                {vekiReduceAverage, 1, "ReduceAverage"},
+                                {vekiCscC2RGB565, 0, "CscC2RGB565"},
+                                {vekiCscC2RGB555, 1, "CscC2RGB555"},
+                                {vekiMask3x3, 33, "Mask3x3"},
+                                {vekiMask5x5, 55, "Mask5x5"},
+                                {vekiMirrorHorizontalAxis, 0, "MirrorHorizontalAxis"},
+                                {vekiMirrorVerticalAxis, 1, "MirrorVerticalAxis"},
+                                {vekiMirrorBothAxes, 2, "MirrorBothAxes"}};
+  for (const Constant& selector : selectors) {
+    EXPECT_EQ(selector.actual, selector.expected) << selector.name;
+  }
+}
+
 TEST(Contract, PackageVersion) {
   EXPECT_STREQ(vekVersionString(), VEK_PROJECT_VERSION);
   EXPECT_STREQ(VEK_VERSION_STRING, VEK_PROJECT_VERSION);

@@ -70,7 +70,8 @@ TEST(PlanarResize, ReductionRoundsByFour) {
     const Vek8u* const src[3] = {y, chroma, chroma};
     Vek8u* const dst[3] = {out, cb, cr};
     const int srcStep[3] = {16, 8, 8}, dstStep[3] = {8, 4, 4};
-    vekiYCbCr420RszRot_8u_P3R(src, srcStep, 12, 8, dst, dstStep, 6, 4, 1, 0, 131072, 131072);
+    vekiYCbCr420RszRot_8u_P3R(src, srcStep, 12, 8, dst, dstStep, 6, 4, vekiInterpolateLinear,
+                              vekiRotNone, 131072, 131072);
     EXPECT_EQ(out[0], c[4]);
   }
 }

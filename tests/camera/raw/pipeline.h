@@ -9,9 +9,10 @@ namespace vek::test {
 
 /// Geometry of a region of width x height samples reduced by `scale`, with the smallest legal
 /// steps.
-inline VekiRggbGeometry rawGeometry(int width, int height, int scale = 1, int rotation = 0,
-                                    int chromaFormat = 9, int borderValid = 0) {
-  const bool turned = rotation == 1 || rotation == 2;
+inline VekiRggbGeometry rawGeometry(int width, int height, int scale = 1,
+                                    int rotation = vekiRotNone, int chromaFormat = vekiChroma420,
+                                    int borderValid = 0) {
+  const bool turned = rotation == vekiRot90Ccw || rotation == vekiRot90Cw;
   const int across = (turned ? height : width) / scale, down = (turned ? width : height) / scale;
   const int unit = scale == 1 ? 8 : 4;
   const int luma = (across + unit - 1) / unit * unit, chroma = luma / 2;
@@ -21,7 +22,7 @@ inline VekiRggbGeometry rawGeometry(int width, int height, int scale = 1, int ro
           {luma, chroma, chroma},
           across,
           down,
-          scale == 1 ? 2 : 3,
+          scale == 1 ? vekiFilterModeDemosaic : vekiFilterModeReduce,
           rotation,
           chromaFormat,
           borderValid};
