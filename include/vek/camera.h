@@ -328,7 +328,7 @@ enum VekiGammaMode {
 /** Built-in gamma curves. */
 enum VekiGammaCurve {
   vekiGammaCurveLinear = 0,  /**< a straight line: 1023 becomes 255 */
-  vekiGammaCurveStandard = 1 /**< the standard curve, which lifts the shadows for display */
+  vekiGammaCurveStandard = 1 /**< the transfer function of ITU-R BT.709, which lifts shadows */
 };
 
 /** Filter modes. The scale alone decides what is done; the mode has to agree with it. */

@@ -664,7 +664,7 @@ VEK_API VekStatus vekiCopy_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, i
  *  example).
  *
  *  The time per pixel grows slowly with the mask's width up to 48 and does not depend on its size
- *  otherwise. A call takes up to 38 KB of stack.
+ *  otherwise. A call takes up to 20 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image is null; vekStsStepErr if a
  *  step is below 1; vekStsSizeErr if the region is empty; vekStsMaskSizeErr if a mask width or
