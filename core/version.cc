@@ -12,6 +12,7 @@ namespace {
 #define VEK_TARGET_CPU "any"
 #endif
 
+// @quirk Not the package's version: programs compare these records with the interface they know.
 constexpr VekLibraryVersion imageVersion = {
     4, 0, 1, 49, VEK_TARGET_CPU, "libvekiq7.a", "v4.0 Beta", "Mar 16 2005"};
 

@@ -64,7 +64,7 @@ extern "C" VekStatus vekiAddC_8u_C3RSfs(const Vek8u* pSrc, int srcStep, const Ve
                                    vek::scaled(vek::kernels().addC, scaleFactor));
 }
 
-// The second image minus the first.
+// @quirk The second image minus the first.
 extern "C" VekStatus vekiSub_8u_C1RSfs(const Vek8u* pSrcA, int srcAStep, const Vek8u* pSrcB,
                                        int srcBStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
                                        int scaleFactor) {

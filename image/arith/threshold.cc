@@ -1,4 +1,4 @@
-// Thresholds. Steps are not tested: rows may overlap or run upwards.
+// Thresholds. @quirk Steps are not tested: rows may overlap or run upwards.
 #include "vek/image.h"
 
 #include "image/arith/threshold_kernels.h"

@@ -78,7 +78,7 @@ bool scaleRoot(uint64_t squares, int scaleFactor, Vek32s* result) {
 
 VekStatus relativeInf(uint64_t d, uint64_t r, int scaleFactor, Vek32s* result) {
   if (scaleFactor >= 0) {
-    // Rounds at the scale 2^-8, whatever the scale factor; q is at most 255 * 256 + 128.
+    // @quirk Rounds at scale factor 0, whatever it is; q is at most 255 * 256 + 128.
     const uint64_t q = d * 256 / r + 128;
     *result = static_cast<Vek32s>(scaleFactor < 24 ? q >> (scaleFactor + 8) : 0);
     return vekStsNoErr;

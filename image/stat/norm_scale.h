@@ -10,8 +10,8 @@ namespace vek {
 /// What stands for a result that does not fit.
 inline constexpr Vek32u maxNorm = 0x7fffffff;
 
-/// v * 2^-scaleFactor without rounding or saturation: the scale factor counts modulo 256, bits that
-/// leave the word are lost, and a right shift by 32 or more leaves the top bit alone.
+/// v * 2^-scaleFactor without rounding. @quirk Nothing saturates: the scale factor counts modulo
+/// 256, bits that leave the word are lost, and a right shift by 32 or more leaves the top bit.
 Vek32s scaleNorm(Vek32u v, int scaleFactor);
 
 /// The square root of a sum of squares, * 2^-scaleFactor, rounded to nearest (halves up). Returns
