@@ -1,4 +1,4 @@
-// Kernels that turn planar YCbCr into preview pixels.
+// Kernels that convert planar YCbCr into preview pixels.
 #pragma once
 
 #include "vek/vek.h"

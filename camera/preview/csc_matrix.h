@@ -7,8 +7,10 @@
 namespace vek::VEK_LEVEL {
 namespace {
 
-constexpr Matrix matrixQ8 = {
-    {16, 128, 128}, {{298, 0, 409}, {298, -100, -208}, {298, 516, 0}}, {}, 8};
+constexpr Matrix matrixQ8 = {.centre = {16, 128, 128},
+                             .factor = {{298, 0, 409}, {298, -100, -208}, {298, 516, 0}},
+                             .offset = {},
+                             .fractionBits = 8};
 constexpr Matrix matrixQ10 = ycbcrToRgb;
 
 }  // namespace

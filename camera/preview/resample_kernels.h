@@ -9,37 +9,34 @@
 
 namespace vek {
 
-/// The columns of a strip, sample i at phase + i * step, the same for all rows of a tile.
+/// The columns at which the rows of a tile are sampled: sample i at phase + i * step, in 16.16. With
+/// phase 32768 and step 98304, for example, the samples 0, 1, 2 lie in the columns 0, 2, 3.
 struct Columns {
-  static constexpr ptrdiff_t most = 1024;
+  static constexpr ptrdiff_t maxCount = 1024;
 
   Vek32u phase, step;
-  ptrdiff_t n;           ///< `most` at most
-  ptrdiff_t lastColumn;  ///< of the source
+  ptrdiff_t n;           ///< 0 to maxCount
+  ptrdiff_t lastColumn;  ///< of the source; for bilinear() alone
 
-  // What prepare() makes of them, each level as its kernels need it. The last block of samples
-  // overlaps the one before it; entries of block k begin at k * block.
-  ptrdiff_t last;    ///< the last column that is touched
-  ptrdiff_t block;   ///< samples that are looked up at a time; 0: none are
-  ptrdiff_t blocks;  ///< how many of these there are
-  int passes;        ///< look-ups for a block
-  bool blended;      ///< not all phases are whole
-  bool everyOther;   ///< the step is two samples
-  Vek32s first[most];
-  alignas(64) Vek8u places[8 * most];
-  alignas(64) Vek16u fractions[most];
-
-  /// Sample that block k begins with.
-  ptrdiff_t start(ptrdiff_t k) const {
-    return k == 0 || (k + 1) * block <= n ? k * block : n - block;
-  }
+  // What prepare() makes of these, each level as its kernels need it. A block is a number of samples
+  // that are looked up together. Block k begins with sample k * blockSize, the last one earlier where
+  // it would reach beyond sample n - 1; its entries begin at k * blockSize in any case.
+  ptrdiff_t blockSize;  ///< 0 if nothing can be looked up
+  ptrdiff_t blocks;
+  ptrdiff_t lastTouched;     ///< the last column that is read
+  int passes;                ///< look-ups that a block takes
+  bool hasFractions;         ///< not all phases are whole columns
+  bool everyOther;           ///< the step is two columns
+  Vek32s windows[maxCount];  ///< the columns that the windows of the look-ups begin at
+  alignas(64) Vek8u offsets[8 * maxCount];  ///< of the samples, within their windows
+  alignas(64) Vek16u fractions[maxCount];   ///< of the phases
 };
 
 struct ResampleKernels {
-  /// Prepares `columns`, of which the first four members are set. `neighbours`: for bilinear().
-  void (*prepare)(Columns& columns, bool neighbours);
+  /// Prepares `columns`, of which the first four members are set. `blended`: for bilinear().
+  void (*prepare)(Columns& columns, bool blended);
 
-  /// dst[i] = row[column i] for i < n, rounded down.
+  /// dst[i] = row[column i] for i < n, the phase rounded down.
   void (*nearest)(const Vek8u* row, const Columns& columns, Vek8u* dst);
 
   /// The bilinear blend of rows `top` and `bottom` with the vertical weight fy (0..65535) for i < n:

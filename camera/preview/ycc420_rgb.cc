@@ -3,114 +3,102 @@
 
 #include <string.h>
 
-#include "camera/preview/csc_kernels.h"
+#include "camera/preview/preview_call.h"
+#include "camera/preview/preview_kernels.h"
 #include "camera/preview/sampling.h"
 #include "camera/preview/tile_walk.h"
 #include "core/check.h"
+#include "core/level.h"
 #include "core/region.h"
 
 namespace vek {
 namespace {
 
-enum Format { rgb565 = 4, rgb555 = 5, rgb444 = 6, bgr24 = 7 };
+int pixelBytes(int format) {
+  return format == vekiCsc420BGR24 ? 3 : 2;
+}
 
-struct Image420 {
-  Plane<const Vek8u> y, cb, cr;
-  int width, height;
-};
-
-VekStatus check(const Vek8u* const* pSrc, const int* srcStep, int srcWidth, int srcHeight,
-                const Vek8u* pDst, int dstStep, int dstWidth, int dstHeight, int dstFormat,
-                int interpolation, int rotation, int xStep, int yStep) {
-  if (pSrc == nullptr || pDst == nullptr || isMisaligned(pDst, 8) || isMisaligned(pSrc[0], 4) ||
-      isMisaligned(pSrc[1], 2) || isMisaligned(pSrc[2], 2) ||
-      anyBelowOne({srcWidth, srcHeight, dstWidth, dstHeight})) {
-    return vekStsBadArgErr;
-  }
-  if (anyBelowOne({xStep, yStep}) || stepTooLarge(xStep, srcWidth, dstWidth) ||
-      stepTooLarge(yStep, srcHeight, dstHeight)) {
-    return vekStsBadArgErr;
-  }
-  if (srcStep == nullptr || isMisaligned(srcStep[0], 4) || isOdd(srcStep[1]) || isOdd(srcStep[2]) ||
-      anyBelowOne({srcStep[0], srcStep[1], srcStep[2], dstStep}) || srcStep[0] < srcWidth ||
-      srcStep[1] < srcWidth / 2 || srcStep[2] < srcWidth / 2) {
-    return vekStsBadArgErr;
-  }
-  if (dstFormat < rgb565 || dstFormat > bgr24 || interpolation < 0 || interpolation > 1 ||
-      rotation < vekiRotNone || rotation > vekiMirrorTopBottom) {
-    return vekStsBadArgErr;
-  }
-  if (isMisaligned(dstStep, dstFormat == bgr24 ? 2 : 8)) return vekStsBadArgErr;
-  const int rowPixels = dstFormat == bgr24 ? dstStep / 3 : dstStep / 2;
-  if (rowPixels < (isTransposed(rotation) ? dstHeight : dstWidth)) return vekStsBadArgErr;
-  if (anyPlaneNull(pSrc)) return vekStsBadArgErr;
-  return vekStsNoErr;
+bool isRefused(const PreviewCall& c) {
+  return c.src == nullptr || c.dst[0] == nullptr || isMisaligned(c.dst[0], 8) ||
+         anyMisaligned(c.src, 4, 2) || c.hasEmptyImage() || c.hasSamplingStepBelowOne() ||
+         c.hasSamplingStepAboveLimit() || c.srcStep == nullptr || anyMisaligned(c.srcStep, 4, 2) ||
+         c.hasSourceStepBelowOne() || c.dstStep[0] < 1 || c.hasShortSourceRow() ||
+         c.dstFormat < vekiCsc420RGB565 || c.dstFormat > vekiCsc420BGR24 ||
+         c.hasUnknownInterpolation() || c.hasUnknownRotation() ||
+         isMisaligned(c.dstStep[0], c.dstFormat == vekiCsc420BGR24 ? 2 : 8) ||
+         c.dstStep[0] / pixelBytes(c.dstFormat) < c.orientedWidth() || anyPlaneNull(c.src);
 }
 
 /// With an odd size the last column repeats its left neighbour and the last row the one before it.
-void repeatOddEdges(const Scaling& scaling, const OrientedPlane& dst, int pixelBytes) {
-  const auto copy = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t fromX, ptrdiff_t fromY) {
-    memcpy(dst.at(x, y), dst.at(fromX, fromY), static_cast<size_t>(pixelBytes));
-  };
-  if (isOdd(scaling.width)) {
-    const int x = scaling.width - 1;
-    for (int y = 0; y < (scaling.height & ~1); ++y) copy(x, y, x - 1, y);
+void repeatOddEdges(const PreviewCall& call, const OrientedPlane& dst) {
+  const size_t bytes = static_cast<size_t>(pixelBytes(call.dstFormat));
+  if (isOdd(call.dstWidth)) {
+    const int x = call.dstWidth - 1;
+    for (int y = 0; y < (call.dstHeight & ~1); ++y) memcpy(dst.at(x, y), dst.at(x - 1, y), bytes);
   }
-  if (isOdd(scaling.height)) {
-    const int y = scaling.height - 1;
-    for (int x = 0; x < scaling.width; ++x) copy(x, y, x, y - 1);
+  if (isOdd(call.dstHeight)) {
+    const int y = call.dstHeight - 1;
+    for (int x = 0; x < call.dstWidth; ++x) memcpy(dst.at(x, y), dst.at(x, y - 1), bytes);
   }
 }
 
 /// Rows are made in pairs that share their chroma row.
-void _vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Image420& src, const Scaling& scaling, Vek8u* pDst,
-                                        int dstStep, int dstFormat, int rotation) {
-  const ResampleKernels& resample = select(resampleKernels);
-  const CscKernels& csc = select(cscKernels);
-  const int format = dstFormat - rgb565;
-  const PixelKernels kernels = {csc.paired.of(format), csc.single.of(format),
-                                dstFormat == bgr24 ? 3 : 2};
-  const OrientedPlane dst({pDst, dstStep}, orientationOf(rotation), scaling.width, scaling.height,
-                          kernels.bytes);
-  const Vek32u lastPhase = lastRowPhase(src.height);
+void resizeRotateConvert(const PreviewCall& call, const PreviewKernels& kernels) {
+  const int format = call.dstFormat - vekiCsc420RGB565;
+  const PixelConversion convert = {.paired = kernels.csc.paired.of(format),
+                                   .single = kernels.csc.single.of(format),
+                                   .bytes = pixelBytes(call.dstFormat)};
+  const OrientedPlane dst(call.dstPlane(0), orientationOf(call.rotation), call.dstWidth,
+                          call.dstHeight, convert.bytes);
+  const Plane<const Vek8u> y = call.srcPlane(0), cb = call.srcPlane(1), cr = call.srcPlane(2);
+  const ResampleKernels& resample = kernels.resample;
+  const Vek32u lastPhase = lastRowPhase(call.srcHeight);
+  const bool unscaled = isUnscaled(call);
 
   Columns columns, chromaColumns;
-  const auto makeSamples = [&](ptrdiff_t x, ptrdiff_t y, ptrdiff_t n, ptrdiff_t rows,
-                               SampleTile& tile, ptrdiff_t step) -> YccPlanes {
-    if (scaling.unscaled()) {
-      return {{src.y.row(y) + x, src.y.step},
-              {src.cb.row(y / 2) + x / 2, src.cb.step},
-              {src.cr.row(y / 2) + x / 2, src.cr.step},
+  const auto makeLuma = [&](const Tile& tile, ptrdiff_t i, Vek8u* out, ptrdiff_t step) {
+    const Vek32u phase = static_cast<Vek32u>(tile.y + i) * call.rowStep();
+    const Vek8u* made;
+    if (!call.isBilinear()) {
+      made = nearestRow(resample, y.row((phase + halfSample) >> 16), columns, out);
+    } else if (isOdd(static_cast<int>(i)) && phase >= lastPhase) {
+      // @quirk The lower row of a pair that would begin at or below the last source row repeats the
+      // upper one instead of being kept inside the image.
+      made = out - step;
+    } else {
+      made = blendedRow(resample, y, phase, columns, out);
+    }
+    putRow(made, tile.columns, out);
+  };
+  const auto makeSamples = [&](const Tile& tile, SampleTile& buffer, ptrdiff_t step) -> YccPlanes {
+    const ptrdiff_t pairs = tile.columns / 2, chromaStep = step / 2;
+    if (unscaled) {
+      return {{y.row(tile.y) + tile.x, y.step},
+              {cb.row(tile.y / 2) + tile.x / 2, cb.step},
+              {cr.row(tile.y / 2) + tile.x / 2, cr.step},
               1};
     }
-    if (scaling.bilinear) {
-      blendedColumns(resample, scaling.xStep, x, n, src.width - 1, columns);
+    if (call.isBilinear()) {
+      blendedColumns(resample, call.columnStep(), tile.x, tile.columns, call.srcWidth - 1, columns);
     } else {
-      nearestColumns(resample, scaling.xStep, x, n, columns);
+      nearestColumns(resample, call.columnStep(), tile.x, tile.columns, columns);
     }
-    nearestColumns(resample, scaling.xStep, x / 2, n / 2, chromaColumns);
-    for (ptrdiff_t i = 0; i < rows; ++i) {
-      const Vek32u phase = static_cast<Vek32u>(y + i) * scaling.yStep;
-      Vek8u* const luma = tile.y + i * step;
-      if (!scaling.bilinear) {
-        putRow(nearestRow(resample, src.y.row((phase + halfSample) >> 16), columns, luma), n, luma);
-      } else if (i % 2 != 0 && phase >= lastPhase) {
-        putRow(luma - step, n, luma);
-      } else {
-        putRow(blendedRow(resample, src.y, phase, columns, luma), n, luma);
-      }
-      if (i % 2 != 0) continue;
+    nearestColumns(resample, call.columnStep(), tile.x / 2, pairs, chromaColumns);
+    for (ptrdiff_t i = 0; i < tile.rows; i += 2) {
+      makeLuma(tile, i, buffer.y + i * step, step);
+      makeLuma(tile, i + 1, buffer.y + (i + 1) * step, step);
+      const Vek32u phase = static_cast<Vek32u>(tile.y + i) * call.rowStep();
       const Vek32u chromaRow = (phase + oneSample) >> 17;
-      Vek8u* const cb = tile.cb + i / 2 * (step / 2);
-      Vek8u* const cr = tile.cr + i / 2 * (step / 2);
-      putRow(nearestRow(resample, src.cb.row(chromaRow), chromaColumns, cb), n / 2, cb);
-      putRow(nearestRow(resample, src.cr.row(chromaRow), chromaColumns, cr), n / 2, cr);
+      Vek8u* const cbOut = buffer.cb + i / 2 * chromaStep;
+      Vek8u* const crOut = buffer.cr + i / 2 * chromaStep;
+      putRow(nearestRow(resample, cb.row(chromaRow), chromaColumns, cbOut), pairs, cbOut);
+      putRow(nearestRow(resample, cr.row(chromaRow), chromaColumns, crOut), pairs, crOut);
     }
-    return {{tile.y, step}, {tile.cb, step / 2}, {tile.cr, step / 2}, 1};
+    return {{buffer.y, step}, {buffer.cb, chromaStep}, {buffer.cr, chromaStep}, 1};
   };
-  walkPixels(dst, kernels, scaling.width & ~1, {0, scaling.height & ~1},
-             scaling.unscaled() ? tallTile : wideTile, makeSamples);
-  repeatOddEdges(scaling, dst, static_cast<int>(kernels.bytes));
+  walkPixels(dst, convert, kernels.place, call.dstWidth & ~1, {0, call.dstHeight & ~1},
+             unscaled ? tallTile : wideTile, makeSamples);
+  repeatOddEdges(call, dst);
 }
 
 }  // namespace
@@ -122,12 +110,20 @@ extern "C" VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3
                                                        int dstWidth, int dstHeight, int dstFormat,
                                                        int interpolation, int rotation, int xStep,
                                                        int yStep) {
-  const VekStatus status = vek::check(pSrc, srcStep, srcWidth, srcHeight, pDst, dstStep, dstWidth,
-                                      dstHeight, dstFormat, interpolation, rotation, xStep, yStep);
-  if (status != vekStsNoErr) return status;
-  const vek::Image420 src = {vek::Plane{pSrc[0], srcStep[0]}, vek::Plane{pSrc[1], srcStep[1]},
-                             vek::Plane{pSrc[2], srcStep[2]}, srcWidth, srcHeight};
-  const vek::Scaling scaling(dstWidth, dstHeight, interpolation, xStep, yStep);
-  vek::_vekiYCbCr420RszCscRotRGB_8u_P3C3R(src, scaling, pDst, dstStep, dstFormat, rotation);
+  const vek::PreviewCall call = {.src = pSrc,
+                                 .srcStep = srcStep,
+                                 .srcWidth = srcWidth,
+                                 .srcHeight = srcHeight,
+                                 .dst = &pDst,
+                                 .dstStep = &dstStep,
+                                 .dstWidth = dstWidth,
+                                 .dstHeight = dstHeight,
+                                 .dstFormat = dstFormat,
+                                 .interpolation = interpolation,
+                                 .rotation = rotation,
+                                 .xStep = xStep,
+                                 .yStep = yStep};
+  if (vek::isRefused(call)) return vekStsBadArgErr;
+  vek::resizeRotateConvert(call, vek::previewKernels(vek::cpuLevel()));
   return vekStsNoErr;
 }

@@ -1,200 +1,207 @@
-#include "camera/preview/resample_body.h"
-#include "core/kernel/blocks.h"
+// Sampled rows by look-ups in registers. A window is a stretch of the row that one load brings, and one
+// permutation of it gives a block of samples. The offsets of the samples within their windows are the
+// same for all rows of a tile, so they are computed once, by prepare(). Nearest samples are looked up
+// as bytes, blended ones together with their right neighbours as pairs of bytes; Entry, Vek8u or
+// Vek16u, is the type of an offset or of a pair of offsets.
+#include <string.h>
+
+#include "camera/preview/resample_kernels.h"
+#include "core/assert.h"
+#include "core/kernel/lanes.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-// Samples are looked up as bytes, or together with their right neighbours as words, in windows of
-// the row: one permutation of a window gives a block of them. Their places within the windows do not
-// depend on the row. Entries of the tables are of type Entry, Vek8u or Vek16u.
-
-constexpr hn::ScalableTag<Vek16u> uwords;
-constexpr hn::ScalableTag<Vek16s> words;
-constexpr hn::ScalableTag<Vek8u> bytes;
-constexpr hn::Rebind<Vek8u, decltype(words)> narrowBytes;
-using UWords = hn::Vec<decltype(uwords)>;
-using Words = hn::Vec<decltype(words)>;
-using Bytes = hn::Vec<decltype(bytes)>;
-constexpr ptrdiff_t length = static_cast<ptrdiff_t>(hn::MaxLanes(bytes));
+template <class Entry>
+constexpr ptrdiff_t entriesPerVector = vectorBytes / static_cast<ptrdiff_t>(sizeof(Entry));
 
 template <class Entry>
-constexpr ptrdiff_t entries = length / static_cast<ptrdiff_t>(sizeof(Entry));
-
-template <class Entry>
-constexpr bool neighbours = sizeof(Entry) == 2;
+constexpr bool isPair = sizeof(Entry) == 2;
 
 ptrdiff_t columnOf(const Columns& c, ptrdiff_t sample) {
   return (c.phase + static_cast<Vek32u>(sample) * c.step) >> 16;
 }
 
-/// The furthest that the last of `n` samples, or its neighbour, lies from the first one.
-template <class Entry>
-ptrdiff_t reach(const Columns& c, ptrdiff_t n) {
-  return static_cast<ptrdiff_t>((Vek64s{c.step} * (n - 1) + 0xFFFF) >> 16) + neighbours<Entry>;
+/// The sample that block k begins with.
+ptrdiff_t startOf(const Columns& c, ptrdiff_t k) {
+  return k == 0 || (k + 1) * c.blockSize <= c.n ? k * c.blockSize : c.n - c.blockSize;
 }
 
-/// `n` samples from `sample` on look into the window at column `first`.
+/// The furthest that the last of `n` samples, or its right neighbour, can lie from the first one.
 template <class Entry>
-void fillPlaces(const Columns& c, ptrdiff_t sample, ptrdiff_t n, ptrdiff_t first,
-                Entry* __restrict places) {
+ptrdiff_t reach(const Columns& c, ptrdiff_t n) {
+  return static_cast<ptrdiff_t>((Vek64s{c.step} * (n - 1) + 0xFFFF) >> 16) + isPair<Entry>;
+}
+
+/// The offsets of `n` samples, from `sample` on, in the window that begins at column `window`.
+template <class Entry>
+void fillOffsets(const Columns& c, ptrdiff_t sample, ptrdiff_t n, ptrdiff_t window,
+                 Entry* __restrict offsets) {
   const Vek32u base = c.phase + static_cast<Vek32u>(sample) * c.step, step = c.step;
-  const Vek32u origin = static_cast<Vek32u>(first), last = static_cast<Vek32u>(c.last);
+  const Vek32u origin = static_cast<Vek32u>(window), last = static_cast<Vek32u>(c.lastTouched);
   for (Vek32u i = 0; i < static_cast<Vek32u>(n); ++i) {
     const Vek32u left = (base + i * step) >> 16;
     const Vek32u right = left < last ? left + 1 : left;
-    places[i] = static_cast<Entry>(neighbours<Entry> ? (left - origin) | (right - origin) << 8
-                                                     : left - origin);
+    offsets[i] =
+        static_cast<Entry>(isPair<Entry> ? (left - origin) | (right - origin) << 8 : left - origin);
   }
 }
 
 void fillFractions(Columns& c) {
   for (ptrdiff_t k = 0; k < c.blocks; ++k) {
-    const Vek32u base = c.phase + static_cast<Vek32u>(c.start(k)) * c.step, step = c.step;
-    Vek16u* __restrict const fractions = c.fractions + k * c.block;
-    for (Vek32u i = 0; i < static_cast<Vek32u>(c.block); ++i) {
+    const Vek32u base = c.phase + static_cast<Vek32u>(startOf(c, k)) * c.step, step = c.step;
+    Vek16u* __restrict const fractions = c.fractions + k * c.blockSize;
+    for (Vek32u i = 0; i < static_cast<Vek32u>(c.blockSize); ++i) {
       fractions[i] = static_cast<Vek16u>(base + i * step);
     }
   }
 }
 
-void setBlock(Columns& c, ptrdiff_t block) {
-  c.block = block;
-  c.blocks = (c.n + block - 1) / block;
+void setBlockSize(Columns& c, ptrdiff_t blockSize) {
+  c.blockSize = blockSize;
+  c.blocks = (c.n + blockSize - 1) / blockSize;
 }
 
-/// Whether block k is all of a stretch of the row, or every other sample of one, with more to come.
-bool isPlain(const Columns& c, ptrdiff_t k) {
-  return c.everyOther && k + 1 < c.blocks;
+/// How many blocks, from the first one on, take every other sample of a stretch of the row: they need
+/// no look-up. The last block does, since the stretch could reach beyond the row.
+ptrdiff_t everyOtherBlocks(const Columns& c) {
+  return c.everyOther ? c.blocks - 1 : 0;
 }
 
 #if defined(__AVX512VBMI__)
 
-constexpr ptrdiff_t window = 2 * length;
+constexpr ptrdiff_t maxWindow = 2 * vectorBytes;  // what a permutation of two vectors reaches
 
-/// As many samples at a time as lie within two vectors.
+/// A block is as many samples as lie within two vectors, which is its window.
 template <class Entry>
 void fillTables(Columns& c) {
-  ptrdiff_t block = entries<Entry>;
-  while (reach<Entry>(c, block) >= window) block /= 2;
-  setBlock(c, block);
-  c.passes = reach<Entry>(c, block) >= length ? 2 : 1;
-  Entry* const places = reinterpret_cast<Entry*>(c.places);
+  ptrdiff_t blockSize = entriesPerVector<Entry>;
+  while (reach<Entry>(c, blockSize) >= maxWindow) blockSize /= 2;
+  setBlockSize(c, blockSize);
+  c.passes = reach<Entry>(c, blockSize) >= vectorBytes ? 2 : 1;
+  Entry* const offsets = reinterpret_cast<Entry*>(c.offsets);
   for (ptrdiff_t k = 0; k < c.blocks; ++k) {
-    const ptrdiff_t sample = c.start(k);
-    c.first[k] = static_cast<Vek32s>(columnOf(c, sample));
-    if (isPlain(c, k)) continue;
-    fillPlaces(c, sample, c.n < block ? c.n : block, c.first[k], places + k * block);
+    const ptrdiff_t sample = startOf(c, k);
+    c.windows[k] = static_cast<Vek32s>(columnOf(c, sample));
+    if (k < everyOtherBlocks(c)) continue;
+    fillOffsets(c, sample, c.n < blockSize ? c.n : blockSize, c.windows[k],
+                offsets + k * blockSize);
   }
 }
 
-/// `count` bytes, 64 at most.
-__m512i loadUpTo(const Vek8u* at, ptrdiff_t count) {
-  if (HWY_LIKELY(count >= 64)) return _mm512_loadu_si512(at);
+/// `count` bytes, 64 at most; nothing behind them is read.
+__m512i loadUpTo(const Vek8u* src, ptrdiff_t count) {
+  if (HWY_LIKELY(count >= 64)) return _mm512_loadu_si512(src);
   if (count <= 0) return _mm512_setzero_si512();
-  return _mm512_maskz_loadu_epi8(~__mmask64{0} >> (64 - count), at);
+  return _mm512_maskz_loadu_epi8(~__mmask64{0} >> (64 - count), src);
 }
 
-/// Block k of samples. It keeps what it needs of the columns: a destination of bytes might be part
-/// of them, for all that the compiler knows.
+/// The look-up of blocks. It has copies of what it needs of the columns: a destination of bytes might
+/// be part of them, for all that the compiler knows.
 template <class Entry>
-struct Look {
-  const Vek32s* const first;
-  const Entry* const places;
-  const ptrdiff_t block, plain, end;
+struct LookUp {
+  const Vek32s* const windows;
+  const Entry* const offsets;
+  const ptrdiff_t blockSize, everyOther, end;
   const bool twoVectors;
 
-  explicit Look(const Columns& c)
-      : first(c.first),
-        places(reinterpret_cast<const Entry*>(c.places)),
-        block(c.block),
-        plain(c.everyOther ? c.blocks - 1 : 0),
-        end(c.last + 1),
+  explicit LookUp(const Columns& c)
+      : windows(c.windows),
+        offsets(reinterpret_cast<const Entry*>(c.offsets)),
+        blockSize(c.blockSize),
+        everyOther(everyOtherBlocks(c)),
+        end(c.lastTouched + 1),
         twoVectors(c.passes == 2) {}
 
-  const Vek8u* start(const Vek8u* row, ptrdiff_t k) const { return row + first[k]; }
+  const Vek8u* start(const Vek8u* row, ptrdiff_t k) const { return row + windows[k]; }
 
-  Bytes at(const Vek8u* row, ptrdiff_t k) const {
+  V8u block(const Vek8u* row, ptrdiff_t k) const {
     const Vek8u* const from = start(row, k);
-    const __m512i order = _mm512_loadu_si512(places + k * block);
-    const ptrdiff_t rest = end - first[k];
-    if (!twoVectors) return Bytes{_mm512_permutexvar_epi8(order, loadUpTo(from, rest))};
-    return Bytes{
+    const __m512i order = _mm512_loadu_si512(offsets + k * blockSize);
+    const ptrdiff_t rest = end - windows[k];
+    if (!twoVectors) return V8u{_mm512_permutexvar_epi8(order, loadUpTo(from, rest))};
+    return V8u{
         _mm512_permutex2var_epi8(loadUpTo(from, rest), order, loadUpTo(from + 64, rest - 64))};
   }
 };
 
 #else
 
-constexpr ptrdiff_t window = 16;  // of each 128-bit block
-constexpr Vek8u nothing = 0x80;
+constexpr ptrdiff_t windowBytes = 16;  // each 128 bits of a vector are permuted by themselves
+constexpr Vek8u noByte = 0x80;         // an offset that gives 0
 
-/// The samples of a 128-bit block lie in as many windows as there are passes.
+/// A block is a vector of samples. Those of 128 bits of it lie in as many windows as there are passes,
+/// each of which looks up its share of the samples.
 template <class Entry>
 void fillTables(Columns& c) {
-  constexpr ptrdiff_t perBlock = window / static_cast<ptrdiff_t>(sizeof(Entry));
+  constexpr ptrdiff_t samples = windowBytes / static_cast<ptrdiff_t>(sizeof(Entry));
   constexpr ptrdiff_t fewest = 2;  // samples of a window that is worth while
-  ptrdiff_t each = perBlock;
-  while (each >= fewest && reach<Entry>(c, each) >= window) each /= 2;
-  if (each < fewest || c.last < window - 1) return;
-  setBlock(c, entries<Entry>);
-  c.passes = static_cast<int>(perBlock / each);
-  const ptrdiff_t windows = c.block / each;
-  Entry* const places = reinterpret_cast<Entry*>(c.places);
-  if (c.passes > 1)
-    memset(c.places, nothing, static_cast<size_t>(c.passes) * Columns::most * sizeof(Entry));
+  ptrdiff_t share = samples;
+  while (share >= fewest && reach<Entry>(c, share) >= windowBytes) share /= 2;
+  if (share < fewest || c.lastTouched < windowBytes - 1) return;
+  setBlockSize(c, entriesPerVector<Entry>);
+  c.passes = static_cast<int>(samples / share);
+  const ptrdiff_t windowsPerBlock = c.blockSize / share;
+  Entry* const offsets = reinterpret_cast<Entry*>(c.offsets);
+  if (c.passes > 1) {
+    memset(c.offsets, noByte, static_cast<size_t>(c.passes) * Columns::maxCount * sizeof(Entry));
+  }
   for (ptrdiff_t k = 0; k < c.blocks; ++k) {
-    for (ptrdiff_t w = 0; w < windows; ++w) {
+    for (ptrdiff_t w = 0; w < windowsPerBlock; ++w) {
       // What a row shorter than a block lacks is looked up, too, in its last window.
-      const ptrdiff_t sample = c.start(k) + w * each, rest = c.n - sample;
+      const ptrdiff_t sample = startOf(c, k) + w * share, rest = c.n - sample;
       const ptrdiff_t left = columnOf(c, rest > 0 ? sample : c.n - 1);
-      const ptrdiff_t first = left + window <= c.last + 1 ? left : c.last + 1 - window;
-      c.first[k * windows + w] = static_cast<Vek32s>(first);
-      if (rest > 0 && !isPlain(c, k)) {
-        fillPlaces(c, sample, rest < each ? rest : each, first,
-                   places + w % c.passes * Columns::most + k * c.block + w * each);
+      const ptrdiff_t end = c.lastTouched + 1;
+      const ptrdiff_t window = left + windowBytes <= end ? left : end - windowBytes;
+      c.windows[k * windowsPerBlock + w] = static_cast<Vek32s>(window);
+      if (rest > 0 && k >= everyOtherBlocks(c)) {
+        fillOffsets(c, sample, rest < share ? rest : share, window,
+                    offsets + w % c.passes * Columns::maxCount + k * c.blockSize + w * share);
       }
     }
   }
 }
 
-/// One window for each 128-bit block, `distance` entries apart.
-template <class Tag>
-hn::Vec<Tag> loadWindows(Tag tag, const Vek8u* row, const Vek32s* first, ptrdiff_t distance) {
-  if constexpr (hn::MaxLanes(Tag()) == window) {
-    return hn::LoadU(tag, row + *first);
+/// One window for each 128 bits; their first columns are `distance` entries apart.
+template <class D>
+hn::Vec<D> loadWindows(D d, const Vek8u* row, const Vek32s* windows, ptrdiff_t distance) {
+  if constexpr (hn::MaxLanes(D()) == windowBytes) {
+    return hn::LoadU(d, row + *windows);
   } else {
-    constexpr hn::Half<Tag> half;
-    constexpr ptrdiff_t blocks = static_cast<ptrdiff_t>(hn::MaxLanes(half)) / window;
-    return hn::Combine(tag, loadWindows(half, row, first + blocks * distance, distance),
-                       loadWindows(half, row, first, distance));
+    constexpr hn::Half<D> half;
+    constexpr ptrdiff_t count = static_cast<ptrdiff_t>(hn::MaxLanes(half)) / windowBytes;
+    return hn::Combine(d, loadWindows(half, row, windows + count * distance, distance),
+                       loadWindows(half, row, windows, distance));
   }
 }
 
-/// Block k of samples. It keeps what it needs of the columns: a destination of bytes might be part
-/// of them, for all that the compiler knows.
+/// The look-up of blocks. It has copies of what it needs of the columns: a destination of bytes might
+/// be part of them, for all that the compiler knows.
 template <class Entry>
-struct Look {
-  const Vek32s* const first;
-  const Entry* const places;
-  const ptrdiff_t passes, plain;
+struct LookUp {
+  const Vek32s* const windows;
+  const Entry* const offsets;
+  const ptrdiff_t passes, everyOther;
 
-  explicit Look(const Columns& c)
-      : first(c.first),
-        places(reinterpret_cast<const Entry*>(c.places)),
+  explicit LookUp(const Columns& c)
+      : windows(c.windows),
+        offsets(reinterpret_cast<const Entry*>(c.offsets)),
         passes(c.passes),
-        plain(c.everyOther ? c.blocks - 1 : 0) {}
+        everyOther(everyOtherBlocks(c)) {}
 
-  const Vek32s* windows(ptrdiff_t k) const { return first + k * (length / window) * passes; }
-  const Vek8u* start(const Vek8u* row, ptrdiff_t k) const { return row + *windows(k); }
+  const Vek32s* windowsOf(ptrdiff_t k) const {
+    return windows + k * (vectorBytes / windowBytes) * passes;
+  }
+  const Vek8u* start(const Vek8u* row, ptrdiff_t k) const { return row + *windowsOf(k); }
 
-  Bytes at(const Vek8u* row, ptrdiff_t k) const {
+  V8u block(const Vek8u* row, ptrdiff_t k) const {
     const auto lookUp = [&](ptrdiff_t pass) {
-      const Entry* const order = places + pass * Columns::most + k * entries<Entry>;
-      return hn::TableLookupBytesOr0(loadWindows(bytes, row, windows(k) + pass, passes),
-                                     hn::LoadU(bytes, reinterpret_cast<const Vek8u*>(order)));
+      const Entry* const order = offsets + pass * Columns::maxCount + k * entriesPerVector<Entry>;
+      return hn::TableLookupBytesOr0(loadWindows(u8, row, windowsOf(k) + pass, passes),
+                                     hn::LoadU(u8, reinterpret_cast<const Vek8u*>(order)));
     };
-    Bytes result = lookUp(0);
+    V8u result = lookUp(0);
     for (ptrdiff_t pass = 1; pass < passes; ++pass) result = hn::Or(result, lookUp(pass));
     return result;
   }
@@ -202,108 +209,109 @@ struct Look {
 
 #endif
 
-void prepare(Columns& c, bool blend) {
-  c.block = 0;
+void prepare(Columns& c, bool blended) {
+  VEK_ASSERT(c.n >= 0 && c.n <= Columns::maxCount);
+  c.blockSize = 0;
   if (c.n == 0) return;
   const ptrdiff_t lastLeft = columnOf(c, c.n - 1);
-  c.last = blend && lastLeft < c.lastColumn ? lastLeft + 1 : lastLeft;
+  c.lastTouched = blended && lastLeft < c.lastColumn ? lastLeft + 1 : lastLeft;
   c.everyOther = c.step == 2 << 16;
-  c.blended = blend && ((c.phase | c.step) & 0xFFFF) != 0;
-  if (!blend) return fillTables<Vek8u>(c);
+  c.hasFractions = blended && ((c.phase | c.step) & 0xFFFF) != 0;
+  if (!blended) return fillTables<Vek8u>(c);
   fillTables<Vek16u>(c);
-  if (c.blended && c.block != 0) fillFractions(c);
+  if (c.hasFractions && c.blockSize != 0) fillFractions(c);
 }
 
 /// Stores the first `count` bytes.
-template <class Tag>
-void storeFirst(Tag /*tag*/, hn::Vec<Tag> v, ptrdiff_t count, Vek8u* dst) {
+template <class D>
+void storeFirst(D d, hn::Vec<D> v, ptrdiff_t count, Vek8u* dst) {
 #if defined(__AVX512VBMI__)
+  static_cast<void>(d);
   const __mmask64 mask = ~__mmask64{0} >> (64 - count);
-  if constexpr (hn::MaxLanes(Tag()) == 64) {
+  if constexpr (hn::MaxLanes(D()) == 64) {
     _mm512_mask_storeu_epi8(dst, mask, v.raw);
   } else {
     _mm256_mask_storeu_epi8(dst, static_cast<__mmask32>(mask), v.raw);
   }
 #else
-  alignas(64) Vek8u all[hn::MaxLanes(Tag())];
-  hn::Store(v, Tag(), all);
+  alignas(64) Vek8u all[hn::MaxLanes(D())];
+  hn::Store(v, d, all);
   memcpy(dst, all, static_cast<size_t>(count));
 #endif
 }
 
-/// Stores blockOf(k) for all blocks k.
-template <class Tag, class BlockOf>
-void forEachLookUp(Tag tag, const Columns& c, Vek8u* dst, BlockOf blockOf) {
-  constexpr ptrdiff_t stored = static_cast<ptrdiff_t>(hn::MaxLanes(Tag()));
-  const ptrdiff_t n = c.n, block = c.block, blocks = c.blocks;
-  // What is stored too much the next block overwrites.
+/// Stores block(k) for all blocks k. This is the policy of overlapping blocks, by a loop of its own
+/// because a block can be shorter than the vector that is stored: the next block overwrites what is
+/// too much. The last ones, which have none behind them, are stored in part.
+template <class D, class Block>
+void forEachBlock(D d, const Columns& c, Vek8u* dst, Block block) {
+  constexpr ptrdiff_t stored = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+  const ptrdiff_t n = c.n, blockSize = c.blockSize, blocks = c.blocks;
   ptrdiff_t k = 0;
-  for (; k * block + stored <= n; ++k) hn::StoreU(blockOf(k), tag, dst + k * block);
+  for (; k * blockSize + stored <= n; ++k) hn::StoreU(block(k), d, dst + k * blockSize);
   for (; k < blocks; ++k) {
-    const ptrdiff_t i = c.start(k);
+    const ptrdiff_t i = startOf(c, k);
     if (i + stored <= n) {
-      hn::StoreU(blockOf(k), tag, dst + i);
+      hn::StoreU(block(k), d, dst + i);
     } else {
-      storeFirst(tag, blockOf(k), n < block ? n : block, dst + i);
+      storeFirst(d, block(k), n < blockSize ? n : blockSize, dst + i);
     }
   }
 }
 
-void nearestVectors(const Vek8u* row, const Columns& c, Vek8u* dst) {
-  if (c.block == 0) return nearest(row, c, dst);
-  const Look<Vek8u> look(c);
-  forEachLookUp(bytes, c, dst, [&](ptrdiff_t k) {
-    if (k >= look.plain) return look.at(row, k);
-    const Vek8u* const from = look.start(row, k);
-    return hn::ConcatEven(bytes, hn::LoadU(bytes, from + length), hn::LoadU(bytes, from));
+void nearest(const Vek8u* row, const Columns& c, Vek8u* dst) {
+  if (c.blockSize == 0) return portable::resampleKernels.nearest(row, c, dst);
+  const LookUp<Vek8u> samples(c);
+  forEachBlock(u8, c, dst, [&](ptrdiff_t k) {
+    if (k >= samples.everyOther) return samples.block(row, k);
+    const Vek8u* const from = samples.start(row, k);
+    return hn::ConcatEven(u8, hn::LoadU(u8, from + vectorBytes), hn::LoadU(u8, from));
   });
 }
 
-UWords leftOf(UWords pairs) {
-  return hn::And(pairs, hn::Set(uwords, 0xFF));
-}
-
-/// a + (((b - a) * fraction) >> 16). The high product takes the fraction as signed; where that made
-/// it 65536 too small, b - a is added.
-Words blendWords(Words a, Words b, Words fraction) {
-  const Words difference = hn::Sub(b, a);
-  const Words missing = hn::And(difference, hn::BroadcastSignBit(fraction));
+/// a + (((b - a) * fraction) >> 16) for fractions of 0..65535. The high product takes a fraction as
+/// signed; where that makes it 65536 too small, b - a is added. With a = 10, b = 20 and the fraction
+/// 49152 (3/4), for example, the product is 10 * (49152 - 65536) >> 16 = -3, and 10 + 10 - 3 = 17.
+V16s blend(V16s a, V16s b, V16s fraction) {
+  const V16s difference = hn::Sub(b, a);
+  const V16s missing = hn::And(difference, hn::BroadcastSignBit(fraction));
   return hn::Add(hn::Add(a, missing), hn::MulHigh(difference, fraction));
 }
 
 template <bool across, bool down>
 void blendRows(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& c, Vek8u* dst) {
-  const Look<Vek16u> look(c);
+  const LookUp<Vek16u> samples(c);
   const Vek16u* const fractions = c.fractions;
-  const ptrdiff_t block = c.block;
-  const Words rowFraction = hn::Set(words, static_cast<Vek16s>(fy));
-  forEachLookUp(narrowBytes, c, dst, [&](ptrdiff_t k) {
+  const ptrdiff_t blockSize = c.blockSize;
+  const V16s rowFraction = hn::Set(s16, static_cast<Vek16s>(fy));
+  forEachBlock(halfU8, c, dst, [&](ptrdiff_t k) {
     const auto sampled = [&](const Vek8u* row) {
-      const Bytes samples = k < look.plain ? hn::LoadU(bytes, look.start(row, k)) : look.at(row, k);
-      const UWords pairs = hn::BitCast(uwords, samples);
-      const Words left = hn::BitCast(words, leftOf(pairs));
+      const V8u pairs =
+          k < samples.everyOther ? hn::LoadU(u8, samples.start(row, k)) : samples.block(row, k);
+      const V16s left = evenBytes(s16, pairs);
       if constexpr (!across) return left;
-      const Words right = hn::BitCast(words, hn::ShiftRight<8>(pairs));
-      return blendWords(left, right, hn::BitCast(words, hn::LoadU(uwords, fractions + k * block)));
+      const V16s fraction = hn::BitCast(s16, hn::LoadU(u16, fractions + k * blockSize));
+      return blend(left, oddBytes(s16, pairs), fraction);
     };
-    const Words upper = sampled(top);
-    if constexpr (!down) return hn::DemoteTo(narrowBytes, upper);
-    return hn::DemoteTo(narrowBytes, blendWords(upper, sampled(bottom), rowFraction));
+    const V16s upper = sampled(top);
+    if constexpr (!down) return hn::DemoteTo(halfU8, upper);
+    return hn::DemoteTo(halfU8, blend(upper, sampled(bottom), rowFraction));
   });
 }
 
-void bilinearVectors(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& c,
-                     Vek8u* dst) {
-  if (c.block == 0) return bilinear(top, bottom, fy, c, dst);
-  static constexpr decltype(&bilinearVectors) kernels[2][2] = {
+void bilinear(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& c, Vek8u* dst) {
+  VEK_ASSERT(fy >= 0 && fy <= 0xFFFF);
+  if (c.blockSize == 0) return portable::resampleKernels.bilinear(top, bottom, fy, c, dst);
+  static constexpr decltype(&bilinear) kernels[2][2] = {
       {blendRows<false, false>, blendRows<false, true>},
       {blendRows<true, false>, blendRows<true, true>}};
-  kernels[c.blended][fy != 0](top, bottom, fy, c, dst);
+  kernels[c.hasFractions][fy != 0](top, bottom, fy, c, dst);
 }
 
 }  // namespace
 
-constexpr ResampleKernels resampleKernels = {prepare, nearestVectors, bilinearVectors};
+constexpr ResampleKernels resampleKernels = {
+    .prepare = prepare, .nearest = nearest, .bilinear = bilinear};
 
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
