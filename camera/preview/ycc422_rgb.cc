@@ -171,16 +171,16 @@ void resizeRotateConvert(const PreviewCall& call, const PreviewKernels& kernels)
   const PixelConversion convert = {.paired = kernels.csc.paired.of(call.dstFormat),
                                    .single = kernels.csc.single.of(call.dstFormat),
                                    .bytes = is24Bit ? 3 : 2};
-  // In 24 bits the destination's own size is given, so that a quarter turn makes dstHeight columns.
+  // In 24 bits the destination's own size is given, so that a transposed image has dstHeight columns.
   const int width = orientation.transposed ? call.dstHeight : call.dstWidth;
   const int height = orientation.transposed ? call.dstWidth : call.dstHeight;
   OrientedPlane dst(call.dstPlane(0), orientation, width, height, convert.bytes);
   if (!orientation.transposed || is24Bit) {
     return resizeConvert(Sampler(call), kernels, convert, dst, width, height);
   }
-  // @quirk In 16 bits there are always dstWidth columns and dstHeight rows. A quarter turn begins
-  // where that of a destination of this size does, and after each row it goes back by dstHeight
-  // pixels, not by the dstWidth that it made: callers know it as correct for squares alone.
+  // @quirk In 16 bits there are always dstWidth columns and dstHeight rows. A transposed image begins
+  // where one of the destination's size does, and after each row it goes back by dstHeight pixels, not
+  // by the dstWidth that it made: callers know the result as correct for squares alone.
   dst.dy += (ptrdiff_t{call.dstWidth} - call.dstHeight) * dst.dx;
   resizeConvert(Sampler(call), kernels, convert, dst, call.dstWidth, call.dstHeight);
 }
