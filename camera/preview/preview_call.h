@@ -5,7 +5,6 @@
 
 #include <stdint.h>
 
-#include "camera/preview/selectors.h"
 #include "core/check.h"
 #include "core/orientation.h"
 #include "core/region.h"

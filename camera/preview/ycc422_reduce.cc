@@ -3,7 +3,6 @@
 
 #include "camera/preview/csc_matrix.h"
 #include "camera/preview/preview_kernels.h"
-#include "camera/preview/selectors.h"
 #include "camera/preview/tile_walk.h"
 #include "core/check.h"
 #include "core/level.h"

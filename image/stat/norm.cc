@@ -2,6 +2,7 @@
 #include "vek/image.h"
 
 #include "core/check.h"
+#include "core/region.h"
 #include "image/stat/norm_kernels.h"
 #include "image/stat/norm_scale.h"
 
@@ -46,10 +47,10 @@ constexpr Kind l2 = {&NormKernels::l2, &NormKernels::diffL2, UINT64_MAX, scaleRo
 
 /// Rows without padding are one long row.
 void accumulate(NormKernel kernel, NormRegion region, Totals& totals) {
-  if (region.aStep == region.rowBytes && region.bStep == region.rowBytes) {
-    region.rowBytes *= region.rows;
-    region.rows = 1;
-  }
+  const Plane<const Vek8u> first = {region.a, region.aStep}, second = {region.b, region.bStep};
+  const Extent extent = joinedRows(region.rowBytes, region.rows, first, second);
+  region.rowBytes = extent.n;
+  region.rows = extent.rows;
   kernel(region, totals.channel);
 }
 
