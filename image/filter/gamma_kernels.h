@@ -11,8 +11,8 @@
 namespace vek {
 
 struct GammaKernels {
-  /// dst[i] = table.entries[src[i]]; dst may be src.
-  void (*ownGamma_8u_)(const GammaTable& table, const Vek8u* src, Vek8u* dst, ptrdiff_t n);
+  /// dst[i] = table.entries[src[i]] for n >= 1 bytes; dst may be src.
+  void (*map)(const GammaTable& table, const Vek8u* src, Vek8u* dst, ptrdiff_t n);
 };
 
 VEK_KERNEL_TABLE(GammaKernels, gammaKernels)

@@ -13,6 +13,7 @@ template <int channels>
 VekStatus mirror(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
                  int flip) {
   if (anyNull({pDst, pSrc})) return vekStsNullPtrErr;
+  // @quirk A step below 1 is a size error here, unlike in other filters: callers compare statuses.
   if (anyBelowOne({srcStep, dstStep, roiSize.width, roiSize.height})) return vekStsSizeErr;
   if (flip < vekiMirrorHorizontalAxis || flip > vekiMirrorBothAxes) return vekStsMirrorFlipErr;
 

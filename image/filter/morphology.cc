@@ -8,14 +8,16 @@
 namespace vek {
 namespace {
 
+template <int channels>
 VekStatus morphology(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSize roiSize,
-                     int channels, MorphologyRow MorphologyKernels::*kernel) {
+                     MorphologyRows MorphologyKernels::*operation) {
   const VekStatus status = checkPointersStepsSize({pDst, pSrc}, {srcStep, dstStep}, roiSize);
   if (status != vekStsNoErr) return status;
-  const MorphologyRow row = select(morphologyKernels).*kernel;
+  const MorphologyRows& rows = select(morphologyKernels).*operation;
+  const MorphologyRow row = channels == 1 ? rows.c1 : rows.c3;
   const Plane src = {pSrc, srcStep};
   const Plane dst = {pDst, dstStep};
-  const ptrdiff_t n = static_cast<ptrdiff_t>(roiSize.width) * channels;
+  const ptrdiff_t n = ptrdiff_t{roiSize.width} * channels;
   for (ptrdiff_t y = 0; y < roiSize.height; ++y) row(src.row(y), srcStep, dst.row(y), n);
   return vekStsNoErr;
 }
@@ -25,24 +27,20 @@ VekStatus morphology(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, V
 
 extern "C" VekStatus vekiErode3x3_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                          VekiSize roiSize) {
-  return vek::morphology(pSrc, srcStep, pDst, dstStep, roiSize, 1,
-                         &vek::MorphologyKernels::Erode3x3_8u_C1S);
+  return vek::morphology<1>(pSrc, srcStep, pDst, dstStep, roiSize, &vek::MorphologyKernels::erode);
 }
 
 extern "C" VekStatus vekiErode3x3_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                          VekiSize roiSize) {
-  return vek::morphology(pSrc, srcStep, pDst, dstStep, roiSize, 3,
-                         &vek::MorphologyKernels::Erode3x3_8u_C3S);
+  return vek::morphology<3>(pSrc, srcStep, pDst, dstStep, roiSize, &vek::MorphologyKernels::erode);
 }
 
 extern "C" VekStatus vekiDilate3x3_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                           VekiSize roiSize) {
-  return vek::morphology(pSrc, srcStep, pDst, dstStep, roiSize, 1,
-                         &vek::MorphologyKernels::Dilate3x3_8u_C1S);
+  return vek::morphology<1>(pSrc, srcStep, pDst, dstStep, roiSize, &vek::MorphologyKernels::dilate);
 }
 
 extern "C" VekStatus vekiDilate3x3_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                           VekiSize roiSize) {
-  return vek::morphology(pSrc, srcStep, pDst, dstStep, roiSize, 3,
-                         &vek::MorphologyKernels::Dilate3x3_8u_C3S);
+  return vek::morphology<3>(pSrc, srcStep, pDst, dstStep, roiSize, &vek::MorphologyKernels::dilate);
 }

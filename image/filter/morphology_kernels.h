@@ -9,15 +9,19 @@
 
 namespace vek {
 
-/// dst[x] = extreme of the 3 x 3 samples around src[x], for n samples of whole pixels; horizontal
-/// neighbours are one (C1) or three (C3) bytes apart.
+/// dst[x] = the extreme of the 3 x 3 samples around src[x], for n >= 1 samples of whole pixels. src
+/// and dst do not overlap.
 using MorphologyRow = void (*)(const Vek8u* src, ptrdiff_t srcStep, Vek8u* dst, ptrdiff_t n);
 
+/// By the distance of horizontal neighbours: one byte or three.
+struct MorphologyRows {
+  MorphologyRow c1;
+  MorphologyRow c3;
+};
+
 struct MorphologyKernels {
-  MorphologyRow Erode3x3_8u_C1S;
-  MorphologyRow Erode3x3_8u_C3S;
-  MorphologyRow Dilate3x3_8u_C1S;
-  MorphologyRow Dilate3x3_8u_C3S;
+  MorphologyRows erode;   ///< the least sample
+  MorphologyRows dilate;  ///< the greatest
 };
 
 VEK_KERNEL_TABLE(MorphologyKernels, morphologyKernels)

@@ -1,12 +1,18 @@
-// The loops behind BoxKernels, compiled for every level.
+// Loops of the box filter that every level runs, each compiled for it.
 #pragma once
 
+#include "vek/vek.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "core/assert.h"
 #include "image/filter/box/box_kernels.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// sum * factor < 2^64: the factor is 2^32 / area, rounded, and 0 is not used.
+/// sum * factor < 2^64: the factor is 2^32 / area, rounded, and the sum at most 255 * area.
 template <class Sum>
 Vek8u boxMean(Sum sum, Vek32u factor) {
   const uint64_t mean = (uint64_t{sum} * factor + 0x80000000u) >> 32;
@@ -15,6 +21,7 @@ Vek8u boxMean(Sum sum, Vek32u factor) {
 
 void slideColumns(Vek16u* __restrict columns, const Vek8u* __restrict entering,
                   const Vek8u* __restrict leaving, ptrdiff_t n) {
+  VEK_ASSERT(n >= 1);
   if (leaving == nullptr) {
     for (ptrdiff_t i = 0; i < n; ++i) columns[i] = static_cast<Vek16u>(columns[i] + entering[i]);
   } else {
@@ -24,10 +31,12 @@ void slideColumns(Vek16u* __restrict columns, const Vek8u* __restrict entering,
   }
 }
 
+/// Sums up a block of windows column by column.
 template <class Sum>
-[[maybe_unused]] void averageColumns(const Vek16u* __restrict columns, ptrdiff_t width,
-                                     ptrdiff_t pixelBytes, ptrdiff_t n, const BoxScale& scale,
-                                     Vek8u* __restrict dst) {
+void averageColumns(const Vek16u* __restrict columns, ptrdiff_t width, ptrdiff_t pixelBytes,
+                    ptrdiff_t n, const BoxScale& scale, Vek8u* __restrict dst) {
+  VEK_ASSERT(n >= 1 && width >= 1 && width <= columnBoxWidth && scale.factor != 0);
+  VEK_ASSERT(sizeof(Sum) > 2 || scale.area <= smallBoxArea);
   constexpr ptrdiff_t block = 256;
   Sum sums[block];
   for (ptrdiff_t x = 0; x < n; x += block) {
@@ -51,11 +60,11 @@ void addPixels(const Vek8u* __restrict row, ptrdiff_t width, Sum* __restrict sum
   for (int c = 0; c < pixelBytes; ++c) sums[c] += total[c];
 }
 
-/// Sums and differences are modulo 2^bits; the sum of a whole window fits.
 template <class Sum>
 void slideWindows(Sum* __restrict differences, Sum* __restrict first,
                   const Vek8u* __restrict entering, const Vek8u* __restrict leaving,
                   ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n) {
+  VEK_ASSERT(n >= pixelBytes && n % pixelBytes == 0 && width >= 1);
   const auto addRow = pixelBytes == 1 ? addPixels<1, Sum> : addPixels<3, Sum>;
   const ptrdiff_t gap = width * pixelBytes;
   const ptrdiff_t inner = n - pixelBytes;
@@ -72,55 +81,6 @@ void slideWindows(Sum* __restrict differences, Sum* __restrict first,
   for (ptrdiff_t i = 0; i < inner; ++i) {
     differences[i] +=
         static_cast<Sum>(entering[i + gap] - entering[i] - leaving[i + gap] + leaving[i]);
-  }
-}
-
-template <class Sum>
-[[maybe_unused]] void scaleSums(const Sum* __restrict sums, ptrdiff_t n, const BoxScale& scale,
-                                Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = boxMean(sums[i], scale.factor);
-}
-
-/// Bytes whose sums are formed at a time: whole pixels.
-constexpr ptrdiff_t sumBlock = 768;
-
-/// sums[i] = the running sum of its channel; `next` carries them from call to call. Only the first
-/// 16 pixels are summed one after the other: each other one adds 16 differences to the sum 16
-/// pixels before, four and four, in loops without a chain that a vector could not take.
-template <int pixelBytes, class Sum>
-void sumDifferences(const Sum* __restrict differences, ptrdiff_t n, Sum* __restrict next,
-                    Sum* __restrict sums) {
-  constexpr ptrdiff_t four = 4 * pixelBytes, sixteen = 16 * pixelBytes;
-  const ptrdiff_t head = n < sixteen ? n : sixteen;
-  for (ptrdiff_t i = 0; i < head; ++i) {
-    sums[i] = i < pixelBytes ? next[i] : sums[i - pixelBytes] + differences[i - pixelBytes];
-  }
-  if (n > sixteen) {
-    Sum fours[sumBlock];
-    for (ptrdiff_t i = 0; i < n - four; ++i) {
-      fours[i] = differences[i] + differences[i + pixelBytes] + differences[i + 2 * pixelBytes] +
-                 differences[i + 3 * pixelBytes];
-    }
-    for (ptrdiff_t i = 0; i < n - sixteen; ++i) {
-      sums[i + sixteen] =
-          sums[i] + fours[i] + fours[i + four] + fours[i + 2 * four] + fours[i + 3 * four];
-    }
-  }
-  const ptrdiff_t last = n - pixelBytes;
-  for (int c = 0; c < pixelBytes; ++c) next[c] = sums[last + c] + differences[last + c];
-}
-
-/// By blocks, so that scaling is a loop of its own, which vectors can take.
-template <class Sum, void (*scaleBlock)(const Sum*, ptrdiff_t, const BoxScale&, Vek8u*)>
-void averageWindows(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
-                    const BoxScale& scale, Vek8u* dst) {
-  const auto sumUp = pixelBytes == 1 ? sumDifferences<1, Sum> : sumDifferences<3, Sum>;
-  Sum next[3] = {first[0], first[1], first[2]};
-  Sum sums[sumBlock];
-  for (ptrdiff_t x = 0; x < n; x += sumBlock) {
-    const ptrdiff_t count = n - x < sumBlock ? n - x : sumBlock;
-    sumUp(differences + x, count, next, sums);
-    scaleBlock(sums, count, scale, dst + x);
   }
 }
 

@@ -21,22 +21,26 @@ inline constexpr ptrdiff_t columnBoxWidth = 48;
 /// Columns that may be read on both sides of those that matter.
 inline constexpr ptrdiff_t columnPadding = 64;
 
-/// A mean of `area` samples is min(255, (sum * factor + 2^31) >> 32).
+/// A mean of `area` samples is min(255, (sum * factor + 2^31) >> 32). The factor is at least 1.
 struct BoxScale {
   Vek32u factor;
   int64_t area;
 };
 
-/// Every kernel treats the bytes of a row alike; `pixelBytes` (1 or 3) is the distance of
-/// horizontal neighbours.
+// Every kernel treats the n >= 1 bytes of a row alike; `pixelBytes` (1 or 3) is the distance of
+// horizontal neighbours. No destination is a source.
+
+/// The sums of a row's windows, modulo 2^bits, are kept as the first one of each channel and the
+/// differences between neighbours: differences[i] = sum of window i + pixelBytes less that of
+/// window i. The sum of a whole window fits. Rows are whole pixels, and the differences of the last
+/// one stay 0.
 template <class Sum>
-struct WideBoxRows {
-  /// The sums of a row's windows as the first one of each channel and the differences between
-  /// neighbours: differences[i] = sum of window i + pixelBytes less that of window i. Moves them
-  /// down: `entering` joins the `width` pixels wide windows and `leaving` (may be null) goes.
+struct BoxWindowKernels {
+  /// Moves the windows one row down: `entering` joins the windows, which are `width` pixels wide,
+  /// and `leaving`, which may be null, goes.
   void (*slide)(Sum* differences, Sum* first, const Vek8u* entering, const Vek8u* leaving,
                 ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n);
-  /// The n means of these windows; the last pixel's differences are 0.
+  /// The means of the n windows.
   void (*average)(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
                   const BoxScale& scale, Vek8u* dst);
 };
@@ -44,14 +48,16 @@ struct WideBoxRows {
 struct BoxKernels {
   /// columns[i] += entering[i] - leaving[i]; `leaving` may be null.
   void (*slideColumns)(Vek16u* columns, const Vek8u* entering, const Vek8u* leaving, ptrdiff_t n);
-  /// Largest mask that `average` is for; beyond smallBoxArea it is columnBoxHeight tall at most.
+  /// Means of `width` neighbouring columns each.
+  void (*averageColumns)(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
+                         const BoxScale& scale, Vek8u* dst);
+  /// Largest mask for averageColumns; one of more than smallBoxArea samples is columnBoxHeight tall
+  /// at most.
   ptrdiff_t mostWidth;
   int64_t mostArea;
-  /// Means of `width` neighbouring columns each.
-  void (*average)(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
-                  const BoxScale& scale, Vek8u* dst);
-  WideBoxRows<Vek32u> sums32;
-  WideBoxRows<uint64_t> sums64;
+
+  BoxWindowKernels<Vek32u> windows32;
+  BoxWindowKernels<uint64_t> windows64;
 };
 
 VEK_KERNEL_TABLE(BoxKernels, boxKernels)

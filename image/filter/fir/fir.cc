@@ -18,16 +18,16 @@ struct Images {
   VekiSize roiSize;
 };
 
-/// Whether each of the `n` coefficients fits 16 bits.
-VekStatus CheckFilter(const Vek32s* pKernel, int64_t n) {
+/// Each of the `n` coefficients must fit 16 bits.
+VekStatus checkCoefficients(const Vek32s* pKernel, int64_t n) {
   for (int64_t i = 0; i < n; ++i) {
     if (pKernel[i] < -32768 || pKernel[i] > 32767) return vekStsCoeffRangeErr;
   }
   return vekStsNoErr;
 }
 
-VekStatus Fir2DParametersCheck(const Images& images, const Vek32s* pKernel, VekiSize kernelSize,
-                               VekiPoint anchor, int divisor) {
+VekStatus check2D(const Images& images, const Vek32s* pKernel, VekiSize kernelSize,
+                  VekiPoint anchor, int divisor) {
   const VekStatus status = checkPointersStepsSize({images.pDst, images.pSrc, pKernel},
                                                   {images.srcStep, images.dstStep}, images.roiSize);
   if (status != vekStsNoErr) return status;
@@ -37,18 +37,18 @@ VekStatus Fir2DParametersCheck(const Images& images, const Vek32s* pKernel, Veki
     return vekStsAnchorErr;
   }
   if (divisor < 1) return vekStsDivisorErr;
-  return CheckFilter(pKernel, int64_t{kernelSize.width} * kernelSize.height);
+  return checkCoefficients(pKernel, int64_t{kernelSize.width} * kernelSize.height);
 }
 
-VekStatus RCFilterParametersCheck(const Images& images, const Vek32s* pKernel, int kernelSize,
-                                  int anchor, int divisor) {
+VekStatus check1D(const Images& images, const Vek32s* pKernel, int kernelSize, int anchor,
+                  int divisor) {
   const VekStatus status = checkPointersStepsSize({images.pDst, images.pSrc, pKernel},
                                                   {images.srcStep, images.dstStep}, images.roiSize);
   if (status != vekStsNoErr) return status;
   if (kernelSize < 2) return vekStsSizeErr;
   if (anchor < 0 || anchor >= kernelSize) return vekStsAnchorErr;
   if (divisor < 1) return vekStsDivisorErr;
-  return CheckFilter(pKernel, kernelSize);
+  return checkCoefficients(pKernel, kernelSize);
 }
 
 FirScale makeScale(int divisor) {
@@ -67,17 +67,17 @@ FirScale makeScale(int divisor) {
   return scale;
 }
 
-/// The kernel whose sums fit: a coefficient array that lies in memory is too short for 64 bits to
-/// overflow.
-FirKernel kernelFor(const FirKernels& rows, const Vek32s* pKernel, int64_t n) {
+/// The kernel whose partial sums fit: they stay within 255 times the sum of the coefficients'
+/// magnitudes. An array that lies in memory is too short for 64 bits to overflow.
+FirKernel kernelFor(const FirKernels& kernels, const Vek32s* pKernel, int64_t n) {
   uint64_t magnitude = 0;
-  bool bytes = true;
+  bool fit8 = true;
   for (int64_t i = 0; i < n; ++i) {
     magnitude += static_cast<Vek32u>(pKernel[i] < 0 ? -pKernel[i] : pKernel[i]);
-    bytes = bytes && pKernel[i] >= -128 && pKernel[i] <= 127;
+    fit8 = fit8 && pKernel[i] >= -128 && pKernel[i] <= 127;
   }
-  if (magnitude > 0x7FFFFFFF / 255) return rows.sums64;
-  return bytes && magnitude <= 0x7FFF / 255 ? rows.sums16 : rows.sums32;
+  if (magnitude > 0x7FFFFFFF / 255) return kernels.sums64;
+  return fit8 && magnitude <= 0x7FFF / 255 ? kernels.sums16 : kernels.sums32;
 }
 
 /// `corner` is the first sample of the neighbourhood of the region's first pixel, and tap (0, 0)
@@ -95,7 +95,7 @@ void filter(const Images& images, const Vek8u* corner, int channels, const FirTa
 template <int channels>
 VekStatus filter2D(const Images& images, const Vek32s* pKernel, VekiSize size, VekiPoint anchor,
                    int divisor) {
-  const VekStatus status = Fir2DParametersCheck(images, pKernel, size, anchor, divisor);
+  const VekStatus status = check2D(images, pKernel, size, anchor, divisor);
   if (status != vekStsNoErr) return status;
   const ptrdiff_t width = size.width, height = size.height, step = images.srcStep;
   filter(images, images.pSrc + (anchor.y - height + 1) * step + (anchor.x - width + 1) * channels,
@@ -103,9 +103,9 @@ VekStatus filter2D(const Images& images, const Vek32s* pKernel, VekiSize size, V
   return vekStsNoErr;
 }
 
-VekStatus filterLine(const Images& images, const Vek32s* pKernel, int size, int anchor, int divisor,
-                     int channels, bool column) {
-  const VekStatus status = RCFilterParametersCheck(images, pKernel, size, anchor, divisor);
+VekStatus filter1D(const Images& images, const Vek32s* pKernel, int size, int anchor, int divisor,
+                   int channels, bool column) {
+  const VekStatus status = check1D(images, pKernel, size, anchor, divisor);
   if (status != vekStsNoErr) return status;
   const ptrdiff_t first = static_cast<ptrdiff_t>(anchor) - size + 1;
   filter(images, images.pSrc + first * (column ? images.srcStep : channels), channels,
@@ -116,12 +116,12 @@ VekStatus filterLine(const Images& images, const Vek32s* pKernel, int size, int 
 template <int channels>
 VekStatus filterRow(const Images& images, const Vek32s* pKernel, int size, int anchor,
                     int divisor) {
-  return filterLine(images, pKernel, size, anchor, divisor, channels, false);
+  return filter1D(images, pKernel, size, anchor, divisor, channels, false);
 }
 template <int channels>
 VekStatus filterColumn(const Images& images, const Vek32s* pKernel, int size, int anchor,
                        int divisor) {
-  return filterLine(images, pKernel, size, anchor, divisor, channels, true);
+  return filter1D(images, pKernel, size, anchor, divisor, channels, true);
 }
 
 }  // namespace

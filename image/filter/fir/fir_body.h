@@ -1,6 +1,13 @@
-// The convolution as its definition reads: the portable kernels, and the rare cases of every level.
+// The convolution as its definition reads: the portable kernels, and at every level short rows and
+// sums of 64 bits.
 #pragma once
 
+#include "vek/vek.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "core/assert.h"
 #include "image/filter/fir/fir_kernels.h"
 
 namespace vek::VEK_LEVEL {
@@ -15,7 +22,7 @@ Vek8u scaleSum(int64_t sum, const FirScale& scale) {
   return static_cast<Vek8u>(v);
 }
 
-/// Sums a block of pixels tap by tap.
+/// Sums up a block of samples tap by tap, in loops that vectors can take.
 template <class Sum>
 void firRow(const Vek8u* __restrict src, ptrdiff_t srcStep, const FirTaps& taps,
             const FirScale& scale, ptrdiff_t n, Vek8u* __restrict dst) {
@@ -38,6 +45,8 @@ void firRow(const Vek8u* __restrict src, ptrdiff_t srcStep, const FirTaps& taps,
 
 template <class Sum>
 void fir(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
+  VEK_ASSERT(r.n >= 1 && r.rows >= 1 && taps.width >= 1 && taps.height >= 1);
+  VEK_ASSERT(scale.divisor >= 1 && scale.shift <= 32);
   for (ptrdiff_t y = 0; y < r.rows; ++y) {
     firRow<Sum>(r.src + y * r.srcStep, r.srcStep, taps, scale, r.n, r.dst + y * r.dstStep);
   }

@@ -2,6 +2,10 @@
 
 namespace vek::portable {
 
-constexpr FirKernels firKernels = {fir<Vek32s>, fir<Vek32s>, fir<int64_t>};
+constexpr FirKernels firKernels = {
+    .sums16 = fir<Vek32s>,
+    .sums32 = fir<Vek32s>,
+    .sums64 = fir<int64_t>,
+};
 
 }  // namespace vek::portable

@@ -1,20 +1,27 @@
 // The taps of a linear filter in groups that are multiplied together.
 #pragma once
 
-#include "image/filter/fir/fir_dots.h"
+#include "vek/vek.h"
+
+#include <stddef.h>
+
+#include "core/assert.h"
+#include "core/kernel/lanes.h"
+#include "image/filter/fir/fir_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// A group of neighbours in a row, the first of them at `where`, and their coefficients for each row
-/// of the destination.
+/// A group of neighbours in a row, the first of them `where` bytes after src, and their
+/// coefficients for each row of the destination.
 struct Across {
   ptrdiff_t where;
   Vek32u factors[2];
 };
 
-/// A group of taps anywhere. What it lacks are taps in the place of another with a coefficient of 0.
+/// A group of taps anywhere. Taps that it lacks stand in the place of another, with a coefficient
+/// of 0.
 template <class Dots>
 struct Scattered {
   ptrdiff_t where[Dots::taps];
@@ -22,6 +29,7 @@ struct Scattered {
   int size;
 
   void add(ptrdiff_t place, Vek32s factor, Vek32s lowerFactor) {
+    VEK_ASSERT(size < Dots::taps);
     for (int i = size; i < Dots::taps; ++i) where[i] = place;
     factors[0] |= Dots::factor(factor, size);
     factors[1] |= Dots::factor(lowerFactor, size);
@@ -29,16 +37,22 @@ struct Scattered {
   }
 };
 
-/// The taps of `rows` rows of the destination at once, found once for a region: a row of the source
-/// is multiplied by one row of the kernel for the upper one and by the row above for the lower one.
+/// The taps of `rows` (1 or 2) rows of the destination at once, listed once for a region. Of two
+/// rows the upper one multiplies a source row by one row of the kernel, and the lower one
+/// multiplies it by the kernel row above that.
+///
+/// Where Dots takes coefficients byte by byte, each is split into high * 256 + low with a low part
+/// of -128 .. 127: 300 is 1 * 256 + 44, and 200 is 1 * 256 - 56. The groups of high parts come
+/// first in the list; their sum is multiplied by 256 before the low parts are added.
 template <class Dots, int rows>
 class ListedTaps {
  public:
   ListedTaps(const FirTaps& taps, ptrdiff_t rowStep) : taps_(taps), rowStep_(rowStep) {
-    // A column that groups of neighbours would leave over goes in groups down the column.
+    // A last column that groups of neighbours would leave over is grouped down the column instead.
     down_ = taps.width == 1 || (taps.width % Dots::taps == 1 && taps.height > 2);
     across_ = down_ ? taps.width - 1 : taps.width;
-    // Four pixels of three bytes take twice the loads of three: too many for a single row.
+    // Four pixels of three bytes take twice as many loads as three do, which does not pay for one
+    // row.
     const bool three = rows == 1 && taps.pixelBytes == 3 && Dots::taps > 3;
     const ptrdiff_t together = three ? 3 : Dots::taps;
     const ptrdiff_t groups = (across_ + together - 1) / together;
@@ -61,7 +75,8 @@ class ListedTaps {
   /// From the first to the last tap of a group of neighbours, in bytes.
   ptrdiff_t reach() const { return (share_ - 1) * taps_.pixelBytes; }
 
-  /// Walks the groups. In registers, where no store to an image could seem to change it.
+  /// Walks the groups, by pointers of its own that the compiler keeps in registers: as far as it
+  /// knows, a store to an image could change those of the list.
   class Walk {
    public:
     explicit Walk(const ListedTaps& list)
@@ -146,7 +161,7 @@ class ListedTaps {
   Scattered<Dots> scattered_[mostScattered];
 };
 
-/// The taps of a kernel of any size, found anew each time.
+/// The taps of a kernel of any size, grouped anew each time.
 template <class Dots>
 struct WalkedTaps {
   using Walk = WalkedTaps;

@@ -3,6 +3,7 @@
 
 #include "core/check.h"
 #include "image/filter/median/median_kernels.h"
+#include "image/filter/strips.h"
 
 namespace vek {
 namespace {
@@ -26,16 +27,16 @@ VekStatus check(const Vek8u* pSrc, int srcStep, const Vek8u* pDst, int dstStep, 
 }
 
 /// One channel, in strips whose column histograms fit the stack where the mask's width allows it.
-void medianByHistograms(const MedianKernels& rows, const MedianRegion& channel) {
+void filterByHistograms(const MedianKernels& kernels, const MedianRegion& channel) {
   const ptrdiff_t strip = medianHistograms - channel.maskWidth + 1;
-  if (strip < leastStrip) return rows.runningHistogram(channel);
-  for (ptrdiff_t x = 0; x < channel.columns; x += strip) {
+  if (strip < leastStrip) return kernels.runningHistogram(channel);
+  forEachStrip(channel.columns, strip, [&](ptrdiff_t x, ptrdiff_t columns) {
     MedianRegion part = channel;
     part.corner += x * channel.pixelBytes;
     part.dst += x * channel.pixelBytes;
-    part.columns = channel.columns - x < strip ? channel.columns - x : strip;
-    rows.columnHistograms(part);
-  }
+    part.columns = columns;
+    kernels.columnHistograms(part);
+  });
 }
 
 template <int channels>
@@ -44,15 +45,14 @@ VekStatus filterMedian(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
   const VekStatus status = check(pSrc, srcStep, pDst, dstStep, roiSize, mask, anchor);
   if (status != vekStsNoErr) return status;
 
-  const MedianKernels& rows = select(medianKernels);
+  const MedianKernels& kernels = select(medianKernels);
   const Vek8u* corner = pSrc - ptrdiff_t{anchor.y} * srcStep - ptrdiff_t{anchor.x} * channels;
   const ptrdiff_t rowBytes = ptrdiff_t{roiSize.width} * channels;
   const MedianRegion region = {corner,   srcStep,        pDst,       dstStep,    channels,
                                rowBytes, roiSize.height, mask.width, mask.height};
-  if (rowBytes >= rows.leastBytes) {
-    const MedianNetwork network = mask.width == mask.height ? rows.network(mask.width) : nullptr;
-    const bool countable = isCountable(mask.width, mask.height);
-    const auto filter = network != nullptr ? network : countable ? rows.byCounting : nullptr;
+  if (rowBytes >= kernels.leastBytes) {
+    MedianFilter filter = mask.width == mask.height ? kernels.network(mask.width) : nullptr;
+    if (filter == nullptr && isCountable(mask.width, mask.height)) filter = kernels.byCounting;
     if (filter != nullptr) {
       filter(region);
       return vekStsNoErr;
@@ -63,7 +63,7 @@ VekStatus filterMedian(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
     channel.corner += c;
     channel.dst += c;
     channel.columns = roiSize.width;
-    medianByHistograms(rows, channel);
+    filterByHistograms(kernels, channel);
   }
   return vekStsNoErr;
 }

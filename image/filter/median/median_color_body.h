@@ -7,8 +7,12 @@
 // lanes do for everything.
 #pragma once
 
+#include "vek/vek.h"
+
+#include <stddef.h>
 #include <string.h>
 
+#include "core/assert.h"
 #include "core/kernel/unroll.h"
 #include "image/filter/median/median_color_kernels.h"
 
@@ -19,15 +23,15 @@ namespace {
 /// beyond a shorter strip is never used.
 template <int side>
 constexpr int stripColumns = colorMedianColumns(side);
-constexpr int margin = 32;  ///< so that vectors begin with cache lines
+constexpr int columnMargin = 32;  ///< so that vectors begin with cache lines
 
 /// One number for each column of the strip, with room for neighbours on both sides.
 template <int side>
 struct Columns {
-  alignas(64) Vek16s padded[margin + stripColumns<side> + margin];
+  alignas(64) Vek16s padded[columnMargin + stripColumns<side> + columnMargin];
 
-  Vek16s* at(int x) { return padded + margin + x; }
-  const Vek16s* at(int x) const { return padded + margin + x; }
+  Vek16s* at(int x) { return padded + columnMargin + x; }
+  const Vek16s* at(int x) const { return padded + columnMargin + x; }
 };
 
 template <int side>
@@ -173,7 +177,8 @@ class Window {
       Steps::template measure<side, 1 - side>(pixels, pixels_[(y - dy) % side],
                                               distances.up[dy - 1]);
     }
-    // Last, when the new planes have long been stored: vectors across two stores would wait for them.
+    // Last, when the new planes have long been stored: vectors across two stores would wait for
+    // them.
     Steps::template measure<side, 1>(pixels, pixels, distances.right);
   }
 
@@ -190,6 +195,7 @@ class Window {
 
 template <int side, class Steps>
 void colorMedian(const ColorMedianRegion& r) {
+  VEK_ASSERT(r.columns >= 1 && r.columns <= stripColumns<side> - (side - 1));
   Window<side, Steps> window;
   for (ptrdiff_t y = 0; y < r.rows + side - 1; ++y) {
     window.enterRow(y, r.corner + y * r.srcStep, r.columns + side - 1);

@@ -15,7 +15,7 @@ struct ColorMedianRegion {
   ptrdiff_t srcStep;
   Vek8u* dst;
   ptrdiff_t dstStep;
-  ptrdiff_t columns;  ///< at most colorMedianColumns(side) less the mask's border
+  ptrdiff_t columns;  ///< at most colorMedianColumns(side) - (side - 1)
   ptrdiff_t rows;
 };
 
@@ -28,8 +28,8 @@ constexpr int colorMedianColumns(int side) {
 /// others; the first one, row after row, among equals. The distance is the sum of the absolute
 /// differences of the channels.
 struct ColorMedianKernels {
-  void (*ColorMedianFilter3x3_8u)(const ColorMedianRegion& region);
-  void (*ColorMedianFilter5x5_8u)(const ColorMedianRegion& region);
+  void (*square3)(const ColorMedianRegion& region);
+  void (*square5)(const ColorMedianRegion& region);
 };
 
 VEK_KERNEL_TABLE(ColorMedianKernels, colorMedianKernels)

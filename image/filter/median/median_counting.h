@@ -1,69 +1,68 @@
-// Medians by counting: the median of a window is the greatest t for which at most half of its
-// samples are below t. It is searched bit by bit for a strip of windows at a time, and only
-// thresholds that some window of the strip asks for are counted: few, as neighbouring medians are
-// close. For each threshold the counts of the columns are kept and moved down when they are needed
-// again. The work for a threshold does not depend on the mask's height and hardly on its width.
+// Medians by counting. The median of a window is the greatest t for which at most half of its
+// samples are below t, and its bits are found one after the other, the highest first: a bit is set
+// if at most half of the samples are below the value with it. Of the samples 3, 7, 7, 9, 200 four
+// are below 128, 64, 32 and 16, and three are below 8, more than two each time; but one is below 4,
+// below 4 + 2 and below 4 + 2 + 1, and so the median is 7.
+//
+// This is done for a strip of windows at a time, and only thresholds that some window of the strip
+// asks for are counted: few, as neighbouring medians are close. For each threshold the counts of
+// the columns are kept, and moved down when they are needed again. The work for a threshold does
+// not depend on the mask's height and hardly on its width.
 #pragma once
 
+#include "vek/vek.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "core/assert.h"
 #include "core/kernel/lanes.h"
 #include "core/kernel/unroll.h"
-#include "image/filter/filter_lanes.h"
 #include "image/filter/median/median_kernels.h"
+#include "image/filter/neighbours.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
 /// The numbers of samples below a threshold in a vector of windows of up to 255 samples.
-class ByteTotals {
+class WindowCounts8 {
  public:
-  static constexpr hn::ScalableTag<Vek8u> bytes = {};
-  using Value = hn::Vec<hn::ScalableTag<Vek8u>>;
-
-  void add(Value counts) { totals_ = hn::Add(totals_, counts); }
-  hn::Mask<hn::ScalableTag<Vek8u>> notAbove(ptrdiff_t rank) const {
-    return hn::Eq(hn::Min(totals_, hn::Set(bytes, static_cast<Vek8u>(rank))), totals_);
+  void add(V8u counts) { totals_ = hn::Add(totals_, counts); }
+  hn::Mask<decltype(u8)> notAbove(ptrdiff_t rank) const {
+    return hn::Eq(hn::Min(totals_, hn::Set(u8, static_cast<Vek8u>(rank))), totals_);
   }
 
  private:
-  Value totals_ = hn::Zero(bytes);
+  V8u totals_ = hn::Zero(u8);
 };
 
 /// The same for windows of up to 2^15 - 1 samples.
-class WordTotals {
+class WindowCounts16 {
  public:
-  static constexpr hn::ScalableTag<Vek8u> bytes = {};
-  static constexpr hn::Repartition<Vek16u, hn::ScalableTag<Vek8u>> words = {};
-  using Value = hn::Vec<hn::ScalableTag<Vek8u>>;
-  using Words = hn::Vec<hn::Repartition<Vek16u, hn::ScalableTag<Vek8u>>>;
-
-  void add(Value counts) {
-    const Value zero = hn::Zero(bytes);
-    low_ = hn::Add(low_, hn::BitCast(words, hn::InterleaveLower(bytes, counts, zero)));
-    high_ = hn::Add(high_, hn::BitCast(words, hn::InterleaveUpper(bytes, counts, zero)));
+  void add(V8u counts) {
+    const V8u zero = hn::Zero(u8);
+    low_ = hn::Add(low_, hn::BitCast(u16, hn::InterleaveLower(u8, counts, zero)));
+    high_ = hn::Add(high_, hn::BitCast(u16, hn::InterleaveUpper(u8, counts, zero)));
   }
-  hn::Mask<hn::ScalableTag<Vek8u>> notAbove(ptrdiff_t rank) const {
-    constexpr hn::RebindToSigned<decltype(words)> swords;
-    const auto excess = [&](Words totals) {
-      const Words most = hn::Set(words, static_cast<Vek16u>(rank));
-      return hn::BitCast(swords, hn::SaturatedSub(totals, most));
+  hn::Mask<decltype(u8)> notAbove(ptrdiff_t rank) const {
+    const auto excess = [&](V16u totals) {
+      const V16u most = hn::Set(u16, static_cast<Vek16u>(rank));
+      return hn::BitCast(s16, hn::SaturatedSub(totals, most));
     };
-    return hn::Eq(packClamped(excess(low_), excess(high_)), hn::Zero(bytes));
+    return hn::Eq(packClamped(excess(low_), excess(high_)), hn::Zero(u8));
   }
 
  private:
-  Words low_ = hn::Zero(words), high_ = hn::Zero(words);
+  V16u low_ = hn::Zero(u16), high_ = hn::Zero(u16);
 };
 
 /// A strip of `vectors` vectors of windows. The counts of three neighbouring columns fit 8 bits.
 /// The bytes of a row are treated alike, whatever their channel.
-template <class Totals, int vectors>
+template <class WindowCounts, int vectors>
 class CountingStrip {
  public:
-  static constexpr hn::ScalableTag<Vek8u> bytes = {};
-  using Value = hn::Vec<hn::ScalableTag<Vek8u>>;
-  static constexpr ptrdiff_t size = static_cast<ptrdiff_t>(hn::MaxLanes(bytes));
-  static constexpr ptrdiff_t length = vectors * size;
+  static constexpr ptrdiff_t length = ptrdiff_t{vectors} * vectorBytes;
 
   /// The strip begins at column x.
   CountingStrip(const MedianRegion& r, ptrdiff_t x)
@@ -72,14 +71,14 @@ class CountingStrip {
   }
 
   void filterRow(ptrdiff_t y) {
-    Value medians[vectors];
-    unrolled<vectors>([&](auto i) { medians[i] = hn::Zero(bytes); });
-    Vek8u known[2][256 + 1];  // the values that medians have so far, by turns
+    V8u medians[vectors];
+    unrolled<vectors>([&](auto i) { medians[i] = hn::Zero(u8); });
+    Vek8u known[2][256 + 1];  // the values that medians have before a bit and with it
     known[0][0] = 0;
-    int knownCount = 1, turn = 0;
-    for (int bit = 128; bit > 0; bit /= 2, turn = 1 - turn) {
-      const Vek8u* now = known[turn];
-      Vek8u* next = known[1 - turn];
+    int knownCount = 1, current = 0;
+    for (int bit = 128; bit > 0; bit /= 2, current = 1 - current) {
+      const Vek8u* now = known[current];
+      Vek8u* next = known[1 - current];
       int nextCount = 0;
       for (int i = 0; i < knownCount; i += group) {
         const int count = knownCount - i < group ? knownCount - i : group;
@@ -101,13 +100,15 @@ class CountingStrip {
       knownCount = nextCount;
     }
     Vek8u* dst = dst_ + y * r_.dstStep;
-    unrolled<vectors>([&](auto i) { hn::StoreU(medians[i], bytes, dst + i * size); });
+    unrolled<vectors>([&](auto i) { hn::StoreU(medians[i], u8, dst + i * vectorBytes); });
   }
 
  private:
   static constexpr ptrdiff_t never = -2;  // no row above one of the region
   static constexpr int group = 8;  ///< thresholds whose steps go side by side, to hide latency
-  static constexpr ptrdiff_t room = (length + 3 * (countingWidth - 1) + 2 * size - 1) / size * size;
+  /// Bytes of a strip's columns, and of what vectors read beyond them.
+  static constexpr ptrdiff_t room =
+      (length + 3 * (countingWidth - 1) + 2 * vectorBytes - 1) / vectorBytes * vectorBytes;
 
   struct Found {
     bool below, above;
@@ -119,10 +120,10 @@ class CountingStrip {
     const ptrdiff_t top = top_[threshold];
     if (top == y) return columns;
     top_[threshold] = y;
-    const Value last = hn::Set(bytes, static_cast<Vek8u>(threshold - 1));
+    const V8u last = hn::Set(u8, static_cast<Vek8u>(threshold - 1));
     const ptrdiff_t step = r_.srcStep, height = r_.maskHeight;
     const Vek8u* src = corner_ + y * step;
-    const auto load = [](const Vek8u* p) { return hn::LoadU(bytes, p); };
+    const auto load = [](const Vek8u* p) { return hn::LoadU(u8, p); };
     if (top == y - 1) {
       const Vek8u* leaving = src - step;
       const Vek8u* entering = leaving + height * step;
@@ -131,14 +132,14 @@ class CountingStrip {
       });
     } else if (top == never || 2 * (y - top) >= height) {
       forColumns(columns, [&](ptrdiff_t x) {
-        Value counts = hn::Zero(bytes);
+        V8u counts = hn::Zero(u8);
         const Vek8u* row = src + x;
         for (ptrdiff_t j = 0; j < height; ++j, row += step) counts = add(counts, load(row), last);
         return counts;
       });
     } else {
       forColumns(columns, [&](ptrdiff_t x) {
-        Value counts = load(columns + x);
+        V8u counts = load(columns + x);
         const Vek8u* leaving = src + (top - y) * step + x;
         for (ptrdiff_t j = top; j < y; ++j, leaving += step) {
           counts = add(counts, load(leaving + height * step), last);
@@ -150,18 +151,19 @@ class CountingStrip {
     return columns;
   }
 
-  /// columns[x] = counts(x) for all columns. The last vector overlaps the one before: it is found
-  /// before that is stored.
+  /// columns[x] = counts(x) for all columns, of which there are `length` at least: the vectors of
+  /// the strip itself are unrolled. The last vector overlaps the one before. Counts may be moved in
+  /// place, so it is computed before that one is stored.
   template <class Counts>
   void forColumns(Vek8u* columns, Counts counts) {
-    const ptrdiff_t last = length + (r_.maskWidth - 1) * r_.pixelBytes - size;
-    const Value lastCounts = counts(last);
+    const ptrdiff_t last = length + (r_.maskWidth - 1) * r_.pixelBytes - vectorBytes;
+    const V8u lastCounts = counts(last);
     unrolled<vectors>([&](auto i) {
-      const Value now = counts(i * size);
-      hn::StoreU(now, bytes, columns + i * size);
+      const V8u now = counts(i * vectorBytes);
+      hn::StoreU(now, u8, columns + i * vectorBytes);
     });
-    for (ptrdiff_t x = length; x < last; x += size) hn::StoreU(counts(x), bytes, columns + x);
-    hn::StoreU(lastCounts, bytes, columns + last);
+    for (ptrdiff_t x = length; x < last; x += vectorBytes) hn::StoreU(counts(x), u8, columns + x);
+    hn::StoreU(lastCounts, u8, columns + last);
   }
 
   /// Sums of three neighbours; those beyond the strip's columns are of no use.
@@ -171,35 +173,34 @@ class CountingStrip {
   template <int distance>
   void sumThrees(const Vek8u* columns, Vek8u* threes) const {
     const ptrdiff_t end = length + (r_.maskWidth - 3) * distance;
-    for (ptrdiff_t x = 0; x < end; x += size) {
-      const Value first = hn::LoadU(bytes, columns + x);
+    for (ptrdiff_t x = 0; x < end; x += vectorBytes) {
+      const V8u first = hn::LoadU(u8, columns + x);
 #if defined(__AVX512BW__)
       // Vectors across two of those just stored would have to wait for them.
-      const Value next = hn::LoadU(bytes, columns + x + size);
-      const Value second = further<distance>(first, next),
-                  third = further<2 * distance>(first, next);
+      const V8u next = hn::LoadU(u8, columns + x + vectorBytes);
+      const V8u second = further<distance>(first, next), third = further<2 * distance>(first, next);
 #else
-      const Value second = hn::LoadU(bytes, columns + x + distance);
-      const Value third = hn::LoadU(bytes, columns + x + 2 * distance);
+      const V8u second = hn::LoadU(u8, columns + x + distance);
+      const V8u third = hn::LoadU(u8, columns + x + 2 * distance);
 #endif
-      hn::StoreU(hn::Add(hn::Add(first, second), third), bytes, threes + x);
+      hn::StoreU(hn::Add(hn::Add(first, second), third), u8, threes + x);
     }
   }
 
   /// Raises those medians that equal `base` and are at least `raised`; tells which there are.
   Found raise(const Vek8u* columns, const Vek8u* threes, Vek8u base, Vek8u raised,
-              Value* medians) const {
+              V8u* medians) const {
     const ptrdiff_t distance = r_.pixelBytes;
-    Totals totals[vectors];
+    WindowCounts totals[vectors];
     const auto addAll = [&](const Vek8u* counts) {
-      unrolled<vectors>([&](auto i) { totals[i].add(hn::LoadU(bytes, counts + i * size)); });
+      unrolled<vectors>([&](auto i) { totals[i].add(hn::LoadU(u8, counts + i * vectorBytes)); });
     };
     ptrdiff_t k = 0;
     for (; k + 3 <= r_.maskWidth; k += 3) addAll(threes + k * distance);
     for (; k < r_.maskWidth; ++k) addAll(columns + k * distance);
     const ptrdiff_t rank = (r_.maskWidth * r_.maskHeight - 1) / 2;
-    const Value from = hn::Set(bytes, base), to = hn::Set(bytes, raised);
-    auto below = hn::Eq(from, to), above = below;  // none
+    const V8u from = hn::Set(u8, base), to = hn::Set(u8, raised);
+    auto below = hn::Eq(from, to), above = below;  // both of no lane
     unrolled<vectors>([&](auto i) {
       const auto asked = hn::Eq(medians[i], from);
       const auto reached = hn::And(asked, totals[i].notAbove(rank));
@@ -207,25 +208,25 @@ class CountingStrip {
       above = hn::Or(above, reached);
       below = hn::Or(below, hn::AndNot(reached, asked));
     });
-    return {!hn::AllFalse(bytes, below), !hn::AllFalse(bytes, above)};
+    return {!hn::AllFalse(u8, below), !hn::AllFalse(u8, above)};
   }
 
   /// counts + 1 where v <= last, and counts - 1.
 #if HWY_TARGET <= HWY_AVX3 && HWY_ARCH_X86
-  static Value add(Value counts, Value v, Value last) {
+  static V8u add(V8u counts, V8u v, V8u last) {
     const __mmask64 here = _mm512_cmple_epu8_mask(v.raw, last.raw);
-    return Value{_mm512_mask_sub_epi8(counts.raw, here, counts.raw, _mm512_set1_epi8(-1))};
+    return V8u{_mm512_mask_sub_epi8(counts.raw, here, counts.raw, _mm512_set1_epi8(-1))};
   }
-  static Value subtract(Value counts, Value v, Value last) {
+  static V8u subtract(V8u counts, V8u v, V8u last) {
     const __mmask64 here = _mm512_cmple_epu8_mask(v.raw, last.raw);
-    return Value{_mm512_mask_add_epi8(counts.raw, here, counts.raw, _mm512_set1_epi8(-1))};
+    return V8u{_mm512_mask_add_epi8(counts.raw, here, counts.raw, _mm512_set1_epi8(-1))};
   }
 #else
-  static Value add(Value counts, Value v, Value last) {
-    return hn::Sub(counts, hn::VecFromMask(bytes, hn::Eq(hn::Min(v, last), v)));
+  static V8u add(V8u counts, V8u v, V8u last) {
+    return hn::Sub(counts, hn::VecFromMask(u8, hn::Eq(hn::Min(v, last), v)));
   }
-  static Value subtract(Value counts, Value v, Value last) {
-    return hn::Add(counts, hn::VecFromMask(bytes, hn::Eq(hn::Min(v, last), v)));
+  static V8u subtract(V8u counts, V8u v, V8u last) {
+    return hn::Add(counts, hn::VecFromMask(u8, hn::Eq(hn::Min(v, last), v)));
   }
 #endif
 
@@ -237,9 +238,9 @@ class CountingStrip {
 };
 
 /// Filters the strips that fit from x on; returns where they end.
-template <class Totals, int vectors>
+template <class WindowCounts, int vectors>
 ptrdiff_t filterStrips(const MedianRegion& r, ptrdiff_t x) {
-  using Strip = CountingStrip<Totals, vectors>;
+  using Strip = CountingStrip<WindowCounts, vectors>;
   for (; x + Strip::length <= r.columns; x += Strip::length) {
     Strip strip(r, x);
     for (ptrdiff_t y = 0; y < r.rows; ++y) strip.filterRow(y);
@@ -247,18 +248,18 @@ ptrdiff_t filterStrips(const MedianRegion& r, ptrdiff_t x) {
   return x;
 }
 
-template <class Totals>
+/// Strips of 256 bytes, then of one vector, the last of which overlaps the one before.
+template <class WindowCounts>
 void countMedians(const MedianRegion& r) {
-  constexpr ptrdiff_t size = CountingStrip<Totals, 1>::size;
-  constexpr int vectors = static_cast<int>(256 / size);
-  const ptrdiff_t end = filterStrips<Totals, 1>(r, filterStrips<Totals, vectors>(r, 0));
-  // The last strip overlaps the one before.
-  if (end < r.columns) filterStrips<Totals, 1>(r, r.columns - size);
+  constexpr int vectors = 256 / vectorBytes;
+  const ptrdiff_t end = filterStrips<WindowCounts, 1>(r, filterStrips<WindowCounts, vectors>(r, 0));
+  if (end < r.columns) filterStrips<WindowCounts, 1>(r, r.columns - vectorBytes);
 }
 
 void medianByCounting(const MedianRegion& r) {
-  const bool small = r.maskWidth * r.maskHeight <= 255;
-  (small ? countMedians<ByteTotals> : countMedians<WordTotals>)(r);
+  VEK_ASSERT(r.columns >= vectorBytes && isCountable(r.maskWidth, r.maskHeight));
+  const bool fit8 = r.maskWidth * r.maskHeight <= 255;
+  (fit8 ? countMedians<WindowCounts8> : countMedians<WindowCounts16>)(r);
 }
 
 }  // namespace

@@ -1,9 +1,14 @@
-// Medians from histograms, for masks of any size; compiled for every level.
+// Medians from histograms, for masks of any size; compiled for every level, over the level's way of
+// searching sixteen running totals.
 #pragma once
 
+#include "vek/vek.h"
+
+#include <stddef.h>
 #include <stdint.h>
 #include <string.h>
 
+#include "core/assert.h"
 #include "image/filter/median/median_kernels.h"
 
 namespace vek::VEK_LEVEL {
@@ -32,25 +37,24 @@ int findRank(const uint64_t* counts, uint64_t& rank) {
 }
 
 /// Running totals: entry i counts the samples up to the i-th of 16 values or groups. Adding one
-/// sample is one vector operation, and so is finding a rank, without a branch that the processor
+/// sample is one vector operation, and so is finding a rank, without branches that the processor
 /// would have to guess.
 template <class Count>
 struct Totals {
   Count upTo[16];
 };
 
-struct Steps {
-  Totals<Vek8u> from[16];  ///< from[k].upTo[i] is 1 for i >= k
-};
+/// What one sample adds to running totals.
+struct OneSample {
+  Totals<Vek8u> in[16] = {};  ///< in[k].upTo[i] is 1 for i >= k
 
-constexpr Steps makeSteps() {
-  Steps steps = {};
-  for (int k = 0; k < 16; ++k) {
-    for (int i = k; i < 16; ++i) steps.from[k].upTo[i] = 1;
+  constexpr OneSample() {
+    for (int k = 0; k < 16; ++k) {
+      for (int i = k; i < 16; ++i) in[k].upTo[i] = 1;
+    }
   }
-  return steps;
-}
-constexpr Steps steps = makeSteps();
+};
+constexpr OneSample oneSample;
 
 void addTotals(Totals<Vek8u>& sum, const Totals<Vek8u>& entering) {
   for (int i = 0; i < 16; ++i) sum.upTo[i] = static_cast<Vek8u>(sum.upTo[i] + entering.upTo[i]);
@@ -67,19 +71,8 @@ void slideTotals(Totals<Vek16u>& sum, const Totals<Vek8u>& entering, const Total
   }
 }
 
-/// How many of 16 running totals do not exceed `rank`, which the last one does. A level with
-/// vectors has its own.
-struct PlainCount {
-  static int notAbove(const Totals<Vek16u>& totals, Vek16u rank) {
-    int count = 0;
-    for (int step = 8; step > 0; step /= 2) {
-      count += totals.upTo[count + step - 1] <= rank ? step : 0;
-    }
-    return count;
-  }
-};
-
-/// As findRank, from running totals.
+/// As findRank, from running totals: Counting::notAbove tells how many of 16 totals do not exceed
+/// `rank`, which the last one does.
 template <class Counting>
 int findRank(const Totals<Vek16u>& totals, Vek16u& rank) {
   const int below = Counting::notAbove(totals, rank);
@@ -94,12 +87,12 @@ struct ColumnHistogram {
   Totals<Vek8u> fine[16];
 
   void add(Vek8u v) {
-    addTotals(coarse, steps.from[v >> 4]);
-    addTotals(fine[v >> 4], steps.from[v & 15]);
+    addTotals(coarse, oneSample.in[v >> 4]);
+    addTotals(fine[v >> 4], oneSample.in[v & 15]);
   }
   void remove(Vek8u v) {
-    subtractTotals(coarse, steps.from[v >> 4]);
-    subtractTotals(fine[v >> 4], steps.from[v & 15]);
+    subtractTotals(coarse, oneSample.in[v >> 4]);
+    subtractTotals(fine[v >> 4], oneSample.in[v & 15]);
   }
 };
 
@@ -151,6 +144,8 @@ class SlidingWindow {
 /// Counts of a window fit 16 bits: 192 columns of 255 samples.
 template <class Counting>
 void columnHistograms(const MedianRegion& r) {
+  VEK_ASSERT(r.columns >= 1 && r.columns + r.maskWidth - 1 <= medianHistograms);
+  VEK_ASSERT(r.maskHeight >= 1 && r.maskHeight <= 255);
   ColumnHistogram columns[medianHistograms];
   const ptrdiff_t span = r.columns + r.maskWidth - 1;
   memset(columns, 0, static_cast<size_t>(span) * sizeof columns[0]);
@@ -177,8 +172,9 @@ void columnHistograms(const MedianRegion& r) {
   }
 }
 
-/// One histogram, which takes in and gives up a column of samples at each step.
+/// One histogram: at each step a column of samples enters it and one leaves it.
 void runningHistogram(const MedianRegion& r) {
+  VEK_ASSERT(r.columns >= 1 && r.maskWidth >= 1 && r.maskHeight >= 1);
   Histogram rowStart = {};
   const auto forRow = [&](ptrdiff_t y, auto visit) {
     const Vek8u* row = r.corner + y * r.srcStep;

@@ -26,35 +26,46 @@ struct MedianRegion {
 /// - 1 of them.
 inline constexpr ptrdiff_t medianHistograms = 192;
 
-/// Whether a mask may be counted threshold by threshold: three of its columns, or all of them, have
-/// 255 samples at most.
+/// Whether the samples of a mask may be counted threshold by threshold: counts of three of its
+/// columns must fit 8 bits (three of 85 rows do), or counts of all of them.
 inline constexpr ptrdiff_t countingWidth = 33;
 inline bool isCountable(ptrdiff_t maskWidth, ptrdiff_t maskHeight) {
   return maskWidth <= countingWidth && (maskHeight <= 85 || maskWidth * maskHeight <= 255);
 }
 
-/// Medians of all channels.
-using MedianNetwork = void (*)(const MedianRegion& region);
+/// Medians of a region, whose images do not overlap.
+using MedianFilter = void (*)(const MedianRegion& region);
 
 struct MedianKernels {
-  MedianNetwork MedianFilter3x3_8u;
-  MedianNetwork MedianFilter5x5_8u;
-  MedianNetwork larger[3];  ///< 7 x 7, 9 x 9, 11 x 11; null where histograms are faster
-  ptrdiff_t leastBytes;     ///< of a row that goes through a network
+  /// Sorting networks for square masks, over all channels of regions whose rows have `leastBytes`
+  /// or more. Null where histograms are faster.
+  MedianFilter square3, square5, square7, square9, square11;
+  ptrdiff_t leastBytes;
 
   /// All channels, for countable masks and rows of leastBytes; null if the level has none.
-  void (*byCounting)(const MedianRegion& region);
+  MedianFilter byCounting;
   /// One channel. Time per pixel does not depend on the mask; columns + maskWidth - 1 <=
   /// medianHistograms.
-  void (*columnHistograms)(const MedianRegion& region);
+  MedianFilter columnHistograms;
   /// One channel. Time per pixel grows with the mask's height; no limits.
-  void (*runningHistogram)(const MedianRegion& region);
+  MedianFilter runningHistogram;
 
-  /// For square masks; null if the level has none.
-  MedianNetwork network(ptrdiff_t side) const {
-    if (side == 3) return MedianFilter3x3_8u;
-    if (side == 5) return MedianFilter5x5_8u;
-    return side >= 7 && side <= 11 ? larger[(side - 7) / 2] : nullptr;
+  /// The network for a square mask; null if the level has none.
+  MedianFilter network(ptrdiff_t side) const {
+    switch (side) {
+      case 3:
+        return square3;
+      case 5:
+        return square5;
+      case 7:
+        return square7;
+      case 9:
+        return square9;
+      case 11:
+        return square11;
+      default:
+        return nullptr;
+    }
   }
 };
 

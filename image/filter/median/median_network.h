@@ -3,8 +3,9 @@
 //
 // Each column of the mask is sorted once for all windows that contain it, and so are pairs (and
 // fours) of neighbouring columns. A window of 7 is 4 + 2 + 1 columns, 9 is 8 + 1, 11 is 8 + 2 + 1.
-// Windows of 5 go by two, one above the other: the four rows that they share are merged once.
-// Everything is unrolled: the compiler drops the comparisons whose outcome no median can depend on.
+// Windows of 5 are filtered two at a time, one above the other: the four rows that both have are
+// merged once. Everything is unrolled: the compiler drops the comparisons whose outcome no median
+// can depend on.
 #pragma once
 
 #include "vek/vek.h"
@@ -12,6 +13,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "core/assert.h"
 #include "core/kernel/unroll.h"
 #include "image/filter/median/median_kernels.h"
 
@@ -212,6 +214,7 @@ void forStrips(ptrdiff_t n, Filter filter) {
 
 template <class Block, int side>
 void medianNetwork(const MedianRegion& r) {
+  VEK_ASSERT(r.columns >= Block::size && r.maskWidth == side && r.maskHeight == side);
   SortedRows<side, side> ones;
   constexpr int inTwos = side > 3 ? 2 * side : 1, inFours = side > 8 ? 4 * side : 1;
   [[maybe_unused]] SortedRows<side, inTwos> twos;
@@ -240,7 +243,7 @@ void medianNetwork(const MedianRegion& r) {
 /// The row that only one of two windows of 5 has. The plain block works on a copy, or the compiler
 /// would fear that storing medians changes it.
 template <class Block>
-struct OwnRow {
+struct UnsharedRow {
   static constexpr bool copies = Block::size == 1;
   const Vek8u* src;
   Vek8u* dst;
@@ -266,8 +269,8 @@ struct OwnRow {
 /// it has 12 below it, at most five of them in the window's own row.
 template <class Block>
 void mediansOfTwo(const SortedRows<5, 4>& ones, const SortedRows<5, 8>& twos,
-                  const OwnRow<Block>& upper, const OwnRow<Block>& lower, ptrdiff_t pixelBytes,
-                  ptrdiff_t n) {
+                  const UnsharedRow<Block>& upper, const UnsharedRow<Block>& lower,
+                  ptrdiff_t pixelBytes, ptrdiff_t n) {
   Block::cover(n, [&](ptrdiff_t x) {
     typename Block::Value left[8], right[8], last[4], sixteen[16], middle[14];
     loadSorted<Block>(twos, x, left);
@@ -282,9 +285,10 @@ void mediansOfTwo(const SortedRows<5, 4>& ones, const SortedRows<5, 8>& twos,
 
 template <class Block>
 void medianNetwork5(const MedianRegion& r) {
+  VEK_ASSERT(r.columns >= Block::size && r.maskWidth == 5 && r.maskHeight == 5);
   SortedRows<5, 4> ones;
   SortedRows<5, 8> twos;
-  OwnRow<Block> upper, lower;
+  UnsharedRow<Block> upper, lower;
   for (ptrdiff_t y = 0; y < r.rows; y += 2) {
     const bool single = y + 1 == r.rows;  // both windows are the same
     const Vek8u* src = r.corner + y * r.srcStep;

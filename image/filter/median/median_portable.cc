@@ -1,10 +1,32 @@
 #include "image/filter/median/median_histogram.h"
+#include "image/filter/median/median_kernels.h"
 #include "image/filter/median/median_network.h"
 
 namespace vek::portable {
+namespace {
+
+struct PlainCount {
+  static int notAbove(const Totals<Vek16u>& totals, Vek16u rank) {
+    int count = 0;
+    for (int step = 8; step > 0; step /= 2) {
+      count += totals.upTo[count + step - 1] <= rank ? step : 0;
+    }
+    return count;
+  }
+};
+
+}  // namespace
 
 constexpr MedianKernels medianKernels = {
-    medianNetwork<Sample, 3>,     medianNetwork5<Sample>, {}, Sample::size, nullptr,
-    columnHistograms<PlainCount>, runningHistogram};
+    .square3 = medianNetwork<Sample, 3>,
+    .square5 = medianNetwork5<Sample>,
+    .square7 = nullptr,
+    .square9 = nullptr,
+    .square11 = nullptr,
+    .leastBytes = Sample::size,
+    .byCounting = nullptr,
+    .columnHistograms = columnHistograms<PlainCount>,
+    .runningHistogram = runningHistogram,
+};
 
 }  // namespace vek::portable

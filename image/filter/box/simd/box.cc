@@ -1,96 +1,90 @@
+#include "core/assert.h"
 #include "core/kernel/blocks.h"
+#include "core/kernel/lanes.h"
 #include "core/kernel/unroll.h"
 #include "image/filter/box/box_body.h"
 #include "image/filter/box/box_kernels.h"
-#include "image/filter/filter_lanes.h"
+#include "image/filter/quotients.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-constexpr hn::ScalableTag<Vek8u> bytes;
-constexpr hn::Repartition<Vek16u, decltype(bytes)> words;
-constexpr hn::RebindToSigned<decltype(words)> swords;
-constexpr hn::Repartition<Vek32u, decltype(bytes)> dwords;
-constexpr hn::RebindToSigned<decltype(dwords)> sdwords;
-constexpr hn::Half<decltype(words)> halfWords;
-using VBytes = hn::Vec<decltype(bytes)>;
-using VWords = hn::Vec<decltype(words)>;
-using VDwords = hn::Vec<decltype(dwords)>;
+constexpr ptrdiff_t lanes16 = vectorBytes / 2, lanes32 = vectorBytes / 4;
 
-constexpr ptrdiff_t lanes = static_cast<ptrdiff_t>(hn::MaxLanes(words));
-
-/// Signed words saturated to bytes.
-VBytes toBytes(hn::Vec<decltype(swords)> low, hn::Vec<decltype(swords)> high) {
-  const VBytes mixed = packClamped(low, high);  // 64 bits of each by turns
+/// Clamped to 0 .. 255, in order.
+V8u toBytes(V16s low, V16s high) {
+  const V8u mixed = packClamped(low, high);  // 64 bits of each alternately
 #if defined(__AVX512BW__)
-  return VBytes{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), mixed.raw)};
+  return V8u{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), mixed.raw)};
 #elif defined(__AVX2__)
-  return VBytes{_mm256_permute4x64_epi64(mixed.raw, 0xD8)};
+  return V8u{_mm256_permute4x64_epi64(mixed.raw, 0xD8)};
 #else
   return mixed;
 #endif
 }
 
-/// The sums of two vectors of windows.
+/// The sums of a vector's worth of windows.
 struct Sums {
-  VWords low, high;
+  V16u low, high;
 
   explicit Sums(const Vek16u* from)
-      : low(hn::LoadU(words, from)), high(hn::LoadU(words, from + lanes)) {}
+      : low(hn::LoadU(u16, from)), high(hn::LoadU(u16, from + lanes16)) {}
   void add(const Vek16u* from) {
-    low = hn::Add(low, hn::LoadU(words, from));
-    high = hn::Add(high, hn::LoadU(words, from + lanes));
+    low = hn::Add(low, hn::LoadU(u16, from));
+    high = hn::Add(high, hn::LoadU(u16, from + lanes16));
   }
 };
 
-/// Up to 128 samples the factor is 2^18 times the rounded 16384 / area, and sums stay within 32640:
-/// (S * f + 8192) >> 14 is then one rounding multiplication, (S * 2f + 16384) >> 15.
+/// Up to 128 samples the factor is 2^18 times f, the rounded 16384 / area, and sums stay within
+/// 32640: (S * f + 8192) >> 14 is then one rounding multiplication, (S * 2f + 16384) >> 15. Of 3 x
+/// 3 samples f is 1820, and nine of 255 give (2295 * 3640 + 16384) >> 15 = 255.
 class ProductMeans {
  public:
   static constexpr int64_t mostArea = 128;
 
   explicit ProductMeans(const BoxScale& scale)
-      : factor_(hn::Set(swords, static_cast<Vek16s>(scale.factor >> 17))) {}
-
-  VBytes of(const Sums& sums) const { return toBytes(mean(sums.low), mean(sums.high)); }
-
- private:
-  hn::Vec<decltype(swords)> mean(VWords sums) const {
-    return hn::MulFixedPoint15(hn::BitCast(swords, sums), factor_);
+      : factor_(hn::Set(s16, static_cast<Vek16s>(scale.factor >> 17))) {
+    VEK_ASSERT(scale.area >= 2 && scale.area <= mostArea);
   }
 
-  hn::Vec<decltype(swords)> factor_;
+  V8u of(const Sums& sums) const { return toBytes(mean(sums.low), mean(sums.high)); }
+
+ private:
+  V16s mean(V16u sums) const { return hn::MulFixedPoint15(hn::BitCast(s16, sums), factor_); }
+
+  V16s factor_;
 };
 
 class QuotientMeans {
  public:
   explicit QuotientMeans(const BoxScale& scale)
       : quotients_(static_cast<int>(scale.area),
-                   Quotients::roundsUp(scale.factor, static_cast<int>(scale.area))) {}
+                   Quotients::roundsUp(scale.factor, static_cast<int>(scale.area))) {
+    VEK_ASSERT(scale.area > ProductMeans::mostArea && scale.area <= Quotients::mostDivisor);
+  }
 
-  /// Interleaved with zeros the words of each 128 bits become dwords, and packing undoes it.
-  VBytes of(const Sums& sums) const {
-    const auto meansOf = [&](VWords v) {
-      return means(hn::BitCast(dwords, hn::InterleaveLower(words, v, hn::Zero(words))),
-                   hn::BitCast(dwords, hn::InterleaveUpper(words, v, hn::Zero(words))));
+  /// Interleaved with zeros the lanes of each 128 bits widen to 32 bits, and packing undoes it.
+  V8u of(const Sums& sums) const {
+    const auto meansOf = [&](V16u v) {
+      return means(hn::BitCast(u32, hn::InterleaveLower(u16, v, hn::Zero(u16))),
+                   hn::BitCast(u32, hn::InterleaveUpper(u16, v, hn::Zero(u16))));
     };
     return toBytes(meansOf(sums.low), meansOf(sums.high));
   }
-  /// Of sums in four vectors: packing leaves a dword of each by turns.
-  VBytes ofOrdered(VDwords a, VDwords b, VDwords c, VDwords d) const {
-    constexpr size_t each = hn::MaxLanes(dwords) / 4;
-    alignas(64) Vek32s order[hn::MaxLanes(dwords)];
+  /// Of sums in four vectors. Packing leaves four bytes of each alternately.
+  V8u ofOrdered(V32u a, V32u b, V32u c, V32u d) const {
+    constexpr size_t each = lanes32 / 4;
+    alignas(64) Vek32s order[lanes32];
     for (size_t i = 0; i < 4 * each; ++i) order[i] = static_cast<Vek32s>(i % each * 4 + i / each);
-    const VBytes mixed = packClamped(means(a, b), means(c, d));
-    return hn::BitCast(bytes, hn::TableLookupLanes(hn::BitCast(dwords, mixed),
-                                                   hn::SetTableIndices(dwords, order)));
+    const V8u mixed = packClamped(means(a, b), means(c, d));
+    return hn::BitCast(
+        u8, hn::TableLookupLanes(hn::BitCast(u32, mixed), hn::SetTableIndices(u32, order)));
   }
 
  private:
-  hn::Vec<decltype(swords)> means(VDwords a, VDwords b) const {
-    return hn::ReorderDemote2To(swords, quotients_.of(hn::BitCast(sdwords, a)),
-                                quotients_.of(hn::BitCast(sdwords, b)));
+  V16s means(V32u a, V32u b) const {
+    return packClamped(quotients_.of(hn::BitCast(s32, a)), quotients_.of(hn::BitCast(s32, b)));
   }
 
   Quotients quotients_;
@@ -100,18 +94,61 @@ template <class Means>
 void averageNarrow(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                    const BoxScale& scale, Vek8u* dst) {
   const Means means(scale);
-  overlappingBlocks(n, 2 * lanes, [&](ptrdiff_t x) {
+  overlappingBlocks(n, vectorBytes, [&](ptrdiff_t x) {
     Sums sums(columns + x);
     for (ptrdiff_t k = 1; k < width; ++k) sums.add(columns + x + k * pixelBytes);
-    hn::StoreU(means.of(sums), bytes, dst + x);
+    hn::StoreU(means.of(sums), u8, dst + x);
   });
 }
 
-/// Where the lanes of a vector come from that move 1, 2, 4 ... pixels up, and where the last ones of
-/// each channel go to all places of the channel in the next vector.
+/// Strips of a row whose intermediate sums stay in the first cache.
+constexpr ptrdiff_t stripBytes = 1024;
+
+/// Runs body(begin, count) for strips of stripBytes that cover 0 .. n - 1. None is shorter than a
+/// vector, so that a body can cover its strip by overlapping blocks: the last strip may overlap its
+/// neighbour, as if it were a block.
+template <class Body>
+void overlappingStrips(ptrdiff_t n, Body body) {
+  VEK_ASSERT(n >= vectorBytes);
+  for (ptrdiff_t begin = 0; begin < n;) {
+    if (n - begin < vectorBytes) begin = n - vectorBytes;
+    const ptrdiff_t count = n - begin < stripBytes ? n - begin : stripBytes;
+    body(begin, count);
+    begin += count;
+  }
+}
+
+/// Of wide masks every three neighbours are added up once for all windows that contain them.
+template <class Means>
+void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
+                     const BoxScale& scale, Vek8u* dst) {
+  const Means means(scale);
+  const ptrdiff_t whole = width - width % 3;
+  alignas(64) Vek16u threes[stripBytes + 3 * columnBoxWidth];
+  overlappingStrips(n, [&](ptrdiff_t begin, ptrdiff_t count) {
+    const Vek16u* from = columns + begin;
+    overlappingBlocks(count + (whole - 3) * pixelBytes, vectorBytes, [&](ptrdiff_t x) {
+      Sums sums(from + x);
+      sums.add(from + x + pixelBytes);
+      sums.add(from + x + 2 * pixelBytes);
+      hn::StoreU(sums.low, u16, threes + x);
+      hn::StoreU(sums.high, u16, threes + x + lanes16);
+    });
+    overlappingBlocks(count, vectorBytes, [&](ptrdiff_t x) {
+      Sums total(threes + x);
+      ptrdiff_t k = 3;
+      for (; k < whole; k += 3) total.add(threes + x + k * pixelBytes);
+      for (; k < width; ++k) total.add(from + x + k * pixelBytes);
+      hn::StoreU(means.of(total), u8, dst + begin + x);
+    });
+  });
+}
+
+/// Where the lanes of a vector come from that move 1, 2, 4 ... pixels up, and where the last ones
+/// of each channel go to all places of the channel in the next vector.
 template <int step>
 struct LaneMoves {
-  static constexpr int lanes = static_cast<int>(hn::MaxLanes(dwords));
+  static constexpr int lanes = static_cast<int>(lanes32);
   static constexpr int levels = step * 4 < lanes   ? (step * 8 < lanes ? 4 : 3)
                                 : step * 2 < lanes ? 2
                                                    : 1;
@@ -131,30 +168,32 @@ struct LaneMoves {
 template <int step>
 constexpr LaneMoves<step> laneMoves;
 
-VDwords movedLanes(VDwords v, VDwords from) {
-  return hn::TableLookupLanes(v, hn::IndicesFromVec(dwords, from));
+V32u movedLanes(V32u v, V32u from) {
+  return hn::TableLookupLanes(v, hn::IndicesFromVec(u32, from));
 }
 
 /// Zeros come up from below.
 template <int distance>
-VDwords movedUp(VDwords v, VDwords from) {
+V32u movedUp(V32u v, V32u from) {
 #if defined(__AVX512F__)
   constexpr __mmask16 above = static_cast<__mmask16>(0xFFFFu << distance);
-  return VDwords{_mm512_maskz_permutexvar_epi32(above, from.raw, v.raw)};
+  return V32u{_mm512_maskz_permutexvar_epi32(above, from.raw, v.raw)};
 #else
-  return hn::IfThenZeroElse(hn::FirstN(dwords, distance), movedLanes(v, from));
+  return hn::IfThenZeroElse(hn::FirstN(u32, distance), movedLanes(v, from));
 #endif
 }
 
-/// Turns columns, vector after vector, into running totals of each channel.
+/// Makes running totals of each channel from columns, vector after vector. Moving the lanes up by
+/// 1, 2 and 4 pixels and adding each time gives the totals within a vector: (a, b, c, d) becomes
+/// (a, a + b, b + c, c + d) and then (a, a + b, a + b + c, a + b + c + d).
 template <int step>
 class RunningTotals {
  public:
-  RunningTotals() : last_(hn::Load(dwords, laneMoves<step>.last)), before_(hn::Zero(dwords)) {
-    unrolled<levels>([&](auto k) { up_[k] = hn::Load(dwords, laneMoves<step>.up[k]); });
+  RunningTotals() : last_(hn::Load(u32, laneMoves<step>.last)), before_(hn::Zero(u32)) {
+    unrolled<levels>([&](auto k) { up_[k] = hn::Load(u32, laneMoves<step>.up[k]); });
   }
 
-  VDwords add(VDwords v) {
+  V32u add(V32u v) {
     unrolled<levels>([&](auto k) { v = hn::Add(v, movedUp<step << k>(v, up_[k])); });
     v = hn::Add(v, before_);
     before_ = movedLanes(v, last_);
@@ -163,71 +202,33 @@ class RunningTotals {
 
  private:
   static constexpr int levels = LaneMoves<step>::levels;
-  VDwords up_[levels], last_, before_;
+  V32u up_[levels], last_, before_;
 };
 
-/// Sums beyond 16 bits: the sum of a window is the difference of two running totals, however wide it
-/// is.
+/// Sums beyond 16 bits: the sum of a window is the difference of two running totals, however wide
+/// it is. Totals of whole vectors reach beyond the strip, into the columns' padding.
 template <int pixelBytes>
 void averageTotals(const Vek16u* columns, ptrdiff_t width, ptrdiff_t n, const BoxScale& scale,
                    Vek8u* dst) {
-  constexpr ptrdiff_t strip = 1024, each = lanes / 2;
   const QuotientMeans means(scale);
   const ptrdiff_t gap = width * pixelBytes;
-  alignas(64) Vek32u totals[strip + columnBoxWidth * 3 + each];
-  ptrdiff_t begin = 0;
-  while (begin < n) {
-    // The last strip is never shorter than a block: it overlaps the one before.
-    if (n - begin < 2 * lanes) begin = n - 2 * lanes;
-    const ptrdiff_t count = n - begin < strip ? n - begin : strip;
-    // Up to the column before: totals begin with any number, which the differences lose.
+  alignas(64) Vek32u totals[stripBytes + columnBoxWidth * 3 + lanes32];
+  overlappingStrips(n, [&](ptrdiff_t begin, ptrdiff_t count) {
+    // From the pixel before on: totals begin with any number, which the differences lose.
     const Vek16u* from = columns + begin - pixelBytes;
     RunningTotals<pixelBytes> running;
-    for (ptrdiff_t x = 0; x < count + gap; x += each) {
-      const VDwords next = hn::PromoteTo(dwords, hn::LoadU(halfWords, from + x));
-      hn::Store(running.add(next), dwords, totals + x);
+    for (ptrdiff_t x = 0; x < count + gap; x += lanes32) {
+      const V32u next = hn::PromoteTo(u32, hn::LoadU(halfU16, from + x));
+      hn::Store(running.add(next), u32, totals + x);
     }
-    overlappingBlocks(count, 2 * lanes, [&](ptrdiff_t x) {
+    overlappingBlocks(count, vectorBytes, [&](ptrdiff_t x) {
       const auto sums = [&](ptrdiff_t i) {
-        return hn::Sub(hn::LoadU(dwords, totals + x + i * each + gap),
-                       hn::LoadU(dwords, totals + x + i * each));
+        return hn::Sub(hn::LoadU(u32, totals + x + i * lanes32 + gap),
+                       hn::LoadU(u32, totals + x + i * lanes32));
       };
-      hn::StoreU(means.ofOrdered(sums(0), sums(1), sums(2), sums(3)), bytes, dst + begin + x);
+      hn::StoreU(means.ofOrdered(sums(0), sums(1), sums(2), sums(3)), u8, dst + begin + x);
     });
-    begin += count;
-  }
-}
-
-/// Of wide masks every three neighbours are added up once for all windows that contain them.
-template <class Means>
-void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
-                     const BoxScale& scale, Vek8u* dst) {
-  constexpr ptrdiff_t strip = 1024;
-  const Means means(scale);
-  const ptrdiff_t whole = width - width % 3;
-  alignas(64) Vek16u threes[strip + 3 * columnBoxWidth];
-  ptrdiff_t begin = 0;
-  while (begin < n) {
-    // The last strip is never shorter than a block: it overlaps the one before.
-    if (n - begin < 2 * lanes) begin = n - 2 * lanes;
-    const ptrdiff_t count = n - begin < strip ? n - begin : strip;
-    const Vek16u* from = columns + begin;
-    overlappingBlocks(count + (whole - 3) * pixelBytes, 2 * lanes, [&](ptrdiff_t x) {
-      Sums sums(from + x);
-      sums.add(from + x + pixelBytes);
-      sums.add(from + x + 2 * pixelBytes);
-      hn::StoreU(sums.low, words, threes + x);
-      hn::StoreU(sums.high, words, threes + x + lanes);
-    });
-    overlappingBlocks(count, 2 * lanes, [&](ptrdiff_t x) {
-      Sums total(threes + x);
-      ptrdiff_t k = 3;
-      for (; k < whole; k += 3) total.add(threes + x + k * pixelBytes);
-      for (; k < width; ++k) total.add(from + x + k * pixelBytes);
-      hn::StoreU(means.of(total), bytes, dst + begin + x);
-    });
-    begin += count;
-  }
+  });
 }
 
 template <class Means>
@@ -238,50 +239,97 @@ void averageSmall(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, 
                           : averageByThrees<Means>)(columns, width, pixelBytes, n, scale, dst);
 }
 
-void average(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
-             const BoxScale& scale, Vek8u* dst) {
+void averageAnyColumns(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
+                       const BoxScale& scale, Vek8u* dst) {
+  VEK_ASSERT(n >= 1 && width >= 1 && width <= columnBoxWidth);
   if (scale.area > smallBoxArea) {
-    if (n < 2 * lanes) return averageColumns<Vek32u>(columns, width, pixelBytes, n, scale, dst);
+    if (n < vectorBytes) return averageColumns<Vek32u>(columns, width, pixelBytes, n, scale, dst);
     return (pixelBytes == 1 ? averageTotals<1> : averageTotals<3>)(columns, width, n, scale, dst);
   }
-  const auto filter = n < 2 * lanes                          ? averageColumns<Vek16u>
+  const auto filter = n < vectorBytes                        ? averageColumns<Vek16u>
                       : scale.area <= ProductMeans::mostArea ? averageSmall<ProductMeans>
                                                              : averageSmall<QuotientMeans>;
   filter(columns, width, pixelBytes, n, scale, dst);
 }
 
-constexpr ptrdiff_t mostWidth = columnBoxWidth;
-constexpr int64_t mostArea = Quotients::mostDivisor;
+/// Bytes whose sums are formed at a time: whole pixels.
+constexpr ptrdiff_t sumBlock = 768;
 
-/// At most 256: packing saturates.
-hn::Vec<decltype(halfWords)> means(VDwords sums, Vek32u factor) {
-  const auto mean = mulHighRounded(dwords, sums, hn::Set(dwords, factor));
-  return hn::DemoteTo(halfWords, hn::BitCast(sdwords, mean));
+/// sums[i] = the running sum of its channel; `next` carries them from call to call. Only the first
+/// 16 pixels are summed one after the other. Every other sum adds the 16 differences from the sum
+/// 16 pixels before it, which are added four by four and then four of those: loops without a chain
+/// from element to element, which vectors can take.
+template <int pixelBytes, class Sum>
+void sumDifferences(const Sum* __restrict differences, ptrdiff_t n, Sum* __restrict next,
+                    Sum* __restrict sums) {
+  VEK_ASSERT(n <= sumBlock && n % pixelBytes == 0);
+  constexpr ptrdiff_t four = 4 * pixelBytes, sixteen = 16 * pixelBytes;
+  const ptrdiff_t head = n < sixteen ? n : sixteen;
+  for (ptrdiff_t i = 0; i < head; ++i) {
+    sums[i] = i < pixelBytes ? next[i] : sums[i - pixelBytes] + differences[i - pixelBytes];
+  }
+  if (n > sixteen) {
+    Sum fours[sumBlock];
+    for (ptrdiff_t i = 0; i < n - four; ++i) {
+      fours[i] = differences[i] + differences[i + pixelBytes] + differences[i + 2 * pixelBytes] +
+                 differences[i + 3 * pixelBytes];
+    }
+    for (ptrdiff_t i = 0; i < n - sixteen; ++i) {
+      sums[i + sixteen] =
+          sums[i] + fours[i] + fours[i + four] + fours[i + 2 * four] + fours[i + 3 * four];
+    }
+  }
+  const ptrdiff_t last = n - pixelBytes;
+  for (int c = 0; c < pixelBytes; ++c) next[c] = sums[last + c] + differences[last + c];
 }
 
-void scaleSums32(const Vek32u* sums, ptrdiff_t n, const BoxScale& scale, Vek8u* dst) {
-  constexpr hn::Rebind<Vek8u, decltype(words)> halfBytes;
-  constexpr ptrdiff_t size = lanes / 2;
-  if (n < lanes) return scaleSums<Vek32u>(sums, n, scale, dst);
-  overlappingBlocks(n, lanes, [&](ptrdiff_t x) {
-    const VWords mean = hn::Combine(words, means(hn::LoadU(dwords, sums + x + size), scale.factor),
-                                    means(hn::LoadU(dwords, sums + x), scale.factor));
-    hn::StoreU(hn::DemoteTo(halfBytes, hn::BitCast(swords, mean)), halfBytes, dst + x);
+/// dst[i] = the mean of sums[i], in a loop of its own, which vectors can take.
+void scaleSums(const uint64_t* __restrict sums, ptrdiff_t n, const BoxScale& scale,
+               Vek8u* __restrict dst) {
+  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = boxMean(sums[i], scale.factor);
+}
+
+void scaleSums(const Vek32u* sums, ptrdiff_t n, const BoxScale& scale, Vek8u* dst) {
+  if (n < lanes16) {
+    for (ptrdiff_t i = 0; i < n; ++i) dst[i] = boxMean(sums[i], scale.factor);
+    return;
+  }
+  const V32u factor = hn::Set(u32, scale.factor);
+  overlappingBlocks(n, lanes16, [&](ptrdiff_t x) {
+    const auto means = [&](ptrdiff_t i) {  // at most 256
+      return hn::DemoteTo(
+          halfU16,
+          hn::BitCast(s32, mulHighRounded(hn::LoadU(u32, sums + x + i * lanes32), factor)));
+    };
+    const V16u both = hn::Combine(u16, means(1), means(0));
+    hn::StoreU(hn::DemoteTo(halfU8, hn::BitCast(s16, both)), halfU8, dst + x);
   });
 }
 
-}  // namespace
-}  // namespace vek::VEK_LEVEL
-HWY_AFTER_NAMESPACE();
+template <class Sum>
+void averageWindows(const Sum* differences, const Sum* first, ptrdiff_t pixelBytes, ptrdiff_t n,
+                    const BoxScale& scale, Vek8u* dst) {
+  VEK_ASSERT(n >= pixelBytes && n % pixelBytes == 0 && scale.factor != 0);
+  const auto sumUp = pixelBytes == 1 ? sumDifferences<1, Sum> : sumDifferences<3, Sum>;
+  Sum next[3] = {first[0], first[1], first[2]};
+  Sum sums[sumBlock];
+  for (ptrdiff_t x = 0; x < n; x += sumBlock) {
+    const ptrdiff_t count = n - x < sumBlock ? n - x : sumBlock;
+    sumUp(differences + x, count, next, sums);
+    scaleSums(sums, count, scale, dst + x);
+  }
+}
 
-namespace vek::VEK_LEVEL {
+}  // namespace
 
 constexpr BoxKernels boxKernels = {
-    slideColumns,
-    mostWidth,
-    mostArea,
-    average,
-    {slideWindows<Vek32u>, averageWindows<Vek32u, scaleSums32>},
-    {slideWindows<uint64_t>, averageWindows<uint64_t, scaleSums<uint64_t>>}};
+    .slideColumns = slideColumns,
+    .averageColumns = averageAnyColumns,
+    .mostWidth = columnBoxWidth,
+    .mostArea = Quotients::mostDivisor,
+    .windows32 = {.slide = slideWindows<Vek32u>, .average = averageWindows<Vek32u>},
+    .windows64 = {.slide = slideWindows<uint64_t>, .average = averageWindows<uint64_t>},
+};
 
 }  // namespace vek::VEK_LEVEL
+HWY_AFTER_NAMESPACE();

@@ -1,5 +1,8 @@
+#include "core/assert.h"
+#include "core/kernel/lanes.h"
 #include "core/kernel/unroll.h"
 #include "image/filter/fir/fir_body.h"
+#include "image/filter/fir/fir_dots.h"
 #include "image/filter/fir/fir_kernels.h"
 #include "image/filter/fir/fir_taps.h"
 
@@ -10,9 +13,10 @@ namespace {
 /// Vectors of sums that leave registers for the rest.
 constexpr int mostSums = 8;
 
-/// Brings neighbours together from vectors that begin with a group's first tap or end with its last,
-/// so that no byte is read that is not a tap's: from those two alone unless the last one is `far`,
-/// nine bytes away.
+/// Loads the samples of a group of neighbours side by side. They come from vectors that begin with
+/// the group's first tap or end with its last one, so that no byte is read that is not a tap's:
+/// from these two alone, or where the last tap is `far`, nine bytes away from the first, from
+/// others between them.
 template <class Dots, bool far>
 class Neighbours {
  public:
@@ -25,12 +29,12 @@ class Neighbours {
         const ptrdiff_t at = start + sample + byte / Dots::tapBytes * pixelBytes;
         index[i] = static_cast<Vek8u>(byte % Dots::tapBytes != 0 ? 0x80 : at & 15);
       }
-      indices_[p] = hn::Load(bytes, index);
+      indices_[p] = hn::Load(u8, index);
     });
   }
 
-  VBytes load(const Vek8u* first, int p) const {
-    return hn::TableLookupBytesOr0(hn::LoadU(bytes, first + begin(p)), indices_[p]);
+  V8u load(const Vek8u* first, int p) const {
+    return hn::TableLookupBytesOr0(hn::LoadU(u8, first + begin(p)), indices_[p]);
   }
 
  private:
@@ -41,7 +45,7 @@ class Neighbours {
   }
 
   ptrdiff_t reach_;
-  VBytes indices_[Dots::parts];
+  V8u indices_[Dots::parts];
 };
 
 /// The sums of `vectors` vectors of samples in each of `rows` rows.
@@ -57,7 +61,7 @@ class Sums {
 
   [[gnu::always_inline]] inline void add(const Vek8u* src, const Across& group) {
     unrolled<vectors>([&](auto v) {
-      VBytes samples[Dots::parts];
+      V8u samples[Dots::parts];
       unrolled<Dots::parts>(
           [&](auto p) { samples[p] = neighbours_.load(src + group.where + v * vectorBytes, p); });
       addProducts(v, samples, group.factors);
@@ -65,9 +69,9 @@ class Sums {
   }
   [[gnu::always_inline]] inline void add(const Vek8u* src, const Scattered<Dots>& group) {
     unrolled<vectors>([&](auto v) {
-      VBytes tap[Dots::taps], samples[Dots::parts];
+      V8u tap[Dots::taps], samples[Dots::parts];
       unrolled<Dots::taps>(
-          [&](auto i) { tap[i] = hn::LoadU(bytes, src + group.where[i] + v * vectorBytes); });
+          [&](auto i) { tap[i] = hn::LoadU(u8, src + group.where[i] + v * vectorBytes); });
       Dots::interleave(tap, samples);
       addProducts(v, samples, group.factors);
     });
@@ -77,14 +81,14 @@ class Sums {
       unrolled<rows * vectors * Dots::parts>([&](auto i) { sums_[i] <<= 8; });
     }
   }
-  [[gnu::always_inline]] inline VBytes scaled(int row, int vector,
-                                              const typename Dots::Scaler& scaler) const {
+  [[gnu::always_inline]] inline V8u scaled(int row, int vector,
+                                           const typename Dots::Scaler& scaler) const {
     return Dots::scaled(sums_ + (row * vectors + vector) * Dots::parts, scaler);
   }
 
  private:
   template <class Vector>
-  [[gnu::always_inline]] inline void addProducts(Vector v, const VBytes* samples,
+  [[gnu::always_inline]] inline void addProducts(Vector v, const V8u* samples,
                                                  const Vek32u* factors) {
     unrolled<rows>([&](auto r) {
       unrolled<Dots::parts>([&](auto p) {
@@ -97,11 +101,14 @@ class Sums {
   Sum sums_[rows * vectors * Dots::parts];
 };
 
+/// The loops end as the policy overlappingBlocks does, with blocks that overlap their neighbours,
+/// but each has its body once, in one place for all blocks: this is long, inlined code.
 template <class Dots, int rows, int vectors, bool far, class Taps>
 [[gnu::noinline, gnu::flatten]] void filterRows(const FirRegion& region, const Taps& taps,
                                                 ptrdiff_t reach, ptrdiff_t pixelBytes,
                                                 const FirScale& scale) {
   constexpr ptrdiff_t block = vectors * vectorBytes;
+  VEK_ASSERT(region.n >= block && region.rows >= rows);
   const FirRegion r = region;
   const typename Taps::Walk walk(taps);
   const typename Dots::Scaler scaler(scale);
@@ -116,7 +123,7 @@ template <class Dots, int rows, int vectors, bool far, class Taps>
       walk.addTo(sums, src + x);
       unrolled<rows>([&](auto i) {
         unrolled<vectors>([&](auto v) {
-          hn::StoreU(sums.scaled(i, v, scaler), bytes, dst + i * r.dstStep + x + v * vectorBytes);
+          hn::StoreU(sums.scaled(i, v, scaler), u8, dst + i * r.dstStep + x + v * vectorBytes);
         });
       });
     }
@@ -141,7 +148,7 @@ bool filterListed(const FirRegion& r, const FirTaps& taps, const FirScale& scale
   return true;
 }
 
-/// Rows go by two where they share taps and multiplications are few beside the rest.
+/// Takes two rows at a time where they share taps and multiplications are few beside the rest.
 template <class Dots>
 bool filterListed(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
   const bool two = r.rows > 1 && taps.height > 1 && (Dots::parts > 2 || taps.width == 1);
@@ -152,21 +159,22 @@ template <class Dots>
 void filterRegion(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
   if (r.n < vectorBytes) return fir<Vek32s>(r, taps, scale);
   if (filterListed<Dots>(r, taps, scale)) return;
-  filterRows<DwordDots, 1, 1, false>(r, WalkedTaps<DwordDots>{taps, r.srcStep}, 0, 0, scale);
+  filterRows<PairDots32, 1, 1, false>(r, WalkedTaps<PairDots32>{taps, r.srcStep}, 0, 0, scale);
 }
 
 #if defined(__AVX512VNNI__)
-constexpr FirKernel filterSmall = filterRegion<SmallFourDots>, filterLarge = filterRegion<FourDots>;
+constexpr FirKernel filterSmall = filterRegion<FourDots16>, filterLarge = filterRegion<FourDots32>;
 #else
-constexpr FirKernel filterSmall = filterRegion<WordDots>, filterLarge = filterRegion<DwordDots>;
+constexpr FirKernel filterSmall = filterRegion<PairDots16>, filterLarge = filterRegion<PairDots32>;
 #endif
 
 }  // namespace
+
+constexpr FirKernels firKernels = {
+    .sums16 = filterSmall,
+    .sums32 = filterLarge,
+    .sums64 = fir<int64_t>,
+};
+
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
-
-namespace vek::VEK_LEVEL {
-
-constexpr FirKernels firKernels = {filterSmall, filterLarge, fir<int64_t>};
-
-}  // namespace vek::VEK_LEVEL

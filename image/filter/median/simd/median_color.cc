@@ -1,5 +1,7 @@
-#include "core/kernel/blocks.h"
+#include "core/kernel/lanes.h"
+#include "core/kernel/unroll.h"
 #include "image/filter/median/median_color_body.h"
+#include "image/filter/median/median_color_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -18,22 +20,18 @@ constexpr Thirds thirds;
 #endif
 
 struct VectorSteps : PlainSteps {
-  static constexpr hn::CappedTag<Vek8u, 64> bytes = {};
-  static constexpr hn::CappedTag<Vek16s, 64> words = {};
-  using V = hn::Vec<hn::CappedTag<Vek16s, 64>>;
-  static constexpr int size = static_cast<int>(hn::MaxLanes(words));
+  static constexpr int size = vectorBytes / 2;
 
   template <int side>
   static void split(const Vek8u* src, ptrdiff_t columns, PixelRow<side>& pixels) {
     if (columns < stripColumns<side>) return PlainSteps::split(src, columns, pixels);
-    constexpr hn::Half<decltype(bytes)> halfBytes;
-    for (size_t x = 0; x < stripColumns<side>; x += hn::Lanes(bytes)) {
-      hn::Vec<decltype(bytes)> c[3];
-      hn::LoadInterleaved3(bytes, src + 3 * x, c[0], c[1], c[2]);
+    for (int x = 0; x < stripColumns<side>; x += vectorBytes) {
+      V8u c[3];
+      hn::LoadInterleaved3(u8, src + 3 * x, c[0], c[1], c[2]);
       for (int i = 0; i < 3; ++i) {
         Vek16s* to = pixels.channel[i].at(0) + x;
-        hn::StoreU(hn::PromoteTo(words, hn::LowerHalf(halfBytes, c[i])), words, to);
-        hn::StoreU(hn::PromoteTo(words, hn::UpperHalf(halfBytes, c[i])), words, to + size);
+        hn::StoreU(hn::PromoteTo(s16, hn::LowerHalf(halfU8, c[i])), s16, to);
+        hn::StoreU(hn::PromoteTo(s16, hn::UpperHalf(halfU8, c[i])), s16, to + size);
       }
     }
   }
@@ -43,14 +41,14 @@ struct VectorSteps : PlainSteps {
                       Columns<side>* distances) {
     for (int x = 0; x < stripColumns<side>; x += size) {
       const auto pixels = [&](int c, int dx) { return load(to.channel[c].at(dx) + x); };
-      const V red = load(from.channel[0].at(0) + x), green = load(from.channel[1].at(0) + x),
-              blue = load(from.channel[2].at(0) + x);
+      const V16s red = load(from.channel[0].at(0) + x), green = load(from.channel[1].at(0) + x),
+                 blue = load(from.channel[2].at(0) + x);
       unrolled<side - first>([&](auto i) {
         constexpr int dx = first + i;
-        const V sum = hn::Add(
+        const V16s sum = hn::Add(
             hn::Add(hn::Abs(hn::Sub(red, pixels(0, dx))), hn::Abs(hn::Sub(green, pixels(1, dx)))),
             hn::Abs(hn::Sub(blue, pixels(2, dx))));
-        hn::Store(sum, words, distances[i].at(0) + x);
+        hn::Store(sum, s16, distances[i].at(0) + x);
       });
     }
   }
@@ -59,10 +57,10 @@ struct VectorSteps : PlainSteps {
   template <int side, int j>
   static void score(const WindowRows<side>& rows, Columns<side>* scores) {
     for (int x = 0; x < stripColumns<side>; x += size) {
-      V toColumn[2 * side - 1];
+      V16s toColumn[2 * side - 1];
       unrolled<2 * side - 1>([&](auto d) {
         constexpr int dx = d - (side - 1);
-        V sum = hn::Zero(words);
+        V16s sum = hn::Zero(s16);
         unrolled<side>([&](auto k) {
           if constexpr (j != k || dx != 0) {
             sum = hn::Add(sum, load(distancesTo<side, j, k, dx>(rows) + x));
@@ -70,12 +68,12 @@ struct VectorSteps : PlainSteps {
         });
         toColumn[d] = sum;
       });
-      V total = hn::Zero(words);
+      V16s total = hn::Zero(s16);
       unrolled<side>([&](auto k) { total = hn::Add(total, toColumn[k + side - 1]); });
-      hn::StoreU(total, words, scores[0].at(0) + x);
+      hn::StoreU(total, s16, scores[0].at(0) + x);
       unrolled<side - 1>([&](auto i) {
         total = hn::Sub(hn::Add(total, toColumn[side - 2 - i]), toColumn[2 * side - 2 - i]);
-        hn::StoreU(total, words, scores[i + 1].at(0) + x);
+        hn::StoreU(total, s16, scores[i + 1].at(0) + x);
       });
     }
   }
@@ -83,15 +81,15 @@ struct VectorSteps : PlainSteps {
   template <int side>
   static void choose(const Columns<side>* scores, int j, Vek16s* leastScores, Vek16s* numbers) {
     for (int x = 0; x < stripColumns<side>; x += size) {
-      V least = load(leastScores + x), best = load(numbers + x);
+      V16s least = load(leastScores + x), best = load(numbers + x);
       unrolled<side>([&](auto i) {
-        const V score = load(scores[i].at(i) + x);
+        const V16s score = load(scores[i].at(i) + x);
         const auto better = hn::Lt(score, least);
         least = hn::Min(score, least);
-        best = hn::IfThenElse(better, hn::Set(words, static_cast<Vek16s>(j * side + i)), best);
+        best = hn::IfThenElse(better, hn::Set(s16, static_cast<Vek16s>(j * side + i)), best);
       });
-      hn::StoreU(least, words, leastScores + x);
-      hn::StoreU(best, words, numbers + x);
+      hn::StoreU(least, s16, leastScores + x);
+      hn::StoreU(best, s16, numbers + x);
     }
   }
 
@@ -122,18 +120,17 @@ struct VectorSteps : PlainSteps {
   }
 #endif
 
-  static V load(const Vek16s* p) {
-    return hn::LoadU(words, p);
+  static V16s load(const Vek16s* p) {
+    return hn::LoadU(s16, p);
   }
 };
 
 }  // namespace
+
+constexpr ColorMedianKernels colorMedianKernels = {
+    .square3 = colorMedian<3, VectorSteps>,
+    .square5 = colorMedian<5, VectorSteps>,
+};
+
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
-
-namespace vek::VEK_LEVEL {
-
-constexpr ColorMedianKernels colorMedianKernels = {colorMedian<3, VectorSteps>,
-                                                   colorMedian<5, VectorSteps>};
-
-}  // namespace vek::VEK_LEVEL
