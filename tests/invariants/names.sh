@@ -62,9 +62,9 @@ internal '^(veki|own[A-Z_]|owni|line[A-Z])' | rule prefix "internal names with a
 internal '^_[A-Za-z]' | grep -vE ':(_mm[0-9]*_|__m[0-9]+i?|_MM_)' |
   rule underscore "reserved names"
 in_sources 'VEK_HAVE_HIGHWAY' | rule highway "levels above portable exist only with Highway"
-# A function, or a template made for plain lanes.
+# A function, or a template made for plain lanes or steps.
 for file in $(grep '_portable\.cc$' "$work/library"); do
-  grep -qE '^ *[a-zA-Z].*\) (const )?\{$|Of<[A-Za-z]+>\(' "$file" || echo "$file:1: none"
+  grep -qE '^ *[a-zA-Z].*\) (const )?\{$|Of<[A-Za-z]+>\(|\bPlain[A-Za-z]+>' "$file" || echo "$file:1: none"
 done | rule portable "portable files without a kernel"
 in_library '\bScalableTag<|\busing V(8|16|32|64)[usf] *=|\bconstexpr .*\b(u8|s8|u16|s16|u32|s32|u64|f32) *(=|;|\{)' |
   grep -v '^core/kernel/lanes\.h:' | rule lanes "lanes declared outside core/kernel/lanes.h"

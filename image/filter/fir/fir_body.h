@@ -1,5 +1,5 @@
-// The convolution as its definition reads: the portable kernels, and at every level short rows and
-// sums of 64 bits.
+// A row of a convolution as its definition reads: for the portable kernels, and at every level for
+// short rows and sums of 64 bits.
 #pragma once
 
 #include "vek/vek.h"
@@ -26,6 +26,8 @@ Vek8u scaleSum(int64_t sum, const FirScale& scale) {
 template <class Sum>
 void firRow(const Vek8u* __restrict src, ptrdiff_t srcStep, const FirTaps& taps,
             const FirScale& scale, ptrdiff_t n, Vek8u* __restrict dst) {
+  VEK_ASSERT(n >= 1 && taps.width >= 1 && taps.height >= 1);
+  VEK_ASSERT(scale.divisor >= 1 && scale.shift <= 32);
   constexpr ptrdiff_t block = 256;
   Sum sums[block];
   for (ptrdiff_t x = 0; x < n; x += block) {
@@ -40,15 +42,6 @@ void firRow(const Vek8u* __restrict src, ptrdiff_t srcStep, const FirTaps& taps,
       }
     }
     for (ptrdiff_t i = 0; i < count; ++i) dst[x + i] = scaleSum(sums[i], scale);
-  }
-}
-
-template <class Sum>
-void fir(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
-  VEK_ASSERT(r.n >= 1 && r.rows >= 1 && taps.width >= 1 && taps.height >= 1);
-  VEK_ASSERT(scale.divisor >= 1 && scale.shift <= 32);
-  for (ptrdiff_t y = 0; y < r.rows; ++y) {
-    firRow<Sum>(r.src + y * r.srcStep, r.srcStep, taps, scale, r.n, r.dst + y * r.dstStep);
   }
 }
 

@@ -26,10 +26,12 @@ struct MedianRegion {
 /// - 1 of them.
 inline constexpr ptrdiff_t medianHistograms = 192;
 
-/// Whether the samples of a mask may be counted threshold by threshold: counts of three of its
-/// columns must fit 8 bits (three of 85 rows do), or counts of all of them.
+/// Widest mask whose samples are counted threshold by threshold at any level.
 inline constexpr ptrdiff_t countingWidth = 33;
-inline bool isCountable(ptrdiff_t maskWidth, ptrdiff_t maskHeight) {
+/// Whether they may be: counts of three columns of the mask must fit 8 bits (three of 85 rows do),
+/// or counts of the whole. Always inlined: kernels of higher levels assert it, and their objects
+/// must not define a symbol that other code could be linked to.
+[[gnu::always_inline]] inline bool isCountable(ptrdiff_t maskWidth, ptrdiff_t maskHeight) {
   return maskWidth <= countingWidth && (maskHeight <= 85 || maskWidth * maskHeight <= 255);
 }
 

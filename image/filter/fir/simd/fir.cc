@@ -155,9 +155,17 @@ bool filterListed(const FirRegion& r, const FirTaps& taps, const FirScale& scale
   return (two ? filterListed<Dots, 2> : filterListed<Dots, 1>)(r, taps, scale);
 }
 
+/// Tap by tap, for what is rare: rows shorter than a vector, and sums of 64 bits.
+template <class Sum>
+void filterByTaps(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
+  for (ptrdiff_t y = 0; y < r.rows; ++y) {
+    firRow<Sum>(r.src + y * r.srcStep, r.srcStep, taps, scale, r.n, r.dst + y * r.dstStep);
+  }
+}
+
 template <class Dots>
 void filterRegion(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
-  if (r.n < vectorBytes) return fir<Vek32s>(r, taps, scale);
+  if (r.n < vectorBytes) return filterByTaps<Vek32s>(r, taps, scale);
   if (filterListed<Dots>(r, taps, scale)) return;
   filterRows<PairDots32, 1, 1, false>(r, WalkedTaps<PairDots32>{taps, r.srcStep}, 0, 0, scale);
 }
@@ -173,7 +181,7 @@ constexpr FirKernel filterSmall = filterRegion<PairDots16>, filterLarge = filter
 constexpr FirKernels firKernels = {
     .sums16 = filterSmall,
     .sums32 = filterLarge,
-    .sums64 = fir<int64_t>,
+    .sums64 = filterByTaps<int64_t>,
 };
 
 }  // namespace vek::VEK_LEVEL
