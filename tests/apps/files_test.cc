@@ -1,7 +1,10 @@
 // Files and pictures.
 #include "vekcam/files.h"
 
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -11,6 +14,17 @@
 
 #include "tests/apps/scratch.h"
 #include "vekcam/picture.h"
+
+namespace {
+bool refusesToRename = false;
+}
+
+/// The C library's, which std::filesystem calls, but for a file system that refuses.
+extern "C" int rename(const char* from, const char* to) noexcept {
+  if (!refusesToRename) return renameat(AT_FDCWD, from, AT_FDCWD, to);
+  errno = EIO;
+  return -1;
+}
 
 namespace vekcam {
 namespace {
@@ -34,8 +48,9 @@ TEST(RawFile, ReadsRowsAtTheStep) {
     EXPECT_EQ(frame.row(1)[0], 7);
     EXPECT_EQ(frame.row(1)[15], 0);
   }
-  bytes[35] = '\x04';
-  EXPECT_THROW(readRawFrame(scratch.file("b.raw", bytes), {16, 2}, 34), Failure);  // 1031
+  bytes[34] = '\0';
+  bytes[35] = '\x04';  // 1024, the first sample of more than 10 bits
+  EXPECT_THROW(readRawFrame(scratch.file("b.raw", bytes), {16, 2}, 34), Failure);
 }
 
 TEST(DeadList, TakesRowsAndColumnsOnly) {
@@ -70,6 +85,9 @@ TEST(Output, ReplacesFilesWholeOrNotAtAll) {
   EXPECT_THROW(writeFile(target, std::string(5000, 'x')), Failure);
   EXPECT_THROW(writeFile(scratch.path("other.bin"), std::string(5000, 'x')), Failure);
   setrlimit(RLIMIT_FSIZE, &before);
+  refusesToRename = true;
+  EXPECT_THROW(writeFile(target, "x"), Failure);
+  refusesToRename = false;
   EXPECT_EQ(contents(target), "new");
   EXPECT_EQ(scratch.count(), 2);  // the target and the link
 

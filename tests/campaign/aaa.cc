@@ -7,6 +7,8 @@
 #include <climits>
 
 #include "tests/campaign/campaign.h"
+#include "tests/definition/exposure.h"
+#include "tests/definition/white_balance.h"
 
 namespace vek::test {
 namespace {
@@ -154,6 +156,7 @@ void drawExposure(Case& c) {
   if (!windows) {
     roi.width = random.size(200);
     roi.height = random.size(60);
+    if (c.limits()) roi = c.sizeAcrossSeams(2048);
   }
   const int srcStep = (2 * roi.width + 3) / 4 * 4 + 4 * random.in(0, 2);
   const Area area = p.mode == vekiAEHistogram ? footprint::exposureHistogram(roi, srcStep)
@@ -246,6 +249,16 @@ std::vector<Record> aaaRecords() {
                    vekiFree_AWB_10RGGB_8u_C1R, vekStsBadArgErr>,
        drawInit<drawBalanceParams>,
        {"vekiFree_AWB_10RGGB_8u_C1R"}}};
+  records[0].define = [](const Value* v) {
+    return definition::expose(*as<const VekiAEParams*>(v[6]), as<const Vek16u*>(v[0]),
+                              as<int>(v[1]), as<VekiSize>(v[2]), *as<Vek16u*>(v[3]),
+                              *as<Vek16u*>(v[4]));
+  };
+  records[2].define = [](const Value* v) {
+    return definition::balance(*as<const VekiAWBParams*>(v[7]), as<const Vek16u*>(v[0]),
+                               as<int>(v[1]), *as<Vek16u*>(v[3]), *as<Vek16u*>(v[4]),
+                               *as<Vek16u*>(v[5]));
+  };
   records[0].shareable = false;
   records[1].allocates = records[3].allocates = true;
   return records;

@@ -3,39 +3,68 @@
 
 #include <climits>
 
-#include "tests/campaign/packed.h"
+#include "tests/definition/pointwise.h"
 
 namespace vek::test {
+namespace {
+
+template <int channels, class... A>
+Record each(const char* name, VekStatus (*f)(A...), const Manners& manners,
+            definition::Formula formula) {
+  return packed<channels>(name, f, manners, definition::pointwise(partsOf(f), channels, formula));
+}
+
+}  // namespace
 
 std::vector<Record> arithRecords() {
-  const Manners plain = {true, {}, {INT_MIN, -9, -8, -7, 0, 1, 7, 8, 15, 16, 17, INT_MAX}};
-  const Manners anyStep = {true, anySteps};
+  using namespace definition;
+  Manners plain = {true, {}, {INT_MIN, -9, -8, -7, 0, 1, 7, 8, 15, 16, 17, INT_MAX}};
+  plain.order = {pointers, steps, sizes};
+  Manners copy = plain, set = plain;
+  copy.order = {pointers, sizes, steps};
+  set.order = {{vekStsNullPtrErr, 1}, sizes, steps, {vekStsNullPtrErr, 0}};  // the value comes last
+  Manners threshold = {true, anySteps};
+  threshold.order = {pointers, sizes, {vekStsThresholdErr}};
+  const Formula same = [](const int* x) { return x[0]; };
+  const Formula conjunction = [](const int* x) { return x[0] & x[1]; };
+  const Formula disjunction = [](const int* x) { return x[0] | x[1]; };
+  const Formula difference = [](const int* x) { return x[0] ^ x[1]; };
+  // Amounts are unsigned.
+  const Formula right = [](const int* x) { return x[1] < 0 || x[1] > 7 ? 0 : x[0] >> x[1]; };
+  const Formula left = [](const int* x) { return x[1] < 0 || x[1] > 7 ? 0 : x[0] << x[1] & 255; };
+  const Formula below = [](const int* x) { return x[0] < x[1] ? x[2] : x[0]; };
+  const Formula above = [](const int* x) { return x[0] > x[1] ? x[2] : x[0]; };
   return {
-      VEK_C1_C3(packed, vekiAdd, RSfs, plain),
-      VEK_C1_C3(packed, vekiAddC, RSfs, plain),
-      VEK_C1_C3(packed, vekiSub, RSfs, plain),
-      VEK_C1_C3(packed, vekiSubC, RSfs, plain),
-      VEK_C1_C3(packed, vekiMul, RSfs, plain),
-      VEK_C1_C3(packed, vekiMulC, RSfs, plain),
-      VEK_C1_C3(packed, vekiSqr, RSfs, plain),
-      VEK_C1_C3(packed, vekiMulScale, R, plain),
-      VEK_C1_C3(packed, vekiMulCScale, R, plain),
-      VEK_C1_C3(packed, vekiAnd, R, plain),
-      VEK_C1_C3(packed, vekiOr, R, plain),
-      VEK_C1_C3(packed, vekiXor, R, plain),
-      VEK_C1_C3(packed, vekiAndC, R, plain),
-      VEK_C1_C3(packed, vekiOrC, R, plain),
-      VEK_C1_C3(packed, vekiXorC, R, plain),
-      VEK_C1_C3(packed, vekiNot, R, plain),
-      VEK_C1_C3(packed, vekiRShiftC, R, plain),
-      VEK_C1_C3(packed, vekiLShiftC, R, plain),
-      VEK_C1_C3(packed, vekiSet, R, plain),
-      VEK_C1_C3(packed, vekiCopy, R, plain),
-      VEK_C1_C3(packed, vekiThreshold_GT, R, anyStep),
-      VEK_C1_C3(packed, vekiThreshold_LT, R, anyStep),
-      VEK_C1_C3(packed, vekiThreshold_GTVal, R, anyStep),
-      VEK_C1_C3(packed, vekiThreshold_LTVal, R, anyStep),
-      VEK_C1_C3(packed, vekiThreshold_LTValGTVal, R, anyStep),
+      VEK_C1_C3(each, vekiAdd, RSfs, plain, sum),
+      VEK_C1_C3(each, vekiAddC, RSfs, plain, sum),
+      VEK_C1_C3(each, vekiSub, RSfs, plain, firstFromSecond),
+      VEK_C1_C3(each, vekiSubC, RSfs, plain, constantFromImage),
+      VEK_C1_C3(each, vekiMul, RSfs, plain, product),
+      VEK_C1_C3(each, vekiMulC, RSfs, plain, product),
+      VEK_C1_C3(each, vekiSqr, RSfs, plain, square),
+      VEK_C1_C3(each, vekiMulScale, R, plain, scaledBy255),
+      VEK_C1_C3(each, vekiMulCScale, R, plain, scaledBy255),
+      VEK_C1_C3(each, vekiAnd, R, plain, conjunction),
+      VEK_C1_C3(each, vekiOr, R, plain, disjunction),
+      VEK_C1_C3(each, vekiXor, R, plain, difference),
+      VEK_C1_C3(each, vekiAndC, R, plain, conjunction),
+      VEK_C1_C3(each, vekiOrC, R, plain, disjunction),
+      VEK_C1_C3(each, vekiXorC, R, plain, difference),
+      VEK_C1_C3(each, vekiNot, R, plain, [](const int* x) { return 255 - x[0]; }),
+      VEK_C1_C3(each, vekiRShiftC, R, plain, right),
+      VEK_C1_C3(each, vekiLShiftC, R, plain, left),
+      VEK_C1_C3(each, vekiSet, R, set, same),
+      VEK_C1_C3(each, vekiCopy, R, copy, same),
+      VEK_C1_C3(each, vekiThreshold_GT, R, threshold,
+                [](const int* x) { return std::min(x[0], x[1]); }),
+      VEK_C1_C3(each, vekiThreshold_LT, R, threshold,
+                [](const int* x) { return std::max(x[0], x[1]); }),
+      VEK_C1_C3(each, vekiThreshold_GTVal, R, threshold, above),
+      VEK_C1_C3(each, vekiThreshold_LTVal, R, threshold, below),
+      VEK_C1_C3(each, vekiThreshold_LTValGTVal, R, threshold,
+                [](const int* x) { return x[0] < x[1]   ? x[2]
+                                          : x[0] > x[3] ? x[4]
+                                                        : x[0]; }),
   };
 }
 

@@ -3,200 +3,16 @@
 // these records.
 #pragma once
 
-#include "vek/vek.h"
-
-#include <functional>
-#include <initializer_list>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "tests/support/buffer.h"
+#include "tests/campaign/case.h"
+#include "tests/campaign/families.h"
 
 namespace vek::test {
 
-/// One argument of a call, as any parameter type takes it: a pointer, a number, or two numbers of a
-/// VekiSize or VekiPoint.
-struct Value {
-  void* pointer = nullptr;
-  int64_t numbers[2] = {};
-};
-
-using Call = std::function<VekStatus(const Value* arguments)>;
-
-template <class T>
-T as(const Value& v) {
-  if constexpr (std::is_pointer_v<T>) {
-    return static_cast<T>(v.pointer);
-  } else if constexpr (std::is_integral_v<T>) {
-    return static_cast<T>(v.numbers[0]);
-  } else {
-    return T{static_cast<int>(v.numbers[0]), static_cast<int>(v.numbers[1])};
-  }
-}
-
-template <class... A>
-Call bind(VekStatus (*f)(A...)) {
-  return [f]<size_t... i>(std::index_sequence<i...>)->Call {
-    return [f](const Value* v) { return f(as<A>(v[i])...); };
-  }
-  (std::index_sequence_for<A...>{});
-}
-
-/// Values that an argument must not have, and the status that answers them.
-class Refused {
- public:
-  Refused() = default;
-  Refused(VekStatus s, std::initializer_list<int> values) : status(s) {
-    for (int v : values) add(v);
-  }
-  void add(int value) { values_[count_++] = value; }
-  const int* begin() const { return values_; }
-  const int* end() const { return values_ + count_; }
-
-  VekStatus status = vekStsNoErr;
-
- private:
-  int values_[8] = {};
-  size_t count_ = 0;
-};
-
-/// What a call does with the memory behind a pointer: it finds its contents there (in), leaves its
-/// results there (out), or both, as when it works in place.
-enum class Use { in, out, inOut };
-
-/// How the step of an image is drawn, and which steps are refused.
-struct Steps {
-  int unit = 1;         ///< steps are multiples of this
-  bool overlap = true;  ///< rows may be closer than they are long (in sources)
-  bool any = false;     ///< 0 and negative steps are fine
-  Refused refused = {vekStsStepErr, {0, -1, -2147483647 - 1}};
-};
-
-/// The arguments of one call and the memory behind them.
-class Case {
- public:
-  Case(Random& draws, bool far) : random(draws), far_(far) {}
-
-  Random& random;  ///< what the arguments are drawn from
-
-  // ---- Memory. `unit` is the size of a sample (0: of no matter to others than this process);
-  // contents are drawn, and the same on every machine.
-
-  int memory(Use use, const Area& area, size_t alignment = 1, int unit = 1, int mask = 0xFFFF,
-             size_t offset = 0);
-  /// Memory that holds `bytes`, or with `use` out receives as many.
-  int object(Use use, const void* bytes, size_t size, size_t alignment, int unit);
-  template <class T>
-  int objects(const std::vector<T>& values, Use use = Use::in) {
-    const int unit = std::is_integral_v<T> ? static_cast<int>(sizeof(T)) : 0;
-    return object(use, values.data(), values.size() * sizeof(T), alignof(T), unit);
-  }
-  template <class T>
-  T* data(int block) {
-    return blocks_[static_cast<size_t>(block)].initial->as<T>();
-  }
-
-  // ---- Arguments, in the order of the function's parameters.
-
-  /// A pointer that is refused if it is null or no multiple of `alignment` (0: never refused).
-  void pointer(int block, int alignment = 1);
-  /// The same for an array of three pointers.
-  void planes(const int (&blocks)[3], const int (&alignments)[3]);
-  void number(int64_t value, const Refused& refused = {});
-  /// An array of three numbers.
-  void numbers(const int (&values)[3], const Refused& refused);
-  void pair(int first, int second, const Refused& refused = {});
-  void roi(VekiSize size, VekStatus status = vekStsSizeErr) {
-    pair(size.width, size.height, {status, {0, -1, -2147483647 - 1}});
-  }
-  /// Something that the library made, released with the case; refused if null.
-  void state(void* made, std::function<void(void*)> release);
-
-  /// A value that a field of the record in a block must not have.
-  template <class Record, class Field, class Bad>
-  void refuse(int block, Field Record::*field, const Bad& bad) {
-    Record r = {};
-    const auto offset = reinterpret_cast<uint8_t*>(&(r.*field)) - reinterpret_cast<uint8_t*>(&r);
-    refuseBytes(block, static_cast<size_t>(offset), Field(bad));
-  }
-  /// A value that entry `index` of an array in a block must not have.
-  template <class T>
-  void refuseEntry(int block, size_t index, const T& bad, VekStatus status) {
-    refuseBytes(block, index * sizeof(T), bad, status);
-  }
-
-  /// The same for anything anywhere in a block.
-  template <class T>
-  void refuseAt(int block, size_t offset, const T& bad) {
-    refuseBytes(block, offset, bad);
-  }
-  /// One more value that a number of the last argument must not have.
-  void alsoRefuse(int cell, int bad) {
-    arguments_.back().cells[static_cast<size_t>(cell)].refused.add(bad);
-  }
-  void clearFaults() { faults_.clear(); }
-
-  /// A step for rows of `bytes` bytes.
-  int step(ptrdiff_t bytes, int rows, const Steps& steps = {}, Use use = Use::out);
-
-  VekStatus nullStatus = vekStsNullPtrErr;  ///< what answers null and misaligned pointers
-  int keptWhenRefused = 0;                  ///< allocations that a refusal keeps on purpose
-  int keptWhenReleased = 0;                 ///< allocations that the case itself keeps on purpose
-  std::string note;                         ///< what else tells one case from another
-
- private:
-  friend class Trial;
-  friend class Examination;
-
-  struct Block {
-    Use use;
-    Area area;
-    size_t alignment, offset;
-    int unit;
-    Buffer::Guard guard;
-    std::unique_ptr<Buffer> initial;  ///< of out and inOut only the contents count
-    std::vector<uint8_t> contents;
-  };
-  struct Cell {
-    int block = -1;
-    int alignment = 1;
-    int64_t number = 0;
-    bool isNumber = false;
-    Refused refused = {};
-  };
-  struct Argument {
-    std::vector<Cell> cells;
-    bool array = false;
-    std::shared_ptr<void> made;
-  };
-  /// One thing that is wrong: another value in a cell, or in the memory of a block.
-  struct Fault {
-    VekStatus status;
-    int argument = -1, cell = 0;  ///< cell -1: the array itself is null
-    bool null = false;
-    int shift = 0;
-    int64_t number = 0;
-    int block = -1;
-    size_t offset = 0;
-    std::vector<uint8_t> bytes = {};
-  };
-
-  template <class T>
-  void refuseBytes(int block, size_t offset, const T& bad, VekStatus status = vekStsBadArgErr) {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(&bad);
-    Fault fault = {status};
-    fault.block = block, fault.offset = offset, fault.bytes = {bytes, bytes + sizeof(T)};
-    faults_.push_back(fault);
-  }
-  std::vector<Fault> faults() const;
-  std::string describe() const;
-
-  bool far_;
-  std::vector<Block> blocks_;
-  std::vector<Argument> arguments_;
-  std::vector<Fault> faults_;
+/// One of the checks that a function makes one after the other: the status that answers it, at one
+/// argument or at all.
+struct Check {
+  VekStatus status;
+  int argument = -1;
 };
 
 /// An exported function, or several that only make sense together.
@@ -207,6 +23,7 @@ struct Record {
   std::vector<std::string> also = {};  ///< other functions that a call of this one exercises
   Call define = {};                    ///< writes what the call must write, by the definition; its
                                        ///< status is the call's, or negative: any
+  std::vector<Check> order = {};       ///< in which faults are answered, where it can be seen
   bool shareable = true;               ///< calls with the same arguments may run at the same time
   bool allocates = false;              ///< and lets go of all of it but what the case says
   bool mayAllocate = false;
@@ -215,34 +32,11 @@ struct Record {
 /// An exported function's name and the function.
 #define VEK_NAMED(f) #f, f
 
-std::vector<Record> coreRecords();
-std::vector<Record> aaaRecords();
-std::vector<Record> rawRecords();
-std::vector<Record> previewRecords();
-std::vector<Record> colorRecords();
-std::vector<Record> arithRecords();
-std::vector<Record> filterRecords();
-std::vector<Record> statRecords();
+#define VEK_RECORDS(family) std::vector<Record> family##Records();
+VEK_EACH_FAMILY(VEK_RECORDS)
+#undef VEK_RECORDS
 
 /// A family's records, or with "all" those of all families.
 std::vector<Record> recordsOf(const std::string& family);
-
-struct Options {
-  bool faults = true;  ///< spoil arguments, too
-  bool far = true;     ///< rows that lie gigabytes apart, too
-};
-
-/// Draws a case, runs it at every level and spoils its arguments; returns what is wrong, or nothing.
-/// `digest` takes in the results.
-std::string runCase(const Record& record, Random& random, const Options& options = {},
-                    uint64_t* digest = nullptr);
-
-/// Draws a case and spoils its arguments two by two: the status must be that of the fault with the
-/// lower rank. `ranks` has a digit for each parameter; an array of steps that is null ranks as the
-/// planes before it, and what is wrong behind a pointer comes last.
-std::string checkOrder(const Record& record, Random& random, const std::string& ranks);
-
-/// Draws a case and runs it in `threads` threads at once, `rounds` times in each, at every level.
-std::string runInThreads(const Record& record, Random& random, int threads, int rounds);
 
 }  // namespace vek::test

@@ -62,6 +62,7 @@ struct Manners {
   Steps steps = {};
   std::vector<int> numbers = {0};  ///< likely values of its int
   Refused refusedNumbers = {};
+  std::vector<Check> order = {};
 };
 
 inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels, int dstChannels,
@@ -70,6 +71,7 @@ inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels,
   VekiSize roi = {random.size(300), random.in(1, 5)};
   if (random.chance(2)) roi.width = random.in(300, 6000);
   if (random.chance(5)) roi.height = random.in(6, 70);
+  if (c.limits()) roi = c.sizeAcrossSeams(4096);
   const bool ordered = std::count(parts.begin(), parts.end(), Part::byte) == 4 ||
                        std::count(parts.begin(), parts.end(), Part::bytes) == 4;
   const int place = manners.inPlace ? random.in(0, 3) : 0;
@@ -155,10 +157,14 @@ inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels,
         std::vector<Vek32s> values;
         const int magnitudes[] = {16384, 32768, 524288, 0x7FFFFFFF};
         const int most = random.of(magnitudes);
+        const int bits[] = {15, 19, 31}, mostBits = c.limits() ? random.of(bits) : 0;
         for (int i = 0; i < (part == Part::matrix ? 12 : 3); ++i) {
           const bool anyOffset = i % 4 == 3 && random.chance(30);
           const int limit = anyOffset ? 0x7FFFFFFF : most;
-          values.push_back(random.chance(15) ? limit * random.in(-1, 1) : random.in(-limit, limit));
+          values.push_back(c.limits()          ? static_cast<Vek32s>(std::clamp<int64_t>(
+                                            random.aroundPower(mostBits), INT32_MIN, INT32_MAX))
+                           : random.chance(15) ? limit * random.in(-1, 1)
+                                               : random.in(-limit, limit));
         }
         c.pointer(c.objects(values));
         break;
@@ -167,19 +173,21 @@ inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels,
   }
 }
 
-template <class... A>
-Record packed(const char* name, VekStatus (*f)(A...), const Manners& manners) {
-  const std::string form = name;
-  const auto has = [&](const char* what) { return form.find(what) != std::string::npos; };
-  const int srcChannels = has("_C1") ? 1 : 3, dstChannels = has("C1R") ? 1 : 3;
-  return {name, bind(f), [=, parts = partsOf(f)](Case& c) {
-            drawPacked(c, parts, srcChannels, dstChannels, manners);
-          }};
+template <int srcChannels, int dstChannels = srcChannels, class... A>
+Record packed(const char* name, VekStatus (*f)(A...), const Manners& manners, const Call& define) {
+  const auto draw = [=, parts = partsOf(f)](Case& c) {
+    drawPacked(c, parts, srcChannels, dstChannels, manners);
+  };
+  return {name, bind(f), draw, {}, define, manners.order};
 }
 
-/// Both channel counts of a function.
-#define VEK_C1_C3(make, name, form, ...)                          \
-  make(VEK_NAMED(name##_8u_C1##form) __VA_OPT__(, ) __VA_ARGS__), \
-      make(VEK_NAMED(name##_8u_C3##form) __VA_OPT__(, ) __VA_ARGS__)
+/// The records of a function for both channel counts.
+#define VEK_C1_C3(make, name, form, ...)                             \
+  make<1>(VEK_NAMED(name##_8u_C1##form) __VA_OPT__(, ) __VA_ARGS__), \
+      make<3>(VEK_NAMED(name##_8u_C3##form) __VA_OPT__(, ) __VA_ARGS__)
+
+// What faults are answered with in most orders.
+inline constexpr Check pointers = {vekStsNullPtrErr}, sizes = {vekStsSizeErr},
+                       steps = {vekStsStepErr};
 
 }  // namespace vek::test

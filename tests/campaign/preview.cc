@@ -1,5 +1,5 @@
 // Resize, rotate and convert.
-#include "tests/footprint/preview.h"
+#include "tests/definition/preview.h"
 
 #include "vek/camera.h"
 
@@ -44,13 +44,21 @@ void drawSteps(Resize& a, Random& random, Aligned alignments) {
 }
 
 /// Destination sizes are multiples of the units; sometimes strips and turned tiles are crossed.
-Resize drawResize(Random& random, int widthUnit, int heightUnit, Aligned alignments) {
+Resize drawResize(Case& c, int widthUnit, int heightUnit, Aligned alignments) {
+  Random& random = c.random;
   Resize a = {};
   const bool wide = random.chance(3), unscaled = !wide && random.chance(40);
   a.dstWidth = roundUp(wide ? random.in(500, 1500) : random.size(150) + 1, widthUnit);
   a.dstHeight = roundUp(random.size(60) + 1, heightUnit);
   a.srcWidth = unscaled ? a.dstWidth : wide ? random.in(500, 1500) : random.size(150) + 1;
   a.srcHeight = unscaled ? a.dstHeight : random.size(60) + 1;
+  if (c.limits()) {  // a size of 1 is refused, and sources are about as large
+    const VekiSize size = c.sizeAcrossSeams(2048);
+    a.dstWidth = roundUp(size.width + 1, widthUnit),
+    a.dstHeight = roundUp(size.height + 1, heightUnit);
+    a.srcWidth = unscaled ? a.dstWidth : a.dstWidth * random.in(1, 6) / 3 + 2;
+    a.srcHeight = unscaled ? a.dstHeight : a.dstHeight * random.in(1, 6) / 3 + 2;
+  }
   drawSteps(a, random, alignments);
   a.interpolation = random.in(0, 1);
   a.rotation = random.in(0, 5);
@@ -105,7 +113,7 @@ void makeExact(Resize& a, Random& random) {
 
 void drawPlanarResize(Case& c, bool is420, Aligned srcUnits, Aligned dstUnits) {
   Random& random = c.random;
-  Resize a = drawResize(random, 2, is420 ? 2 : 1, srcUnits);
+  Resize a = drawResize(c, 2, is420 ? 2 : 1, srcUnits);
   if (is420 && random.chance(40)) makeExact(a, random);
   const int across = a.turned() ? a.dstHeight : a.dstWidth;
   int dstStep[3];
@@ -132,7 +140,7 @@ void draw422(Case& c) {
 
 void draw420Rgb(Case& c) {
   Random& random = c.random;
-  const Resize a = drawResize(random, 1, 1, {4, 2, 2});
+  const Resize a = drawResize(c, 1, 1, {4, 2, 2});
   const int format = random.in(4, 7), bytes = pixelBytes(format - 4), unit = format == 7 ? 2 : 8;
   const int across = a.turned() ? a.dstHeight : a.dstWidth;
   const int dstStep = roundUp(across * bytes, unit) + unit * random.in(0, 2);
@@ -148,7 +156,7 @@ void draw420Rgb(Case& c) {
 
 void draw422Rgb(Case& c) {
   Random& random = c.random;
-  Resize a = drawResize(random, random.chance(50) ? 4 : 1, 1, {4, 2, 2});
+  Resize a = drawResize(c, random.chance(50) ? 4 : 1, 1, {4, 2, 2});
   const int format = random.in(0, 3), bytes = pixelBytes(format);
   if (random.chance(30)) {  // nothing bounds sizes and steps
     a.srcWidth = random.in(1, a.srcWidth);
@@ -178,6 +186,10 @@ void draw422Reduce(Case& c) {
   const int factor = 2 << random.in(0, 2);
   int width = factor * random.size(150), height = factor * random.size(40);
   if (random.chance(2)) width = factor * random.in(500, 1500);
+  if (c.limits()) {
+    const VekiSize size = c.sizeAcrossSeams(1024);
+    width = factor * size.width, height = factor * size.height;
+  }
   width += random.in(0, factor - 1);
   height += random.in(0, factor - 1);
   const int interpolation = random.in(0, 1), format = random.in(0, 1), rotation = random.in(0, 3);
@@ -199,23 +211,25 @@ void draw422Reduce(Case& c) {
   c.number(rotation, bad({-1, 4}));
 }
 
-template <class... A>
-Record preview(const char* name, VekStatus (*f)(A...), std::function<void(Case&)> draw) {
-  return {name, bind(f), [draw](Case& c) {
-            c.nullStatus = vekStsBadArgErr;
-            draw(c);
-          }};
+template <class F, class Define>
+Record preview(const char* name, F f, std::function<void(Case&)> draw, Define define) {
+  const auto drawCamera = [draw](Case& c) {
+    c.nullStatus = vekStsBadArgErr;
+    draw(c);
+  };
+  return {name, bind(f), drawCamera, {}, bind(define)};
 }
 
 }  // namespace
 
 std::vector<Record> previewRecords() {
+  using namespace definition;
   return {
-      preview(VEK_NAMED(vekiYCbCr420RszRot_8u_P3R), draw420),
-      preview(VEK_NAMED(vekiYCbCr422RszRot_8u_P3R), draw422),
-      preview(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), draw420Rgb),
-      preview(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), draw422Rgb),
-      preview(VEK_NAMED(vekiResizeCscRotate_8u_C2R), draw422Reduce),
+      preview(VEK_NAMED(vekiYCbCr420RszRot_8u_P3R), draw420, planarResize<true>),
+      preview(VEK_NAMED(vekiYCbCr422RszRot_8u_P3R), draw422, planarResize<false>),
+      preview(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), draw420Rgb, planarRgb<true>),
+      preview(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), draw422Rgb, planarRgb<false>),
+      preview(VEK_NAMED(vekiResizeCscRotate_8u_C2R), draw422Reduce, reduce422),
   };
 }
 

@@ -9,17 +9,24 @@
 
 #include "tests/camera/raw/pipeline.h"
 #include "tests/campaign/campaign.h"
+#include "tests/definition/raw_frame.h"
 #include "tests/support/failing_allocator.h"
 
 namespace vek::test {
 namespace {
 
-VekiRggbGeometry drawGeometry(Random& random) {
+VekiRggbGeometry drawGeometry(Random& random, bool limits) {
   const int scale = 1 << random.in(0, 2), rotation = random.in(0, 3);
   const bool turned = rotation == 1 || rotation == 2;
   // Reduced destinations are multiples of four pixels wide.
   int width = 2 * scale * random.size(90), height = 2 * scale * random.size(40);
   if (random.chance(2)) width = 2 * scale * random.in(90, 1200);
+  // Crosses the seams of strips and of bands; definitions are compared along all of a row.
+  if (limits) {
+    const bool wide = random.chance(60);
+    (wide ? width : height) = 2 * scale * random.acrossSeam(wide ? 1024 : 128);
+    (wide ? height : width) = 2 * scale * random.in(1, 4);
+  }
   int& across = turned ? height : width;
   if (scale > 1) across = (across + 4 * scale - 1) / (4 * scale) * (4 * scale);
   const int format = random.in(8, 9), border = random.chance(50) ? random.in(-1, 1) : 0;
@@ -28,6 +35,15 @@ VekiRggbGeometry drawGeometry(Random& random) {
   if (random.chance(15)) g.srcStep = -g.srcStep;
   for (int& step : g.dstStep) step += 8 * random.in(0, 2);
   return g;
+}
+
+/// A matrix that takes one channel to a component by a factor of about 128 in Q8: with
+/// white, the products leave 16 bits or just do not.
+void drawLargeMatrix(Random& random, std::vector<Vek16s>& matrix) {
+  const int weights[3] = {128, 143, 128}, i = random.in(0, 2);  // the largest of R, G and B
+  const int factor = (64 * random.in(120, 134) + random.in(-32, 31)) * 256 / weights[i];
+  std::fill(matrix.begin(), matrix.end(), Vek16s{0});
+  matrix[static_cast<size_t>(4 * i)] = static_cast<Vek16s>(random.chance(50) ? factor : -factor);
 }
 
 /// Parameters with all they point at; `offset` lets a list of dead pixels lie in sensor
@@ -39,6 +55,7 @@ int drawColor(Case& c, const VekiRggbGeometry& g) {
   const int ranges[] = {300, 1500, 32767};
   const int range = random.of(ranges);
   for (int i = 0; i < 9; ++i) matrix.push_back(static_cast<Vek16s>(random.in(-range, range)));
+  if (c.limits()) drawLargeMatrix(random, matrix);
   p.colorMatrix = c.data<Vek16s>(c.objects(matrix));
   p.gammaMode = static_cast<Vek32u>(random.in(0, 1));
   p.gammaCurve[0] = static_cast<Vek32u>(random.in(0, 1));
@@ -118,7 +135,7 @@ VekStatus initAndFree(const Value* v) {
 void drawInit(Case& c) {
   c.nullStatus = vekStsBadArgErr;
   c.keptWhenRefused = 1;  // the block for the state
-  const VekiRggbGeometry g = drawGeometry(c.random);
+  const VekiRggbGeometry g = drawGeometry(c.random, c.limits());
   c.pointer(drawColor(c, g));
   c.pointer(drawGeometryBlock(c, g));
   c.pointer(c.objects(std::vector<void*>{&c}, Use::out));
@@ -126,7 +143,7 @@ void drawInit(Case& c) {
 
 void drawFrame(Case& c) {
   c.nullStatus = vekStsBadArgErr;
-  const VekiRggbGeometry g = drawGeometry(c.random);
+  const VekiRggbGeometry g = drawGeometry(c.random, c.limits());
   const int block = drawColor(c, g);
   c.clearFaults();
   c.keptWhenReleased = 0;
@@ -155,12 +172,15 @@ void drawFrame(Case& c) {
 }  // namespace
 
 std::vector<Record> rawRecords() {
-  std::vector<Record> records = {
-      {"veki10RGGBtoYCbCr_RotRsz_8u_P3R", bind(veki10RGGBtoYCbCr_RotRsz_8u_P3R), drawFrame},
-      {"vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R",
-       initAndFree,
-       drawInit,
-       {"vekiFree_10RGGBtoYCbCr_RotRsz_P3R"}}};
+  std::vector<Record> records = {{"veki10RGGBtoYCbCr_RotRsz_8u_P3R",
+                                  bind(veki10RGGBtoYCbCr_RotRsz_8u_P3R),
+                                  drawFrame,
+                                  {},
+                                  bind(definition::rawFrame)},
+                                 {"vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R",
+                                  initAndFree,
+                                  drawInit,
+                                  {"vekiFree_10RGGBtoYCbCr_RotRsz_P3R"}}};
   records[1].allocates = true;
   return records;
 }

@@ -3,14 +3,16 @@
 
 #include "vek/vek.h"
 
-#include <string>
-
 #include "tests/support/area.h"
 
 namespace vek::test::footprint {
 
 /// How an image lies in memory: bytes of a row for `pixels` pixels, in each plane.
 enum class Layout { triples, pairs422, words, planes444, planes422, planes420 };
+
+/// How the row steps are given: one for the image, one for each plane, or none as rows follow each
+/// other without padding.
+enum class RowSteps { one, each, none };
 
 inline int planeCount(Layout layout) {
   return layout < Layout::planes444 ? 1 : 3;
@@ -36,20 +38,5 @@ inline Area colorPlane(Layout layout, int plane, VekiSize size, int step) {
       return {chroma ? halfWidth : width, chroma ? halfHeight : height, step};
   }
 }
-
-/// What a conversion does follows from its name.
-struct ColorNames {
-  std::string name;
-
-  bool has(const char* part) const { return name.find(part) != std::string::npos; }
-
-  bool forward = has("RGBToY"), packed = has("8u16u"), planar = has("P3");
-  bool rows2 = has("420"), shared = rows2 || has("422");
-  bool oneStep = !shared || !planar, tight = name.back() == '3';
-  Layout planes = rows2 ? Layout::planes420 : shared ? Layout::planes422 : Layout::planes444;
-  Layout reduced = planar ? planes : shared ? Layout::pairs422 : Layout::triples;
-  Layout src = forward ? Layout::triples : reduced;
-  Layout dst = forward ? reduced : packed ? Layout::words : Layout::triples;
-};
 
 }  // namespace vek::test::footprint

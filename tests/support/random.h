@@ -30,6 +30,20 @@ class Random {
     return choices[in(0, static_cast<int>(n) - 1)];
   }
 
+  /// A little less or more than a power of two up to `most`, or twice that: what a strip or tile of
+  /// any size leaves over.
+  int acrossSeam(int most) {
+    int powers = 0;
+    while (256 << powers <= most) ++powers;
+    return (128 << in(0, powers)) * in(1, 2) + in(-2, 66);
+  }
+
+  /// A power of two of up to `most` bits, one less or one more, or the negative of that.
+  int64_t aroundPower(int most) {
+    const int64_t value = (int64_t{1} << in(0, most)) + in(-1, 1);
+    return chance(50) ? value : -value;
+  }
+
   /// Mostly small, sometimes around the sizes of vectors and strips.
   int size(int most) {
     const int limits[] = {20, 140, most};

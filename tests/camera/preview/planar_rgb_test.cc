@@ -5,57 +5,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "tests/camera/preview/luma.h"
-#include "tests/campaign/definition.h"
-
 namespace vek::test {
 namespace {
-
-using footprint::pixelBytes;
-using footprint::Resize;
-
-/// One converted pixel in memory; formats are counted from 0.
-void put(int y, int cb, int cr, int format, Vek8u* to) {
-  const int bits[4][3] = {{5, 6, 5}, {5, 5, 5}, {4, 4, 4}, {8, 8, 8}};
-  const int luma = (y - 16) * 298;
-  const int raw[3] = {luma + 409 * (cr - 128), luma - 100 * (cb - 128) - 208 * (cr - 128),
-                      luma + 516 * (cb - 128)};
-  int pixel = 0;  // red uppermost
-  for (int i = 0; i < 3; ++i) {
-    const int n = bits[format][i];
-    pixel = pixel << n | std::clamp(raw[i] >> (16 - n), 0, (1 << n) - 1);
-  }
-  for (int i = 0; i < pixelBytes(format); ++i) to[i] = static_cast<Vek8u>(pixel >> 8 * i);
-}
-
-template <bool is420>
-void resize(const Vek8u* const* src, const int* s, int srcWidth, int srcHeight, Vek8u* dst,
-            int dstStep, int w, int h, int format, int interpolation, int rotation, int xStep,
-            int yStep) {
-  const int chroma = s[0] / 2;
-  const Resize a = {srcWidth, srcHeight, {s[0], is420 ? s[1] : chroma, is420 ? s[2] : chroma},
-                    w,        h,         interpolation,
-                    rotation, xStep,     yStep};
-  format -= is420 ? 4 : 0;
-  if (!is420 && format == 3 && a.turned()) std::swap(w, h);
-  for (int y = 0; y < h; ++y) {
-    for (int x = 0; x < w; ++x) {
-      const auto p = (is420 ? footprint::ycc420RgbPhases : footprint::ycc422RgbPhases)(a, x, y);
-      const auto to = is420 ? footprint::turn(rotation, x, y, w, h)
-                            : footprint::turn422Rgb(a, pixelBytes(format), x, y);
-      const auto at = [&](int i) {
-        return src[i][(p.chromaRow >> 16) * a.srcStep[i] + (p.chromaColumn >> 16)];
-      };
-      put(lumaAt(src[0], a, p.row, p.column), at(1), at(2), format,
-          dst + ptrdiff_t{to.row} * dstStep + to.column * pixelBytes(format));
-    }
-  }
-}
-
-TEST(PlanarRgb, EqualsTheDefinition) {
-  expectDefinition(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), resize<true>, 700);
-  expectDefinition(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), resize<false>, 600);
-}
 
 TEST(PlanarRgb, KnownColours) {
   const int cases[][5] = {

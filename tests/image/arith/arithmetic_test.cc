@@ -1,54 +1,19 @@
-#include <algorithm>
-#include <cmath>
+#include "vek/image.h"
 
-#include "tests/image/arith/pointwise_test.h"
+#include <climits>
+#include <gtest/gtest.h>
+
+#include "tests/definition/pointwise.h"
+#include "tests/support/levels.h"
 
 namespace vek::test {
 namespace {
-
-int scaled(int exact, int scaleFactor) {
-  const double limited = std::clamp(scaleFactor, -30, 30);
-  return static_cast<int>(std::min(255.0, std::floor(exact * std::exp2(-limited) + 0.5)));
-}
-
-// Of two images, or of an image and a constant.
-int sum(const int* x) {
-  return scaled(x[0] + x[1], x[2]);
-}
-int firstFromSecond(const int* x) {
-  return scaled(std::max(x[1] - x[0], 0), x[2]);
-}
-int constantFromImage(const int* x) {
-  return scaled(std::max(x[0] - x[1], 0), x[2]);
-}
-int product(const int* x) {
-  return scaled(x[0] * x[1], x[2]);
-}
-int square(const int* x) {
-  return scaled(x[0] * x[0], x[1]);
-}
-int scaledBy255(const int* x) {
-  const int p = x[0] * x[1];
-  return (p + (p >> 8) + 1) >> 8;
-}
-
-TEST(Arithmetic, EqualsTheDefinition) {
-  VEK_C1_C3(expectPointwise, vekiAdd, RSfs, sum);
-  VEK_C1_C3(expectPointwise, vekiAddC, RSfs, sum);
-  VEK_C1_C3(expectPointwise, vekiSub, RSfs, firstFromSecond);
-  VEK_C1_C3(expectPointwise, vekiSubC, RSfs, constantFromImage);
-  VEK_C1_C3(expectPointwise, vekiMul, RSfs, product);
-  VEK_C1_C3(expectPointwise, vekiMulC, RSfs, product);
-  VEK_C1_C3(expectPointwise, vekiSqr, RSfs, square);
-  VEK_C1_C3(expectPointwise, vekiMulScale, R, scaledBy255);
-  VEK_C1_C3(expectPointwise, vekiMulCScale, R, scaledBy255);
-}
 
 /// Every pair of samples, at every scale factor that differs from its neighbours.
 template <class... Scale>
 void expectAllPairs(VekStatus (*f)(const Vek8u*, int, const Vek8u*, int, Vek8u*, int, VekiSize,
                                    Scale...),
-                    Formula formula) {
+                    definition::Formula formula) {
   std::vector<Vek8u> a, b, dst(65536);
   for (int i = 0; i < 65536; ++i) {
     a.push_back(static_cast<Vek8u>(i)), b.push_back(static_cast<Vek8u>(i >> 8));
@@ -66,10 +31,10 @@ void expectAllPairs(VekStatus (*f)(const Vek8u*, int, const Vek8u*, int, Vek8u*,
 }
 
 TEST(Arithmetic, AllPairsOfSamples) {
-  expectAllPairs(vekiAdd_8u_C1RSfs, sum);
-  expectAllPairs(vekiSub_8u_C1RSfs, firstFromSecond);
-  expectAllPairs(vekiMul_8u_C1RSfs, product);
-  expectAllPairs(vekiMulScale_8u_C1R, scaledBy255);
+  expectAllPairs(vekiAdd_8u_C1RSfs, definition::sum);
+  expectAllPairs(vekiSub_8u_C1RSfs, definition::firstFromSecond);
+  expectAllPairs(vekiMul_8u_C1RSfs, definition::product);
+  expectAllPairs(vekiMulScale_8u_C1R, definition::scaledBy255);
 }
 
 TEST(Arithmetic, KnownResults) {
@@ -89,16 +54,21 @@ TEST(Arithmetic, KnownResults) {
   EXPECT_EQ(one(vekiMulScale_8u_C1R, 128, 128), 64);
 }
 
-/// Arithmetic and logic test steps before the size, set and copy after it, thresholds not at all;
-/// the value of a set comes last.
-TEST(Arithmetic, AnswersFaultsInOrder) {
-  expectOrder("arith", {{"LTValGTVal_8u_C1", "0.0.1..2."},
-                        {"Threshold", "0.0.10000"},
-                        {"Set", "3021"},
-                        {"Copy", "02021"},
-                        {"Sqr|Not", "01012"},
-                        {"C_|CScale", "010012"},
-                        {"", "0101012"}});
+TEST(Logic, KnownResults) {
+  const Vek8u src[3] = {200, 50, 129}, low[3] = {5, 50, 5}, high[3] = {5, 50, 4};
+  const Vek32u amounts[3] = {1, 9, 1};
+  Vek8u dst[3];
+  const VekiSize pixel = {1, 1};
+  EXPECT_EQ(vekiLShiftC_8u_C1R(src, 1, 1, dst, 1, pixel), 0);
+  EXPECT_EQ(dst[0], 144);
+  EXPECT_EQ(vekiRShiftC_8u_C3R(src, 3, amounts, dst, 3, pixel), 0);
+  EXPECT_EQ(dst[0] << 16 | dst[1] << 8 | dst[2], 100 << 16 | 0 << 8 | 64);
+  // Thresholds: comparisons are strict, no step is tested, and equal thresholds are in order.
+  EXPECT_EQ(vekiThreshold_GT_8u_C1R(src, INT_MIN, dst, 0, {2, 1}, 199), 0);
+  EXPECT_EQ(dst[0] << 8 | dst[1], 199 << 8 | 50);
+  EXPECT_EQ(vekiThreshold_LTValGTVal_8u_C1R(src, 0, dst, 0, {2, 1}, 50, 1, 50, 2), 0);
+  EXPECT_EQ(dst[0] << 8 | dst[1], 2 << 8 | 50);
+  EXPECT_EQ(vekiThreshold_LTValGTVal_8u_C3R(src, 3, dst, 3, pixel, low, src, high, src), -18);
 }
 
 }  // namespace

@@ -1,85 +1,17 @@
 // Gray, colour twist, XYZ, YCC, LUV, HLS, HSV.
 #include "vek/image.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "tests/campaign/definition.h"
+#include "tests/support/differential.h"
 
 namespace vek::test {
 namespace {
 
 using Convert = VekStatus (*)(const Vek8u*, int, Vek8u*, int, VekiSize);
 using Pixel = std::array<int, 3>;
-
-int clampByte(int64_t v) {
-  return static_cast<int>(std::clamp<int64_t>(v, 0, 255));
-}
-int nearest(double v) {
-  return clampByte(static_cast<int64_t>(std::floor(v + 0.5 + 1e-9)));
-}
-
-/// Compares a conversion with `model`, which gets a pixel and what follows the region.
-template <class Model, class... More>
-void expectPixels(const char* name,
-                  VekStatus (*f)(const Vek8u*, int, Vek8u*, int, VekiSize, More...), Model model) {
-  const ptrdiff_t channels = std::string(name).find("C1R") != std::string::npos ? 1 : 3;
-  const auto define = [=](const Vek8u* src, ptrdiff_t srcStep, Vek8u* dst, ptrdiff_t dstStep,
-                          VekiSize roi, More... more) {
-    for (int y = 0; y < roi.height; ++y) {
-      for (int x = 0; x < roi.width; ++x) {
-        const Vek8u* p = src + y * srcStep + 3 * x;
-        const Pixel result = model({p[0], p[1], p[2]}, more...);
-        std::copy_n(result.begin(), channels, dst + y * dstStep + channels * x);
-      }
-    }
-  };
-  expectDefinition(name, f, define, 150);
-}
-
-Pixel twisted(Pixel p, const Vek32s (*m)[4]) {
-  Pixel out;
-  for (int k = 0; k < 3; ++k) {
-    int64_t sum = (m[k][3] >> 4) + 512;
-    for (int c = 0; c < 3; ++c) sum += int64_t{m[k][c] >> 4} * p[c];
-    out[k] = clampByte(sum >> 10);
-  }
-  return out;
-}
-
-TEST(ColourModels, Gray) {
-  expectPixels(VEK_NAMED(vekiRGBToGray_8u_C3C1R),
-               [](Pixel p) { return Pixel{(306 * p[0] + 601 * p[1] + 117 * p[2] + 512) >> 10}; });
-  expectPixels(VEK_NAMED(vekiColorToGrayQ14_8u_C3C1R), [](Pixel p, const Vek32s* w) {
-    const int64_t sum = int64_t{w[0]} * p[0] + int64_t{w[1]} * p[1] + int64_t{w[2]} * p[2];
-    return Pixel{clampByte((sum + 8192) >> 14)};
-  });
-}
-
-TEST(ColourModels, Twist) {
-  expectPixels(VEK_NAMED(vekiColorTwistQ14_8u_C3R), twisted);
-  const auto by = [](const Vek32s(&m)[3][4]) { return [&m](Pixel p) { return twisted(p, m); }; };
-  const Vek32s xyz[3][4] = {{6758, 5859, 2956, 0}, {3484, 11717, 1182, 0}, {317, 1953, 15569, 0}};
-  const Vek32s fromXyz[3][4] = {
-      {53092, -25185, -8168, 0}, {-15880, 30736, 681, 0}, {912, -3343, 17323, 0}};
-  const Vek32s ycc[3][4] = {
-      {3494, 6860, 1332, 0}, {-2140, -4201, 6342, 2555904}, {6109, -5116, -994, 2244608}};
-  const Vek32s fromYcc[3][4] = {
-      {22256, 0, 29843, -4088553}, {22256, -7050, -15190, 3180809}, {22256, 36338, 0, -5668739}};
-  expectPixels(VEK_NAMED(vekiRGBToXYZ_8u_C3R), by(xyz));
-  expectPixels(VEK_NAMED(vekiXYZToRGB_8u_C3R), by(fromXyz));
-  expectPixels(VEK_NAMED(vekiRGBToYCC_8u_C3R), by(ycc));
-  expectPixels(VEK_NAMED(vekiYCCToRGB_8u_C3R), by(fromYcc));
-}
-
-double hueOf(double r, double g, double b) {
-  const double most = std::max({r, g, b}), range = most - std::min({r, g, b});
-  if (range == 0) return 0;
-  const double sixths = most == r   ? (g - b) / range
-                        : most == g ? 2 + (b - r) / range
-                                    : 4 + (r - g) / range;
-  return (sixths < 0 ? sixths + 6 : sixths) * 255 / 6;
-}
 
 /// Every byte triple of a grid at each level, within the documented distance of double precision.
 template <class Channel>
@@ -105,13 +37,7 @@ void compareInverse(Convert convert, Channel channel) {
   }
 }
 
-TEST(ColourModels, Hsv) {
-  expectPixels(VEK_NAMED(vekiRGBToHSV_8u_C3R), [](Pixel p) {
-    const int most = *std::max_element(p.begin(), p.end());
-    const int least = *std::min_element(p.begin(), p.end());
-    return Pixel{nearest(hueOf(p[0], p[1], p[2])),
-                 most == 0 ? 0 : nearest(255.0 * (most - least) / most), most};
-  });
+TEST(ColourModels, HsvToRgbIsClose) {
   compareInverse(vekiHSVToRGB_8u_C3R, [](const Vek8u* p, int c) {
     const double shifts[3] = {5, 3, 1};
     const double k = std::fmod(shifts[c] + p[0] * 6 / 255.0, 6);
@@ -119,14 +45,7 @@ TEST(ColourModels, Hsv) {
   });
 }
 
-TEST(ColourModels, Hls) {
-  expectPixels(VEK_NAMED(vekiRGBToHLS_8u_C3R), [](Pixel p) {
-    const int most = *std::max_element(p.begin(), p.end());
-    const int least = *std::min_element(p.begin(), p.end());
-    const int sum = most + least;
-    return Pixel{nearest(hueOf(p[0], p[1], p[2])), nearest(sum / 2.0),
-                 most == least ? 0 : nearest(255.0 * (most - least) / std::min(sum, 510 - sum))};
-  });
+TEST(ColourModels, HlsToRgbIsClose) {
   compareInverse(vekiHLSToRGB_8u_C3R, [](const Vek8u* p, int c) {
     const double shifts[3] = {0, 8, 4};
     const double k = std::fmod(shifts[c] + p[0] * 12 / 255.0, 12);

@@ -1,0 +1,100 @@
+// What the raw pipeline writes.
+#pragma once
+
+#include "vek/camera.h"
+
+#include <algorithm>
+#include <array>
+
+#include "camera/raw/state.h"
+
+namespace vek::test::definition {
+
+using Rgb = std::array<int, 3>;
+
+/// The picture, pixel by pixel, on gamma-mapped samples at (row, column) of the region.
+struct RawPicture {
+  const Vek16u* src;
+  const VekiRggbToYCbCrState& g;
+
+  int at(int row, int column) const {
+    return g.gammaTable[0][src[row * (g.srcStep / 2) + column] & 1023];
+  }
+
+  static int mean(std::initializer_list<int> values) {
+    const int n = static_cast<int>(values.size());
+    int sum = n / 2;
+    for (int v : values) sum += v;
+    return sum / n;
+  }
+
+  Rgb quad(int redRow, int redColumn, int blueRow, int blueColumn) const {
+    return {at(redRow, redColumn), mean({at(redRow, blueColumn), at(blueRow, redColumn)}),
+            at(blueRow, blueColumn)};
+  }
+
+  /// The pixel (x, y) of the unturned result.
+  Rgb pixel(int x, int y) const {
+    if (g.scale == 2) return quad(2 * y, 2 * x, 2 * y + 1, 2 * x + 1);
+    if (g.scale == 4) return quad(4 * y + 2, 4 * x + 2, 4 * y + 1, 4 * x + 1);
+    const int r = y & ~1, c = x & ~1;
+    const bool edge = r == 0 || c == 0 || r == g.srcHeight - 2 || c == g.srcWidth - 2;
+    if (g.srcBorderValid == 0 && edge) return quad(r, c, r + 1, c + 1);
+    const int beside = mean({at(y, x - 1), at(y, x + 1)});
+    const int above = mean({at(y - 1, x), at(y + 1, x)});
+    if (x % 2 != y % 2) {
+      return y % 2 == 0 ? Rgb{beside, at(y, x), above} : Rgb{above, at(y, x), beside};
+    }
+    const int cross = mean({at(y - 1, x), at(y + 1, x), at(y, x - 1), at(y, x + 1)});
+    const int corners =
+        mean({at(y - 1, x - 1), at(y - 1, x + 1), at(y + 1, x - 1), at(y + 1, x + 1)});
+    return y % 2 == 0 ? Rgb{at(y, x), cross, corners} : Rgb{corners, cross, at(y, x)};
+  }
+
+  /// The pixel at a row and column of the destination.
+  Rgb turned(int row, int column) const {
+    const int w = g.dstWidth - 1, h = g.dstHeight - 1;
+    const int x[] = {column, h - row, row, w - column}, y[] = {row, column, w - column, h - row};
+    return pixel(x[g.rotation], y[g.rotation]);
+  }
+
+  uint8_t component(int i, const Rgb& p) const {
+    int sum = i == 0 ? 0 : 32768;
+    for (int j = 0; j < 3; ++j) sum += g.yccMatrix[3 * i + j] * p[j];
+    return static_cast<uint8_t>(std::clamp(sum >> 8, 0, 255));
+  }
+
+  void write(Vek8u* const* dst) const {
+    for (int y = 0; y < g.dstHeight; ++y) {
+      for (int x = 0; x < g.dstWidth; ++x) {
+        dst[0][y * g.dstStep[0] + x] = component(0, turned(y, x));
+      }
+    }
+    const int down = g.chromaFormat == 8 ? 1 : 2;
+    for (int y = 0; y < g.dstHeight; y += down) {
+      for (int x = 0; x < g.dstWidth; x += 2) {
+        const Rgb a = turned(y, x), b = turned(y, x + 1);
+        // In 4:2:2 these are a and b again, which rounds as their average does.
+        const Rgb c = turned(y + down - 1, x), d = turned(y + down - 1, x + 1);
+        Rgb p;
+        for (int j = 0; j < 3; ++j) p[j] = mean({a[j], b[j], c[j], d[j]});
+        for (int i : {1, 2}) dst[i][y / down * g.dstStep[i] + x / 2] = component(i, p);
+      }
+    }
+  }
+};
+
+inline void rawFrame(Vek16u* src, Vek8u* const* dst, const VekiRggbToYCbCrState* state) {
+  for (int i = 0; state->deadPixels != nullptr && i < state->numDeadPixels; ++i) {
+    const auto [row, column] = state->deadPixels[i];
+    Vek16u* const pixel = src + row * (state->srcStep / 2) + column;
+    if (column > 1) {
+      *pixel = pixel[-2];
+    } else if (row > 1) {
+      *pixel = pixel[-state->srcStep];
+    }
+  }
+  RawPicture{src, *state}.write(dst);
+}
+
+}  // namespace vek::test::definition
