@@ -1,21 +1,16 @@
 // campaign: random calls of every exported function, at every level, with results compared between
 // the levels and inaccessible pages or canaries around everything that a call may touch.
-#include "vek/camera.h"
-#include "vek/image.h"
 
-#include <atomic>
 #include <chrono>
 #include <cinttypes>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <fstream>
 #include <map>
 #include <pthread.h>
 #include <set>
-#include <thread>
 #include <unistd.h>
 
 #include "tests/campaign/examination.h"
@@ -33,7 +28,6 @@ const char* const usage =
     "       campaign replay FUNCTION SEED          the one case that failed\n"
     "       campaign threads CASES                 the same calls in four threads at once\n"
     "       campaign digest [FILE]                 digests of the results, compared with FILE\n"
-    "       campaign throughput                    what two threads do more than one\n"
     "       campaign stack LIMIT [CASES]           no function takes more than LIMIT bytes of "
     "stack\n"
     "       campaign complete                      no exported function is missing\n";
@@ -154,72 +148,6 @@ int threads(uint64_t cases) {
     }
   }
   printf("%d cases, each in four threads at once at %zu levels\n", run, levels().size());
-  return 0;
-}
-
-struct Rate {
-  double perSecond, perProcessorSecond;
-};
-
-/// How often `work` runs in `count` threads that start together.
-Rate rate(int count, const std::function<void(int)>& work) {
-  std::atomic<int> calls = 0;
-  const auto start = Clock::now();
-  const std::clock_t processor = std::clock();
-  std::vector<std::thread> threads;
-  for (int t = 0; t < count; ++t) {
-    threads.emplace_back([&, t] {
-      while (secondsSince(start) < 1) work(t), ++calls;
-    });
-  }
-  for (std::thread& t : threads) t.join();
-  const double spent = static_cast<double>(std::clock() - processor) / CLOCKS_PER_SEC;
-  return {calls / secondsSince(start), calls / spent};
-}
-
-/// Frames of 1280 x 720, each thread with its own.
-int throughput() {
-  constexpr VekiSize size = {1280, 720};
-  std::vector<Vek8u> src(3 * 1280 * 730), dst[2] = {src, src};
-  for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<Vek8u>(i * i >> 7);
-  const Vek8u* const planes[3] = {src.data(), src.data(), src.data()};
-  const int steps[3] = {1280, 640, 640};
-  const struct {
-    const char* name;
-    std::function<void(int)> work;
-  } works[] = {
-      {"vekiYCbCr420ToRGB565_8u16u_P3C3R",
-       [&](int t) {
-         vekiYCbCr420ToRGB565_8u16u_P3C3R(planes, steps, reinterpret_cast<Vek16u*>(dst[t].data()),
-                                          2560, size);
-       }},
-      {"vekiYCbCr420RszRot_8u_P3R, a quarter turn",
-       [&](int t) {
-         Vek8u* const out[3] = {dst[t].data(), dst[t].data() + 1280 * 720,
-                                dst[t].data() + 2 * 1280 * 720};
-         const int outSteps[3] = {720, 360, 360};
-         vekiYCbCr420RszRot_8u_P3R(planes, steps, 1280, 720, out, outSteps, 1280, 720,
-                                   vekiInterpolateLinear, vekiRot90Ccw, 65536, 65536);
-       }},
-      {"vekiFilterBox_8u_C1R, 5 x 5",
-       [&](int t) {
-         vekiFilterBox_8u_C1R(src.data(), 1280, dst[t].data(), 1280, {1270, 720}, {5, 5}, {0, 0});
-       }},
-      {"vekiFilterMedian_8u_C3R, 3 x 3",
-       [&](int t) {
-         vekiFilterMedian_8u_C3R(src.data(), 3840, dst[t].data(), 3840, {1270, 720}, {3, 3},
-                                 {0, 0});
-       }},
-      {"vekiRGBToHSV_8u_C3R",
-       [&](int t) { vekiRGBToHSV_8u_C3R(src.data(), 3840, dst[t].data(), 3840, size); }},
-  };
-  for (const auto& w : works) {
-    const Rate one = rate(1, w.work), two = rate(2, w.work);
-    printf(
-        "%-42s %6.0f frames/s, two threads %6.0f: %.2f times; %.2f for the same processor time\n",
-        w.name, one.perSecond, two.perSecond, two.perSecond / one.perSecond,
-        two.perProcessorSecond / one.perProcessorSecond);
-  }
   return 0;
 }
 
@@ -352,7 +280,6 @@ int main(int count, char** arguments) {
   if (command == "replay" && count > 3) return replay(argument(2), number(argument(3)));
   if (command == "threads") return threads(count > 2 ? number(argument(2)) : 10);
   if (command == "digest") return digest(argument(2));
-  if (command == "throughput") return throughput();
   if (command == "stack" && count > 2) {
     return stack(number(argument(2)), count > 3 ? number(argument(3)) : 10);
   }

@@ -43,7 +43,7 @@ void drawSteps(Resize& a, Random& random, Aligned alignments) {
   if (a.xStep > 65536 && random.chance(40)) a.xStep &= ~0xFFFF;
 }
 
-/// Destination sizes are multiples of the units; sometimes strips and turned tiles are crossed.
+/// Destination sizes are multiples of the units; sometimes strips and tiles are crossed.
 Resize drawResize(Case& c, int widthUnit, int heightUnit, Aligned alignments) {
   Random& random = c.random;
   Resize a = {};
@@ -102,7 +102,7 @@ void drawManner(Case& c, const Resize& a, bool bounded) {
   if (bounded) c.alsoRefuse(0, maxStep(a.srcHeight, a.dstHeight) + 1);
 }
 
-/// Reduces to a half or a quarter, mostly unturned.
+/// Reduces to a half or a quarter, mostly without rotation.
 void makeExact(Resize& a, Random& random) {
   const int factor = random.chance(50) ? 2 : 4;
   a.srcWidth = factor * a.dstWidth + random.in(0, factor - 1);
@@ -115,7 +115,7 @@ void drawPlanarResize(Case& c, bool is420, Aligned srcUnits, Aligned dstUnits) {
   Random& random = c.random;
   Resize a = drawResize(c, 2, is420 ? 2 : 1, srcUnits);
   if (is420 && random.chance(40)) makeExact(a, random);
-  const int across = a.turned() ? a.dstHeight : a.dstWidth;
+  const int across = a.isQuarterTurn() ? a.dstHeight : a.dstWidth;
   int dstStep[3];
   for (int i = 0; i < 3; ++i) {
     dstStep[i] = roundUp(i == 0 ? across : across / 2, dstUnits[i]) + dstUnits[i] * random.in(0, 3);
@@ -142,7 +142,7 @@ void draw420Rgb(Case& c) {
   Random& random = c.random;
   const Resize a = drawResize(c, 1, 1, {4, 2, 2});
   const int format = random.in(4, 7), bytes = pixelBytes(format - 4), unit = format == 7 ? 2 : 8;
-  const int across = a.turned() ? a.dstHeight : a.dstWidth;
+  const int across = a.isQuarterTurn() ? a.dstHeight : a.dstWidth;
   const int dstStep = roundUp(across * bytes, unit) + unit * random.in(0, 2);
   const auto print = footprint::ycc420Rgb(a, dstStep, bytes);
   drawSource(c, a, print, {4, 2, 2}, {4, 2, 2}, true);
@@ -166,8 +166,8 @@ void draw422Rgb(Case& c) {
   }
   // 16-bit quarter turns scatter the pixels of an unequal size.
   const bool small = a.dstWidth <= 20 && a.dstHeight <= 20;
-  if (format == 3 ? random.chance(20) : a.turned() && !small) a.dstHeight = a.dstWidth;
-  if (format == 3 && a.turned()) std::swap(a.dstWidth, a.dstHeight);
+  if (format == 3 ? random.chance(20) : a.isQuarterTurn() && !small) a.dstHeight = a.dstWidth;
+  if (format == 3 && a.isQuarterTurn()) std::swap(a.dstWidth, a.dstHeight);
   for (int i : {1, 2}) a.srcStep[i] = roundUp(a.srcWidth, 4) / 2 + 2 * random.in(0, 2);
   const int row = a.dstWidth * bytes, extra = random.in(0, 1);
   const int dstStep = format == 3 ? roundUp(row, 4) + extra : roundUp(row, 8) + 8 * extra;
@@ -193,8 +193,8 @@ void draw422Reduce(Case& c) {
   width += random.in(0, factor - 1);
   height += random.in(0, factor - 1);
   const int interpolation = random.in(0, 1), format = random.in(0, 1), rotation = random.in(0, 3);
-  const bool turned = rotation == 1 || rotation == 2;
-  const int across = (turned ? height : width) / factor;
+  const bool quarterTurn = rotation == 1 || rotation == 2;
+  const int across = (quarterTurn ? height : width) / factor;
   const int srcStep = roundUp(2 * width, 8) + 8 * random.in(0, 1);
   const int dstStep = roundUp(2 * across, 8) + 8 * random.in(0, 1);
   const auto print =

@@ -17,7 +17,7 @@ namespace {
 
 VekiRggbGeometry drawGeometry(Random& random, bool limits) {
   const int scale = 1 << random.in(0, 2), rotation = random.in(0, 3);
-  const bool turned = rotation == 1 || rotation == 2;
+  const bool quarterTurn = rotation == 1 || rotation == 2;
   // Reduced destinations are multiples of four pixels wide.
   int width = 2 * scale * random.size(90), height = 2 * scale * random.size(40);
   if (random.chance(2)) width = 2 * scale * random.in(90, 1200);
@@ -27,7 +27,7 @@ VekiRggbGeometry drawGeometry(Random& random, bool limits) {
     (wide ? width : height) = 2 * scale * random.acrossSeam(wide ? 1024 : 128);
     (wide ? height : width) = 2 * scale * random.in(1, 4);
   }
-  int& across = turned ? height : width;
+  int& across = quarterTurn ? height : width;
   if (scale > 1) across = (across + 4 * scale - 1) / (4 * scale) * (4 * scale);
   const int format = random.in(8, 9), border = random.chance(50) ? random.in(-1, 1) : 0;
   VekiRggbGeometry g = rawGeometry(width, height, scale, rotation, format, border);

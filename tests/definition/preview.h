@@ -56,12 +56,12 @@ void planarResize(const Vek8u* const* src, const int* s, int srcWidth, int srcHe
   for (int y = 0; y < (h + 1) / 2 * 2; ++y) {
     for (int x = 0; x < w; ++x) {
       const auto p = (is420 ? footprint::ycc420Phases : footprint::ycc422Phases)(a, x, y);
-      put(0, footprint::turn(rotation, x, y, w, h),
+      put(0, footprint::rotate(rotation, x, y, w, h),
           exact ? reducedSample(src[0], a, 0, x, y) : lumaAt(src[0], a, p.row, p.column));
       if (x % 2 == 1 || (is420 && y % 2 == 1)) continue;
       for (int i : {1, 2}) {
-        Place to = is420 ? footprint::turn(rotation, x / 2, y / 2, w / 2, h / 2)
-                         : footprint::turnChroma422(a, x / 2, y);
+        Place to = is420 ? footprint::rotate(rotation, x / 2, y / 2, w / 2, h / 2)
+                         : footprint::rotateChroma422(a, x / 2, y);
         const ptrdiff_t row = p.chromaRow >> 16, column = p.chromaColumn >> 16;
         const int value =
             exact ? reducedSample(src[i], a, i, x / 2, y / 2) : src[i][row * s[i] + column];
@@ -100,12 +100,12 @@ void planarRgb(const Vek8u* const* src, const int* s, int srcWidth, int srcHeigh
                     w,        h,         interpolation,
                     rotation, xStep,     yStep};
   format -= is420 ? 4 : 0;
-  if (!is420 && format == 3 && a.turned()) std::swap(w, h);
+  if (!is420 && format == 3 && a.isQuarterTurn()) std::swap(w, h);
   for (int y = 0; y < h; ++y) {
     for (int x = 0; x < w; ++x) {
       const auto p = (is420 ? footprint::ycc420RgbPhases : footprint::ycc422RgbPhases)(a, x, y);
-      const auto to = is420 ? footprint::turn(rotation, x, y, w, h)
-                            : footprint::turn422Rgb(a, pixelBytes(format), x, y);
+      const auto to = is420 ? footprint::rotate(rotation, x, y, w, h)
+                            : footprint::rotate422Rgb(a, pixelBytes(format), x, y);
       const auto at = [&](int i) {
         return src[i][(p.chromaRow >> 16) * a.srcStep[i] + (p.chromaColumn >> 16)];
       };
@@ -157,7 +157,7 @@ inline void reduce422(const Vek8u* src, int srcStep, Vek16u* dst, int dstStep, i
         return average(averages);
       };
       const int pair = x & ~1, blocks = pair + 1 < columns ? 2 : 1;
-      const auto [row, column] = footprint::turn(rotation, x, y, columns, rows);
+      const auto [row, column] = footprint::rotate(rotation, x, y, columns, rows);
       const int pixel = rgbWord(sample(x, 1, 1, 2), sample(pair, blocks, 0, 4),
                                 sample(pair, blocks, 2, 4), format);
       Vek8u* const to = reinterpret_cast<Vek8u*>(dst) + row * dstStep + 2 * column;

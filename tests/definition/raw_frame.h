@@ -33,7 +33,7 @@ struct RawPicture {
             at(blueRow, blueColumn)};
   }
 
-  /// The pixel (x, y) of the unturned result.
+  /// The pixel (x, y) of the result before it is rotated.
   Rgb pixel(int x, int y) const {
     if (g.scale == 2) return quad(2 * y, 2 * x, 2 * y + 1, 2 * x + 1);
     if (g.scale == 4) return quad(4 * y + 2, 4 * x + 2, 4 * y + 1, 4 * x + 1);
@@ -52,7 +52,7 @@ struct RawPicture {
   }
 
   /// The pixel at a row and column of the destination.
-  Rgb turned(int row, int column) const {
+  Rgb rotated(int row, int column) const {
     const int w = g.dstWidth - 1, h = g.dstHeight - 1;
     const int x[] = {column, h - row, row, w - column}, y[] = {row, column, w - column, h - row};
     return pixel(x[g.rotation], y[g.rotation]);
@@ -67,15 +67,15 @@ struct RawPicture {
   void write(Vek8u* const* dst) const {
     for (int y = 0; y < g.dstHeight; ++y) {
       for (int x = 0; x < g.dstWidth; ++x) {
-        dst[0][y * g.dstStep[0] + x] = component(0, turned(y, x));
+        dst[0][y * g.dstStep[0] + x] = component(0, rotated(y, x));
       }
     }
     const int down = g.chromaFormat == 8 ? 1 : 2;
     for (int y = 0; y < g.dstHeight; y += down) {
       for (int x = 0; x < g.dstWidth; x += 2) {
-        const Rgb a = turned(y, x), b = turned(y, x + 1);
+        const Rgb a = rotated(y, x), b = rotated(y, x + 1);
         // In 4:2:2 these are a and b again, which rounds as their average does.
-        const Rgb c = turned(y + down - 1, x), d = turned(y + down - 1, x + 1);
+        const Rgb c = rotated(y + down - 1, x), d = rotated(y + down - 1, x + 1);
         Rgb p;
         for (int j = 0; j < 3; ++j) p[j] = mean({a[j], b[j], c[j], d[j]});
         for (int i : {1, 2}) dst[i][y / down * g.dstStep[i] + x / 2] = component(i, p);

@@ -17,7 +17,7 @@ struct Resize {
   int interpolation, rotation;
   int xStep, yStep;
 
-  bool turned() const { return rotation == 1 || rotation == 2; }
+  bool isQuarterTurn() const { return rotation == 1 || rotation == 2; }
 
   /// The factor, 2 or 4, at which the 4:2:0 resize works on whole blocks; otherwise 0.
   int exactReduction() const {
@@ -51,14 +51,14 @@ struct Phases {
 
 using Sampling = Phases (*)(const Resize& a, int x, int y);
 
-inline int64_t held(int64_t phase, int64_t limit) {
+inline int64_t clamped(int64_t phase, int64_t limit) {
   return std::max<int64_t>(0, std::min(phase, limit - 1));
 }
 inline int64_t lastRow(const Resize& a) {
   return (int64_t{a.srcHeight} - 1) << 16;
 }
 
-/// Where nothing is held: nearest samples are rounded, and chroma is sampled in pairs of columns.
+/// Where nothing is clamped: nearest samples are rounded, and chroma is sampled in pairs of columns.
 inline Phases freePhases(const Resize& a, int x, int y) {
   const int64_t half = a.interpolation == 0 ? 32768 : 0, row = int64_t{y} * a.yStep;
   return {half + int64_t{x} * a.xStep, half + row, 32768 + int64_t{x / 2} * a.xStep, 32768 + row};
@@ -66,12 +66,12 @@ inline Phases freePhases(const Resize& a, int x, int y) {
 
 inline Phases ycc420Phases(const Resize& a, int x, int y) {
   Phases p = freePhases(a, x, y);
-  if (a.interpolation == 1) p.row = held(p.row, lastRow(a));
+  if (a.interpolation == 1) p.row = clamped(p.row, lastRow(a));
   p.chromaRow = 32768 + int64_t{y / 2} * a.yStep;
   return p;
 }
 
-/// Only the odd rows are held, and not the first of them.
+/// Only the odd rows are clamped, and not the first of them.
 inline Phases ycc422Phases(const Resize& a, int x, int y) {
   Phases p = freePhases(a, x, y);
   if (a.interpolation == 0 || y % 2 == 0 || y == 1 || p.row < lastRow(a)) return p;
@@ -95,9 +95,9 @@ inline Phases ycc422RgbPhases(const Resize& a, int x, int y) {
   const int64_t right = int64_t{a.srcWidth - a.interpolation} << 16;
   const int64_t bottom = int64_t{a.srcHeight - a.interpolation} << 16;
   Phases p = freePhases(a, x, y);
-  if (x % 2 == 1) p.column = held(p.column, right);
-  p.row = held(int64_t{y} * a.yStep, bottom);
-  p.chromaColumn = held(p.chromaColumn, right / 2);
+  if (x % 2 == 1) p.column = clamped(p.column, right);
+  p.row = clamped(int64_t{y} * a.yStep, bottom);
+  p.chromaColumn = clamped(p.chromaColumn, right / 2);
   p.chromaRow = p.row;
   return p;
 }
@@ -126,14 +126,14 @@ inline void addReads(Planes& planes, const Resize& a, Sampling sampling, int wid
   for (int i : {1, 2}) planes.src[i] = {chroma.bytes, chroma.rows, a.srcStep[i]};
 }
 
-// ---- Turning ------------------------------------------------------------------------------------
+// ---- Rotating -----------------------------------------------------------------------------------
 
 struct Place {
   int row, column;
 };
 
 /// Where pixel (x, y) of a w x h image goes.
-inline Place turn(int rotation, int x, int y, int w, int h) {
+inline Place rotate(int rotation, int x, int y, int w, int h) {
   const Place places[6] = {{y, x},         {w - 1 - x, y}, {x, h - 1 - y}, {h - 1 - y, w - 1 - x},
                            {y, w - 1 - x}, {h - 1 - y, x}};
   return places[rotation];
@@ -151,8 +151,8 @@ Area placed(int w, int h, int step, int pixelBytes, Where where) {
           low.row * ptrdiff_t{step} + low.column * pixelBytes};
 }
 
-inline Area turned(int rotation, int w, int h, int step, int pixelBytes = 1) {
-  return placed(w, h, step, pixelBytes, [=](int x, int y) { return turn(rotation, x, y, w, h); });
+inline Area rotated(int rotation, int w, int h, int step, int pixelBytes = 1) {
+  return placed(w, h, step, pixelBytes, [=](int x, int y) { return rotate(rotation, x, y, w, h); });
 }
 
 // ---- The functions ------------------------------------------------------------------------------
@@ -161,7 +161,7 @@ inline Area turned(int rotation, int w, int h, int step, int pixelBytes = 1) {
 inline Planes ycc420Rgb(const Resize& a, int dstStep, int pixelBytes) {
   Planes p = {};
   addReads(p, a, ycc420RgbPhases, a.dstWidth, a.dstHeight);
-  p.dst[0] = turned(a.rotation, a.dstWidth, a.dstHeight, dstStep, pixelBytes);
+  p.dst[0] = rotated(a.rotation, a.dstWidth, a.dstHeight, dstStep, pixelBytes);
   return p;
 }
 
@@ -180,7 +180,7 @@ inline Planes ycc420(const Resize& a, const int dstStep[3]) {
       p.src[i] = {factor * (width - 1) + 2 + inset * average,
                   factor * (height - 1) + 1 + average + (red ? 0 : inset), a.srcStep[red ? 1 : i]};
     }
-    p.dst[i] = turned(a.rotation, width, height, dstStep[i]);
+    p.dst[i] = rotated(a.rotation, width, height, dstStep[i]);
   }
   if (a.rotation == 5) {
     p.dst[2].first = (a.dstHeight / 2 - 1) * dstStep[2];
@@ -190,10 +190,10 @@ inline Planes ycc420(const Resize& a, const int dstStep[3]) {
 }
 
 /// Where chroma sample (x, y) of vekiYCbCr422RszRot_8u_P3R goes: quarter turns make one column of
-/// two rows, by turns.
-inline Place turnChroma422(const Resize& a, int x, int y) {
-  if (!a.turned()) return turn(a.rotation, x, y, a.dstWidth / 2, a.dstHeight);
-  return turn(a.rotation, 2 * x + y % 2, y / 2, a.dstWidth, a.dstHeight / 2);
+/// two rows, alternately.
+inline Place rotateChroma422(const Resize& a, int x, int y) {
+  if (!a.isQuarterTurn()) return rotate(a.rotation, x, y, a.dstWidth / 2, a.dstHeight);
+  return rotate(a.rotation, 2 * x + y % 2, y / 2, a.dstWidth, a.dstHeight / 2);
 }
 
 /// vekiYCbCr422RszRot_8u_P3R. An odd height is rounded up: a row, or after a quarter turn a column,
@@ -203,32 +203,33 @@ inline Planes ycc422(const Resize& a, const int dstStep[3]) {
   Planes p;
   addReads(p, a, ycc422Phases, a.dstWidth, rows);
   for (int i = 0; i < 3; ++i) {
-    const int across = i > 0 && !a.turned() ? 1 : 0, down = i > 0 && a.turned() ? 1 : 0;
+    const int across = i > 0 && !a.isQuarterTurn() ? 1 : 0,
+              down = i > 0 && a.isQuarterTurn() ? 1 : 0;
     const int w = a.dstWidth >> across, h = a.dstHeight >> down;
     p.dst[i] = placed(w, rows >> down, dstStep[i], 1,
-                      [&](int x, int y) { return turn(a.rotation, x, y, w, h); });
+                      [&](int x, int y) { return rotate(a.rotation, x, y, w, h); });
   }
   return p;
 }
 
 /// Where pixel (x, y) of vekiYCbCr422RszCscRotRGB_8u_P3C3R goes. The size is the destination's own,
 /// but 16-bit quarter turns walk rows of its width, as if it were a square.
-inline Place turn422Rgb(const Resize& a, int pixelBytes, int x, int y) {
+inline Place rotate422Rgb(const Resize& a, int pixelBytes, int x, int y) {
   const int w = a.dstWidth, h = a.dstHeight;
-  if (!a.turned()) return turn(a.rotation, x, y, w, h);
-  if (pixelBytes == 3) return turn(a.rotation, x, y, h, w);
+  if (!a.isQuarterTurn()) return rotate(a.rotation, x, y, w, h);
+  if (pixelBytes == 3) return rotate(a.rotation, x, y, h, w);
   return a.rotation == 1 ? Place{h - 1 - x + y * (h - w), y} : Place{x + y * (w - h), w - 1 - y};
 }
 
 /// vekiYCbCr422RszCscRotRGB_8u_P3C3R. Chroma rows are half a luma step apart.
 inline Planes ycc422Rgb(const Resize& a, int dstStep, int pixelBytes) {
-  const bool swapped = pixelBytes == 3 && a.turned();
+  const bool swapped = pixelBytes == 3 && a.isQuarterTurn();
   const int w = swapped ? a.dstHeight : a.dstWidth, h = swapped ? a.dstWidth : a.dstHeight;
   Planes p = {};
   addReads(p, a, ycc422RgbPhases, w, h);
   for (int i : {1, 2}) p.src[i].step = a.srcStep[0] / 2;
   p.dst[0] = placed(w, h, dstStep, pixelBytes,
-                    [&](int x, int y) { return turn422Rgb(a, pixelBytes, x, y); });
+                    [&](int x, int y) { return rotate422Rgb(a, pixelBytes, x, y); });
   return p;
 }
 
@@ -240,7 +241,7 @@ inline Planes ycc422Reduce(int width, int height, int srcStep, int factor, int i
   const int lastBlock = 2 * factor * (columns - 1);
   const Area firsts = {lastBlock + (columns % 2 == 0 ? 2 : 3), factor * (rows - 1) + 1, srcStep};
   const Area blocks = {lastBlock + 2 * factor, factor * rows, srcStep};
-  return {{interpolation == 0 ? firsts : blocks}, {turned(rotation, columns, rows, dstStep, 2)}};
+  return {{interpolation == 0 ? firsts : blocks}, {rotated(rotation, columns, rows, dstStep, 2)}};
 }
 
 }  // namespace vek::test::footprint

@@ -77,25 +77,6 @@ bool isSparse(const Area& area) {
   return std::abs(area.step) >= farApart && area.rows > 1;
 }
 
-uint8_t sample(Random& random, Pattern pattern, ptrdiff_t x, ptrdiff_t y) {
-  switch (pattern) {
-    case Pattern::zeros:
-      return 0;
-    case Pattern::ones:
-      return 255;
-    case Pattern::alternating:
-      return (x + y) % 2 == 0 ? 0 : 255;
-    case Pattern::extremes: {
-      const uint8_t values[] = {0, 1, 127, 128, 254, 255};
-      return values[random.in(0, 5)];
-    }
-    case Pattern::gradient:
-      return static_cast<uint8_t>(x + 3 * y);
-    default:
-      return static_cast<uint8_t>(random.bits());
-  }
-}
-
 }  // namespace
 
 Buffer::Buffer(const Area& area, size_t alignment, Guard guard, size_t offset) : area_(area) {
@@ -140,12 +121,6 @@ Buffer::~Buffer() {
     munmap(mapping_.begin, mapping_.size);
   } else {
     pool.give(mapping_.begin, mapping_.size);
-  }
-}
-
-void Buffer::fill(Random& random, Pattern pattern) {
-  for (ptrdiff_t y = 0; y < area_.rows; ++y) {
-    for (ptrdiff_t x = 0; x < area_.bytes; ++x) row(y)[x] = sample(random, pattern, x, y);
   }
 }
 

@@ -10,12 +10,6 @@
 
 namespace vek::test {
 
-/// What samples look like: provoking saturation, ties and long carries, not only noise.
-enum class Pattern { noise, zeros, ones, alternating, extremes, gradient };
-inline constexpr Pattern allPatterns[] = {Pattern::noise,    Pattern::zeros,
-                                          Pattern::ones,     Pattern::alternating,
-                                          Pattern::extremes, Pattern::gradient};
-
 /// Memory for one area. It ends (or begins, with Guard::before) at an inaccessible page, so a read
 /// past that side of the area faults; all its other bytes outside the area are canaries. Of rows
 /// that lie far apart only the pages that they touch exist.
@@ -37,8 +31,6 @@ class Buffer {
   T* as() {
     return reinterpret_cast<T*>(origin_);
   }
-
-  void fill(Random& random, Pattern pattern = Pattern::noise);
 
   /// The bytes of the area, row after row.
   std::vector<uint8_t> contents() const;

@@ -12,8 +12,9 @@ namespace vek::test {
 inline VekiRggbGeometry rawGeometry(int width, int height, int scale = 1,
                                     int rotation = vekiRotNone, int chromaFormat = vekiChroma420,
                                     int borderValid = 0) {
-  const bool turned = rotation == vekiRot90Ccw || rotation == vekiRot90Cw;
-  const int across = (turned ? height : width) / scale, down = (turned ? width : height) / scale;
+  const bool quarterTurn = rotation == vekiRot90Ccw || rotation == vekiRot90Cw;
+  const int across = (quarterTurn ? height : width) / scale,
+            down = (quarterTurn ? width : height) / scale;
   const int unit = scale == 1 ? 8 : 4;
   const int luma = (across + unit - 1) / unit * unit, chroma = luma / 2;
   return {2 * (width + (borderValid != 0 ? 2 : 0)),

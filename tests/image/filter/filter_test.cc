@@ -1,12 +1,42 @@
+// What random cases of the filters do not reach.
+#include "tests/definition/filter.h"
+
 #include "vek/image.h"
 
 #include <sys/mman.h>
+#include <utility>
 
-#include "tests/definition/filter.h"
 #include "tests/support/differential.h"
 
 namespace vek::test {
 namespace {
+
+/// Sums of more than 32 bits, and a factor of 0, over memory whose rows overlap.
+TEST(FilterBox, HugeMasks) {
+  for (const auto& [width, side] : {std::pair{40, 4103}, {3, 92682}}) {
+    std::vector<Vek8u> src(static_cast<size_t>(2 * side + 3 * width + 3));
+    for (size_t i = 0; i < src.size(); ++i) src[i] = i % 7 == 0 ? Vek8u(i / 7) : 255;
+    const VekiSize roi = {width, 1}, mask = {side, side};
+    std::vector<Vek8u> expected(static_cast<size_t>(width));  // 0 where 2^32 / area rounds to 0
+    if (side < 65536) {
+      definition::box<1>(src.data(), 1, expected.data(), width, roi, mask, {0, 0});
+    }
+    runAtEveryLevel({{{width, 1, width}, 1, 0, expected}}, [&](auto dst) {
+      EXPECT_EQ(vekiFilterBox_8u_C1R(src.data(), 1, dst[0], width, roi, mask, {0, 0}), 0);
+    });
+  }
+}
+
+/// A counter of black samples that just fits, or does not, the bits that it has.
+TEST(FilterMedian, CountsUniformWindows) {
+  const std::vector<Vek8u> black(700, 0);
+  const std::vector<uint8_t> expected(256, 0);
+  for (VekiSize mask : {VekiSize{15, 17}, {7, 37}, {33, 85}, {129, 255}, {131, 255}}) {
+    runAtEveryLevel({{{256, 1, 256}, 1, 0, expected}}, [&](auto dst) {
+      EXPECT_EQ(vekiFilterMedian_8u_C1R(black.data(), 1, dst[0], 256, {256, 1}, mask, {0, 0}), 0);
+    });
+  }
+}
 
 /// Sums beyond 32 bits, and at the limits of 15 and 31 bits: 128 and 8421504 are the largest sums
 /// of magnitudes whose products with 255 fit. On white, every result is the same.
