@@ -66,7 +66,10 @@ void drawFrame(Case& c, const Area& area, int srcStep, VekiSize roi, int unit, b
 }
 
 void drawControl(Case& c, int low, int high) {
-  const int block = c.objects(std::vector{word<Vek16u>(c.random, low, high)}, Use::inOut);
+  auto value = word<Vek16u>(c.random, low, high);
+  if (c.limits() && c.random.chance(60))
+    value = static_cast<Vek16u>(c.random.chance(50) ? low : high);
+  const int block = c.objects(std::vector{value}, Use::inOut);
   if (low > 0) c.refuseEntry(block, 0, static_cast<Vek16u>(low - 1), vekStsBadArgErr);
   if (high < 65535) c.refuseEntry(block, 0, static_cast<Vek16u>(high + 1), vekStsBadArgErr);
   c.pointer(block);
@@ -86,6 +89,7 @@ struct Windows {
       rects.push_back({x * random.in(0, 40 / x), y * random.in(0, 20 / y), x * random.size(128 / x),
                        y * random.in(1, 40 / y)});
       weights.push_back(word<Weight>(random, 1, mostWeight));
+      if (c.limits() && mostWeight > 32768) weights.back() = static_cast<Weight>(32768);  // halves
     }
     const Area area = footprint::windows(rects.data(), count(), 0);
     reach = {static_cast<int>(area.bytes / 2), static_cast<int>(area.rows)};
@@ -122,6 +126,14 @@ int drawExposureParams(Case& c, VekiSize* reach) {
   p.stepSize = word<Vek16u>(random, 1, random.chance(50) ? 100 : 65535);
   p.scaleMin = random.in(0, 1000), p.scaleMax = random.in(1001, 65535);
   p.stepMin = random.in(0, 1000), p.stepMax = random.in(1001, 65535);
+  if (c.limits()) {  // what flat and extreme frames measure, so that comparisons are of equals
+    const int likely[] = {0, 1, 7, 8, 14, 15, 127, 128, 254, 255, 511, 512, 1022, 1023};
+    for (auto field : {&VekiAEParams::histSpreadThresh, &VekiAEParams::darkThresh,
+                       &VekiAEParams::brightThresh, &VekiAEParams::target}) {
+      p.*field = static_cast<Vek16u>(random.of(likely));
+    }
+    p.tolerance = word<Vek16u>(random, 0, 2), p.stepSize = word<Vek16u>(random, 1, 2000);
+  }
   if (p.mode != vekiAECallerWindows && random.chance(50)) {  // of no matter then
     p.pWindows = nullptr, p.pWeights = nullptr, p.numWindows = -1;
   }
@@ -193,6 +205,14 @@ int drawBalanceParams(Case& c, VekiSize* reach) {
   p.wpdLimit3 = word<Vek16u>(random, 1, 2 * most);
   p.wpdLow = word<Vek16u>(random, 1, most - 1);
   p.wpdHigh = word<Vek16u>(random, p.wpdLow + 1, most);
+  if (c.limits()) {  // most frames decide, and what they decide shows
+    for (auto field : {&VekiAWBParams::wpdLimit1, &VekiAWBParams::wpdLimit2}) {
+      p.*field = word<Vek16u>(random, 1, 20);
+    }
+    p.wpdLimit3 = word<Vek16u>(random, 1, 40), p.wpdLow = 1,
+    p.wpdHigh = word<Vek16u>(random, 2, 30);
+    p.holdTolR = p.holdTolB = 0, p.validTolR = p.validTolB = 65535;
+  }
   p.minWhiteCount = random.in(-10, 100);
   p.maxGainStep = word<Vek16u>(random, 1, random.chance(50) ? 50 : 65535);
   p.gainMin = word<Vek16u>(random, 0, random.chance(50) ? 0 : 300);
@@ -259,6 +279,7 @@ std::vector<Record> aaaRecords() {
                                as<int>(v[1]), *as<Vek16u*>(v[3]), *as<Vek16u*>(v[4]),
                                *as<Vek16u*>(v[5]));
   };
+  for (Record& record : records) record.defineEvery = 1;
   records[0].shareable = false;
   records[1].allocates = records[3].allocates = true;
   return records;

@@ -24,6 +24,7 @@ struct Record {
   Call define = {};                    ///< writes what the call must write, by the definition; its
                                        ///< status is the call's, or negative: any
   std::vector<Check> order = {};       ///< in which faults are answered, where it can be seen
+  int defineEvery = 3;                 ///< so many cases, as definitions take their time
   bool shareable = true;               ///< calls with the same arguments may run at the same time
   bool allocates = false;              ///< and lets go of all of it but what the case says
   bool mayAllocate = false;

@@ -181,6 +181,7 @@ std::vector<Record> rawRecords() {
                                   initAndFree,
                                   drawInit,
                                   {"vekiFree_10RGGBtoYCbCr_RotRsz_P3R"}}};
+  records[0].defineEvery = 1;
   records[1].allocates = true;
   return records;
 }
