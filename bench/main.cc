@@ -1,108 +1,80 @@
-// vek_bench: Google Benchmark's program, or with --table the pairs of functions and peers.
-//
-//   vek_bench --table [--sizes=1280x720,64x48|all] [--filter=TEXT] [--json=FILE] [--markdown=FILE]
+// vek_bench: Google Benchmark's program, or with --table ours beside the peers and a plain copy.
+#include <CLI/CLI.hpp>
 #include <benchmark/benchmark.h>
-#include <cstdio>
 #include <cstring>
-#include <sstream>
+#include <iostream>
 
+#include "bench/benchmarks.h"
 #include "bench/report.h"
-#include "bench/support.h"
 #include "bench/table.h"
 
 namespace vek::bench {
-
-std::string label(const std::string& name, VekiSize size, const std::string& peer) {
-  return name + "/" + sizeText(size) + (peer.empty() ? "" : "/peer:" + peer);
-}
-
 namespace {
 
-void registerAll() {
-  for (const Entry& entry : entries()) {
-    for (VekiSize size : standardSizes) {
-      const auto run = [&entry, size](benchmark::State& state) {
-        const Call call = entry.make(size);
-        for (auto _ : state) {
-          call();
-          benchmark::ClobberMemory();
-        }
-        const double pixels = static_cast<double>(state.iterations()) * size.width * size.height;
-        state.counters["pixels/s"] = benchmark::Counter(pixels, benchmark::Counter::kIsRate);
-        if (entry.bytesPerPixel > 0) {
-          state.SetBytesProcessed(static_cast<int64_t>(pixels * entry.bytesPerPixel));
-        }
-      };
-      benchmark::RegisterBenchmark(label(entry.name, size, entry.peer).c_str(), run);
+void add(const std::string& name, VekiSize size, double bytesPerPixel, const Make& make) {
+  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+    const Call call = make(size);
+    for (auto _ : state) {
+      call();
+      benchmark::ClobberMemory();
     }
-  }
-}
-
-/// The bound of everything that only moves memory: a copy of one plane.
-void addCopy() {
-  add("memcpy", 2, [](VekiSize size) -> Call {
-    const Image src(size.width, size.height), dst(size.width, size.height);
-    const size_t bytes = static_cast<size_t>(size.width) * size.height;
-    return [=] { std::memcpy(dst.data(), src.data(), bytes); };
+    const double pixels = static_cast<double>(state.iterations()) * size.width * size.height;
+    state.counters["pixels/s"] = benchmark::Counter(pixels, benchmark::Counter::kIsRate);
+    if (bytesPerPixel > 0) state.SetBytesProcessed(static_cast<int64_t>(pixels * bytesPerPixel));
   });
 }
 
-bool parseSizes(const std::string& text, std::vector<VekiSize>& sizes) {
-  sizes.clear();
-  if (text == "all") {
-    sizes.assign(std::begin(standardSizes), std::end(standardSizes));
-    return true;
-  }
-  std::istringstream list(text);
-  for (std::string item; std::getline(list, item, ',');) {
-    VekiSize size;
-    if (std::sscanf(item.c_str(), "%dx%d", &size.width, &size.height) != 2) return false;
-    bool standard = false;
-    for (VekiSize s : standardSizes) standard |= s.width == size.width && s.height == size.height;
-    if (!standard) return false;
-    sizes.push_back(size);
-  }
-  return !sizes.empty();
+/// The bound of everything that only moves memory: a copy of one plane.
+Call copy(VekiSize size) {
+  const Image src(size.width, size.height), dst(size.width, size.height);
+  const size_t bytes = static_cast<size_t>(size.width) * size.height;
+  return [=] { std::memcpy(dst.data(), src.data(), bytes); };
 }
 
-int tableMain(int argc, char** argv) {
-  TableOptions options;
-  for (int i = 2; i < argc; ++i) {
-    const std::string argument = argv[i];
-    const auto value = [&](const char* key) {
-      const size_t length = std::strlen(key);
-      return argument.compare(0, length, key) == 0 ? argv[i] + length : nullptr;
-    };
-    bool known = true;
-    if (const char* v = value("--sizes=")) {
-      known = parseSizes(v, options.sizes);
-    } else if (const char* v = value("--filter=")) {
-      options.filter = v;
-    } else if (const char* v = value("--json=")) {
-      options.json = v;
-    } else if (const char* v = value("--markdown=")) {
-      options.markdown = v;
-    } else {
-      known = false;
+void registerAll() {
+  for (VekiSize size : standardSizes) {
+    add(label("memcpy", size), size, 2, copy);
+    for (const Benchmark& b : benchmarks()) {
+      add(label(b.name, size), size, b.bytesPerPixel(), [b](VekiSize s) { return b.make(s); });
     }
-    if (!known) {
-      std::fprintf(stderr, "vek_bench: cannot use %s\n", argument.c_str());
+    for (const Peer& p : peers()) add(label(p.name, size, p.peer), size, 0, p.make);
+  }
+}
+
+int main(int argc, char** argv) {
+  registerAll();
+  CLI::App app("Benchmarks of every exported function");
+  bool table = false;
+  TableOptions options;
+  std::string sizes = "1280x720";
+  app.add_flag("--table", table, "ours beside the peers and memcpy, one line for each pair");
+  app.add_option("--sizes", sizes, "of the table: WIDTHxHEIGHT,... or all")->capture_default_str();
+  app.add_option("--filter", options.filter, "of the table: names that contain this");
+  app.add_option("--json", options.json, "file for the table");
+  app.add_option("--markdown", options.markdown, "file for the table");
+  app.footer("Without --table, options are those of Google Benchmark (--benchmark_filter=...)");
+  app.allow_extras();
+  CLI11_PARSE(app, argc, argv);
+  if (table) {
+    const auto standard = parseSizes(sizes);
+    if (!standard || !app.remaining().empty()) {
+      std::cerr << "vek_bench: sizes are 64x48, 320x240, 1280x720, 1920x1080; see --help\n";
       return 2;
     }
+    options.sizes = *standard;
+    initializeForTables(argv[0]);
+    return runTable(options);
   }
-  initializeForTables(argv[0]);
-  return runTable(options);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
 }
 
 }  // namespace
 }  // namespace vek::bench
 
 int main(int argc, char** argv) {
-  vek::bench::addCopy();
-  vek::bench::registerAll();
-  if (argc > 1 && std::strcmp(argv[1], "--table") == 0) return vek::bench::tableMain(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
+  return vek::bench::main(argc, argv);
 }

@@ -8,8 +8,8 @@
 #include <ctime>
 #include <unistd.h>
 
+#include "bench/benchmarks.h"
 #include "bench/rebound.h"
-#include "bench/support.h"
 
 namespace vek::bench {
 namespace {
@@ -47,15 +47,14 @@ struct Result {
   double ratio() const { return oldSeconds / newSeconds; }
 };
 
-Result compare(const Entry& entry, const Library& older, const Library& newer,
+Result compare(const Benchmark& benchmark, const Library& older, const Library& newer,
                const Options& options, VekiSize size) {
   const Library* const libraries[2] = {&older, &newer};
+  const auto memory = std::make_shared<test::Memory>();
   Call calls[2];
   for (int i = 0; i < 2; ++i) {
     libraries[i]->bind();
-    const SharedMemory same;
-    calls[i] = entry.make(size);
-    calls[i]();
+    calls[i] = benchmark.make(size, memory);
   }
   // Equal batches, long enough for the clock.
   int count = 1;
@@ -77,7 +76,7 @@ Result compare(const Entry& entry, const Library& older, const Library& newer,
   const auto least = [](const std::vector<double>& v) {
     return *std::min_element(v.begin(), v.end());
   };
-  return {entry.name, least(seconds[0]), least(seconds[1]), median(ratios)};
+  return {benchmark.name, least(seconds[0]), least(seconds[1]), median(ratios)};
 }
 
 int run(const Options& options) {
@@ -95,14 +94,12 @@ int run(const Options& options) {
   std::printf("%-56s %10s %10s %8s %8s\n", "old / new, above 1: new is faster", "old, us",
               "new, us", "minima", "median");
   std::vector<Result> results;
-  for (const Entry& entry : entries()) {
-    const std::string function = entry.name.substr(0, entry.name.find('/'));
-    if (!entry.peer.empty() || entry.name.find(options.filter) == std::string::npos) continue;
-    if (!older.has(function) || !newer.has(function)) {
-      std::printf("%-56s in one build only\n", entry.name.c_str());
+  for (const Benchmark& benchmark : benchmarks(options.filter)) {
+    if (!older.has(benchmark.function) || !newer.has(benchmark.function)) {
+      std::printf("%-56s in one build only\n", benchmark.name.c_str());
       continue;
     }
-    const Result r = compare(entry, older, newer, options, size);
+    const Result r = compare(benchmark, older, newer, options, size);
     std::printf("%-56s %10.2f %10.2f %8.3f %8.3f\n", r.name.c_str(), r.oldSeconds * 1e6,
                 r.newSeconds * 1e6, r.ratio(), r.medianRatio);
     std::fflush(stdout);

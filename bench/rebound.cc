@@ -1,5 +1,7 @@
 #include "bench/rebound.h"
 
+#include "vek/camera.h"
+
 #include <cstdlib>
 #include <dlfcn.h>
 
@@ -25,6 +27,9 @@ VEK_EACH_EXPORTED(VEK_DECLARE)
       "]\nbr x16\n");
 #endif
 VEK_EACH_EXPORTED(VEK_JUMP)
+
+/// A table that the tests' definitions read, which are linked, but not called.
+const Vek32s _vekYCbCr_RGB[5] = {};
 
 namespace vek::bench {
 

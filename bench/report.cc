@@ -2,6 +2,8 @@
 
 #include <benchmark/benchmark.h>
 #include <cctype>
+#include <cmath>
+#include <cstdio>
 #include <ctime>
 #include <fstream>
 #include <vector>
@@ -57,6 +59,12 @@ std::map<std::string, double> medians(const std::string& pattern) {
   return result.seconds;
 }
 
+double geometricMean(const std::vector<double>& values) {
+  double logs = 0;
+  for (double v : values) logs += std::log(v);
+  return std::exp(logs / static_cast<double>(values.size()));
+}
+
 std::string processor() {
   std::ifstream file("/proc/cpuinfo");
   for (std::string line; std::getline(file, line);) {
@@ -72,14 +80,25 @@ std::string today() {
   return text;
 }
 
-std::string circumstances() {
-  return today() + ", " + processor() +
-         ", compiled by "
+std::string compiler() {
 #if defined(__clang__)
-         "clang " __clang_version__;
+  return "clang " __clang_version__;
 #else
-         "GCC " __VERSION__;
+  return "GCC " __VERSION__;
 #endif
+}
+
+std::string circumstances() {
+  return today() + ", " + processor() + ", compiled by " + compiler();
+}
+
+bool writeFile(const std::string& path, const std::string& text) {
+  if (path.empty()) return true;
+  std::ofstream file(path);
+  file << text;
+  if (file.flush()) return true;
+  std::fprintf(stderr, "cannot write %s\n", path.c_str());
+  return false;
 }
 
 }  // namespace vek::bench

@@ -1,17 +1,19 @@
 #include "bench/table.h"
 
-#include <cmath>
+#include <algorithm>
 #include <cstdio>
-#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
 
+#include "bench/benchmarks.h"
 #include "bench/report.h"
-#include "bench/support.h"
 
 namespace vek::bench {
 namespace {
 
+/// One benchmark at one size beside one peer, or beside none.
 struct Line {
-  std::string name, size, peer;
+  std::string name, family, size, peer;
   double ours = 0, theirs = 0;  ///< seconds a call, medians; theirs 0 without a peer
   double pixelsPerSecond = 0;
   double copyShare = 0;  ///< bytes moved a second, against memcpy of one plane
@@ -31,24 +33,24 @@ void printLine(const Line& line) {
 std::vector<Line> measure(const TableOptions& options) {
   std::vector<Line> lines;
   for (VekiSize size : options.sizes) {
-    for (const Entry& entry : entries()) {
-      if (!entry.peer.empty() || entry.name.find(options.filter) == std::string::npos) continue;
+    for (const Benchmark& benchmark : benchmarks(options.filter)) {
       // Google Benchmark interleaves the repetitions of what one call runs.
-      const std::string ours = label(entry.name, size, "");
+      const std::string ours = label(benchmark.name, size);
       auto seconds = medians(quoted(ours) + "(/peer:.*)?|memcpy/" + sizeText(size));
       Line line;
-      line.name = entry.name;
+      line.name = benchmark.name;
+      line.family = benchmark.family;
       line.size = sizeText(size);
       line.ours = seconds[ours];
       const double pixels = static_cast<double>(size.width) * size.height;
       const double copy = seconds["memcpy/" + line.size];
       line.pixelsPerSecond = pixels / line.ours;
-      line.copyShare = entry.bytesPerPixel / line.ours / (2 / copy);
+      line.copyShare = benchmark.bytesPerPixel() / line.ours / (2 / copy);
       const size_t before = lines.size();
-      for (const Entry& peer : entries()) {
-        if (peer.name != entry.name || peer.peer.empty()) continue;
+      for (const Peer& peer : peers()) {
+        if (peer.name != benchmark.name) continue;
         line.peer = peer.peer;
-        line.theirs = seconds[label(entry.name, size, peer.peer)];
+        line.theirs = seconds[label(benchmark.name, size, peer.peer)];
         lines.push_back(line);
       }
       if (lines.size() == before) lines.push_back(line);
@@ -62,83 +64,88 @@ std::vector<Line> measure(const TableOptions& options) {
 std::string summary(const std::vector<Line>& lines, const std::vector<VekiSize>& sizes) {
   std::string text;
   for (VekiSize size : sizes) {
-    double logs = 0, lowest = HUGE_VAL;
-    int count = 0;
+    std::vector<double> ratios;
     for (const Line& line : lines) {
-      if (line.theirs <= 0 || line.size != sizeText(size)) continue;
-      logs += std::log(line.ratio());
-      lowest = std::fmin(lowest, line.ratio());
-      ++count;
+      if (line.theirs > 0 && line.size == sizeText(size)) ratios.push_back(line.ratio());
     }
-    if (count == 0) continue;
+    if (ratios.empty()) continue;
     char line[128];
     std::snprintf(line, sizeof line,
-                  "%s: %d pairs, geometric mean of the ratios %.2f, lowest %.2f\n",
-                  sizeText(size).c_str(), count, std::exp(logs / count), lowest);
+                  "%s: %zu pairs, geometric mean of the ratios %.2f, lowest %.2f\n",
+                  sizeText(size).c_str(), ratios.size(), geometricMean(ratios),
+                  *std::min_element(ratios.begin(), ratios.end()));
     text += line;
   }
   return text;
 }
 
-bool writeMarkdown(const std::string& path, const std::vector<Line>& lines,
-                   const std::vector<VekiSize>& sizes) {
-  std::ofstream file(path);
-  file
-      << "# Benchmarks\n\nWritten by `./dev bench`: " << circumstances()
-      << ". One thread; medians of interleaved runs.\n\n"
-         "Ratio is the peer's time over ours: above 1 we are faster. Copy is the bytes that a call "
-         "reads and\nwrites a second, against those of `memcpy` of one plane of the same size.\n\n";
-  for (const char c : summary(lines, sizes)) file << (c == '\n' ? "\n\n" : std::string(1, c));
-  char text[320];
-  file << "| function | size | ours, us | Mpixel/s | copy | peer | peer, us | ratio |\n"
-       << "|---|---|---:|---:|---:|---|---:|---:|\n";
+std::string markdown(const std::vector<Line>& lines) {
+  std::string text =
+      "# Benchmarks\n\n" + circumstances() +
+      ". One thread; medians of interleaved runs.\n\n"
+      "Ratio is the peer's time over ours: above 1 we are faster. Copy is the bytes that a call "
+      "reads and\nwrites a second, against those of `memcpy` of one plane of the same size.\n\n"
+      "| function | size | ours, us | Mpixel/s | copy | peer | peer, us | ratio |\n"
+      "|---|---|---:|---:|---:|---|---:|---:|\n";
   for (const Line& l : lines) {
-    std::snprintf(text, sizeof text, "| `%s` | %s | %.1f | %.0f | %.2f |", l.name.c_str(),
+    char row[320];
+    std::snprintf(row, sizeof row, "| `%s` | %s | %.1f | %.0f | %.2f |", l.name.c_str(),
                   l.size.c_str(), l.ours * 1e6, l.pixelsPerSecond / 1e6, l.copyShare);
-    file << text;
+    text += row;
     if (l.theirs > 0) {
-      std::snprintf(text, sizeof text, " %s | %.1f | %.2f |\n", l.peer.c_str(), l.theirs * 1e6,
+      std::snprintf(row, sizeof row, " %s | %.1f | %.2f |\n", l.peer.c_str(), l.theirs * 1e6,
                     l.ratio());
-      file << text;
+      text += row;
     } else {
-      file << " | | |\n";
+      text += " | | |\n";
     }
   }
-  return static_cast<bool>(file.flush());
+  return text;
 }
 
-bool writeJson(const std::string& path, const std::vector<Line>& lines) {
-  std::ofstream file(path);
-  file << "{\"date\": \"" << today() << "\", \"cpu\": \"" << processor() << "\", \"pairs\": [";
-  const char* separator = "\n";
+std::string json(const std::vector<Line>& lines) {
+  nlohmann::json pairs = nlohmann::json::array();
   for (const Line& l : lines) {
-    char text[400];
-    std::snprintf(text, sizeof text,
-                  "%s  {\"function\": \"%s\", \"size\": \"%s\", \"us\": %.3f, \"pixels_per_s\": "
-                  "%.0f, \"memcpy_share\": %.3f, \"peer\": \"%s\", \"peer_us\": %.3f}",
-                  separator, l.name.c_str(), l.size.c_str(), l.ours * 1e6, l.pixelsPerSecond,
-                  l.copyShare, l.peer.c_str(), l.theirs * 1e6);
-    file << text;
-    separator = ",\n";
+    pairs.push_back({{"function", l.name},
+                     {"family", l.family},
+                     {"size", l.size},
+                     {"us", l.ours * 1e6},
+                     {"pixels_per_s", l.pixelsPerSecond},
+                     {"memcpy_share", l.copyShare},
+                     {"peer", l.peer},
+                     {"peer_us", l.theirs * 1e6}});
   }
-  file << "\n]}\n";
-  return static_cast<bool>(file.flush());
+  return nlohmann::json(
+             {{"date", today()}, {"cpu", processor()}, {"compiler", compiler()}, {"pairs", pairs}})
+             .dump(1) +
+         "\n";
 }
 
 }  // namespace
 
+std::optional<std::vector<VekiSize>> parseSizes(const std::string& text) {
+  std::vector<VekiSize> sizes;
+  std::istringstream list(text);
+  for (std::string item; std::getline(list, item, ',');) {
+    const size_t before = sizes.size();
+    for (VekiSize s : standardSizes) {
+      if (item == "all" || item == sizeText(s)) sizes.push_back(s);
+    }
+    if (sizes.size() == before) return std::nullopt;
+  }
+  return sizes;
+}
+
+std::string label(const std::string& name, VekiSize size, const std::string& peer) {
+  return name + "/" + sizeText(size) + (peer.empty() ? "" : "/peer:" + peer);
+}
+
 int runTable(const TableOptions& options) {
   const std::vector<Line> lines = measure(options);
   std::fputs(summary(lines, options.sizes).c_str(), stdout);
-  if (!options.json.empty() && !writeJson(options.json, lines)) {
-    std::fprintf(stderr, "vek_bench: cannot write %s\n", options.json.c_str());
-    return 1;
-  }
-  if (!options.markdown.empty() && !writeMarkdown(options.markdown, lines, options.sizes)) {
-    std::fprintf(stderr, "vek_bench: cannot write %s\n", options.markdown.c_str());
-    return 1;
-  }
-  return 0;
+  const bool written =
+      writeFile(options.json, json(lines)) && writeFile(options.markdown, markdown(lines));
+  return written ? 0 : 1;
 }
 
 }  // namespace vek::bench

@@ -3,22 +3,26 @@
 
 #include "vek/vek.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vek::bench {
 
 struct TableOptions {
-  std::vector<VekiSize> sizes = {{1280, 720}};
+  std::vector<VekiSize> sizes;
   std::string filter;    ///< names that contain this
   std::string json;      ///< file to write, if not empty
   std::string markdown;  ///< file to write, if not empty
 };
 
-/// Name under which an entry is registered with Google Benchmark.
-std::string label(const std::string& name, VekiSize size, const std::string& peer);
+/// Standard sizes from "WIDTHxHEIGHT,..." or "all".
+std::optional<std::vector<VekiSize>> parseSizes(const std::string& text);
 
-/// Runs every entry with its peers and prints one line for each; returns the exit status.
+/// Name under which a benchmark is registered with Google Benchmark.
+std::string label(const std::string& name, VekiSize size, const std::string& peer = "");
+
+/// Runs every benchmark with its peers and prints one line for each; returns the exit status.
 int runTable(const TableOptions& options);
 
 }  // namespace vek::bench

@@ -3,7 +3,7 @@
 
 #include <libyuv.h>
 
-#include "bench/camera/preview_cases.h"
+#include "bench/peers/preview.h"
 
 namespace vek::bench {
 namespace {
@@ -59,8 +59,8 @@ void convert(const PreviewCase& c, const Planes& from, const Image& to, VekiSize
 Call chain(const PreviewCase& c, VekiSize size) {
   const VekiSize scaled = c.scaled(size), out = c.out(size);
   const Planes src(c, size), small(c, scaled), turned(c, out);
-  const Image interleaved = c.image(c.interleaved ? 2 * size.width : 1, size.height);
-  const Image rgb = c.image(out.width * c.pixelBytes(), out.height);
+  const Image interleaved = imageOf(c, c.interleaved ? 2 * size.width : 1, size.height);
+  const Image rgb = imageOf(c, out.width * c.pixelBytes(), out.height);
   const bool planar = c.pixels == Pixels::planar;
   return [=] {
     const Planes* last = &src;

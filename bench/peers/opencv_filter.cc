@@ -19,7 +19,8 @@ void addBoth(const std::string& function, const std::string& variant, Fn fn,
 }
 
 std::string squareLabel(int side) {
-  return "/" + std::to_string(side) + "x" + std::to_string(side);
+  const std::string text = std::to_string(side);
+  return '/' + text + 'x' + text;
 }
 
 void addFilter2D(int side, const char* variant, const cv::Mat& kernel) {

@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "bench/camera/preview_cases.h"
+#include "bench/peers/preview.h"
 
 namespace vek::bench {
 namespace {
@@ -60,7 +60,7 @@ Call planar(const PreviewCase& c, VekiSize size) {
 /// 4:2:0 lies in one image, the chroma planes below the luma; interleaved 4:2:2 is converted before
 /// it is reduced.
 Call rgb(const PreviewCase& c, VekiSize size) {
-  const VekiSize scaled = c.scaled(size), out = c.out(size);
+  const VekiSize scaled = c.scaled(size);
   const bool is565 = c.pixels == Pixels::rgb565;
   const auto whole = [](VekiSize s) { return cv::Mat(s.height * 3 / 2, s.width, CV_8U); };
   cv::Mat src = c.interleaved ? cv::Mat(size.height, size.width, CV_8UC2) : whole(size);

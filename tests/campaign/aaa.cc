@@ -253,6 +253,63 @@ void drawBalance(Case& c) {
   drawState(c, block, vekiInitAlloc_AWB_10RGGB_8u_C1R, vekiFree_AWB_10RGGB_8u_C1R);
 }
 
+// ---- Typical calls ------------------------------------------------------------------------------
+
+VekiAEParams usualExposure(Vek32s mode, Vek16u histCountThresh) {
+  VekiAEParams p = {};
+  p.mode = mode;
+  p.histCountThresh = histCountThresh, p.histSpreadThresh = 100;
+  p.darkThresh = 300, p.brightThresh = 700;
+  p.target = 512, p.tolerance = 20;
+  p.scaleMultiplier = 2, p.stepSize = 5;
+  p.scaleMax = p.stepMax = 65536;
+  return p;
+}
+
+Typical typicalExposure(const char* variant, Vek32s mode, Vek16u histCountThresh = 10) {
+  return {variant, [=](Arguments& a) {
+            const VekiAEParams p = usualExposure(mode, histCountThresh);
+            VekiAEState* state = nullptr;
+            vekiInitAlloc_AE_10RGGB_8u_C1R(&p, &state);
+            a.image(a.plane(2 * a.size.width, a.size.height));
+            a.roi();
+            for (Vek16u control : {100, 1000}) a.pointer(a.keepForEachCall(control));
+            a.pointer(a.keep(state, vekiFree_AE_10RGGB_8u_C1R));
+          }};
+}
+
+/// The whole frame is one window.
+VekiAWBParams usualBalance(Arguments& a, Vek32s method) {
+  VekiAWBParams p = {};
+  p.method = method;
+  p.numWindows = 1;
+  p.pWindows = a.keep(std::vector<VekiRect>{{0, 0, a.size.width, a.size.height}});
+  p.pWeights = a.keep(std::vector<Vek8u>{1});
+  p.refRatioR = p.refRatioB = 1024;
+  p.validTolR = p.validTolB = 100;
+  p.wpdLimit1 = p.wpdLimit2 = p.wpdLimit3 = 200;
+  p.wpdLow = 50, p.wpdHigh = 900;
+  p.maxGainStep = 50;
+  p.gainMax = 65535;
+  p.defaultGainR = p.defaultGainG = p.defaultGainB = 256;
+  return p;
+}
+
+Typical typicalBalance(const char* variant, Vek32s method) {
+  return {variant, [=](Arguments& a) {
+            const VekiAWBParams p = usualBalance(a, method);
+            VekiAWBState* state = nullptr;
+            vekiInitAlloc_AWB_10RGGB_8u_C1R(&p, &state);
+            const auto frame = a.plane(2 * a.size.width, a.size.height);
+            auto* const samples = reinterpret_cast<Vek16u*>(frame.data);
+            for (int i = 0; i < frame.step / 2 * a.size.height; ++i) samples[i] &= 1023;
+            a.image(frame);
+            a.roi();
+            for (Vek16u gain : {300, 256, 300}) a.pointer(a.keepForEachCall(gain));
+            a.pointer(a.keep(state, vekiFree_AWB_10RGGB_8u_C1R));
+          }};
+}
+
 }  // namespace
 
 std::vector<Record> aaaRecords() {
@@ -282,6 +339,20 @@ std::vector<Record> aaaRecords() {
   for (Record& record : records) record.defineEvery = 1;
   records[0].shareable = false;
   records[1].allocates = records[3].allocates = true;
+  records[0].typical = {typicalExposure("histogram", vekiAEHistogram),
+                        typicalExposure("histogram-none-populated", vekiAEHistogram, 65535),
+                        typicalExposure("whole-frame", vekiAEWholeFrame),
+                        typicalExposure("five-zones", vekiAEFiveZones)};
+  records[1].typical = {{"", [](Arguments& a) {
+                           a.pointer(a.keep(std::vector{usualExposure(vekiAEHistogram, 10)}));
+                           a.pointer(a.keep(std::vector<void*>(1)));
+                         }}};
+  records[2].typical = {typicalBalance("gray-world", vekiAWBGrayWorld),
+                        typicalBalance("white-points", vekiAWBWhitePoints)};
+  records[3].typical = {{"", [](Arguments& a) {
+                           a.pointer(a.keep(std::vector{usualBalance(a, vekiAWBGrayWorld)}));
+                           a.pointer(a.keep(std::vector<void*>(1)));
+                         }}};
   return records;
 }
 

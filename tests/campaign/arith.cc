@@ -20,6 +20,7 @@ std::vector<Record> arithRecords() {
   using namespace definition;
   Manners plain = {true, {}, {INT_MIN, -9, -8, -7, 0, 1, 7, 8, 15, 16, 17, INT_MAX}};
   plain.order = {pointers, steps, sizes};
+  plain.usual = {{"", 0}, {"scale1", 1}, {"scale3", 3}, {"scale-2", -2}};
   Manners copy = plain, set = plain;
   copy.order = {pointers, sizes, steps};
   set.order = {{vekStsNullPtrErr, 1}, sizes, steps, {vekStsNullPtrErr, 0}};  // the value comes last

@@ -1,10 +1,11 @@
 // Every exported function described once: how its arguments are drawn, what memory they may touch,
-// and how it is called. The campaign, the fuzz targets, the thread tests and the digests all run on
-// these records.
+// how it is called, and how programs call it. The campaign, the fuzz targets, the thread tests, the
+// digests and the benchmarks all run on these records.
 #pragma once
 
 #include "tests/campaign/case.h"
 #include "tests/campaign/families.h"
+#include "tests/campaign/typical.h"
 
 namespace vek::test {
 
@@ -28,7 +29,13 @@ struct Record {
   bool shareable = true;               ///< calls with the same arguments may run at the same time
   bool allocates = false;              ///< and lets go of all of it but what the case says
   bool mayAllocate = false;
+  std::vector<Typical> typical = {};  ///< what is benchmarked
 };
+
+inline Record with(Record record, std::vector<Typical> typical) {
+  record.typical = std::move(typical);
+  return record;
+}
 
 /// An exported function's name and the function.
 #define VEK_NAMED(f) #f, f

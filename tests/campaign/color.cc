@@ -38,6 +38,27 @@ void drawSide(Case& c, RowSteps steps, Layout layout, VekiSize size, Use use) {
   }
 }
 
+/// One side as programs have it.
+void prepareSide(Arguments& a, RowSteps steps, Layout layout) {
+  std::vector<Arguments::Plane> planes;
+  for (int p = 0; p < footprint::planeCount(layout); ++p) {
+    const Area area = footprint::colorPlane(layout, p, a.size, 0);
+    planes.push_back(a.plane(static_cast<int>(area.bytes), static_cast<int>(area.rows),
+                             steps == RowSteps::none ? 1 : 64));
+  }
+  if (planes.size() == 1) {
+    a.pointer(planes[0].data);
+  } else {
+    a.pointers(planes);
+  }
+  if (steps == RowSteps::none) return;
+  if (planes.size() == 1 || steps == RowSteps::one) {
+    a.number(planes[0].step);
+  } else {
+    a.steps(planes);
+  }
+}
+
 template <class F>
 Record planar(const char* name, F f, Conversion conversion, const Word& word = {}) {
   conversion.word = word;
@@ -49,7 +70,13 @@ Record planar(const char* name, F f, Conversion conversion, const Word& word = {
     drawSide(c, conversion.steps, conversion.dst(), size, Use::out);
     c.roi(size);
   };
-  return {name, bind(f), draw, {}, definition::converted(conversion), conversion.order};
+  const auto prepare = [=](Arguments& a) {
+    prepareSide(a, conversion.steps, conversion.src());
+    prepareSide(a, conversion.steps, conversion.dst());
+    a.roi();
+  };
+  return with({name, bind(f), draw, {}, definition::converted(conversion), conversion.order},
+              {{"", prepare}});
 }
 
 /// The records of a conversion to 16-bit pixels, one for each format.

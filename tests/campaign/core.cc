@@ -70,20 +70,44 @@ void drawAmount(Case& c) {
   c.number(c.random.in(-2, 5000));
 }
 
+template <class Rem>
+void prepareDivision(Arguments& a) {
+  a.number(200);
+  a.number(7);
+  a.pointer(a.keep(std::vector<Rem>(1)));
+  a.pointer(a.keep(std::vector<Vek32u>(1)));
+}
+
+void prepareAmount(Arguments& a) {
+  a.number(256);
+}
+
+void prepareNothing(Arguments&) {}
+
 }  // namespace
 
 std::vector<Record> coreRecords() {
+  const std::function<void(Case&)> nothing = [](Case&) {};
+  const auto once = [](const Record& record, std::function<void(Arguments&)> prepare) {
+    return with(record, {{"", std::move(prepare)}});
+  };
   std::vector<Record> records = {
-      {"vekMalloc", useMemory<vekMalloc, vekFree>, drawAmount, {"vekFree"}},
-      {"vekiMalloc", useMemory<vekiMalloc, vekiFree>, drawAmount, {"vekiFree"}},
-      {"vekiGetLibVersion", readVersion<vekiGetLibVersion>, [](Case&) {}},
-      {"_vekGetLibVersion_VekCam", readVersion<_vekGetLibVersion_VekCam>, [](Case&) {}},
-      {"vekLevel", readLevel, [](Case&) {}, {"vekLevelName", "vekLevelLimit"}},
-      {"vekVersionString", readVersionString, [](Case&) {}},
-      {"vekStatusString", readStatusString, [](Case& c) { c.number(c.random.in(-64, 64)); }},
-      {"_vekDiv_8u", useDivision<Vek8u, unsigned, _vekDiv_8u>, drawDivision<Vek8u>},
-      {"_vekDiv_16u", useDivision<Vek16u, unsigned, _vekDiv_16u>, drawDivision<Vek16u>},
-      {"_vekDiv_32u", useDivision<Vek32u, Vek32u, _vekDiv_32u>, drawDivision<Vek32u>}};
+      once({"vekMalloc", useMemory<vekMalloc, vekFree>, drawAmount, {"vekFree"}}, prepareAmount),
+      once({"vekiMalloc", useMemory<vekiMalloc, vekiFree>, drawAmount, {"vekiFree"}},
+           prepareAmount),
+      once({"vekiGetLibVersion", readVersion<vekiGetLibVersion>, nothing}, prepareNothing),
+      once({"_vekGetLibVersion_VekCam", readVersion<_vekGetLibVersion_VekCam>, nothing},
+           prepareNothing),
+      once({"vekLevel", readLevel, nothing, {"vekLevelName", "vekLevelLimit"}}, prepareNothing),
+      once({"vekVersionString", readVersionString, nothing}, prepareNothing),
+      once({"vekStatusString", readStatusString, [](Case& c) { c.number(c.random.in(-64, 64)); }},
+           [](Arguments& a) { a.number(vekStsAwbNoData); }),
+      once({"_vekDiv_8u", useDivision<Vek8u, unsigned, _vekDiv_8u>, drawDivision<Vek8u>},
+           prepareDivision<Vek8u>),
+      once({"_vekDiv_16u", useDivision<Vek16u, unsigned, _vekDiv_16u>, drawDivision<Vek16u>},
+           prepareDivision<Vek16u>),
+      once({"_vekDiv_32u", useDivision<Vek32u, Vek32u, _vekDiv_32u>, drawDivision<Vek32u>},
+           prepareDivision<Vek32u>)};
   records[1].mayAllocate = true;
   return records;
 }

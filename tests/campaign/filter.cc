@@ -38,12 +38,39 @@ VekiPoint drawAnchor(Random& random, VekiSize mask) {
   return {random.in(0, mask.width - 1), random.in(0, mask.height - 1)};
 }
 
+/// Source, with enough around it for a neighbourhood of `side` by `side` pixels with any anchor,
+/// destination and region.
+void prepareImages(Arguments& a, int channels, int side) {
+  const int rowBytes = channels * a.size.width;
+  a.image(a.bordered(rowBytes, a.size.height, channels * side, side));
+  a.image(a.plane(rowBytes, a.size.height));
+  a.roi();
+}
+
+std::string squareLabel(int side) {
+  return std::to_string(side) + "x" + std::to_string(side);
+}
+
+/// Filters with a mask and a centred anchor.
+std::vector<Typical> typicalMasked(int channels, const std::vector<int>& sides) {
+  std::vector<Typical> all;
+  for (int side : sides) {
+    all.push_back({squareLabel(side), [=](Arguments& a) {
+                     prepareImages(a, channels, side);
+                     a.pair(side, side);
+                     a.pair(side / 2, side / 2);
+                   }});
+  }
+  return all;
+}
+
 const Check masks = {vekStsMaskSizeErr}, anchors = {vekStsAnchorErr};
 
 template <int channels>
 Record morphology(const char* name, const Call& f, const Call& define) {
   const auto draw = [](Case& c) { drawImages(c, channels, {3, 3}, {1, 1}, {200, 6}); };
-  return {name, f, draw, {}, define, {pointers, steps, sizes}};
+  return with({name, f, draw, {}, define, {pointers, steps, sizes}},
+              {{"", [](Arguments& a) { prepareImages(a, channels, 1); }}});
 }
 template <int channels, class F>
 Record erode(const char* name, F f) {
@@ -52,12 +79,6 @@ Record erode(const char* name, F f) {
 template <int channels, class F>
 Record dilate(const char* name, F f) {
   return morphology<channels>(name, bind(f), bind(definition::extreme3x3<channels, true>));
-}
-
-void drawMedianColor(Case& c) {
-  const int side = 3 + 2 * c.random.in(0, 1);
-  drawImages(c, 3, {side, side}, {side / 2, side / 2}, {130, 6});
-  c.number(11 * side, {vekStsMaskSizeErr, {0, 35, 53, INT_MIN, INT_MAX}});
 }
 
 const Refused noAnchor = {vekStsAnchorErr, {-1, INT_MIN, INT_MAX}};
@@ -100,22 +121,41 @@ void drawMasked(Case& c, int channels, bool median) {
 
 template <int channels, class F>
 Record box(const char* name, F f) {
-  return {name,
-          bind(f),
-          [](Case& c) { drawMasked(c, channels, false); },
-          {},
-          bind(definition::box<channels>),
-          {pointers, steps, sizes, masks, anchors}};
+  return with({name,
+               bind(f),
+               [](Case& c) { drawMasked(c, channels, false); },
+               {},
+               bind(definition::box<channels>),
+               {pointers, steps, sizes, masks, anchors}},
+              typicalMasked(channels, {3, 5, 15, 31}));
 }
 
 template <int channels, class F>
 Record median(const char* name, F f) {
-  return {name,
-          bind(f),
-          [](Case& c) { drawMasked(c, channels, true); },
-          {},
-          bind(definition::median<channels>),
-          {pointers, sizes, steps, masks, anchors}};
+  return with({name,
+               bind(f),
+               [](Case& c) { drawMasked(c, channels, true); },
+               {},
+               bind(definition::median<channels>),
+               {pointers, sizes, steps, masks, anchors}},
+              typicalMasked(channels, {3, 5, 7, 11, 15, 31}));
+}
+
+Record medianColor(const char* name, const Call& f) {
+  const auto draw = [](Case& c) {
+    const int side = 3 + 2 * c.random.in(0, 1);
+    drawImages(c, 3, {side, side}, {side / 2, side / 2}, {130, 6});
+    c.number(11 * side, {vekStsMaskSizeErr, {0, 35, 53, INT_MIN, INT_MAX}});
+  };
+  std::vector<Typical> all;
+  for (int side : {3, 5}) {
+    all.push_back({squareLabel(side), [=](Arguments& a) {
+                     prepareImages(a, 3, side);
+                     a.number(11 * side);
+                   }});
+  }
+  return with({name, f, draw, {}, bind(definition::colorMedian), {pointers, sizes, steps, masks}},
+              all);
 }
 
 /// Makes the entries, or all of them together, as large as a kind of arithmetic just takes them or
@@ -173,6 +213,50 @@ const Refused noDivisor = {vekStsDivisorErr, {0, -1, INT_MIN}};
 const std::vector<Check> linearOrder = {
     pointers, steps, sizes, anchors, {vekStsDivisorErr}, {vekStsCoeffRangeErr}};
 
+/// Sums that fit 16 bits (binomial ones) and 32, divisors that are a power of two and that are not.
+struct Kernel {
+  const char* variant;
+  int side;
+  std::vector<Vek32s> entries;
+  int divisor;
+};
+
+const Kernel usualPlanes[] = {{"3x3smooth", 3, {1, 2, 1, 2, 4, 2, 1, 2, 1}, 16},
+                              {"3x3sharp", 3, {-90, -90, -90, -90, 1000, -90, -90, -90, -90}, 280},
+                              {"5x5mean", 5, std::vector<Vek32s>(25, 1), 25},
+                              {"5x5wide", 5, std::vector<Vek32s>(25, 100), 2500}};
+const Kernel usualLines[] = {{"3", 3, {1, 2, 1}, 4},
+                             {"5", 5, {1, 4, 6, 4, 1}, 16},
+                             {"15", 15, std::vector<Vek32s>(15, 70), 1050}};
+
+std::vector<Typical> typicalPlanes(int channels) {
+  std::vector<Typical> all;
+  for (const Kernel& k : usualPlanes) {
+    all.push_back({k.variant, [=](Arguments& a) {
+                     prepareImages(a, channels, k.side);
+                     a.pointer(a.keep(k.entries));
+                     a.pair(k.side, k.side);
+                     a.pair(k.side / 2, k.side / 2);
+                     a.number(k.divisor);
+                   }});
+  }
+  return all;
+}
+
+std::vector<Typical> typicalLines(int channels) {
+  std::vector<Typical> all;
+  for (const Kernel& k : usualLines) {
+    all.push_back({k.variant, [=](Arguments& a) {
+                     prepareImages(a, channels, k.side);
+                     a.pointer(a.keep(k.entries));
+                     a.number(k.side);
+                     a.number(k.side / 2);
+                     a.number(k.divisor);
+                   }});
+  }
+  return all;
+}
+
 template <int channels, class F>
 Record plane(const char* name, F f) {
   const auto draw = [](Case& c) {
@@ -188,7 +272,8 @@ Record plane(const char* name, F f) {
     numberAnchor(c, anchor, size);
     c.number(divisor, noDivisor);
   };
-  return {name, bind(f), draw, {}, bind(definition::convolution<channels>), linearOrder};
+  return with({name, bind(f), draw, {}, bind(definition::convolution<channels>), linearOrder},
+              typicalPlanes(channels));
 }
 
 template <int channels>
@@ -207,7 +292,7 @@ Record line(const char* name, const Call& f, const Call& define, bool row) {
     c.alsoRefuse(0, n);
     c.number(divisor, noDivisor);
   };
-  return {name, f, draw, {}, define, linearOrder};
+  return with({name, f, draw, {}, define, linearOrder}, typicalLines(channels));
 }
 
 template <int channels, class F>
@@ -227,17 +312,15 @@ std::vector<Record> filterRecords() {
   mirror.numbers = {0, 1, 2};
   mirror.refusedNumbers = {vekStsMirrorFlipErr, {-1, 3, INT_MIN, INT_MAX}};
   mirror.order = {pointers, sizes, {vekStsMirrorFlipErr}};
+  mirror.usual = {{"rows", vekiMirrorHorizontalAxis},
+                  {"columns", vekiMirrorVerticalAxis},
+                  {"both", vekiMirrorBothAxes}};
   Manners gamma = mirror;
   gamma.inPlace = true;
   return {
       VEK_C1_C3(box, vekiFilterBox, R),
       VEK_C1_C3(median, vekiFilterMedian, R),
-      {"vekiFilterMedianColor_8u_C3R",
-       bind(vekiFilterMedianColor_8u_C3R),
-       drawMedianColor,
-       {},
-       bind(definition::colorMedian),
-       {pointers, sizes, steps, masks}},
+      medianColor("vekiFilterMedianColor_8u_C3R", bind(vekiFilterMedianColor_8u_C3R)),
       VEK_C1_C3(plane, vekiFilter, R),
       VEK_C1_C3(row, vekiFilterRow, R),
       VEK_C1_C3(column, vekiFilterColumn, R),

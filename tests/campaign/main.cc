@@ -30,7 +30,9 @@ const char* const usage =
     "       campaign digest [FILE]                 digests of the results, compared with FILE\n"
     "       campaign stack LIMIT [CASES]           no function takes more than LIMIT bytes of "
     "stack\n"
-    "       campaign complete                      no exported function is missing\n";
+    "       campaign complete                      no exported function is missing, and its "
+    "typical\n"
+    "                                              calls succeed\n";
 
 /// The seed of a function's n-th case, so that one seed says which case failed.
 uint64_t seedOf(uint64_t seed, const std::string& name, uint64_t n) {
@@ -241,6 +243,17 @@ int complete() {
     covered.insert(record.also.begin(), record.also.end());
   }
   int status = 0;
+  for (const Record& record : recordsOf("all")) {
+    if (record.typical.empty()) printf("not benchmarked: %s\n", record.name.c_str()), status = 1;
+    for (const Typical& typical : record.typical) {
+      Arguments arguments({64, 48}, std::make_shared<Memory>());
+      typical.prepare(arguments);
+      const VekStatus answer = arguments.call(record.call);
+      if (answer >= 0) continue;
+      printf("%s/%s answers %d\n", record.name.c_str(), typical.variant.c_str(), answer);
+      status = 1;
+    }
+  }
   for (const char* name : exportedFunctions) {
     if (covered.erase(name) != 0) continue;
     printf("missing from the campaign: %s\n", name);

@@ -63,6 +63,7 @@ struct Manners {
   std::vector<int> numbers = {0};  ///< likely values of its int
   Refused refusedNumbers = {};
   std::vector<Check> order = {};
+  std::vector<std::pair<std::string, int>> usual = {{"", 0}};  ///< variants, by its int
 };
 
 inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels, int dstChannels,
@@ -173,12 +174,84 @@ inline void drawPacked(Case& c, const std::vector<Part>& parts, int srcChannels,
   }
 }
 
+/// Constants of which the third one of four is not below the first, as thresholds demand.
+inline constexpr Vek8u usualBytes[4][3] = {
+    {77, 100, 200}, {9, 150, 220}, {99, 150, 220}, {2, 100, 200}};
+inline const std::vector<Vek32s> usualWeights = {4899, 9617, 1868};
+inline const std::vector<Vek32s> usualMatrix = {9000, 5000,  2384, 0,     -3000, 19000,
+                                                384,  81920, 100,  -2000, 18284, -16384};
+
+inline void preparePacked(Arguments& a, const std::vector<Part>& parts, int srcChannels,
+                          int dstChannels, int number, const std::vector<Vek32u>& amounts) {
+  int constants = 0;
+  for (Part part : parts) {
+    switch (part) {
+      case Part::source:
+        a.image(a.plane(srcChannels * a.size.width, a.size.height));
+        break;
+      case Part::destination:
+        a.image(a.plane(dstChannels * a.size.width, a.size.height));
+        break;
+      case Part::step:
+        break;
+      case Part::roi:
+        a.roi();
+        break;
+      case Part::number:
+        a.number(number);
+        break;
+      case Part::byte:
+        a.number(usualBytes[constants++][0]);
+        break;
+      case Part::bytes:
+        a.pointer(usualBytes[constants++]);
+        break;
+      case Part::amount:
+        a.number(amounts[1]);
+        break;
+      case Part::amounts:
+        a.pointer(a.keep(amounts));
+        break;
+      case Part::results:
+        a.pointer(a.keep(std::vector<Vek32s>(3)));
+        break;
+      case Part::weights:
+        a.pointer(usualWeights.data());
+        break;
+      case Part::matrix:
+        a.pointer(usualMatrix.data());
+        break;
+    }
+  }
+}
+
+/// Shifts by three amounts have a variant in which they are equal.
+inline std::vector<Typical> typicalPacked(const std::vector<Part>& parts, int srcChannels,
+                                          int dstChannels, const Manners& manners) {
+  const auto prepare = [=](int number, const std::vector<Vek32u>& amounts) {
+    return
+        [=](Arguments& a) { preparePacked(a, parts, srcChannels, dstChannels, number, amounts); };
+  };
+  const auto has = [&](Part part) {
+    return std::find(parts.begin(), parts.end(), part) != parts.end();
+  };
+  const std::vector<Vek32u> different = {1, 3, 4}, equal = {3, 3, 3};
+  if (has(Part::amounts)) return {{"", prepare(0, different)}, {"equal", prepare(0, equal)}};
+  if (!has(Part::number)) return {{"", prepare(0, different)}};
+  std::vector<Typical> all;
+  for (const auto& [variant, number] : manners.usual) {
+    all.push_back({variant, prepare(number, different)});
+  }
+  return all;
+}
+
 template <int srcChannels, int dstChannels = srcChannels, class... A>
 Record packed(const char* name, VekStatus (*f)(A...), const Manners& manners, const Call& define) {
   const auto draw = [=, parts = partsOf(f)](Case& c) {
     drawPacked(c, parts, srcChannels, dstChannels, manners);
   };
-  return {name, bind(f), draw, {}, define, manners.order};
+  return with({name, bind(f), draw, {}, define, manners.order},
+              typicalPacked(partsOf(f), srcChannels, dstChannels, manners));
 }
 
 /// The records of a function for both channel counts.

@@ -6,6 +6,7 @@
 #include <climits>
 
 #include "tests/campaign/campaign.h"
+#include "tests/campaign/preview_cases.h"
 
 namespace vek::test {
 namespace {
@@ -211,13 +212,77 @@ void draw422Reduce(Case& c) {
   c.number(rotation, bad({-1, 4}));
 }
 
+/// A sampling step that fits `to` samples into `from`.
+int usualStep(int from, int to) {
+  return static_cast<int>(
+      std::min(int64_t{from - 1} * 65536 / (to - 1), int64_t{from} * 65536 / to));
+}
+
+std::vector<Arguments::Plane> usualPlanes(Arguments& a, const PreviewCase& p, VekiSize size) {
+  const VekiSize chroma = {size.width / 2, size.height / p.chromaRows};
+  return {a.plane(size.width, size.height, p.stepMultiple),
+          a.plane(chroma.width, chroma.height, p.stepMultiple),
+          a.plane(chroma.width, chroma.height, p.stepMultiple)};
+}
+
+void prepareReduce(Arguments& a, const PreviewCase& p) {
+  const VekiSize out = p.out(a.size);
+  a.image(a.plane(2 * a.size.width, a.size.height, p.stepMultiple));
+  a.image(a.plane(2 * out.width, out.height, p.stepMultiple));
+  a.number(a.size.width);
+  a.number(a.size.height);
+  for (int number : {p.down, p.interpolation, 0, p.rotation}) a.number(number);
+}
+
+/// To the 24-bit format the 4:2:2 function takes the destination's own size, everything else the
+/// size before the rotation.
+void preparePlanar(Arguments& a, const PreviewCase& p) {
+  const VekiSize scaled = p.scaled(a.size), out = p.out(a.size);
+  const std::vector<Arguments::Plane> src = usualPlanes(a, p, a.size);
+  a.pointers(src);
+  a.steps(src);
+  a.number(a.size.width);
+  a.number(a.size.height);
+  const bool toPlanes = p.pixels == Pixels::planar, is422 = p.chromaRows == 1;
+  if (toPlanes) {
+    const std::vector<Arguments::Plane> dst = usualPlanes(a, p, out);
+    a.pointers(dst);
+    a.steps(dst);
+  } else {
+    a.image(a.plane(p.pixelBytes() * out.width, out.height, p.stepMultiple));
+  }
+  const VekiSize given = !toPlanes && is422 ? out : scaled;
+  a.number(given.width);
+  a.number(given.height);
+  if (!toPlanes) a.number((p.pixels == Pixels::bgr24 ? 3 : 0) + (is422 ? 0 : 4));
+  a.number(p.interpolation);
+  a.number(p.rotation);
+  a.number(usualStep(a.size.width, scaled.width));
+  a.number(usualStep(a.size.height, scaled.height));
+}
+
+std::vector<Typical> typicalPreviews(const std::string& function) {
+  std::vector<Typical> all;
+  for (const PreviewCase& p : previewCases) {
+    if (p.function != function) continue;
+    all.push_back({p.variant, [&p](Arguments& a) {
+                     if (p.interleaved) {
+                       prepareReduce(a, p);
+                     } else {
+                       preparePlanar(a, p);
+                     }
+                   }});
+  }
+  return all;
+}
+
 template <class F, class Define>
 Record preview(const char* name, F f, std::function<void(Case&)> draw, Define define) {
   const auto drawCamera = [draw](Case& c) {
     c.nullStatus = vekStsBadArgErr;
     draw(c);
   };
-  return {name, bind(f), drawCamera, {}, bind(define)};
+  return with({name, bind(f), drawCamera, {}, bind(define)}, typicalPreviews(name));
 }
 
 }  // namespace

@@ -169,6 +169,73 @@ void drawFrame(Case& c) {
   });
 }
 
+// ---- Typical calls ------------------------------------------------------------------------------
+
+constexpr Vek16s usualMatrix[9] = {412, -118, -38, -60, 380, -64, 6, -122, 372};
+
+VekiRggbColorParam usualColor() {
+  VekiRggbColorParam p = rawColor();
+  p.gammaCurve[0] = 1;
+  p.colorMatrix = usualMatrix;
+  return p;
+}
+
+struct UsualFrame {
+  const char* variant;
+  int scale = 1, rotation = 0, chromaFormat = 9;
+  int border = 1;     ///< samples around the region that are valid
+  int stepUnit = 64;  ///< the steps of the planes are multiples of this
+};
+
+constexpr UsualFrame usualFrames[] = {
+    {"420"},
+    {.variant = "420-edges", .border = 0},
+    {.variant = "420-turned", .rotation = 1},
+    {.variant = "420-turned-edges", .rotation = 1, .border = 0},
+    {.variant = "420-turned-step4096", .rotation = 1, .stepUnit = 4096},
+    {.variant = "422", .chromaFormat = 8},
+    {.variant = "422-turned", .rotation = 2, .chromaFormat = 8},
+    {.variant = "420-upside-down", .rotation = 3},
+    {.variant = "420-half", .scale = 2},
+    {.variant = "420-half-turned", .scale = 2, .rotation = 1},
+    {.variant = "420-quarter", .scale = 4},
+};
+
+/// The source is as large as the size allows, in whole blocks.
+VekiRggbGeometry usualGeometry(VekiSize size, const UsualFrame& frame) {
+  const int block = 4 * frame.scale;
+  VekiRggbGeometry g = rawGeometry(size.width / block * block, size.height / block * block,
+                                   frame.scale, frame.rotation, frame.chromaFormat, frame.border);
+  const auto step = [unit = frame.stepUnit](int bytes) { return (bytes + unit - 1) / unit * unit; };
+  g.srcStep = frame.stepUnit > 64 ? step(2 * (size.width + 2)) : 2 * (size.width + 2);
+  for (int i = 0; i < 3; ++i) g.dstStep[i] = step((i == 0 ? g.dstWidth : g.dstWidth / 2) + 64);
+  return g;
+}
+
+void prepareFrame(Arguments& a, const UsualFrame& frame) {
+  const VekiRggbGeometry g = usualGeometry(a.size, frame);
+  const auto src = a.plane(2 * (g.srcWidth + 2), g.srcHeight + 2, g.srcStep);
+  a.pointer(src.data + g.srcStep + 2);
+  // Without a border the planes begin one block before an aligned address.
+  const int inset = frame.scale == 1 && frame.border == 0 ? 1 : 0;
+  const int chromaRows = frame.chromaFormat == 8 ? g.dstHeight : g.dstHeight / 2;
+  std::vector<Arguments::Plane> dst = {a.plane(g.dstWidth, g.dstHeight, g.dstStep[0]),
+                                       a.plane(g.dstWidth / 2, chromaRows, g.dstStep[1]),
+                                       a.plane(g.dstWidth / 2, chromaRows, g.dstStep[2])};
+  for (size_t i = 0; i < 3; ++i) dst[i].data += (i == 0 ? 6 : 3) * inset;
+  a.pointers(dst);
+  const VekiRggbColorParam p = usualColor();
+  VekiRggbToYCbCrState* state = nullptr;
+  vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(&p, &g, &state);
+  a.pointer(a.keep(state, vekiFree_10RGGBtoYCbCr_RotRsz_P3R));
+}
+
+void prepareInit(Arguments& a) {
+  a.pointer(a.keep(std::vector{usualColor()}));
+  a.pointer(a.keep(std::vector{usualGeometry(a.size, usualFrames[0])}));
+  a.pointer(a.keep(std::vector<void*>(1)));
+}
+
 }  // namespace
 
 std::vector<Record> rawRecords() {
@@ -183,6 +250,10 @@ std::vector<Record> rawRecords() {
                                   {"vekiFree_10RGGBtoYCbCr_RotRsz_P3R"}}};
   records[0].defineEvery = 1;
   records[1].allocates = true;
+  for (const UsualFrame& frame : usualFrames) {
+    records[0].typical.push_back({frame.variant, [&](Arguments& a) { prepareFrame(a, frame); }});
+  }
+  records[1].typical = {{"", prepareInit}};
   return records;
 }
 

@@ -1,7 +1,7 @@
 #!/bin/sh
 # What libvek exports is what include/ declares with VEK_API, both ways and of the same kind; the
-# static library defines no other name than in namespace vek or with the prefix vek; every exported
-# function is benchmarked.
+# static library defines no other name than in namespace vek or with the prefix vek. (That every
+# exported function is tested and benchmarked is what `campaign complete` sees to.)
 # usage: exports.sh <C compiler> <nm> <source directory> <libvek.so> <libvek.a>
 set -eu
 export LC_ALL=C
@@ -42,11 +42,6 @@ sed 's/ .*//' "$work/declared" >"$work/names"
 "$nm" -g --defined-only "$static" | awk 'NF == 3 { print $3 }' | sort -u |
   comm -13 "$work/names" - | grep -vE '^(_ZNK?3)?vek' >"$work/outside" || true
 none "foreign global names in the static library" "$work/outside"
-
-sed -n 's/ function$//p' "$work/declared" >"$work/functions"
-find "$source/bench" -name '*_bench.cc' -exec grep -hoE '[A-Za-z0-9_]+' {} + | sort -u |
-  comm -23 "$work/functions" - >"$work/unmeasured"
-none "exported functions without a benchmark in bench/" "$work/unmeasured"
 
 [ "$status" -eq 0 ] && echo "$(wc -l <"$work/names") names agree"
 exit "$status"

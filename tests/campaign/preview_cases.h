@@ -1,17 +1,15 @@
-// What the preview benchmarks measure, for ours and for the peers alike.
+// How programs call the preview functions. The peers of the benchmarks do the same.
 #pragma once
 
 #include "vek/vek.h"
 
 #include <string>
 
-#include "bench/support.h"
-
-namespace vek::bench {
+namespace vek::test {
 
 enum class Pixels { planar, rgb565, bgr24 };
 
-/// One resize, turn and conversion. `size` divided by down/up is the scaled image.
+/// One resize, rotation and conversion. `size` divided by down/up is the scaled image.
 struct PreviewCase {
   const char* function;
   const char* variant;
@@ -32,19 +30,6 @@ struct PreviewCase {
     const VekiSize s = scaled(size);
     return turned() ? VekiSize{s.height, s.width} : s;
   }
-  Image image(int rowBytes, int height) const {
-    return {rowBytes, height, (rowBytes + stepMultiple - 1) / stepMultiple * stepMultiple};
-  }
-};
-
-/// Y, Cb and Cr; chroma has half the columns.
-struct Planes {
-  Image y, cb, cr;
-
-  Planes(const PreviewCase& c, VekiSize size)
-      : y(c.image(size.width, size.height)),
-        cb(c.image(size.width / 2, size.height / c.chromaRows)),
-        cr(c.image(size.width / 2, size.height / c.chromaRows)) {}
 };
 
 inline constexpr const char* resize420 = "vekiYCbCr420RszRot_8u_P3R";
@@ -101,4 +86,4 @@ inline constexpr PreviewCase previewCases[] = {
     {rgbOfC2, "8", true, 1, Pixels::rgb565, 8, 1, 1, 0},
 };
 
-}  // namespace vek::bench
+}  // namespace vek::test
