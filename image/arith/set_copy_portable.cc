@@ -9,10 +9,10 @@ namespace {
 
 void repeat(const Vek8u* pattern, ptrdiff_t n, Vek8u* dst) {
   VEK_ASSERT(n >= 1);
-  for (ptrdiff_t x = 0; x < n; x += Pattern::period) {
-    const ptrdiff_t rest = n - x;
-    memcpy(dst + x, pattern, static_cast<size_t>(rest < Pattern::period ? rest : Pattern::period));
-  }
+  ptrdiff_t x = 0;
+  // Of a constant size, so that the compiler copies in place.
+  for (; n - x >= Pattern::period; x += Pattern::period) memcpy(dst + x, pattern, Pattern::period);
+  memcpy(dst + x, pattern, static_cast<size_t>(n - x));
 }
 
 }  // namespace
