@@ -2,9 +2,10 @@
 # Objects of a higher level consist of its vectors, define their tables only, and point to kernels of
 # their own or of the portable level.
 # usage: level_objects.sh <readelf> <nm> <objdump> <levels.txt> <file with lines: level object>
+#        [unoptimised]
 set -eu
 export LC_ALL=C
-readelf=$1 nm=$2 objdump=$3 levels=$4 objects=$5
+readelf=$1 nm=$2 objdump=$3 levels=$4 objects=$5 unoptimised=${6-}
 status=0
 
 # none <what is wrong> <lines>: fails with the lines unless there are none.
@@ -22,9 +23,13 @@ while read -r level object; do
   printf '%6d vector instructions: %s %s\n' "$count" "$level" "${object##*.dir/}"
   [ "$count" -ge 8 ] || none "hardly a vector instruction" "$object"
 
-  # The linker may hand a weak symbol of a higher level to code that runs on every processor. Those of
-  # Highway, which are there in unoptimised builds, have their instructions' name in theirs (N_AVX2).
-  symbols=$("$nm" -g --defined-only "$object" | grep -vE ' [WVu] .*3hwy[0-9]+N_[A-Z]' || true)
+  # The linker may hand a weak function of a higher level to code that runs on every processor. Without
+  # optimisation those of Highway are there, which have their instructions' name in theirs (N_AVX2) or
+  # make constants, and std::integral_constant's conversion to its number.
+  symbols=$("$nm" -g --defined-only "$object")
+  if [ -n "$unoptimised" ]; then
+    symbols=$(printf '%s\n' "$symbols" | grep -vE ' W .*(3hwy|17integral_constant)| [Vu] ' || true)
+  fi
   [ -n "$symbols" ] || none "no table of level $level" "$object"
   none "level $level defines more than its tables in $object" \
     "$(printf '%s\n' "$symbols" | awk -v level="$level" '
