@@ -89,7 +89,8 @@ struct Windows {
       rects.push_back({x * random.in(0, 40 / x), y * random.in(0, 20 / y), x * random.size(128 / x),
                        y * random.in(1, 40 / y)});
       weights.push_back(word<Weight>(random, 1, mostWeight));
-      if (c.limits() && mostWeight > 32768) weights.back() = static_cast<Weight>(32768);  // halves
+      // Makes halves of flat frames.
+      if (c.limits() && mostWeight > 255) weights.back() = static_cast<Weight>(16384);
     }
     const Area area = footprint::windows(rects.data(), count(), 0);
     reach = {static_cast<int>(area.bytes / 2), static_cast<int>(area.rows)};

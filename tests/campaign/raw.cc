@@ -21,10 +21,11 @@ VekiRggbGeometry drawGeometry(Random& random, bool limits) {
   // Reduced destinations are multiples of four pixels wide.
   int width = 2 * scale * random.size(90), height = 2 * scale * random.size(40);
   if (random.chance(2)) width = 2 * scale * random.in(90, 1200);
-  // Crosses the seams of strips and of bands; definitions are compared along all of a row.
+  // Crosses the seams of strips and of bands; strips of up to 1024 quads have another on both sides.
   if (limits) {
-    const bool wide = random.chance(60);
-    (wide ? width : height) = 2 * scale * random.acrossSeam(wide ? 1024 : 128);
+    const bool wide = random.chance(60), three = random.chance(40);
+    (wide ? width : height) =
+        2 * scale * (wide && three ? random.in(2049, 2100) : random.acrossSeam(wide ? 1024 : 128));
     (wide ? height : width) = 2 * scale * random.in(1, 4);
   }
   int& across = quarterTurn ? height : width;
