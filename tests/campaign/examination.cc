@@ -52,15 +52,6 @@ std::string difference(const Bytes& expected, const Bytes& actual) {
   return {};
 }
 
-/// Functions that ask for the level more than once a call still. The list is to become empty.
-bool asksOften(const std::string& name) {
-  const char* const functions[] = {
-      "vekiYCbCr420RszRot_8u_P3R",         "vekiYCbCr422RszRot_8u_P3R",
-      "vekiYCbCr420RszCscRotRGB_8u_P3C3R", "vekiYCbCr422RszCscRotRGB_8u_P3C3R",
-      "vekiResizeCscRotate_8u_C2R",        "veki10RGGBtoYCbCr_RotRsz_8u_P3R"};
-  return std::find(std::begin(functions), std::end(functions), name) != std::end(functions);
-}
-
 /// Every level must give what `define` gives or, without it, what the portable level gives.
 std::string compareLevels(const Record& record, const Case& c, const Call& define,
                           uint64_t* digest) {
@@ -82,7 +73,7 @@ std::string compareLevels(const Record& record, const Case& c, const Call& defin
     const VekStatus status = trial.call(record.call);
     // Once in each exported function: asking takes longer than a small kernel.
     if (const int times = timesLevelAsked() - asked;
-        !asksOften(record.name) && times > 1 + static_cast<int>(record.also.size())) {
+        times > 1 + static_cast<int>(record.also.size())) {
       return "asks for the level " + std::to_string(times) + " times" + at;
     }
     if (!record.allocates && !record.mayAllocate && allocationCalls() != calls) {
