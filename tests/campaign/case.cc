@@ -82,9 +82,9 @@ int Case::object(Use use, const void* bytes, size_t size, size_t alignment, int 
   return static_cast<int>(blocks_.size()) - 1;
 }
 
-void Case::pointer(int block, int alignment) {
+void Case::pointer(int block, int alignment, ptrdiff_t offset) {
   Cell cell;
-  cell.block = block, cell.alignment = alignment;
+  cell.block = block, cell.alignment = alignment, cell.offset = offset;
   arguments_.push_back({{cell}, false, nullptr});
 }
 
@@ -98,18 +98,27 @@ void Case::planes(const int (&blocks)[3], const int (&alignments)[3]) {
   arguments_.push_back(argument);
 }
 
+void Case::planes(const std::vector<int>& blocks) {
+  Argument argument = {{}, true, nullptr};
+  for (int block : blocks) {
+    argument.cells.push_back({});
+    argument.cells.back().block = block;
+  }
+  arguments_.push_back(argument);
+}
+
 void Case::number(int64_t value, const Refused& refused) {
   Cell cell;
   cell.isNumber = true, cell.number = value, cell.refused = refused;
   arguments_.push_back({{cell}, false, nullptr});
 }
 
-void Case::numbers(const int (&values)[3], const Refused& refused) {
+void Case::numbers(const std::vector<int>& values, const Refused& refused) {
   number(values[0], refused);
   Argument& argument = arguments_.back();
   argument.array = true;
-  argument.cells.resize(3, argument.cells[0]);
-  for (size_t i = 1; i < 3; ++i) argument.cells[i].number = values[i];
+  argument.cells.resize(values.size(), argument.cells[0]);
+  for (size_t i = 1; i < values.size(); ++i) argument.cells[i].number = values[i];
 }
 
 void Case::pair(int first, int second, const Refused& refused) {

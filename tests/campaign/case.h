@@ -15,11 +15,11 @@
 
 namespace vek::test {
 
-/// One argument of a call, as any parameter type takes it: a pointer, a number, or two numbers of a
-/// VekiSize or VekiPoint.
+/// One argument of a call, as any parameter type takes it: a pointer, a number, two numbers of a
+/// VekiSize or VekiPoint, or four of a VekiRect.
 struct Value {
   void* pointer = nullptr;
-  int64_t numbers[2] = {};
+  int64_t numbers[4] = {};
 };
 
 using Call = std::function<VekStatus(const Value* arguments)>;
@@ -30,6 +30,9 @@ T as(const Value& v) {
     return static_cast<T>(v.pointer);
   } else if constexpr (std::is_integral_v<T>) {
     return static_cast<T>(v.numbers[0]);
+  } else if constexpr (std::is_same_v<T, VekiRect>) {
+    return {static_cast<int>(v.numbers[0]), static_cast<int>(v.numbers[1]),
+            static_cast<int>(v.numbers[2]), static_cast<int>(v.numbers[3])};
   } else {
     return T{static_cast<int>(v.numbers[0]), static_cast<int>(v.numbers[1])};
   }
@@ -116,13 +119,25 @@ class Case {
   // ---- Arguments, in the order of the function's parameters.
 
   /// A pointer that is refused if it is null or no multiple of `alignment` (0: never refused).
-  void pointer(int block, int alignment = 1);
-  /// The same for an array of three pointers.
+  /// It points `offset` bytes behind the block's own pointer.
+  void pointer(int block, int alignment = 1, ptrdiff_t offset = 0);
+  /// The same for an array of pointers.
   void planes(const int (&blocks)[3], const int (&alignments)[3]);
+  void planes(const std::vector<int>& blocks);
   void number(int64_t value, const Refused& refused = {});
-  /// An array of three numbers.
-  void numbers(const int (&values)[3], const Refused& refused);
+  /// An array of numbers.
+  void numbers(const int (&values)[3], const Refused& refused) {
+    numbers(std::vector<int>(values, values + 3), refused);
+  }
+  void numbers(const std::vector<int>& values, const Refused& refused);
   void pair(int first, int second, const Refused& refused = {});
+  void rect(const VekiRect& r, const Refused& refused) {
+    pair(r.x, r.y, refused);
+    for (int v : {r.width, r.height}) {
+      arguments_.back().cells.push_back(arguments_.back().cells[0]);
+      arguments_.back().cells.back().number = v;
+    }
+  }
   void roi(VekiSize size, VekStatus status = vekStsSizeErr) {
     pair(size.width, size.height, {status, {0, -1, -2147483647 - 1}});
   }
@@ -207,6 +222,7 @@ class Case {
   struct Cell {
     int block = -1;
     int alignment = 1;
+    ptrdiff_t offset = 0;
     int64_t number = 0;
     bool isNumber = false;
     Refused refused = {};

@@ -22,7 +22,8 @@ Trial::Trial(const Case& c, bool otherSide) : case_(c) {
     if (!a.array) continue;
     const bool pointers = !a.cells[0].isNumber;
     const auto each = static_cast<ptrdiff_t>(pointers ? sizeof(void*) : sizeof(int));
-    arrays_.back() = std::make_unique<Buffer>(Area{3 * each, 1, 0}, alignof(void*));
+    const auto count = static_cast<ptrdiff_t>(a.cells.size());
+    arrays_.back() = std::make_unique<Buffer>(Area{count * each, 1, 0}, alignof(void*));
   }
   setArguments();
 }
@@ -114,7 +115,7 @@ Value Trial::valueOf(size_t a, size_t c) const {
   v.numbers[0] = cell.number;
   if (argument.made != nullptr) v.pointer = argument.made.get();
   if (cell.block >= 0) {
-    v.pointer = memoryOf(static_cast<size_t>(cell.block));
+    v.pointer = memoryOf(static_cast<size_t>(cell.block)) + cell.offset;
   }
   return v;
 }
