@@ -1,6 +1,6 @@
 /** @file camera.h
- *  The camera sub-library: automatic exposure, automatic white balance, the raw Bayer pipeline, and
- *  the preview functions that resize, rotate and convert YCbCr images.
+ *  The camera sub-library: the raw front end, automatic exposure, automatic white balance, the raw
+ *  Bayer pipeline, and the preview functions that resize, rotate and convert YCbCr images.
  *
  *  Every function here answers every argument fault, null pointers included, with vekStsBadArgErr
  *  unless its comment names another status.
@@ -16,6 +16,83 @@
 extern "C" {
 #endif
 
+/** @defgroup frontend Raw front end
+ *
+ *  Brings the frames of any Bayer sensor into the form that all other functions here take: 10-bit
+ *  samples in 16-bit words that begin with a red one (RGGB). Samples are unpacked, the black level
+ *  is subtracted, and each colour has a gain, for example that of the white balance.
+ *  @{ */
+
+/** Raw formats, with the names under which they are known elsewhere. A row is a sequence of groups;
+ *  rows begin with a whole one. */
+enum VekiRawFormat {
+  vekiRaw8 = 0,       /**< one byte a sample (SRGGB8, RAW8) */
+  vekiRawPlain16 = 1, /**< little-endian words, of which the low `bits` bits count and higher ones
+                           are ignored (SRGGB10, SRGGB12, ...) */
+  vekiRawCsi2_10 = 2, /**< 4 samples in 5 bytes (SRGGB10P, RAW10): bits 9..2 of samples 0 to 3, then
+                           a byte with bits 1..0 of sample k in its bits 2k + 1..2k */
+  vekiRawCsi2_12 = 3, /**< 2 samples in 3 bytes (SRGGB12P, RAW12): bits 11..4 of samples 0 and 1,
+                           then a byte with bits 3..0 of sample 0 in its bits 3..0 and of sample 1
+                           in its bits 7..4 */
+  vekiRawCsi2_14 = 4  /**< 4 samples in 7 bytes (SRGGB14P, RAW14): bits 13..6 of samples 0 to 3,
+                           then bits 5..0 of samples 0 to 3 as a little-endian number of 24 bits,
+                           sample 0 lowest */
+};
+
+/** The colours of the 2 x 2 samples at the top left of a frame, row by row. Red is in column
+ *  `order & 1` of row `order >> 1`. */
+enum VekiBayerOrder {
+  vekiBayerRGGB = 0, /**< R G, G B */
+  vekiBayerGRBG = 1, /**< G R, B G */
+  vekiBayerGBRG = 2, /**< G B, R G */
+  vekiBayerBGGR = 3  /**< B G, G R */
+};
+
+/** How a frame is stored, and what is done to its samples. Both arrays are in the order R, Gr (the
+ *  green beside red), Gb (the green beside blue), B. */
+typedef struct VekiRawFrontEnd {
+  Vek32s format;   /**< one of VekiRawFormat */
+  Vek32s bits;     /**< of a sample: 8 for vekiRaw8, 9..16 for vekiRawPlain16, else that of the
+                        format's name */
+  Vek32s order;    /**< one of VekiBayerOrder, for the frame's top left 2 x 2 */
+  Vek16u black[4]; /**< black levels, in the source's units */
+  Vek16u gain[4];  /**< gains, 4096 for 1 */
+} VekiRawFrontEnd;
+
+/** Converts a region of a raw frame to 10-bit RGGB.
+ *
+ *  `region` is in samples of the frame that pSrc points at, and begins on a red sample. Sample
+ *  (x, y) of the destination comes from sample (region.x + x, region.y + y): with s that sample and
+ *  c its colour,
+ *
+ *      d   = s > black[c] ? s - black[c] : 0
+ *      dst = min(1023, (d * gain[c] + 2^(bits + 1)) >> (bits + 2))
+ *
+ *  exactly, which rounds half up. For example, 10 bits with a black level of 64 and a gain of 4096
+ *  map 64 to 0 and 1023 to 959; a gain of 4096 * 1023 / 959 would map it to 1023.
+ *
+ *  The bytes of every group that holds a sample of the region may be read, and nothing else (in
+ *  vekiRaw8 and vekiRawPlain16 each sample is a group). pSrc and srcStep may be odd in every
+ *  format. Source and destination must not overlap.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if one of these is found, in this order: a pointer is
+ *  null; the format is unknown; it does not have as many bits; order is not 0..3; the region's
+ *  width or height is below 2 or odd; its x or y is negative; it does not begin on a red sample;
+ *  srcStep is below the bytes from the start of a row to the end of the group that holds the
+ *  region's last column; dstStep is odd or below 2 * width; pDst is odd. */
+VEK_API VekStatus vekiRawTo10RGGB_8u16u_C1R(const Vek8u* pSrc, int srcStep, VekiRect region,
+                                            Vek16u* pDst, int dstStep,
+                                            const VekiRawFrontEnd* pFrontEnd);
+
+/** Stores in *pRegion the largest region of a frame of srcSize that begins on a red sample and has
+ *  even sizes.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if one of these is found, in this order: pRegion is
+ *  null; the width or the height is below 1; order is not 0..3 (see VekiBayerOrder); there is no
+ *  such region. */
+VEK_API VekStatus vekiRawRegion(VekiSize srcSize, int order, VekiRect* pRegion);
+
+/** @} */
 /** @defgroup exposure Automatic exposure
  *
  *  Meters the green samples of one raw frame per call and moves two control values of the caller's

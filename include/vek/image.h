@@ -306,6 +306,52 @@ VEK_API extern const Vek8u* const SAT_DK;
 /** @} */
 
 /** @} */
+/** @defgroup channels Order of channels, semi-planar 4:2:0
+ *  Nothing is computed here: bytes move. Nothing needs alignment.
+ *  @{ */
+
+/** @name Order of channels
+ *  @{ */
+/** Changes the order of channels, or their number: channel i of a destination pixel is channel
+ *  order[i] of the source pixel, for example {2, 1, 0} from BGR24 to RGB24. From three to four
+ *  channels (C3C4) an entry of 3 stands for `value`: {0, 1, 2, 3} with the value 255 appends an
+ *  opaque alpha channel. Entries may repeat.
+ *
+ *  C3 and C4 work in place, with the same pointer and step for source and destination. Otherwise
+ *  source and destination must not overlap.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image or order is null;
+ *  vekStsSizeErr if the width or the height is below 1; vekStsStepErr if a step is below 1;
+ *  vekStsBadArgErr if an entry is outside 0..2 (C3) or 0..3 (C4, C4C3, C3C4). */
+VEK_API VekStatus vekiPermuteChannels_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                             int dstStep, VekiSize roiSize, const int order[3]);
+VEK_API VekStatus vekiPermuteChannels_8u_C4R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                             int dstStep, VekiSize roiSize, const int order[4]);
+VEK_API VekStatus vekiPermuteChannels_8u_C4C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                               int dstStep, VekiSize roiSize, const int order[3]);
+VEK_API VekStatus vekiPermuteChannels_8u_C3C4R(const Vek8u* pSrc, int srcStep, Vek8u* pDst,
+                                               int dstStep, VekiSize roiSize, const int order[4],
+                                               Vek8u value);
+/** @} */
+
+/** @name Semi-planar 4:2:0
+ *  @{ */
+/** Planar 4:2:0 (I420: planes Y, Cb, Cr) to semi-planar (NV12: a plane Y and one with Cb, Cr, Cb,
+ *  Cr ...), and back. For NV21 exchange the two chroma pointers of the planar side. There are
+ *  ceil(width / 2) x ceil(height / 2) chroma pairs. Source and destination must not overlap.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an array of planes or steps, or a
+ *  plane is null; vekStsSizeErr if the width or the height is below 1; vekStsStepErr if a step is
+ *  below 1. */
+VEK_API VekStatus vekiYCbCr420ToNV12_8u_P3P2R(VekConstPlanes pSrc, const int srcStep[3],
+                                              Vek8u* const pDst[2], const int dstStep[2],
+                                              VekiSize roiSize);
+VEK_API VekStatus vekiNV12ToYCbCr420_8u_P2P3R(VekConstPlanes pSrc, const int srcStep[2],
+                                              Vek8u* const pDst[3], const int dstStep[3],
+                                              VekiSize roiSize);
+/** @} */
+
+/** @} */
 /** @defgroup models Colour: gray, twist, XYZ, YCC, LUV, HLS, HSV
  *
  *  All functions here convert 8-bit pixels. Three-channel pixels are three bytes in the order of
@@ -635,6 +681,44 @@ VEK_API VekStatus vekiCopy_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, i
                                   VekiSize roiSize);
 VEK_API VekStatus vekiCopy_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
                                   VekiSize roiSize);
+/** @} */
+
+/** @} */
+/** @defgroup pad Borders
+ *  @{ */
+
+/** What lies beyond the edges of an image, in all functions that have these borders. */
+enum VekiBorder {
+  vekiBorderConstant = 0, /**< a value of the caller's */
+  vekiBorderReplicate = 1 /**< the nearest sample: aaa|abc|ccc */
+};
+
+/** One more border of vekiPad_8u_C1R and vekiPad_8u_C3R. */
+enum VekiPadBorder {
+  vekiBorderMirror = 2 /**< the samples mirrored, the edge itself once: dcb|abcd|cba */
+};
+
+/** @name Borders
+ *  @{ */
+/** Puts the source at column `left`, row `top` of the destination and fills the rest as `border`
+ *  says: with `value` (0), with the nearest sample (1), or mirrored as often as needed (2; a side
+ *  of 1 repeats its only sample). Columns are filled first and rows from the filled ones, so that
+ *  corners follow the same rule in both directions.
+ *
+ *  The source may lie where it goes in the destination, pSrc = pDst + top * dstStep + left *
+ *  channels with equal steps: then a border grows around it in place. Otherwise source and
+ *  destination must not overlap. Nothing needs alignment.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image or (C3, with every border)
+ *  value is null; vekStsSizeErr if a width or height is below 1; vekStsBadArgErr if left or top is
+ *  negative; vekStsSizeErr if the destination is smaller than left + srcSize.width or top +
+ *  srcSize.height; vekStsStepErr if a step is below 1; vekStsBadArgErr if border is not 0..2. */
+VEK_API VekStatus vekiPad_8u_C1R(const Vek8u* pSrc, int srcStep, VekiSize srcSize, Vek8u* pDst,
+                                 int dstStep, VekiSize dstSize, int left, int top, int border,
+                                 Vek8u value);
+VEK_API VekStatus vekiPad_8u_C3R(const Vek8u* pSrc, int srcStep, VekiSize srcSize, Vek8u* pDst,
+                                 int dstStep, VekiSize dstSize, int left, int top, int border,
+                                 const Vek8u value[3]);
 /** @} */
 
 /** @} */

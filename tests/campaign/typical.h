@@ -43,6 +43,7 @@ class Arguments {
   void pointer(const void* p) { values_.push_back({const_cast<void*>(p), {}}); }
   void number(int64_t n) { values_.push_back({nullptr, {n, 0}}); }
   void pair(int first, int second) { values_.push_back({nullptr, {first, second}}); }
+  void rect(const VekiRect& r) { values_.push_back({nullptr, {r.x, r.y, r.width, r.height}}); }
   void roi() { pair(size.width, size.height); }
   void image(const Plane& p) {
     pointer(p.data);

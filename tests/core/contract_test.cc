@@ -92,7 +92,19 @@ TEST(Contract, Selectors) {
                                 {vekiMask5x5, 55, "Mask5x5"},
                                 {vekiMirrorHorizontalAxis, 0, "MirrorHorizontalAxis"},
                                 {vekiMirrorVerticalAxis, 1, "MirrorVerticalAxis"},
-                                {vekiMirrorBothAxes, 2, "MirrorBothAxes"}};
+                                {vekiMirrorBothAxes, 2, "MirrorBothAxes"},
+                                {vekiRaw8, 0, "Raw8"},
+                                {vekiRawPlain16, 1, "RawPlain16"},
+                                {vekiRawCsi2_10, 2, "RawCsi2_10"},
+                                {vekiRawCsi2_12, 3, "RawCsi2_12"},
+                                {vekiRawCsi2_14, 4, "RawCsi2_14"},
+                                {vekiBayerRGGB, 0, "BayerRGGB"},
+                                {vekiBayerGRBG, 1, "BayerGRBG"},
+                                {vekiBayerGBRG, 2, "BayerGBRG"},
+                                {vekiBayerBGGR, 3, "BayerBGGR"},
+                                {vekiBorderConstant, 0, "BorderConstant"},
+                                {vekiBorderReplicate, 1, "BorderReplicate"},
+                                {vekiBorderMirror, 2, "BorderMirror"}};
   for (const Constant& selector : selectors) {
     EXPECT_EQ(selector.actual, selector.expected) << selector.name;
   }

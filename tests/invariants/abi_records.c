@@ -49,6 +49,15 @@ static void printVekLibraryVersion(void) {
   FIELD(VekLibraryVersion, BuildDate);
 }
 
+static void printVekiRawFrontEnd(void) {
+  RECORD(VekiRawFrontEnd);
+  FIELD(VekiRawFrontEnd, format);
+  FIELD(VekiRawFrontEnd, bits);
+  FIELD(VekiRawFrontEnd, order);
+  FIELD(VekiRawFrontEnd, black);
+  FIELD(VekiRawFrontEnd, gain);
+}
+
 static void printVekiAEParams(void) {
   RECORD(VekiAEParams);
   FIELD(VekiAEParams, mode);
@@ -133,6 +142,7 @@ int main(void) {
   printVekiRect();
   printVekiPoint();
   printVekLibraryVersion();
+  printVekiRawFrontEnd();
   printVekiAEParams();
   printVekiAWBParams();
   printVekiDeadPixel();
