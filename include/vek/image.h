@@ -861,7 +861,7 @@ VEK_API VekStatus vekiFilterMedianColor_8u_C3R(const Vek8u* pSrc, int srcStep, V
 /** @name Morphology
  *  @{ */
 /** Erosion and dilation: the least and the greatest sample of the 3 x 3 neighbourhood centred on
- *  the destination pixel, in each channel. A call takes about 4 KB of stack.
+ *  the destination pixel, in each channel. A call takes less than 1 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image is null; vekStsStepErr if a
  *  step is below 1; vekStsSizeErr if the region is empty. */
