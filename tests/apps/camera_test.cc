@@ -50,6 +50,12 @@ TEST(CameraLoop, SettlesAfterEachChangeOfLight) {
   }
 }
 
+TEST(CameraLoop, SettlesWithTheFirstFrameAfterWhichAllAreInTheBand) {
+  std::vector<FrameRecord> records(framesPerLight + 3);
+  for (size_t i = 0; i < framesPerLight; ++i) records[i].inBand = i != 1 && i != 4;
+  EXPECT_EQ(settlingTimes(records), (std::vector{5, -1}));
+}
+
 TEST(CameraLoop, GreysAreNeutralInEveryLight) {
   LoopSettings settings;
   settings.size = settings.preview = smallSize;

@@ -21,7 +21,7 @@ void drawImages(Case& c, int channels, VekiSize mask, VekiPoint anchor, VekiSize
     roi = {c.random.in(300, area < 60 ? 6000 : area < 200 ? 1500 : 450), 2};
   }
   if (c.limits()) {
-    roi = c.sizeAcrossSeams(area < 30 ? 2048 : area < 200 ? 512 : 256);
+    roi = c.sizeAcrossSeams(area < 30 ? 2048 : area < 200 ? 512 : 256, 128);
     if (area > 60) (roi.width > roi.height ? roi.height : roi.width) = 1;
   }
   Neighbourhood n = {channels, roi, mask, anchor, 0, 0};
@@ -202,7 +202,7 @@ std::vector<Vek32s> drawKernel(Case& c, size_t count, int& divisor) {
 void drawKernelArguments(Case& c, const std::vector<Vek32s>& entries) {
   const int kernel = c.objects(entries);
   for (size_t i : {size_t{0}, entries.size() - 1}) {
-    c.refuseEntry(kernel, i, 32768, vekStsCoeffRangeErr);
+    for (int bad : {32768, -32769, INT_MAX}) c.refuseEntry(kernel, i, bad, vekStsCoeffRangeErr);
     c.refuseEntry(kernel, i, INT_MIN, vekStsCoeffRangeErr);
   }
   c.pointer(kernel);

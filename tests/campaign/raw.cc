@@ -26,7 +26,7 @@ VekiRggbGeometry drawGeometry(Random& random, bool limits) {
     const bool wide = random.chance(60), three = random.chance(40);
     (wide ? width : height) =
         2 * scale * (wide && three ? random.in(2049, 2100) : random.acrossSeam(wide ? 1024 : 128));
-    (wide ? height : width) = 2 * scale * random.in(1, 4);
+    (wide ? height : width) = 2 * scale * random.in(1, 6);
   }
   int& across = quarterTurn ? height : width;
   if (scale > 1) across = (across + 4 * scale - 1) / (4 * scale) * (4 * scale);

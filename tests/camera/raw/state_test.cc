@@ -18,8 +18,9 @@ TEST(RawState, BuildsGammaTables) {
   fillGammaTable(standard, gammaCurvePoints(1));
   for (int i = 0; i < gammaTableSize; ++i) EXPECT_EQ(linear[i], i / 4);
   // By hand at and between control points: (y * 1024 + 512) >> 12.
-  const int anchors[][2] = {{0, 0},    {1, 1},     {2, 2},     {14, 15},   {32, 33},   {33, 34},
-                            {128, 85}, {384, 155}, {448, 168}, {449, 168}, {896, 239}, {1023, 255}};
+  const int anchors[][2] = {{0, 0},     {1, 1},     {2, 2},     {7, 8},     {14, 15},
+                            {32, 33},   {33, 34},   {128, 85},  {384, 155}, {448, 168},
+                            {449, 168}, {896, 239}, {992, 252}, {1023, 255}};
   for (const auto& [code, value] : anchors) EXPECT_EQ(standard[code], value) << code;
 }
 
