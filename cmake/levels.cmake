@@ -103,8 +103,10 @@ endif()
 function(vek_object_library name level)
   add_library(${name} OBJECT)
   target_link_libraries(${name} PRIVATE vek_compile)
-  target_compile_definitions(${name} PRIVATE VEK_LEVEL=${level}
-    $<$<OR:$<CONFIG:Debug>,$<BOOL:${VEK_SANITIZE}>>:VEK_ASSERTIONS>)
+  target_compile_definitions(${name} PRIVATE VEK_LEVEL=${level} $<$<CONFIG:Debug>:VEK_ASSERTIONS>)
+  if(VEK_SANITIZE)
+    target_compile_definitions(${name} PRIVATE VEK_ASSERTIONS)
+  endif()
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   # In every build type but Debug, and without one, too: GCC 12 vectorises nothing of this at -O2.
