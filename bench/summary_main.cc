@@ -129,6 +129,7 @@ std::string levelTable(const json& run) {
         gains[level].push_back(portable / f["us"][level].get<double>());
       }
     }
+    if (gains.empty()) continue;  // a run of some families
     text += std::string("| ") + title + " | " + std::to_string(gains[levels[0]].size()) + " |";
     for (const std::string& level : levels) {
       text += " " + format("%.1f", geometricMean(gains[level])) + " |";
