@@ -9,7 +9,7 @@
 namespace vek {
 namespace {
 
-/// A source in its destination. Sizes and positions are in pixels, the step is in bytes.
+/// A source in its destination: everything in pixels but the step.
 struct Frame {
   Vek8u* dst;
   ptrdiff_t step;
@@ -32,22 +32,19 @@ void fill(Vek8u* dst, ptrdiff_t pixels, const Vek8u* pixel) {
   if constexpr (channels == 1) {
     memset(dst, *pixel, static_cast<size_t>(pixels));
   } else {
-    // A few pixels one by one; then what is filled is doubled.
-    constexpr ptrdiff_t few = 16;
-    for (ptrdiff_t i = 0; i < pixels && i < few; ++i) {
-      for (int c = 0; c < channels; ++c) dst[i * channels + c] = pixel[c];
-    }
+    if (pixels == 0) return;
+    // What is filled is doubled.
     const ptrdiff_t n = pixels * channels;
-    for (ptrdiff_t done = few * channels; done < n; done *= 2) {
+    copyBytes(dst, pixel, channels);
+    for (ptrdiff_t done = channels; done < n; done *= 2) {
       copyBytes(dst + done, dst, done < n - done ? done : n - done);
     }
   }
 }
 
-/// Calls run(done, count, reversed) for runs of a mirrored border, from the edge outwards; `done` pixels
-/// are nearer to the edge. A run repeats up to side - 1 pixels of the source without the edge that it
-/// starts from: alternately in reverse and forwards. For a side of 3 the border to the right of abc is
-/// "ba", "bc", "ba" and so on.
+/// How a position beyond an edge is mirrored at both edges: `count` of them at a time, at most
+/// side - 1, come from as many positions inside, which alternately are those next to the near edge in
+/// reverse and those next to the far one.
 template <class Run>
 void mirrorRuns(int border, int side, Run run) {
   bool reversed = true;
@@ -58,34 +55,32 @@ void mirrorRuns(int border, int side, Run run) {
   }
 }
 
-/// The columns beside the source in `rows` rows from y on.
+/// The columns beside the source of row y.
 template <int channels>
-void padColumns(const Frame& frame, ptrdiff_t y, ptrdiff_t rows, int border, const Vek8u* value,
-                PlaceTile place) {
+void padRow(const Frame& frame, ptrdiff_t y, int border, const Vek8u* value, PlaceTile place) {
   const int left = frame.left, right = frame.right(), width = frame.inner.width;
   Vek8u* const first = frame.row(y) + ptrdiff_t{left} * channels;
   Vek8u* const end = first + ptrdiff_t{width} * channels;
   if (border == vekiBorderMirror && width > 1) {
-    const auto run = [&](const Vek8u* src, int count, Vek8u* dst, bool reversed) {
-      const ptrdiff_t last = ptrdiff_t{count - 1} * channels;
-      place(src, frame.step, count, rows, reversed ? dst + last : dst,
-            reversed ? -channels : channels, frame.step);
+    const auto copy = [&](const Vek8u* src, int count, Vek8u* dst, bool reversed) {
+      if (!reversed) {
+        copyBytes(dst, src, ptrdiff_t{count} * channels);
+      } else {
+        place(src, 0, count, 1, dst + ptrdiff_t{count - 1} * channels, -channels, 0);
+      }
     };
     mirrorRuns(left, width, [&](int done, int count, bool reversed) {
-      run(reversed ? first + channels : end - ptrdiff_t{count + 1} * channels, count,
-          first - ptrdiff_t{done + count} * channels, reversed);
+      copy(reversed ? first + channels : end - ptrdiff_t{count + 1} * channels, count,
+           first - ptrdiff_t{done + count} * channels, reversed);
     });
     mirrorRuns(right, width, [&](int done, int count, bool reversed) {
-      run(reversed ? end - ptrdiff_t{count + 1} * channels : first + channels, count,
-          end + ptrdiff_t{done} * channels, reversed);
+      copy(reversed ? end - ptrdiff_t{count + 1} * channels : first + channels, count,
+           end + ptrdiff_t{done} * channels, reversed);
     });
     return;
   }
-  for (ptrdiff_t at = 0; at < rows * frame.step; at += frame.step) {
-    fill<channels>(first + at - ptrdiff_t{left} * channels, left,
-                   border == vekiBorderConstant ? value : first + at);
-    fill<channels>(end + at, right, border == vekiBorderConstant ? value : end + at - channels);
-  }
+  fill<channels>(frame.row(y), left, border == vekiBorderConstant ? value : first);
+  fill<channels>(end, right, border == vekiBorderConstant ? value : end - channels);
 }
 
 /// The row of the source, from 0, that row y of the destination repeats, counted from the source.
@@ -133,16 +128,12 @@ VekStatus pad(const Vek8u* pSrc, int srcStep, VekiSize srcSize, Vek8u* pDst, int
 
   const Frame frame = {pDst, dstStep, dstSize, srcSize, left, top};
   const PlaceTile place = select(placeKernels).of(channels);
-  // In bands, so that what the columns repeat is still in the cache.
-  constexpr ptrdiff_t bandRows = 16;
-  for (ptrdiff_t y = 0; y < srcSize.height; y += bandRows) {
-    const ptrdiff_t rows = srcSize.height - y < bandRows ? srcSize.height - y : bandRows;
-    for (ptrdiff_t i = y; i < y + rows; ++i) {
-      const Vek8u* const src = pSrc + i * srcStep;
-      Vek8u* const dst = frame.row(top + i) + ptrdiff_t{left} * channels;
-      if (dst != src) copyBytes(dst, src, ptrdiff_t{srcSize.width} * channels);
-    }
-    padColumns<channels>(frame, top + y, rows, border, value, place);
+  const Vek8u* src = pSrc;
+  for (int y = 0; y < srcSize.height; ++y, src += srcStep) {
+    const ptrdiff_t row = ptrdiff_t{top} + y;
+    Vek8u* const dst = frame.row(row) + ptrdiff_t{left} * channels;
+    if (dst != src) copyBytes(dst, src, ptrdiff_t{srcSize.width} * channels);
+    padRow<channels>(frame, row, border, value, place);
   }
   padRows<channels>(frame, border, value);
   return vekStsNoErr;
