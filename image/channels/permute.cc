@@ -21,9 +21,8 @@ VekStatus permute(Permute PermuteKernels::*kernel, const Vek8u* pSrc, int srcSte
                   int dstStep, VekiSize roi, const int* order, Vek8u value) {
   const VekStatus status = checkPointersSizeSteps({pSrc, pDst, order}, roi, {srcStep, dstStep});
   if (status != vekStsNoErr) return status;
-  if (!isInRange(order, dstChannels, (srcChannels > dstChannels ? srcChannels : dstChannels) - 1)) {
-    return vekStsBadArgErr;
-  }
+  constexpr int mostEntry = srcChannels == 3 && dstChannels == 3 ? 2 : 3;
+  if (!isInRange(order, dstChannels, mostEntry)) return vekStsBadArgErr;
   ChannelOrder channels = {.from = {}, .value = value};
   for (int i = 0; i < dstChannels; ++i) {
     channels.from[i] =
