@@ -24,7 +24,7 @@ VEK_KERNEL_TABLE(TwistKernels, twistKernels)
 namespace portable {
 
 // The same for any weights, summed in 64 bits. Such weights are rare: no level has a faster form.
-void wideGrayQ14(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& gray);
+void wideGrayQ14(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& weights);
 void wideTwistQ10(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination* channels);
 
 }  // namespace portable
