@@ -173,9 +173,9 @@ class Case {
   /// Whether sizes lie at the seams of strips and tiles, and numbers about where arithmetic changes.
   bool limits() const { return options_.limits; }
   /// A size that crosses seams: wide and low or high and narrow, with whole vectors or without.
-  VekiSize sizeAcrossSeams(int mostColumns, int mostRows = 512) {
+  VekiSize sizeAcrossSeams(int mostColumns, int mostRows = 128) {
     if (random.chance(60)) return {random.acrossSeam(mostColumns), random.in(1, 5)};
-    return {random.in(1, random.chance(50) ? 9 : 70), random.acrossSeam(mostRows)};
+    return {random.in(1, random.chance(50) ? 9 : 40), random.acrossSeam(mostRows)};
   }
 
   /// A step for rows of `bytes` bytes.

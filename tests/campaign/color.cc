@@ -65,7 +65,7 @@ Record planar(const char* name, F f, Conversion conversion, const Word& word = {
   const auto draw = [=](Case& c) {
     const int width = c.random.chance(2) ? c.random.in(300, 5000) : c.random.size(200);
     VekiSize size = {width, c.random.in(1, 6)};
-    if (c.limits()) size = c.sizeAcrossSeams(4096);
+    if (c.limits()) size = c.sizeAcrossSeams(2048);
     drawSide(c, conversion.steps, conversion.src(), size, Use::in);
     drawSide(c, conversion.steps, conversion.dst(), size, Use::out);
     c.roi(size);

@@ -21,7 +21,7 @@ void drawImages(Case& c, int channels, VekiSize mask, VekiPoint anchor, VekiSize
     roi = {c.random.in(300, area < 60 ? 6000 : area < 200 ? 1500 : 450), 2};
   }
   if (c.limits()) {
-    roi = c.sizeAcrossSeams(area < 30 ? 2048 : area < 200 ? 512 : 256, 128);
+    roi = c.sizeAcrossSeams(area < 30 ? 2048 : area < 200 ? 512 : 256);
     if (area > 60) (roi.width > roi.height ? roi.height : roi.width) = 1;
   }
   Neighbourhood n = {channels, roi, mask, anchor, 0, 0};

@@ -167,7 +167,9 @@ void draw422Rgb(Case& c) {
   }
   // 16-bit quarter turns scatter the pixels of an unequal size.
   const bool small = a.dstWidth <= 20 && a.dstHeight <= 20;
-  if (format == 3 ? random.chance(20) : a.isQuarterTurn() && !small) a.dstHeight = a.dstWidth;
+  if (format == 3 ? random.chance(20) : a.isQuarterTurn() && !small) {
+    a.dstHeight = a.dstWidth = std::min(a.dstWidth, c.limits() ? 300 : INT_MAX);
+  }
   if (format == 3 && a.isQuarterTurn()) std::swap(a.dstWidth, a.dstHeight);
   for (int i : {1, 2}) a.srcStep[i] = roundUp(a.srcWidth, 4) / 2 + 2 * random.in(0, 2);
   const int row = a.dstWidth * bytes, extra = random.in(0, 1);
