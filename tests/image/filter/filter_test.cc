@@ -22,7 +22,7 @@ TEST(FilterBox, HugeMasks) {
       definition::box<1>(src.data(), 1, expected.data(), width, roi, mask, {0, 0});
     }
     runAtEveryLevel({{{width, 1, width}, 1, 0, expected}}, [&](auto dst) {
-      EXPECT_EQ(vekiFilterBox_8u_C1R(src.data(), 1, dst[0], width, roi, mask, {0, 0}), 0);
+      EXPECT_EQ(vekiFilterBox_8u_C1R(src.data(), 1, dst[0], roi.width, roi, mask, {0, 0}), 0);
     });
   }
 }
