@@ -84,8 +84,9 @@ add_library(vek_compile INTERFACE)
 target_include_directories(vek_compile INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include
   ${PROJECT_BINARY_DIR}/generated)
 target_compile_features(vek_compile INTERFACE cxx_std_20)
+# A product and a sum are two roundings on every processor: GCC would fuse them where it can.
 target_compile_options(vek_compile INTERFACE -fno-exceptions -fno-rtti -fno-threadsafe-statics
-  ${VEK_WARNINGS})
+  -ffp-contract=off ${VEK_WARNINGS})
 # What Debian builds its packages with; docs/reliability.md has the cost. Read-only relocations and
 # binding at load time are in library.cmake.
 if(VEK_HARDEN AND NOT VEK_SANITIZE)
