@@ -778,6 +778,35 @@ VEK_API VekStatus vekiYCbCr422RszCscRotRGB_8u_P3C3R(VekConstPlanes pSrc, const i
                                                     int dstFormat, int interpolation, int rotation,
                                                     int xStep, int yStep);
 
+/** @name 4:2:2 to 4:2:0 with rotation
+ *  @{ */
+/** Rotates a YCbCr 4:2:2 image of width x height pixels into planar 4:2:0 (I420), unscaled: what
+ *  cameras give becomes what encoders and vekiYCbCr420RszRot_8u_P3R take.
+ *
+ *  The source of _P3R is planar (I422); that of
+ *  _C2P3R is interleaved, the four bytes Cb, Y0, Cr, Y1 for each pair of pixels (UYVY).
+ *
+ *  rotation is one of VekiRotation. The destination's luma has height columns and width rows after a
+ *  quarter turn, and its chroma half as many of both.
+ *
+ *  Chroma is averaged before it is oriented: sample (i, j) is (a + b + 1) >> 1 of the source's column
+ *  i in rows 2 j and 2 j + 1, whatever the rotation. Every plane, Cr with rotation 5 included, is
+ *  written with its own row step.
+ *
+ *  No pointer and no step needs to be aligned. Source and destination do not overlap.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if one of these is found, in this order: a source pointer,
+ *  then a destination pointer is null; width, then height is below 2 or odd; rotation is not 0..5; a
+ *  source row step is below the row's bytes (2 * width of _C2P3R, else width, width / 2, width / 2);
+ *  a destination row step is below L, L / 2, L / 2, where L is the luma's columns. */
+VEK_API VekStatus vekiYCbCr422ToYCbCr420Rotate_8u_C2P3R(const Vek8u* pSrc, int srcStep,
+                                                        Vek8u* const pDst[3], const int dstStep[3],
+                                                        int width, int height, int rotation);
+VEK_API VekStatus vekiYCbCr422ToYCbCr420Rotate_8u_P3R(VekConstPlanes pSrc, const int srcStep[3],
+                                                      Vek8u* const pDst[3], const int dstStep[3],
+                                                      int width, int height, int rotation);
+/** @} */
+
 /** Coefficients of vekiResizeCscRotate_8u_C2R with 10 fractional bits (studio-range BT.601): Y, Cr
  *  to R, Cr to G, Cb to G, Cb to B = 1192, 1634, -833, -401, 2065. */
 VEK_API extern const Vek32s _vekYCbCr_RGB[5];

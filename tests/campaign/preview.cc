@@ -214,6 +214,79 @@ void draw422Reduce(Case& c) {
   c.number(rotation, bad({-1, 4}));
 }
 
+// ---- 4:2:2 to 4:2:0 with rotation ---------------------------------------------------------------
+
+const Steps rowsApart = {.overlap = false, .refused = belowOne};
+
+/// An image of planes with these rows; the shortest step that is refused is a row's bytes less one.
+std::vector<int> drawRows(Case& c, const std::vector<VekiSize>& rows, Use use, bool isArray) {
+  std::vector<int> steps, blocks;
+  for (const VekiSize& plane : rows) {
+    const int step = c.step(plane.width, plane.height, rowsApart, use);
+    steps.push_back(step);
+    blocks.push_back(c.memory(use, {plane.width, plane.height, step}));
+  }
+  if (isArray) {
+    c.planes(blocks);
+    c.numbers(steps, belowOne);
+  } else {
+    c.pointer(blocks[0]);
+    c.number(steps[0], belowOne);
+  }
+  for (size_t i = 0; i < rows.size(); ++i) c.alsoRefuse(static_cast<int>(i), rows[i].width - 1);
+  return steps;
+}
+
+/// The planes of a 4:2:0 image, turned, or of a 4:2:2 image.
+std::vector<VekiSize> planes420(VekiSize size, int rotation) {
+  if (rotation == 1 || rotation == 2) std::swap(size.width, size.height);
+  const VekiSize chroma = {size.width / 2, size.height / 2};
+  return {size, chroma, chroma};
+}
+std::vector<VekiSize> source422(VekiSize size, bool planar) {
+  if (!planar) return {{2 * size.width, size.height}};
+  const VekiSize chroma = {size.width / 2, size.height};
+  return {size, chroma, chroma};
+}
+
+template <bool planar>
+void drawHalved(Case& c) {
+  Random& random = c.random;
+  VekiSize size = {random.size(150), random.size(60)};
+  if (c.limits()) size = c.sizeAcrossSeams(2048, 256);
+  size = {roundUp(size.width, 2), roundUp(size.height, 2)};
+  const int rotation = random.in(0, 5);
+  drawRows(c, source422(size, planar), Use::in, planar);
+  drawRows(c, planes420(size, rotation), Use::out, true);
+  c.number(size.width, bad({0, 1, -2, INT_MIN, INT_MAX, size.width + 1}));
+  c.number(size.height, bad({0, 1, -2, INT_MIN, INT_MAX, size.height + 1}));
+  c.number(rotation, bad({-1, 6, INT_MIN}));
+}
+
+template <bool planar>
+Typical typicalHalving(const char* variant, int rotation) {
+  return {variant, [=](Arguments& a) {
+            const auto planes = [&](const std::vector<VekiSize>& rows) {
+              std::vector<Arguments::Plane> all;
+              for (const VekiSize& plane : rows) all.push_back(a.plane(plane.width, plane.height));
+              return all;
+            };
+            const auto src = planes(source422(a.size, planar));
+            if (planar) {
+              a.pointers(src);
+              a.steps(src);
+            } else {
+              a.image(src[0]);
+            }
+            const auto dst = planes(planes420(a.size, rotation));
+            a.pointers(dst);
+            a.steps(dst);
+            for (int number : {a.size.width, a.size.height, rotation}) a.number(number);
+          }};
+}
+
+// ---- How programs call them ---------------------------------------------------------------------
+
 /// A sampling step that fits `to` samples into `from`.
 int usualStep(int from, int to) {
   return static_cast<int>(
@@ -287,6 +360,15 @@ Record preview(const char* name, F f, std::function<void(Case&)> draw, Define de
   return with({name, bind(f), drawCamera, {}, bind(define)}, typicalPreviews(name));
 }
 
+template <bool planar, class F, class Define>
+Record halved(const char* name, F f, Define define) {
+  Record record = preview(name, f, drawHalved<planar>, define);
+  record.typical = {typicalHalving<planar>("", vekiRotNone),
+                    typicalHalving<planar>("quarter-turn", vekiRot90Cw),
+                    typicalHalving<planar>("half-turn", vekiRot180)};
+  return record;
+}
+
 }  // namespace
 
 std::vector<Record> previewRecords() {
@@ -297,6 +379,8 @@ std::vector<Record> previewRecords() {
       preview(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), draw420Rgb, planarRgb<true>),
       preview(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), draw422Rgb, planarRgb<false>),
       preview(VEK_NAMED(vekiResizeCscRotate_8u_C2R), draw422Reduce, reduce422),
+      halved<false>(VEK_NAMED(vekiYCbCr422ToYCbCr420Rotate_8u_C2P3R), halvedGroups),
+      halved<true>(VEK_NAMED(vekiYCbCr422ToYCbCr420Rotate_8u_P3R), halvedPlanes),
   };
 }
 

@@ -166,4 +166,37 @@ inline void reduce422(const Vek8u* src, int srcStep, Vek16u* dst, int dstStep, i
   }
 }
 
+// ---- 4:2:2 to 4:2:0 -----------------------------------------------------------------------------
+
+/// Sample (x, y) of plane i of the source is at(i, x, y).
+template <class At>
+void halved(At at, Vek8u* const* dst, const int* dstStep, int width, int height, int rotation) {
+  for (int i = 0; i < 3; ++i) {
+    const int w = i == 0 ? width : width / 2, h = i == 0 ? height : height / 2;
+    for (int y = 0; y < h; ++y) {
+      for (int x = 0; x < w; ++x) {
+        const Place to = footprint::rotate(rotation, x, y, w, h);
+        const int value = i == 0 ? at(i, x, y) : (at(i, x, 2 * y) + at(i, x, 2 * y + 1) + 1) >> 1;
+        dst[i][ptrdiff_t{to.row} * dstStep[i] + to.column] = static_cast<Vek8u>(value);
+      }
+    }
+  }
+}
+
+inline void halvedPlanes(VekConstPlanes src, const int* srcStep, Vek8u* const* dst,
+                         const int* dstStep, int width, int height, int rotation) {
+  const auto at = [&](int i, int x, int y) { return src[i][ptrdiff_t{y} * srcStep[i] + x]; };
+  halved(at, dst, dstStep, width, height, rotation);
+}
+
+/// Groups Cb, Y0, Cr, Y1.
+inline void halvedGroups(const Vek8u* src, int srcStep, Vek8u* const* dst, const int* dstStep,
+                         int width, int height, int rotation) {
+  const auto at = [&](int i, int x, int y) {
+    const int byte = i == 0 ? 2 * x + 1 : i == 1 ? 4 * x : 4 * x + 2;
+    return src[ptrdiff_t{y} * srcStep + byte];
+  };
+  halved(at, dst, dstStep, width, height, rotation);
+}
+
 }  // namespace vek::test::definition

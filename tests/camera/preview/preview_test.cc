@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "camera/preview/csc_kernels.h"
+#include "tests/support/digest.h"
 #include "tests/support/levels.h"
 
 namespace vek::test {
@@ -90,6 +91,36 @@ TEST(CscKernels, LevelsEqualPortable) {
             << "kernel " << kernel << ", " << name(level) << ", chroma " << chroma;
       }
     }
+  }
+}
+
+/// Both forms in all rotations, from noise of 64 x 48 pixels.
+TEST(HalvedChroma, DigestsAtEveryLevel) {
+  constexpr int width = 64, height = 48;
+  std::vector<Vek8u> noise(2 * width * height);
+  Noise source;
+  for (Vek8u& byte : noise) byte = source.byte();
+  const Vek8u* const y = noise.data();
+  const Vek8u* const src[3] = {y, y + width * height, y + width * height * 3 / 2};
+  const int srcStep[3] = {width, width / 2, width / 2};
+  for (Level level : levels()) {
+    const LevelScope scope(level);
+    Digest planar, interleaved;
+    for (int rotation = vekiRotNone; rotation <= vekiMirrorTopBottom; ++rotation) {
+      const int across = rotation == vekiRot90Ccw || rotation == vekiRot90Cw ? height : width;
+      const int dstStep[3] = {across, across / 2, across / 2};
+      std::vector<Vek8u> out(width * height * 3 / 2);
+      Vek8u* const dst[3] = {out.data(), out.data() + width * height,
+                             out.data() + width * height * 5 / 4};
+      EXPECT_EQ(0, vekiYCbCr422ToYCbCr420Rotate_8u_P3R(src, srcStep, dst, dstStep, width, height,
+                                                       rotation));
+      planar.add(out.data(), out.size());
+      EXPECT_EQ(0, vekiYCbCr422ToYCbCr420Rotate_8u_C2P3R(y, 2 * width, dst, dstStep, width, height,
+                                                         rotation));
+      interleaved.add(out.data(), out.size());
+    }
+    EXPECT_EQ(planar.value(), 0x2ebd5979a9e37375u);
+    EXPECT_EQ(interleaved.value(), 0xf3418073dfb10145u);
   }
 }
 
