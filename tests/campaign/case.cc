@@ -127,6 +127,14 @@ void Case::pair(int first, int second, const Refused& refused) {
   arguments_.back().cells[1].number = second;
 }
 
+void Case::stride(int step, ptrdiff_t bytes) {
+  number(step, Steps{}.refused);
+  if (bytes == 1) return;
+  Fault fault = {vekStsStrideErr, static_cast<int>(arguments_.size()) - 1};
+  fault.number = bytes - 1;
+  faults_.push_back(fault);
+}
+
 void Case::state(void* made, std::function<void(void*)> release) {
   arguments_.push_back({{Cell{}}, false, std::shared_ptr<void>(made, std::move(release))});
 }

@@ -166,6 +166,8 @@ class Case {
   void alsoRefuse(int cell, int bad) {
     arguments_.back().cells[static_cast<size_t>(cell)].refused.add(bad);
   }
+  /// The step of rows of `bytes` bytes that must not overlap: shorter ones have a status of their own.
+  void stride(int step, ptrdiff_t bytes);
   void clearFaults() { faults_.clear(); }
 
   // ---- Limits.

@@ -108,7 +108,7 @@ std::vector<Record> coreRecords() {
            prepareDivision<Vek16u>),
       once({"_vekDiv_32u", useDivision<Vek32u, Vek32u, _vekDiv_32u>, drawDivision<Vek32u>},
            prepareDivision<Vek32u>)};
-  records[1].mayAllocate = true;
+  records[0].mayAllocate = records[1].mayAllocate = true;
   return records;
 }
 
