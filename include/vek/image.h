@@ -919,6 +919,105 @@ VEK_API VekStatus vekiGammaInv_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDs
 /** @} */
 
 /** @} */
+/** @defgroup dither Dithering
+ *
+ *  Fewer levels without contours: what rounding to a level loses is spread over the neighbourhood.
+ *
+ *  n levels have an index k = 0..n - 1 and stand for the grey values 255 k / (n - 1), rounded to
+ *  nearest, halves up. 0 and 255 are always among them, and stay what they are.
+ *
+ *  Ordered dithering adds one of 64 thresholds T to each sample v before it truncates:
+ *
+ *      k = (v (n - 1) + T[(y + origin.y) & 7][(x + origin.x) & 7]) / 255
+ *
+ *  T = 255 (2 M + 1) / 128, truncated, with the matrix M of B. E. Bayer ("An optimum method for
+ *  two-level rendition of continuous-tone pictures", 1973):
+ *
+ *       0 32  8 40  2 34 10 42
+ *      48 16 56 24 50 18 58 26
+ *      12 44  4 36 14 46  6 38
+ *      60 28 52 20 62 30 54 22
+ *       3 35 11 43  1 33  9 41
+ *      51 19 59 27 49 17 57 25
+ *      15 47  7 39 13 45  5 37
+ *      63 31 55 23 61 29 53 21
+ *
+ *  `origin` is the place of the region's first pixel in the picture that the matrix is laid over.
+ *  Any numbers will do; only their lowest three bits count. With it a picture may be dithered in
+ *  pieces, and what changes on a display be dithered again by itself.
+ *
+ *  Error diffusion (R. W. Floyd and L. Steinberg, 1976) goes through every row from left to right
+ *  and passes the error of each sample on to its neighbours to the right and below, each channel by
+ *  itself. Errors e are in 1/16 of a grey value, and 0 outside the region. With V for the grey
+ *  value of index k, and >> for a shift toward minus infinity:
+ *
+ *      a = 7 e(x-1, y) + e(x-1, y-1) + 5 e(x, y-1) + 3 e(x+1, y-1)
+ *      u = 16 v + ((a + 8) >> 4)
+ *      c = (u + 8) >> 4, clamped to 0..255
+ *      k = (c (n - 1) + 127) / 255
+ *      e(x, y) = u - 16 V
+ *
+ *  It does not look at `origin`. A call takes up to 2 bytes of stack for each sample of a row (98
+ *  KB at the most) and less than 16 KB for all else; ordered dithering takes less than 1 KB.
+ *
+ *  Images need no alignment, those of 16-bit pixels included.
+ *  @{ */
+
+/** How the functions of this group spread what rounding loses. */
+enum VekiDitherMethod {
+  vekiDitherOrdered = 0,  /**< thresholds: for moving pictures and parts of pictures */
+  vekiDitherDiffusion = 1 /**< error diffusion: for stills */
+};
+
+/** @name Dithering
+ *  @{ */
+/** Dithers a grey picture to `levels` levels. Every result is the byte that its level stands for.
+ *  With 256 levels nothing changes. The source may be the destination (same pointer, same step).
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image is null; vekStsSizeErr if
+ *  the width or the height is below 1; vekStsStepErr if a step is below 1; vekStsBadArgErr if
+ *  levels is not 2..256; vekStsStrideErr if a step is less than the bytes of a row;
+ *  vekStsNotSupportedModeErr if method is not one of VekiDitherMethod; vekStsSizeErr if a picture
+ *  wider than 16384 is to be diffused. */
+VEK_API VekStatus vekiDither_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                    VekiSize roiSize, int levels, int method, VekiPoint origin);
+
+/** Dithers a grey picture to 2, 4 or 16 levels and packs their indices: `bits` of 1, 2 or 4 for
+ *  each sample. The first sample is in the highest bits of a row's first byte. A row takes
+ *  ceil(width * bits / 8) bytes, and bits of the last one that are left over are 0. White is 1 with
+ *  one bit.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image is null; vekStsSizeErr if
+ *  the width or the height is below 1; vekStsStepErr if a step is below 1; vekStsBadArgErr if bits
+ *  is not 1, 2 or 4; vekStsStrideErr if a step is less than the bytes of a row;
+ *  vekStsNotSupportedModeErr if method is not one of VekiDitherMethod; vekStsSizeErr if a picture
+ *  wider than 16384 is to be diffused. */
+VEK_API VekStatus vekiDitherPacked_8u_C1R(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep,
+                                          VekiSize roiSize, int bits, int method, VekiPoint origin);
+/** @} */
+
+/** @name Dithering to 16-bit pixels
+ *  @{ */
+/** Dithers a picture of three channels to the 16-bit pixels of the group `ycbcr`: little-endian
+ *  words with the first channel in the high field and the third one in the low field. R, G, B thus
+ *  become RGB565, and B, G, R become BGR565. A field of b bits holds an index of 2^b levels.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image is null; vekStsSizeErr if
+ *  the width or the height is below 1; vekStsStepErr if a step is below 1; vekStsStrideErr if a
+ *  step is less than the bytes of a row; vekStsNotSupportedModeErr if method is not one of
+ *  VekiDitherMethod; vekStsSizeErr if a picture wider than 16384 is to be diffused. */
+VEK_API VekStatus vekiDitherRGB565_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                             int dstStep, VekiSize roiSize, int method,
+                                             VekiPoint origin);
+VEK_API VekStatus vekiDitherRGB555_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                             int dstStep, VekiSize roiSize, int method,
+                                             VekiPoint origin);
+VEK_API VekStatus vekiDitherRGB444_8u16u_C3R(const Vek8u* pSrc, int srcStep, Vek16u* pDst,
+                                             int dstStep, VekiSize roiSize, int method,
+                                             VekiPoint origin);
+/** @} */
+
+/** @} */
 /** @defgroup norms Norms
  *
  *  A norm is taken of samples v: the largest (Inf), the sum of v (L1), or the square root of the

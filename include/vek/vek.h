@@ -96,23 +96,25 @@ typedef int32_t VekStatus;
  *  as reserved are returned by no function of this version. */
 enum VekStatusValue {
   vekStsNoErr = 0,                /**< success */
-  vekStsNotSupportedModeErr = -2, /**< reserved: a selector has an unsupported value */
-  vekStsBadArgErr = -5,     /**< camera sub-library: any argument fault, null pointers included */
-  vekStsSizeErr = -6,       /**< a width, height or length is below 1, or below 2 for the
+  vekStsNotSupportedModeErr = -2, /**< a selector has an unsupported value */
+  vekStsBadArgErr = -5,        /**< camera sub-library: any argument fault, null pointers included;
+                                       image sub-library: a number is out of its range */
+  vekStsSizeErr = -6,          /**< a width, height or length is below 1, or below 2 for the
                                        kernels of the convolutions; mirrors and gamma answer steps
                                        below 1 with it as well */
-  vekStsCoeffRangeErr = -7, /**< a filter coefficient is outside -32768..32767 */
-  vekStsNullPtrErr = -8,    /**< image sub-library: a required pointer is null */
-  vekStsMemAllocErr = -9,   /**< the allocator returned null */
-  vekStsDivisorErr = -13,   /**< the divisor of a convolution is below 1 */
-  vekStsStepErr = -14,      /**< a row step is below 1 */
-  vekStsFftOrderErr = -15,  /**< reserved: the order of an FFT is out of its range */
+  vekStsCoeffRangeErr = -7,    /**< a filter coefficient is outside -32768..32767 */
+  vekStsNullPtrErr = -8,       /**< image sub-library: a required pointer is null */
+  vekStsMemAllocErr = -9,      /**< the allocator returned null */
+  vekStsDivisorErr = -13,      /**< the divisor of a convolution is below 1 */
+  vekStsStepErr = -14,         /**< a row step is below 1 */
+  vekStsFftOrderErr = -15,     /**< reserved: the order of an FFT is out of its range */
   vekStsContextMatchErr = -17, /**< reserved: a state object is of another kind */
   vekStsThresholdErr = -18,    /**< the lower threshold is above the upper one */
   vekStsMirrorFlipErr = -21,   /**< the mirror axis is unknown */
   vekStsMaskSizeErr = -33,     /**< the size of a filter mask is not supported */
   vekStsAnchorErr = -34,       /**< the anchor lies outside the mask or kernel */
-  vekStsStrideErr = -37,       /**< reserved: a row step is smaller than the bytes of a row */
+  vekStsStrideErr = -37,       /**< a row step is smaller than the bytes of a row, where
+                                       rows must not overlap */
   vekStsSqrtWrn = 3,           /**< an L2 norm did not fit its result and was limited to the
                                        largest one */
   vekStsDivByZero = 6,         /**< a relative norm was taken against an image of zeros; the

@@ -1,0 +1,42 @@
+// The kernels that reduce the number of levels.
+#pragma once
+
+#include "vek/vek.h"
+
+#include <stddef.h>
+
+namespace vek {
+
+/// Bytes to dither and where the result goes; neither needs alignment.
+struct Picture {
+  const Vek8u* src;
+  ptrdiff_t srcStep;
+  Vek8u* dst;
+  ptrdiff_t dstStep;
+  int width, height;  ///< >= 1
+};
+
+/// The widest rows whose errors are diffused.
+inline constexpr int mostDiffusedWidth = 16384;
+
+/// `levels` is 2 .. 256 where the destination has a byte for each sample, and of no account elsewhere.
+/// `origin` places the matrix of ordered dithering; diffusion does not look at it.
+using Dither = void (*)(const Picture& picture, int levels, VekiPoint origin);
+
+/// One method for each kind of destination.
+struct DitherTo {
+  Dither bytes;  ///< one channel, the destination may be the source
+  Dither oneBit, twoBits, fourBits;
+  Dither rgb565, rgb555, rgb444;  ///< three channels
+};
+
+struct DitherKernels {
+  DitherTo ordered;
+  DitherTo diffused;  ///< of pictures of at most mostDiffusedWidth columns
+};
+
+namespace portable {
+extern const DitherKernels ditherKernels;
+}
+
+}  // namespace vek

@@ -1,0 +1,137 @@
+#include "core/assert.h"
+#include "core/color/pixel_format.h"
+#include "image/dither/dither_kernels.h"
+#include "image/dither/thresholds.h"
+
+namespace vek::portable {
+namespace {
+
+/// The grey values that `count` levels stand for: 255 k / (count - 1), halves up.
+struct GreyLevels {
+  int count;
+  Vek8u values[256];
+};
+
+constexpr GreyLevels greyLevels(int count) {
+  GreyLevels levels = {.count = count, .values = {}};
+  for (int k = 0; k < count; ++k) {
+    levels.values[k] = static_cast<Vek8u>((510 * k + count - 1) / (2 * (count - 1)));
+  }
+  return levels;
+}
+
+// Destinations: levels(channel), and store(row, x, k) for the index k of each channel of pixel x.
+
+struct Bytes {
+  static constexpr int channels = 1;
+  GreyLevels grey;
+
+  explicit Bytes(int levels) : grey(greyLevels(levels)) {}
+  const GreyLevels& levels(int) const { return grey; }
+  void store(Vek8u* row, int x, const int* k) const { row[x] = grey.values[*k]; }
+};
+
+template <int bits>
+struct Bits {
+  static constexpr int channels = 1;
+  static constexpr GreyLevels grey = greyLevels(1 << bits);
+
+  explicit Bits(int) {}
+  static const GreyLevels& levels(int) { return grey; }
+  /// Pixels are stored from left to right, from the highest bits of a byte to its lowest.
+  static void store(Vek8u* row, int x, const int* k) {
+    constexpr int perByte = 8 / bits;
+    Vek8u& byte = row[x / perByte];
+    const int place = x % perByte, shift = 8 - bits * (place + 1);
+    byte = static_cast<Vek8u>((place == 0 ? 0 : byte) | *k << shift);
+  }
+};
+
+template <class Format>
+struct Pixels16 {
+  static constexpr int channels = 3;
+  static constexpr GreyLevels grey[] = {greyLevels(1 << Format::rBits),
+                                        greyLevels(1 << Format::gBits),
+                                        greyLevels(1 << Format::bBits)};
+
+  explicit Pixels16(int) {}
+  static const GreyLevels& levels(int channel) { return grey[channel]; }
+  static void store(Vek8u* row, int x, const int* k) {
+    Format::store(row + ptrdiff_t{x} * Format::bytes, k[0], k[1], k[2]);
+  }
+};
+
+template <class Destination>
+void order(const Picture& picture, int levels, VekiPoint origin) {
+  VEK_ASSERT(picture.width >= 1 && picture.height >= 1 && levels >= 2 && levels <= 256);
+  constexpr int channels = Destination::channels;
+  const Destination destination(levels);
+  for (int y = 0; y < picture.height; ++y) {
+    const Vek8u* const src = picture.src + y * picture.srcStep;
+    Vek8u* const dst = picture.dst + y * picture.dstStep;
+    const Vek8u* const row = thresholds.at[(y + (origin.y & 7)) & 7];
+    for (int x = 0; x < picture.width; ++x) {
+      const int threshold = row[(x + (origin.x & 7)) & 7];
+      int k[channels];
+      for (int c = 0; c < channels; ++c) {
+        const int steps = destination.levels(c).count - 1;
+        k[c] = (src[ptrdiff_t{x} * channels + c] * steps + threshold) / 255;
+      }
+      destination.store(dst, x, k);
+    }
+  }
+}
+
+/// Errors are in 1/16 of a grey value, and at most 2040: a sample is at most half the distance of two
+/// levels away from one (16 * 127 at two levels, and 8 from rounding). What is beyond black or white
+/// is passed on as it is. A sum of 16 errors is thus at most 32640.
+template <class Destination>
+void diffuse(const Picture& picture, int levels, VekiPoint) {
+  VEK_ASSERT(picture.width >= 1 && picture.height >= 1 && levels >= 2 && levels <= 256);
+  VEK_ASSERT(picture.width <= mostDiffusedWidth);
+  constexpr int channels = Destination::channels;
+  const Destination destination(levels);
+  // Those of the row above, which the row's own replace from left to right, and of nothing behind it.
+  Vek16s errors[(mostDiffusedWidth + 1) * channels];
+  for (int i = 0; i < (picture.width + 1) * channels; ++i) errors[i] = 0;
+  for (int y = 0; y < picture.height; ++y) {
+    const Vek8u* const src = picture.src + y * picture.srcStep;
+    Vek8u* const dst = picture.dst + y * picture.dstStep;
+    int left[channels] = {}, aboveLeft[channels] = {};
+    for (int x = 0; x < picture.width; ++x) {
+      int k[channels];
+      for (int c = 0; c < channels; ++c) {
+        const GreyLevels& grey = destination.levels(c);
+        const int at = x * channels + c, above = errors[at], aboveRight = errors[at + channels];
+        const int passed = 7 * left[c] + aboveLeft[c] + 5 * above + 3 * aboveRight;
+        const int wanted = 16 * src[at] + ((passed + 8) >> 4);
+        const int rounded = (wanted + 8) >> 4;
+        const int clamped = rounded < 0 ? 0 : rounded > 255 ? 255 : rounded;
+        k[c] = (clamped * (grey.count - 1) + 127) / 255;
+        left[c] = wanted - 16 * grey.values[k[c]];
+        aboveLeft[c] = above;
+        errors[at] = static_cast<Vek16s>(left[c]);
+      }
+      destination.store(dst, x, k);
+    }
+  }
+}
+
+}  // namespace
+
+constexpr DitherKernels ditherKernels = {.ordered = {.bytes = order<Bytes>,
+                                                     .oneBit = order<Bits<1>>,
+                                                     .twoBits = order<Bits<2>>,
+                                                     .fourBits = order<Bits<4>>,
+                                                     .rgb565 = order<Pixels16<Rgb565>>,
+                                                     .rgb555 = order<Pixels16<Rgb555>>,
+                                                     .rgb444 = order<Pixels16<Rgb444>>},
+                                         .diffused = {.bytes = diffuse<Bytes>,
+                                                      .oneBit = diffuse<Bits<1>>,
+                                                      .twoBits = diffuse<Bits<2>>,
+                                                      .fourBits = diffuse<Bits<4>>,
+                                                      .rgb565 = diffuse<Pixels16<Rgb565>>,
+                                                      .rgb555 = diffuse<Pixels16<Rgb555>>,
+                                                      .rgb444 = diffuse<Pixels16<Rgb444>>}};
+
+}  // namespace vek::portable
