@@ -1,5 +1,6 @@
 #!/bin/sh
-# Every public header compiles alone, and twice, as C99 and as C++20 without a warning; programs pass
+# Every public header compiles alone, and twice, without a warning: those of the C interface as C99 and
+# as C++20, those of the C++ interface as C++17, 20 and 23, with exceptions and without. Programs pass
 # arrays of planes without a cast or a warning in every C since C99 and in C++20 (planes.c).
 # usage: headers.sh <include directory> <C compiler> <C++ compiler>
 set -eu
@@ -7,12 +8,16 @@ include=$1 cc=$2 cxx=$3
 here=$(dirname "$0")
 status=0
 
-# compile <what> <source> <compiler> <language> <standard>: a compiler that does not know the standard
-# or is not there is left out.
+# compile <what> <source> <compiler> <language> <standard> [flag]...: a compiler that does not know the
+# standard or is not there is left out.
 compile() {
-  command -v "$3" >/dev/null && echo | "$3" -x "$4" -std="$5" -fsyntax-only - 2>/dev/null || return 0
-  "$3" -x "$4" -std="$5" -Wall -Wextra -Wpedantic -Wcast-qual -Werror -fsyntax-only -I "$include" - \
-    <"$2" || { echo "$1 fails with $3 as $5"; status=1; }
+  what=$1 input=$2 compiler=$3 language=$4 standard=$5
+  shift 5
+  command -v "$compiler" >/dev/null &&
+    echo | "$compiler" -x "$language" -std="$standard" -fsyntax-only - 2>/dev/null || return 0
+  "$compiler" -x "$language" -std="$standard" -Wall -Wextra -Wpedantic -Wcast-qual -Werror "$@" \
+    -fsyntax-only -I "$include" - <"$input" ||
+    { echo "$what fails with $compiler as $standard $*"; status=1; }
 }
 
 source=$(mktemp)
@@ -22,6 +27,16 @@ for header in "$include"/vek/*.h; do
   printf '#include "%s"\n#include "%s"\n' "$name" "$name" >"$source"
   for c in "$cc" gcc clang; do compile "$name" "$source" "$c" c c99; done
   for c in "$cxx" g++ clang++; do compile "$name" "$source" "$c" c++ c++20; done
+done
+for header in "$include"/vek/*.hpp; do
+  name=vek/${header##*/}
+  printf '#include "%s"\n#include "%s"\n' "$name" "$name" >"$source"
+  for c in g++ clang++; do
+    for standard in c++17 c++20 c++2b; do
+      compile "$name" "$source" "$c" c++ $standard -Wconversion -Wshadow
+    done
+    compile "$name" "$source" "$c" c++ c++17 -fno-exceptions -fno-rtti
+  done
 done
 for standard in c99 c11 c17 c2x; do
   for c in "$cc" gcc clang; do compile planes.c "$here/planes.c" "$c" c $standard; done
