@@ -152,14 +152,56 @@ ptrdiff_t reverseVectors(D d, const Vek8u* src, ptrdiff_t i, ptrdiff_t n, Vek8u*
   return i;
 }
 
+#if !defined(__AVX512VBMI__)
+
+/// The byte of vector `from` of a block that each byte of vector `to` comes from when the block's 16
+/// pixels of three bytes are reversed; noByte for those that come from another one. Byte 16 of the
+/// block, for example, is the second byte of pixel 5 and comes from pixel 10, byte 31.
+constexpr Vek8u noByte = 0x80;
+template <int to, int from>
+constexpr auto reversedPixels = [] {
+  struct {
+    alignas(16) Vek8u at[16];
+  } order = {};
+  for (int i = 0; i < 16; ++i) {
+    const int byte = 16 * to + i, source = 3 * (15 - byte / 3) + byte % 3;
+    order.at[i] = source / 16 == from ? static_cast<Vek8u>(source % 16) : noByte;
+  }
+  return order;
+}();
+
+/// dst[k] = src[15 - k] for 16 pixels of three bytes, in whole vectors.
+void reverseThrees(const Vek8u* src, Vek8u* dst) {
+  const auto a = hn::LoadU(block128, src), b = hn::LoadU(block128, src + 16),
+             c = hn::LoadU(block128, src + 32);
+  const auto moved = [](const auto& order, auto v) {
+    return hn::TableLookupBytesOr0(v, hn::Load(block128, order.at));
+  };
+  hn::StoreU(hn::Or(moved(reversedPixels<0, 1>, b), moved(reversedPixels<0, 2>, c)), block128, dst);
+  hn::StoreU(hn::Or(hn::Or(moved(reversedPixels<1, 0>, a), moved(reversedPixels<1, 1>, b)),
+                    moved(reversedPixels<1, 2>, c)),
+             block128, dst + 16);
+  hn::StoreU(hn::Or(moved(reversedPixels<2, 0>, a), moved(reversedPixels<2, 1>, b)), block128,
+             dst + 32);
+}
+
+#endif
+
 template <int size>
 void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
+#if !defined(__AVX512VBMI__)
+  if constexpr (size == 3) {
+    if (n >= side) {
+      return overlappingBlocks(n, side, [&](ptrdiff_t i) {
+        reverseThrees(src + (n - side - i) * size, dst + i * size);
+      });
+    }
+  }
+#endif
   ptrdiff_t i = 0;
   if constexpr (vectorBytes > side) i = reverseVectors<size>(u8, src, i, n, dst);
   i = reverseVectors<size>(block128, src, i, n, dst);
-  for (; i < n; ++i) {
-    for (int k = 0; k < size; ++k) dst[i * size + k] = src[(n - 1 - i) * size + k];
-  }
+  for (; i < n; ++i) memcpy(dst + i * size, src + (n - 1 - i) * size, size);
 }
 
 /// `size` bytes a pixel; `plain` is the portable kernel.
