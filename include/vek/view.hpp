@@ -118,42 +118,57 @@ class OnError {
     return status;
   }
 
-  /// To be called when a call is refused; `format` and what follows say why. Returns `status`.
+  /// To be called when a call is refused; `text`, as printf takes it, and what follows say why.
+  /// Returns `status`.
   VEK_COLD VEK_PRINTF(5, 6) VekStatus failure(VekStatus status, const char* function,
-                                              const char* argument, const char* format, ...) const {
-    if (to_ == To::nothing) return status;
-    if (to_ == To::code) {
-      static_cast<std::error_code*>(where_)->assign(status, category());
-      return status;
-    }
-    Failure local;
-    Failure& failure = to_ == To::failure ? *static_cast<Failure*>(where_) : local;
-    failure.status = status;
-    failure.function = function;
-    failure.argument = argument;
-    const int head =
-        std::snprintf(failure.message, sizeof failure.message, "vek::%s: %s ", function, argument);
-    if (head > 0 && head < static_cast<int>(sizeof failure.message)) {
-      std::va_list values;
-      va_start(values, format);
-      std::vsnprintf(failure.message + head, sizeof failure.message - static_cast<size_t>(head),
-                     format, values);
-      va_end(values);
-    }
-    if (to_ == To::exception) raise(failure);
-    return status;
+                                              const char* argument, const char* text, ...) const {
+    Failure failure{status, function, argument, {}};
+    std::va_list values;
+    va_start(values, text);
+    describe(failure, text, values);
+    va_end(values);
+    return deliver(failure);
+  }
+
+  /// The same for an `onError` that is handed over by value, and so need not be in memory when all goes
+  /// well.
+  VEK_COLD VEK_PRINTF(5, 6) static VekStatus
+      refuse(OnError onError, VekStatus status, const char* function, const char* argument,
+             const char* text, ...) {
+    Failure failure{status, function, argument, {}};
+    std::va_list values;
+    va_start(values, text);
+    describe(failure, text, values);
+    va_end(values);
+    return onError.deliver(failure);
   }
 
  private:
   enum class To { exception, nothing, code, failure };
 
-  [[noreturn]] static void raise(const Failure& failure) {
+  static void describe(Failure& failure, const char* text, std::va_list values) {
+    constexpr int room = sizeof failure.message;
+    const int head =
+        std::snprintf(failure.message, room, "vek::%s: %s ", failure.function, failure.argument);
+    if (head < 0 || head >= room) return;
+    std::vsnprintf(failure.message + head, static_cast<std::size_t>(room - head), text, values);
+  }
+
+  VekStatus deliver(const Failure& failure) const {
+    if (to_ == To::exception) {
 #if defined(__cpp_exceptions) || defined(_CPPUNWIND)
-    throw Error(failure);
+      throw Error(failure);
 #else
-    std::fprintf(stderr, "%s: %s\n", failure.message, vekStatusString(failure.status));
-    std::abort();
+      std::fprintf(stderr, "%s: %s\n", failure.message, vekStatusString(failure.status));
+      std::abort();
 #endif
+    }
+    if (to_ == To::code) {
+      static_cast<std::error_code*>(where_)->assign(failure.status, category());
+    } else if (to_ == To::failure) {
+      *static_cast<Failure*>(where_) = failure;
+    }
+    return failure.status;
   }
 
   To to_ = To::exception;
@@ -383,15 +398,15 @@ VEK_COLD void refuseRows(OnError onError, const void* data, Size size, std::int6
   const long long row = L::rowBytes(size.width);
   const long long steps = step;
   if (data == nullptr) {
-    onError.failure(vekStsNullPtrErr, "View", "data", "is null");
+    OnError::refuse(onError, vekStsNullPtrErr, "View", "data", "is null");
   } else if (size.width < 1 || size.height < 1) {
-    onError.failure(vekStsSizeErr, "View", "size", "is %d x %d", size.width, size.height);
+    OnError::refuse(onError, vekStsSizeErr, "View", "size", "is %d x %d", size.width, size.height);
   } else if (steps < row || steps > std::numeric_limits<int>::max()) {
-    onError.failure(vekStsStrideErr, "View", "step",
+    OnError::refuse(onError, vekStsStrideErr, "View", "step",
                     "is %lld bytes, but rows of %d pixels take %lld", steps, size.width, row);
   } else {
-    onError.failure(
-        vekStsSizeErr, "View", "data",
+    OnError::refuse(
+        onError, vekStsSizeErr, "View", "data",
         "has %lld bytes, too few for %d rows of %lld bytes, %lld bytes apart",
         static_cast<long long>(memory < 0 ? std::numeric_limits<std::ptrdiff_t>::max() : memory),
         size.height, row, steps);
@@ -402,10 +417,11 @@ VEK_COLD void refuseRows(OnError onError, const void* data, Size size, std::int6
 VEK_COLD inline void refusePart(OnError onError, Rect part, Size all, int columns, int rows) {
   if (part.x < 0 || part.y < 0 || part.width < 1 || part.height < 1 ||
       part.width > all.width - part.x || part.height > all.height - part.y) {
-    onError.failure(vekStsSizeErr, "sub", "part", "at (%d, %d), %d x %d, is not inside %d x %d",
-                    part.x, part.y, part.width, part.height, all.width, all.height);
+    OnError::refuse(onError, vekStsSizeErr, "sub", "part",
+                    "at (%d, %d), %d x %d, is not inside %d x %d", part.x, part.y, part.width,
+                    part.height, all.width, all.height);
   } else {
-    onError.failure(vekStsBadArgErr, "sub", "part",
+    OnError::refuse(onError, vekStsBadArgErr, "sub", "part",
                     "at (%d, %d), %d x %d, cuts a group of %d x %d pixels", part.x, part.y,
                     part.width, part.height, columns, rows);
   }
@@ -667,6 +683,25 @@ constexpr std::int64_t stepFor(std::int64_t bytes) {
   return step % 4096 == 0 ? step + Memory::alignment : step;
 }
 
+/// Gives `memory` `bytes` bytes for an image; null if that fails.
+inline Vek8u* allocate(Memory& memory, const char* function, Size size, std::int64_t step,
+                       std::int64_t bytes, OnError onError) {
+  if (size.width < 1 || size.height < 1) {
+    OnError::refuse(onError, vekStsSizeErr, function, "size", "is %d x %d", size.width,
+                    size.height);
+    return nullptr;
+  }
+  if (step <= std::numeric_limits<int>::max() &&
+      bytes <= std::numeric_limits<std::ptrdiff_t>::max()) {
+    memory = Memory(static_cast<std::size_t>(bytes));
+  }
+  if (memory.data() == nullptr) {
+    OnError::refuse(onError, vekStsMemAllocErr, function, "size",
+                    "of %d x %d is more than there is memory for", size.width, size.height);
+  }
+  return static_cast<Vek8u*>(memory.data());
+}
+
 }  // namespace detail
 /// @endcond
 
@@ -686,22 +721,11 @@ class Image : public View<Pixel, channels> {
 
   /// An image of `size` pixels.
   explicit Image(Size size, OnError onError = {}) {
-    if (size.width < 1 || size.height < 1) {
-      onError.failure(vekStsSizeErr, "Image", "size", "is %d x %d", size.width, size.height);
-      return;
-    }
     const std::int64_t step = detail::stepFor(Mutable::Layout::rowBytes(size.width));
-    if (step <= std::numeric_limits<int>::max() &&
-        step * size.height <= std::numeric_limits<std::ptrdiff_t>::max()) {
-      memory_ = detail::Memory(static_cast<std::size_t>(step * size.height));
-    }
-    if (memory_.data() == nullptr) {
-      onError.failure(vekStsMemAllocErr, "Image", "size", "of %d x %d is more than there is memory",
-                      size.width, size.height);
-      return;
-    }
-    static_cast<Mutable&>(*this) = Mutable(static_cast<Storage*>(memory_.data()), size,
-                                           Bytes(static_cast<int>(step)), onError);
+    void* const data = detail::allocate(memory_, "Image", size, step, step * size.height, onError);
+    if (data == nullptr) return;
+    static_cast<Mutable&>(*this) =
+        Mutable(static_cast<Storage*>(data), size, Bytes(static_cast<int>(step)), onError);
   }
 
   /// The pixels of another one, which is empty afterwards.
@@ -770,8 +794,8 @@ constexpr Rect chromaPart(Rect luma, Chroma chroma) {
 template <class V>
 bool checkPlane(OnError onError, const char* name, const V& plane, Size size) {
   if (plane.width() == size.width && plane.height() == size.height && !plane.empty()) return true;
-  onError.failure(vekStsSizeErr, "Planes", name, "is %d x %d instead of %d x %d", plane.width(),
-                  plane.height(), size.width, size.height);
+  OnError::refuse(onError, vekStsSizeErr, "Planes", name, "is %d x %d instead of %d x %d",
+                  plane.width(), plane.height(), size.width, size.height);
   return false;
 }
 
@@ -798,6 +822,23 @@ class AllPlanes {
     y_ = y;
     cb_ = cb;
     cr_ = cr;
+  }
+  AllPlanes(const Vek8u* data, std::size_t bytes, Size luma, OnError onError) {
+    const Size half = chromaSize(luma, chroma);
+    const std::int64_t first = std::int64_t{luma.width} * luma.height;
+    const std::int64_t second = std::int64_t{half.width} * half.height;
+    if (data == nullptr || luma.width < 1 || luma.height < 1 ||
+        static_cast<std::uint64_t>(first + 2 * second) > bytes) {
+      OnError::refuse(onError, data == nullptr ? vekStsNullPtrErr : vekStsSizeErr, "Planes", "data",
+                      "has %llu bytes, but the planes of %d x %d pixels take %lld",
+                      static_cast<unsigned long long>(bytes), luma.width, luma.height,
+                      static_cast<long long>(first + 2 * second));
+      return;
+    }
+    onError.success();
+    y_ = Access::view<Plane>(data, luma.width, luma.height, luma.width);
+    cb_ = Access::view<Plane>(data + first, half.width, half.height, half.width);
+    cr_ = Access::view<Plane>(data + first + second, half.width, half.height, half.width);
   }
   AllPlanes part(Rect part, OnError onError) const {
     AllPlanes result;
@@ -828,6 +869,9 @@ class Planes<const Vek8u, chroma> : public detail::AllPlanes<chroma> {
   /// These three, the sizes of which must fit.
   Planes(Plane y, Plane cb, Plane cr, OnError onError = {})
       : detail::AllPlanes<chroma>(y, cb, cr, onError) {}
+  /// The planes of `size` pixels that lie one after another, without padding, in `bytes` bytes at `data`.
+  Planes(const Vek8u* data, std::size_t bytes, Size size, OnError onError = {})
+      : detail::AllPlanes<chroma>(data, bytes, size, onError) {}
 
   constexpr Plane y() const noexcept { return this->y_; }    ///< luma
   constexpr Plane cb() const noexcept { return this->cb_; }  ///< Cb or U
@@ -859,6 +903,9 @@ class Planes<Vek8u, chroma> : public Planes<const Vek8u, chroma> {
   /// These three, the sizes of which must fit.
   Planes(Plane y, Plane cb, Plane cr, OnError onError = {})
       : Planes<const Vek8u, chroma>(y, cb, cr, onError) {}
+  /// The planes of `size` pixels that lie one after another, without padding, in `bytes` bytes at `data`.
+  Planes(Vek8u* data, std::size_t bytes, Size size, OnError onError = {})
+      : Planes<const Vek8u, chroma>(data, bytes, size, onError) {}
   /// @cond
   Planes(const PlanarImage<chroma>&) = delete;
   Planes(PlanarImage<chroma>& image) noexcept;
@@ -881,7 +928,8 @@ class Planes<Vek8u, chroma> : public Planes<const Vek8u, chroma> {
   explicit Planes(const detail::AllPlanes<chroma>& planes) : Planes<const Vek8u, chroma>(planes) {}
 };
 
-/// Planes that own their memory, each an Image.
+/// Planes that own their memory. Rows begin at multiples of 64 bytes; chroma rows that have half the
+/// samples are half the luma's step apart, which resize() wants of 4:2:2, and others as far as luma's.
 template <Chroma chroma>
 class PlanarImage : public Planes<Vek8u, chroma> {
  public:
@@ -892,19 +940,28 @@ class PlanarImage : public Planes<Vek8u, chroma> {
   PlanarImage() noexcept = default;
   /// Planes for `size` pixels.
   explicit PlanarImage(Size size, OnError onError = {}) {
-    const Size half = detail::chromaSize(size, chroma);
-    Image<Vek8u> planes[3] = {Image<Vek8u>(size, onError), {}, {}};
-    for (int i = 1; i < 3 && !planes[i - 1].empty(); ++i) planes[i] = Image<Vek8u>(half, onError);
-    if (planes[2].empty()) return;
-    static_cast<Mutable&>(*this) = Mutable(planes[0].view(), planes[1].view(), planes[2].view());
-    for (int i = 0; i < 3; ++i) planes_[i] = std::move(planes[i]);
+    const Size part = detail::chromaSize(size, chroma);
+    const int halves = chroma == Chroma::c444 ? 1 : 2;
+    const std::int64_t step = halves * detail::stepFor(part.width);
+    const std::int64_t luma = step * size.height;
+    const std::int64_t bytes = luma + 2 * (step / halves * part.height);
+    Vek8u* const data = detail::allocate(memory_, "PlanarImage", size, step, bytes, onError);
+    if (data == nullptr) return;
+    const auto plane = [&](std::int64_t at, Size of, std::int64_t apart) {
+      return View<Vek8u>(data + at, of, Bytes(static_cast<int>(apart)));
+    };
+    static_cast<Mutable&>(*this) = Mutable(plane(0, size, step), plane(luma, part, step / halves),
+                                           plane((luma + bytes) / 2, part, step / halves), onError);
   }
   /// The planes of another one, which is empty afterwards.
-  PlanarImage(PlanarImage&& other) noexcept { *this = std::move(other); }
+  PlanarImage(PlanarImage&& other) noexcept
+      : Mutable(std::exchange(static_cast<Mutable&>(other), Mutable())),
+        memory_(std::move(other.memory_)) {}
   /// Takes the planes of another one, which is empty afterwards.
   PlanarImage& operator=(PlanarImage&& other) noexcept {
-    static_cast<Mutable&>(*this) = std::exchange(static_cast<Mutable&>(other), Mutable());
-    for (int i = 0; i < 3; ++i) planes_[i] = std::move(other.planes_[i]);
+    PlanarImage taken(std::move(other));
+    std::swap(static_cast<Mutable&>(*this), static_cast<Mutable&>(taken));
+    memory_ = std::move(taken.memory_);
     return *this;
   }
 
@@ -930,7 +987,7 @@ class PlanarImage : public Planes<Vek8u, chroma> {
   }
 
  private:
-  Image<Vek8u> planes_[3];
+  detail::Memory memory_;
 };
 
 /// @cond

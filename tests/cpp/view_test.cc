@@ -73,7 +73,9 @@ TEST(View, RefusesWhatIsNoImage) {
   check(vekStsSizeErr, "cr", [&](Failure& f) {
     made(Planes420<>(luma, luma.sub({0, 0, 2, 2}), luma, f));
   });
-  check(vekStsSizeErr, "y", [&](Failure& f) { made(Planes420<>({}, {}, {}, f)); });
+  check(vekStsSizeErr, "data", [&](Failure& f) { made(Planes422<>(bytes, 48, {5, 5}, f)); });
+  EXPECT_EQ(Planes420<>(bytes, 43, {5, 5}).cr().data(), bytes + 34);
+  check(vekStsSizeErr, "y", [&](Failure& f) { made(Planes420<>(View<Vek8u>(), luma, luma, f)); });
   check(vekStsMemAllocErr, "size", [&](Failure& f) { made(Image<Vek32s>({1 << 29, 1}, f)); });
 
   const Pixels last(bytes, {4, 3}, Bytes(18));
@@ -127,6 +129,11 @@ TEST(Image, OwnsAlignedRows) {
     EXPECT_EQ(image.row(2)[0], 7);
   }
   Image420 planes({6, 4});
+  EXPECT_EQ(planes.cr().stepBytes() * 2, planes.y().stepBytes());
+  std::memset(planes.y().row(3), 1, 6);
+  std::memset(planes.cb().row(1), 2, 3);
+  std::memset(planes.cr().row(1), 3, 3);
+  EXPECT_EQ(planes.y().row(3)[5] + 10 * planes.cb().row(1)[2] + 100 * planes.cr().row(1)[2], 321);
   const Vek8u* const cr = planes.cr().data();
   Image420 moved(std::move(planes));
   EXPECT_TRUE(planes.empty());  // NOLINT(bugprone-use-after-move)
