@@ -1,5 +1,6 @@
 // The shift kernels over any lanes. `Lanes` is a PlainLanes or VectorLanes that also has
-// right(v, amount) and left(v, amount), by one amount for all samples and by one for each.
+// right(v, amount) and left(v, amount), by one amount for all samples, and scaledRight(v, factors) and
+// scaledLeft(v, factors).
 #pragma once
 
 #include "vek/vek.h"
@@ -28,15 +29,15 @@ struct ShiftRows {
     const auto op = [amount](Sample v) { return Lanes::left(v, amount); };
     Lanes::mapRow(n, op, dst, Samples{src});
   }
-  static void rightC3(const Vek8u* src, const Vek8u* amounts, ptrdiff_t n, Vek8u* dst) {
+  static void rightC3(const Vek8u* src, const Vek8u* factors, ptrdiff_t n, Vek8u* dst) {
     VEK_ASSERT(n >= 1);
-    const auto op = [](Sample v, Sample amount) { return Lanes::right(v, amount); };
-    Lanes::mapRow(n, op, dst, Samples{src}, Repeated{amounts});
+    const auto op = [](Sample v, Sample factor) { return Lanes::scaledRight(v, factor); };
+    Lanes::mapRow(n, op, dst, Samples{src}, Repeated{factors});
   }
-  static void leftC3(const Vek8u* src, const Vek8u* amounts, ptrdiff_t n, Vek8u* dst) {
+  static void leftC3(const Vek8u* src, const Vek8u* factors, ptrdiff_t n, Vek8u* dst) {
     VEK_ASSERT(n >= 1);
-    const auto op = [](Sample v, Sample amount) { return Lanes::left(v, amount); };
-    Lanes::mapRow(n, op, dst, Samples{src}, Repeated{amounts});
+    const auto op = [](Sample v, Sample factor) { return Lanes::scaledLeft(v, factor); };
+    Lanes::mapRow(n, op, dst, Samples{src}, Repeated{factors});
   }
 };
 
