@@ -11,7 +11,7 @@ extern "C" const char* vekStatusString(VekStatus status) {
     case vekStsSizeErr:
       return "a size is out of its range";
     case vekStsCoeffRangeErr:
-      return "a filter coefficient is outside -32768..32767";
+      return "a coefficient is out of its range, or the matrix of a warp has no inverse";
     case vekStsNullPtrErr:
       return "a required pointer is null";
     case vekStsMemAllocErr:

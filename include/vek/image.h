@@ -1127,6 +1127,107 @@ VEK_API VekStatus vekiNormRel_L2_8u_C3RSfs(const Vek8u* pSrcA, int srcAStep, con
 /** @} */
 
 /** @} */
+/** @defgroup warps Affine and perspective warps
+ *
+ *  Pixel centres have integer coordinates. The source has the columns 0..srcSize.width - 1 and rows
+ *  likewise. `dstRect` has the coordinates of the destination's pixels, and pDst points at the pixel
+ *  (dstRect.x, dstRect.y). Tiles of one picture, each with its own dstRect, therefore give the same
+ *  bytes as the whole. Results are the same on every processor.
+ *
+ *  The coefficients c are doubles, row after row, and map (x, y) to (c0 x + c1 y + c2, c3 x + c4 y +
+ *  c5) with affine warps. With perspective warps both are divided by c6 x + c7 y + c8; the scale of
+ *  the nine coefficients does not matter. Products and sums are rounded one by one.
+ *
+ *  Nearest takes the sample at the rounded position, halves up. Linear and cubic first round the
+ *  position to 1/128 pixel, halves up. Linear then weights 2 x 2 samples and rounds once, halves up.
+ *  Cubic weights 4 x 4 samples with the cubic convolution of Keys (a = -1/2), of which weights are
+ *  multiples of 1/16384, and rounds rows to 1/64 and the result to integers, halves up and limited to
+ *  0..255. It passes through the samples and may overshoot beside edges.
+ *
+ *  Source and destination must not overlap. Nothing needs alignment, the coefficients included.
+ *  Nothing outside of the source is read. A call takes less than 8 KB of stack.
+ *  @{ */
+
+/** What the coefficients of a warp say, for the `direction` arguments. */
+enum VekiWarpDirection {
+  vekiWarpForward = 0, /**< where the source's pixels go; the map is inverted first */
+  vekiWarpInverse = 1  /**< where the destination's pixels come from */
+};
+
+/** Interpolations of the warps. The first two have the codes of VekiInterpolation. */
+enum VekiWarpInterpolation {
+  vekiWarpNearest = 0, /**< the nearest sample */
+  vekiWarpLinear = 1,  /**< between 2 x 2 samples */
+  vekiWarpCubic = 2    /**< between 4 x 4 samples */
+};
+
+/** One more border of the warps. Note that vekiBorderMirror, which they do not have, is 2 as well. */
+enum VekiWarpBorder {
+  vekiBorderTransparent = 2 /**< a pixel whose position is outside of the source keeps what the
+                                 destination holds; interpolation repeats the edge's samples */
+};
+
+/** @name Affine warps
+ *  @{ */
+/** Writes the source under an affine map: rotated, scaled, sheared, moved.
+ *
+ *  `direction` is one of VekiWarpDirection and `interpolation` one of VekiWarpInterpolation.
+ *  `border` says what lies outside of the source: `borderValue` (vekiBorderConstant), the nearest
+ *  sample (vekiBorderReplicate) or nothing (vekiBorderTransparent). A position that is exactly on an
+ *  edge's samples is not outside.
+ *
+ *  The inverse of vekiWarpForward is calculated with D = c0 c4 - c1 c3 and r = 1 / D as b0 = c4 r, b1
+ *  = -(c1 r), b3 = -(c3 r), b4 = c0 r, b2 = -(b0 c2 + b1 c5), b5 = -(b3 c2 + b4 c5). Each of the six
+ *  is then rounded to a multiple of 2^-32, halves to even, and positions are exact from there on.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSrc, pDst or pCoeffs is null;
+ *  vekStsSizeErr if a side of the source is not 1..32767, or the destination is empty or not within
+ *  -32768..32767 in both directions; vekStsStepErr if a step is below 1; vekStsStrideErr if a step is
+ *  below the bytes of a row; vekStsNotSupportedModeErr if `direction`, `interpolation` or `border` is
+ *  not one of the above; vekStsNullPtrErr if borderValue is null with vekiBorderConstant (C3);
+ *  vekStsCoeffRangeErr if D is 0 or not finite, or unless (|b0| + |b1|) 32768 + |b2| and (|b3| +
+ *  |b4|) 32768 + |b5| are below 2^30. */
+VEK_API VekStatus vekiAffineWarp_8u_C1R(const Vek8u* pSrc, int srcStep, VekiSize srcSize,
+                                        Vek8u* pDst, int dstStep, VekiRect dstRect,
+                                        const Vek64f* pCoeffs, int direction, int interpolation,
+                                        int border, Vek8u borderValue);
+VEK_API VekStatus vekiAffineWarp_8u_C3R(const Vek8u* pSrc, int srcStep, VekiSize srcSize,
+                                        Vek8u* pDst, int dstStep, VekiRect dstRect,
+                                        const Vek64f* pCoeffs, int direction, int interpolation,
+                                        int border, const Vek8u borderValue[3]);
+/** @} */
+
+/** @name Perspective warps
+ *  @{ */
+/** Writes the source under a projective map, which straightens a page, for example. The arguments
+ *  are those of vekiAffineWarp_8u_C1R, with nine coefficients.
+ *
+ *  The map of vekiWarpForward is replaced by its adjugate b, b0 = c4 c8 - c5 c7 and so on, each
+ *  number calculated as two products and their difference. The numbers are scaled by a power of two
+ *  so that the numerators and the denominator of no position exceed 2^51, and rounded to integers,
+ *  halves to even; of numerators and denominator the lowest 8 bits are left out, rounding down. The
+ *  quotient is exact. Positions are off by at most 0.004 pixel for images up to 1280 pixels wide,
+ *  with the rounding to 1/128 included, and by 0.011 at 16384 under a strong perspective.
+ *
+ *  A pixel whose denominator is then 0 has no position. It becomes borderValue, the source's pixel
+ *  (0, 0) with vekiBorderReplicate, and stays with vekiBorderTransparent. Pixels of negative
+ *  denominator are written as well.
+ *
+ *  The checks are those of vekiAffineWarp_8u_C1R but for the coefficients: vekStsCoeffRangeErr if the
+ *  determinant (c0 b0 + c1 b3) + c2 b6 is 0 or not finite with vekiWarpForward, if one of
+ *  (|b3i| + |b3i+1|) 32768 + |b3i+2| is not finite, i = 0..2, or if all of these are 0. */
+VEK_API VekStatus vekiPerspectiveWarp_8u_C1R(const Vek8u* pSrc, int srcStep, VekiSize srcSize,
+                                             Vek8u* pDst, int dstStep, VekiRect dstRect,
+                                             const Vek64f* pCoeffs, int direction,
+                                             int interpolation, int border, Vek8u borderValue);
+VEK_API VekStatus vekiPerspectiveWarp_8u_C3R(const Vek8u* pSrc, int srcStep, VekiSize srcSize,
+                                             Vek8u* pDst, int dstStep, VekiRect dstRect,
+                                             const Vek64f* pCoeffs, int direction,
+                                             int interpolation, int border,
+                                             const Vek8u borderValue[3]);
+/** @} */
+
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -51,7 +51,7 @@ typedef int16_t Vek16s;  /**< a signed 16-bit number */
 typedef int32_t Vek32s;  /**< a signed 32-bit number */
 typedef uint32_t Vek32u; /**< an unsigned 32-bit number */
 typedef int64_t Vek64s;  /**< a signed 64-bit number; reserved, no function takes one yet */
-typedef double Vek64f;   /**< a double; reserved, no function takes one yet */
+typedef double Vek64f;   /**< a double */
 
 /** The planes of a source image: an array of plane pointers, declared `Vek8u* planes[3]` or `const
  *  Vek8u* planes[3]`. Both are passed without a cast. C++ converts them to the pointer type that
@@ -69,7 +69,8 @@ typedef struct VekiSize {
   Vek32s height; /**< rows */
 } VekiSize;
 
-/** Rectangle in pixels, for the measurement windows of the camera functions. */
+/** Rectangle in pixels, for the measurement windows of the camera functions and the destination of
+ *  warps. */
 typedef struct VekiRect {
   Vek32s x;      /**< column of the top left pixel */
   Vek32s y;      /**< row of the top left pixel */
@@ -102,7 +103,8 @@ enum VekStatusValue {
   vekStsSizeErr = -6,          /**< a width, height or length is below 1, or below 2 for the
                                        kernels of the convolutions; mirrors and gamma answer steps
                                        below 1 with it as well */
-  vekStsCoeffRangeErr = -7,    /**< a filter coefficient is outside -32768..32767 */
+  vekStsCoeffRangeErr = -7,    /**< a filter coefficient is outside -32768..32767, or those of a
+                                       warp are singular, too large or not finite */
   vekStsNullPtrErr = -8,       /**< image sub-library: a required pointer is null */
   vekStsMemAllocErr = -9,      /**< the allocator returned null */
   vekStsDivisorErr = -13,      /**< the divisor of a convolution is below 1 */

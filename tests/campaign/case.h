@@ -159,8 +159,8 @@ class Case {
 
   /// The same for anything anywhere in a block.
   template <class T>
-  void refuseAt(int block, size_t offset, const T& bad) {
-    refuseBytes(block, offset, bad);
+  void refuseAt(int block, size_t offset, const T& bad, VekStatus status = vekStsBadArgErr) {
+    refuseBytes(block, offset, bad, status);
   }
   /// One more value that a number of the last argument must not have.
   void alsoRefuse(int cell, int bad) {

@@ -104,7 +104,13 @@ TEST(Contract, Selectors) {
                                 {vekiBayerBGGR, 3, "BayerBGGR"},
                                 {vekiBorderConstant, 0, "BorderConstant"},
                                 {vekiBorderReplicate, 1, "BorderReplicate"},
-                                {vekiBorderMirror, 2, "BorderMirror"}};
+                                {vekiBorderMirror, 2, "BorderMirror"},
+                                {vekiBorderTransparent, 2, "BorderTransparent"},
+                                {vekiWarpForward, 0, "WarpForward"},
+                                {vekiWarpInverse, 1, "WarpInverse"},
+                                {vekiWarpNearest, 0, "WarpNearest"},
+                                {vekiWarpLinear, 1, "WarpLinear"},
+                                {vekiWarpCubic, 2, "WarpCubic"}};
   for (const Constant& selector : selectors) {
     EXPECT_EQ(selector.actual, selector.expected) << selector.name;
   }
