@@ -25,6 +25,7 @@ constexpr hn::ScalableTag<Vek32u> u32;
 constexpr hn::ScalableTag<Vek32s> s32;
 constexpr hn::ScalableTag<uint64_t> u64;
 constexpr hn::ScalableTag<float> f32;
+constexpr hn::ScalableTag<double> f64;
 
 using V8u = hn::Vec<decltype(u8)>;
 using V8s = hn::Vec<decltype(s8)>;
@@ -34,6 +35,7 @@ using V32u = hn::Vec<decltype(u32)>;
 using V32s = hn::Vec<decltype(s32)>;
 using V64u = hn::Vec<decltype(u64)>;
 using V32f = hn::Vec<decltype(f32)>;
+using V64f = hn::Vec<decltype(f64)>;
 
 /// As many bytes as a vector has 16-bit lanes, and as many 16-bit lanes as it has 32-bit ones.
 constexpr hn::Rebind<Vek8u, decltype(u16)> halfU8;

@@ -1228,6 +1228,137 @@ VEK_API VekStatus vekiPerspectiveWarp_8u_C3R(const Vek8u* pSrc, int srcStep, Vek
 /** @} */
 
 /** @} */
+/** @defgroup transforms Transforms: Fourier, cosine
+ *  @{ */
+
+/** @name Real two-dimensional Fourier transform
+ *
+ *  An image of W = 2^orderX columns and H = 2^orderY rows, orders 0..10, and its spectrum of H rows
+ *  (ky) of K = W / 2 + 1 complex numbers (kx), each its real and then its imaginary part, signed
+ *  32-bit integers:
+ *
+ *      X(ky, kx) = sum over y, x of s(y, x) exp(-2 pi i (kx x / W + ky y / H))
+ *
+ *  The columns beyond follow from X(-ky, -kx) = conj X(ky, kx), indices modulo H and W.
+ *  @{ */
+
+/** Specification of a Fourier transform of one size. The transforms only read it: any number of
+ *  threads may share one, each with a buffer of its own. */
+typedef struct VekiRealFFTSpec VekiRealFFTSpec;
+
+/** Bytes of memory that a specification and the buffer of a transform take, the same on every
+ *  processor and for all four transforms. Neither memory needs alignment. For 1024 x 1024 the
+ *  buffer has 8781888 bytes.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSpecSize or pBufferSize is null;
+ *  vekStsFftOrderErr if orderX or orderY is outside 0..10. */
+VEK_API VekStatus vekiGetSpecSize_RealFFT_32s(int orderX, int orderY, int* pSpecSize,
+                                              int* pBufferSize);
+
+/** Prepares a specification in memory of the caller's, which is released without the library: not
+ *  by vekiFree_RealFFT_32s. It must not be moved.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSpec is null; vekStsFftOrderErr if
+ *  orderX or orderY is outside 0..10. */
+VEK_API VekStatus vekiInit_RealFFT_32s(int orderX, int orderY, VekiRealFFTSpec* pSpec);
+
+/** Prepares a specification in memory of vekMalloc. On an error *ppSpec stays as it is.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if ppSpec is null; vekStsFftOrderErr if
+ *  orderX or orderY is outside 0..10; vekStsMemAllocErr if vekMalloc returns null. */
+VEK_API VekStatus vekiInitAlloc_RealFFT_32s(int orderX, int orderY, VekiRealFFTSpec** ppSpec);
+
+/** Releases a specification of vekiInitAlloc_RealFFT_32s with vekFree. It must not be given one of
+ *  vekiInit_RealFFT_32s.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSpec is null; vekStsContextMatchErr
+ *  if it is no specification of a Fourier transform. */
+VEK_API VekStatus vekiFree_RealFFT_32s(VekiRealFFTSpec* pSpec);
+
+/** Forward (Fwd): from an image of bytes or signed 32-bit integers to its spectrum, each real and
+ *  imaginary part multiplied by 2^-scaleFactor. Inverse (Inv): from a spectrum to the image, each
+ *  sample
+ *
+ *      s(y, x) = sum over ky, kx of X(ky, kx) exp(2 pi i (kx x / W + ky y / H))
+ *
+ *  multiplied by 2^-scaleFactor, where the sum goes over all W columns of the spectrum. Neither
+ *  direction divides by W H: with scaleFactor 0 forward and orderX + orderY inverse the image comes
+ *  back. What the inverse finds imaginary in columns 0 and W / 2 after it has transformed the
+ *  columns is left out: a real image has nothing there.
+ *
+ *  Results are rounded to nearest, halves to even, and clamped to the type of the destination. (With
+ *  halves up, as in other functions, conjugate numbers would no longer be conjugate.) Spectra of
+ *  bytes need no clamping for a scaleFactor of -3 or more. Every scaleFactor is valid: below -64 it
+ *  counts as -64, above 64 as 64.
+ *
+ *  Everything between is calculated in doubles. Before it is rounded, a spectrum of bytes with
+ *  scaleFactor 0 was never found more than 3.0e-9 from the exact value (1024 x 1024), and the
+ *  result was the exact value rounded.
+ *
+ *  Only the W samples or K complex numbers of each row are read and written. Source and destination
+ *  may overlap in any way, and be the same: the whole source is read before anything is written.
+ *  pBuffer has the size that vekiGetSpecSize_RealFFT_32s gives, holds nothing of importance before
+ *  and after the call, and overlaps neither. No pointer or step needs alignment. A call takes less
+ *  than 4 KB of stack.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSrc, pDst, pSpec or pBuffer is null;
+ *  vekStsContextMatchErr if pSpec is no specification of a Fourier transform; vekStsStepErr if
+ *  srcStep or dstStep is below 1; vekStsStrideErr if srcStep or dstStep is below the bytes of a row
+ *  (W or 4 W of an image, 8 K of a spectrum). */
+VEK_API VekStatus vekiRealFFTFwd_8u32s_C1RSfs(const Vek8u* pSrc, int srcStep, Vek32s* pDst,
+                                              int dstStep, int scaleFactor,
+                                              const VekiRealFFTSpec* pSpec, Vek8u* pBuffer);
+VEK_API VekStatus vekiRealFFTFwd_32s_C1RSfs(const Vek32s* pSrc, int srcStep, Vek32s* pDst,
+                                            int dstStep, int scaleFactor,
+                                            const VekiRealFFTSpec* pSpec, Vek8u* pBuffer);
+VEK_API VekStatus vekiRealFFTInv_32s8u_C1RSfs(const Vek32s* pSrc, int srcStep, Vek8u* pDst,
+                                              int dstStep, int scaleFactor,
+                                              const VekiRealFFTSpec* pSpec, Vek8u* pBuffer);
+VEK_API VekStatus vekiRealFFTInv_32s_C1RSfs(const Vek32s* pSrc, int srcStep, Vek32s* pDst,
+                                            int dstStep, int scaleFactor,
+                                            const VekiRealFFTSpec* pSpec, Vek8u* pBuffer);
+/** @} */
+
+/** @name Cosine transform of 8 x 8 blocks
+ *  @{ */
+/** The orthonormal two-dimensional cosine transform (DCT-II) of blocks of 8 x 8 signed 16-bit
+ *  samples (Fwd), and its inverse (Inv), as JPEG and MPEG use them: of one block of 64 values, row
+ *  after row (C1), or of all blocks of an image (C1R), where a block's coefficients take the place
+ *  of its samples. The coefficient in row v and column u of a block belongs to the vertical
+ *  frequency v and the horizontal frequency u.
+ *
+ *  With D[u][x] = 2^14 c cos((2 x + 1) u pi / 16), c = 1 for u = 0 and sqrt(2) otherwise, rounded
+ *  to integers: 16384; 22725, 19266, 12873, 4520; 21407, 8867. Forward, each row and then each
+ *  column:
+ *
+ *      t[y][u] = (sum over x of D[u][x] s[y][x] + 2^10) >> 11
+ *      S[v][u] = sat16((sum over y of D[v][y] t[y][u] + 2^19) >> 20)
+ *
+ *  Inverse likewise:
+ *
+ *      t[v][x] = (sum over u of D[u][x] S[v][u] + 2^10) >> 11
+ *      s[y][x] = sat16((sum over v of D[v][y] t[v][x] + 2^19) >> 20)
+ *
+ *  >> is a shift toward minus infinity, t is not limited, and sat16 clamps to 16 bits. Samples of
+ *  -4096..4095 never reach those limits. The three fractional bits of t keep the inverse within the
+ *  bounds of IEEE 1180-1990. Forward, a coefficient of samples up to 255 is at most 0.55 from the
+ *  exact one.
+ *
+ *  The source may be the destination (same pointer, same step). No pointer or step needs alignment.
+ *
+ *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSrc or pDst is null; of the functions
+ *  on images (C1R) also vekStsSizeErr if the width or the height is below 1 or not a multiple of 8;
+ *  vekStsStepErr if srcStep or dstStep is below 1; vekStsStrideErr if srcStep or dstStep is below
+ *  the 2 * width bytes of a row. */
+VEK_API VekStatus vekiBlockDCTFwd_16s_C1(const Vek16s* pSrc, Vek16s* pDst);
+VEK_API VekStatus vekiBlockDCTInv_16s_C1(const Vek16s* pSrc, Vek16s* pDst);
+VEK_API VekStatus vekiBlockDCTFwd_16s_C1R(const Vek16s* pSrc, int srcStep, Vek16s* pDst,
+                                          int dstStep, VekiSize roiSize);
+VEK_API VekStatus vekiBlockDCTInv_16s_C1R(const Vek16s* pSrc, int srcStep, Vek16s* pDst,
+                                          int dstStep, VekiSize roiSize);
+/** @} */
+
+/** @} */
 
 #ifdef __cplusplus
 }

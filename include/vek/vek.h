@@ -109,8 +109,8 @@ enum VekStatusValue {
   vekStsMemAllocErr = -9,      /**< the allocator returned null */
   vekStsDivisorErr = -13,      /**< the divisor of a convolution is below 1 */
   vekStsStepErr = -14,         /**< a row step is below 1 */
-  vekStsFftOrderErr = -15,     /**< reserved: the order of an FFT is out of its range */
-  vekStsContextMatchErr = -17, /**< reserved: a state object is of another kind */
+  vekStsFftOrderErr = -15,     /**< an order of a Fourier transform is outside 0..10 */
+  vekStsContextMatchErr = -17, /**< a state object is of another kind */
   vekStsThresholdErr = -18,    /**< the lower threshold is above the upper one */
   vekStsMirrorFlipErr = -21,   /**< the mirror axis is unknown */
   vekStsMaskSizeErr = -33,     /**< the size of a filter mask is not supported */
@@ -138,13 +138,12 @@ VEK_API const char* vekStatusString(VekStatus status);
  *  library they keep the default ones from being linked.
  *  @{ */
 
-/** Takes memory for tagged states of the image sub-library. Reserved: no function of this version
- *  calls it. The default returns null for a size below 1. No alignment is expected of a
- *  replacement. */
+/** Takes memory for the states of the image sub-library. A replacement may return memory of any
+ *  alignment, or null, which makes the calling InitAlloc function return vekStsMemAllocErr. The
+ *  default returns null for a size below 1. */
 VEK_API void* vekMalloc(int size);
 
-/** Releases memory of vekMalloc; null is accepted. Reserved: no function of this version calls it.
- */
+/** Releases memory of vekMalloc; null is accepted. */
 VEK_API void vekFree(void* ptr);
 
 /** Takes memory for the states of the camera sub-library and their tables. A replacement returns

@@ -73,8 +73,8 @@ class Refused {
 };
 
 /// What a call does with the memory behind a pointer: it finds its contents there (in), leaves its
-/// results there (out), or both, as when it works in place.
-enum class Use { in, out, inOut };
+/// results there (out), or both, as when it works in place; or whatever it likes (scratch).
+enum class Use { in, out, inOut, scratch };
 
 /// How the step of an image is drawn, and which steps are refused.
 struct Steps {

@@ -15,8 +15,8 @@ Trial::Trial(const Case& c, bool otherSide) : case_(c) {
     buffers_.push_back(std::make_unique<Buffer>(
         b.area, b.alignment, before ? Buffer::Guard::before : Buffer::Guard::after, b.offset));
     buffers_.back()->setContents(b.contents);
-    before_.push_back(buffers_.back()->contents());
   }
+  before_ = written();
   for (const Case::Argument& a : c.arguments_) {
     arrays_.push_back(nullptr);
     if (!a.array) continue;
@@ -71,8 +71,9 @@ void Trial::undoFaults() {
 
 std::vector<std::vector<uint8_t>> Trial::written() const {
   std::vector<std::vector<uint8_t>> all;
-  for (const auto& b : buffers_) {
-    if (b != nullptr) all.push_back(b->contents());
+  for (size_t i = 0; i < buffers_.size(); ++i) {
+    const Use use = case_.blocks_[i].use;
+    if (use != Use::in && use != Use::scratch) all.push_back(buffers_[i]->contents());
   }
   return all;
 }
@@ -90,9 +91,10 @@ bool Trial::sourcesIntact() const {
 
 void Trial::digest(uint64_t& d) const {
   for (size_t i = 0; i < buffers_.size(); ++i) {
-    if (buffers_[i] == nullptr || case_.blocks_[i].unit == 0) continue;
+    const Case::Block& b = case_.blocks_[i];
+    if (b.use == Use::in || b.use == Use::scratch || b.unit == 0) continue;
     const std::vector<uint8_t> bytes = buffers_[i]->contents();
-    const auto unit = static_cast<size_t>(case_.blocks_[i].unit);
+    const auto unit = static_cast<size_t>(b.unit);
     for (size_t at = 0; at < bytes.size(); at += unit) {
       uint32_t value = 0;
       uint16_t half;

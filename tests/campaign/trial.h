@@ -19,7 +19,7 @@ class Trial {
 
   VekStatus call(const Call& f) { return f(values_.data()); }
 
-  /// The contents of all destinations.
+  /// The contents of all destinations, scratch left out.
   std::vector<std::vector<uint8_t>> written() const;
   bool nothingWritten() const { return written() == before_; }
   bool outsideIntact() const;

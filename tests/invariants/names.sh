@@ -56,7 +56,7 @@ in_sources 'VEK_HAVE_HIGHWAY' | rule "levels above portable exist only with High
 for file in $(grep '_portable\.cc$' "$work/library"); do
   grep -qE '^ *[a-zA-Z].*\) (const )?\{$|Of<[A-Za-z]+>\(|\bPlain[A-Za-z]+>' "$file" || echo "$file:1: none"
 done | rule "portable files without a kernel"
-in_library '\bScalableTag<|\busing V(8|16|32|64)[usf] *=|\bconstexpr .*\b(u8|s8|u16|s16|u32|s32|u64|f32) *(=|;|\{)' |
+in_library '\bScalableTag<|\busing V(8|16|32|64)[usf] *=|\bconstexpr .*\b(u8|s8|u16|s16|u32|s32|u64|f32|f64) *(=|;|\{)' |
   grep -v '^core/kernel/lanes\.h:' | rule "lanes declared outside core/kernel/lanes.h"
 in_headers '^(inline )?(constexpr|const) [a-z0-9_:]+ (half|lanes|words|bytes|most)\b' |
   rule "constants with a name that others use for their own"

@@ -1,0 +1,378 @@
+// The real two-dimensional Fourier transform, compiled for every level over whatever `Lanes` calls a
+// vector: Lanes::count doubles, one for each of as many one-dimensional transforms.
+//
+// Rows are transformed in pairs, one as the real and one as the imaginary parts, and the spectra of both
+// are taken apart afterwards. The spectrum is kept in strips of Lanes::count columns, each row by row,
+// so that a strip's columns are transformed together. An array of complex numbers has Lanes::count real
+// parts and then as many imaginary parts at each index.
+//
+// A transform of n values is put together from four transforms of every fourth value, down to transforms
+// of one or two values: each part's results are next to each other, so that what is worked on fits the
+// first cache for most of the way. No product with exp(0) is taken, which would change nothing.
+//
+// The inverse exchanges real and imaginary parts before and after the same transform.
+#pragma once
+
+#include "vek/vek.h"
+
+#include <float.h>
+#include <stddef.h>
+#include <string.h>
+
+#include "core/assert.h"
+#include "image/transform/real_fft_kernels.h"
+#include "image/transform/real_fft_units.h"
+
+static_assert(FLT_EVAL_METHOD == 0, "Doubles in wider registers would be rounded twice.");
+
+namespace vek::VEK_LEVEL {
+namespace {
+
+// ---- Complex numbers, one in each lane ----------------------------------------------------------
+
+template <class Lanes>
+struct Complex {
+  using Vector = typename Lanes::Vector;
+
+  Vector re, im;
+
+  static Complex load(const Vek64f* from) {
+    return {Lanes::load(from), Lanes::load(from + Lanes::count)};
+  }
+  void store(Vek64f* to) const {
+    Lanes::store(re, to);
+    Lanes::store(im, to + Lanes::count);
+  }
+  Complex exchanged() const { return {im, re}; }
+  Complex plus(const Complex& other) const {
+    return {Lanes::add(re, other.re), Lanes::add(im, other.im)};
+  }
+  Complex minus(const Complex& other) const {
+    return {Lanes::subtract(re, other.re), Lanes::subtract(im, other.im)};
+  }
+  /// The product with exp(-2 pi i t / 1024).
+  Complex timesUnit(ptrdiff_t t) const {
+    const Vector cosine = Lanes::set(unitCosines.at[t]);
+    const Vector negativeSine = Lanes::set(unitCosines.at[t + 256]);
+    return {Lanes::subtract(Lanes::multiply(re, cosine), Lanes::multiply(im, negativeSine)),
+            Lanes::add(Lanes::multiply(re, negativeSine), Lanes::multiply(im, cosine))};
+  }
+};
+
+/// Where the complex numbers with an index are in an array.
+template <class Lanes>
+Vek64f* at(Vek64f* array, ptrdiff_t index) {
+  return array + 2 * Lanes::count * index;
+}
+
+// ---- One dimension ------------------------------------------------------------------------------
+
+/// X[k], X[k + m], X[k + 2 m] and X[k + 3 m] of the value k of the four parts' transforms.
+template <class Lanes, class Store>
+[[gnu::always_inline]] inline void joinFour(const Complex<Lanes>& a, const Complex<Lanes>& b,
+                                            const Complex<Lanes>& c, const Complex<Lanes>& d,
+                                            ptrdiff_t k, ptrdiff_t m, const Store& store) {
+  const Complex<Lanes> t0 = a.plus(c), t1 = a.minus(c), t2 = b.plus(d), t3 = b.minus(d);
+  store(k, t0.plus(t2));
+  store(k + m, {Lanes::add(t1.re, t3.im), Lanes::subtract(t1.im, t3.re)});
+  store(k + 2 * m, t0.minus(t2));
+  store(k + 3 * m, {Lanes::subtract(t1.re, t3.im), Lanes::add(t1.im, t3.re)});
+}
+
+/// Joins the parts' transforms, which lie one after the other, m values each.
+template <class Lanes, class Store>
+[[gnu::always_inline]] inline void joinParts(Vek64f* parts, ptrdiff_t m, const Store& store) {
+  const auto part = [=](ptrdiff_t index) { return Complex<Lanes>::load(at<Lanes>(parts, index)); };
+  joinFour(part(0), part(m), part(2 * m), part(3 * m), 0, m, store);
+  const ptrdiff_t unit = 256 / m;
+  for (ptrdiff_t k = 1; k < m; ++k) {
+    joinFour(part(k), part(k + m).timesUnit(k * unit), part(k + 2 * m).timesUnit(2 * k * unit),
+             part(k + 3 * m).timesUnit(3 * k * unit), k, m, store);
+  }
+}
+
+/// Transforms of the 2^order values load(first), load(first + step) ..., order <= 2.
+template <class Lanes, class Load, class Store>
+[[gnu::always_inline]] inline void transformFew(int order, const Load& load, ptrdiff_t first,
+                                                ptrdiff_t step, const Store& store) {
+  const Complex<Lanes> a = load(first);
+  if (order == 0) {
+    store(0, a);
+    return;
+  }
+  const Complex<Lanes> b = load(first + step);
+  if (order == 1) {
+    store(0, a.plus(b));
+    store(1, a.minus(b));
+    return;
+  }
+  joinFour(a, b, load(first + 2 * step), load(first + 3 * step), 0, 1, store);
+}
+
+/// The same of any order, to `out`.
+template <class Lanes, class Load>
+[[gnu::noinline]] void transformTo(int order, const Load& load, ptrdiff_t first, ptrdiff_t step,
+                                   Vek64f* out) {
+  const auto store = [=](ptrdiff_t k, const Complex<Lanes>& v) { v.store(at<Lanes>(out, k)); };
+  if (order <= 2) {
+    transformFew<Lanes>(order, load, first, step, store);
+    return;
+  }
+  const ptrdiff_t m = ptrdiff_t{1} << (order - 2);
+  for (int part = 0; part < 4; ++part) {
+    transformTo<Lanes>(order - 2, load, first + part * step, 4 * step, at<Lanes>(out, part * m));
+  }
+  joinParts<Lanes>(out, m, store);
+}
+
+/// Transforms of load(0), load(1) ..., whose value k goes to store(k, value). All values have been
+/// loaded before the first one is stored. `work` has room for them.
+template <class Lanes, class Load, class Store>
+[[gnu::noinline]] void transform(int order, const Load& load, const Store& store, Vek64f* work) {
+  if (order <= 2) {
+    transformFew<Lanes>(order, load, 0, 1, store);
+    return;
+  }
+  const ptrdiff_t m = ptrdiff_t{1} << (order - 2);
+  for (int part = 0; part < 4; ++part) {
+    transformTo<Lanes>(order - 2, load, part, 4, at<Lanes>(work, part * m));
+  }
+  joinParts<Lanes>(work, m, store);
+}
+
+// ---- Strips, batches of rows --------------------------------------------------------------------
+
+/// A transform with its buffer divided: the spectrum in strips, and two arrays of as many complex
+/// numbers as the longer side has.
+template <class Lanes>
+struct Plan : RealFft {
+  static constexpr ptrdiff_t lanes = Lanes::count;
+  /// Rows that are transformed together.
+  static constexpr ptrdiff_t batch = 2 * lanes;
+
+  ptrdiff_t strips;
+  Vek64f *work, *second;
+
+  explicit Plan(const RealFft& fft)
+      : RealFft(fft), strips((columns() + lanes - 1) / lanes), work(row(strips, 0)) {
+    VEK_ASSERT(orderX >= 0 && orderX <= 10 && orderY >= 0 && orderY <= 10);
+    second = at<Lanes>(work, width() > height() ? width() : height());
+  }
+
+  /// A row of a strip.
+  Vek64f* row(ptrdiff_t strip, ptrdiff_t y) const {
+    return at<Lanes>(buffer, strip * height() + y);
+  }
+  /// How many of a strip's columns the spectrum has.
+  ptrdiff_t columnsOf(ptrdiff_t strip) const {
+    const ptrdiff_t rest = columns() - strip * lanes;
+    return rest < lanes ? rest : lanes;
+  }
+};
+
+/// Columns of a batch of rows, as tiles hold them: the samples of the even rows, then those of the odd
+/// ones. Rows beyond the image are zeros.
+template <class Lanes, class Sample>
+void loadTile(const Plan<Lanes>& plan, ptrdiff_t y, Sample* tile) {
+  constexpr ptrdiff_t batch = Plan<Lanes>::batch;
+  for (ptrdiff_t r = 0; r < batch; ++r) {
+    Sample* to = tile + r % 2 * Lanes::count + r / 2;
+    const Vek8u* from = plan.src + (y + r) * plan.srcStep;
+    const bool exists = y + r < plan.height();
+    for (ptrdiff_t x = 0; x < plan.width(); ++x, to += batch) {
+      *to = 0;
+      if (exists) memcpy(to, from + x * ptrdiff_t{sizeof(Sample)}, sizeof(Sample));
+    }
+  }
+}
+
+template <class Lanes, class Sample>
+void storeTile(const Plan<Lanes>& plan, ptrdiff_t y, const Sample* tile) {
+  constexpr ptrdiff_t batch = Plan<Lanes>::batch;
+  for (ptrdiff_t r = 0; r < batch && y + r < plan.height(); ++r) {
+    const Sample* from = tile + r % 2 * Lanes::count + r / 2;
+    Vek8u* const to = plan.dst + (y + r) * plan.dstStep;
+    for (ptrdiff_t x = 0; x < plan.width(); ++x, from += batch) {
+      memcpy(to + x * ptrdiff_t{sizeof(Sample)}, from, sizeof(Sample));
+    }
+  }
+}
+
+// ---- Forward ------------------------------------------------------------------------------------
+
+/// From the transforms of pairs of rows, in `work`, twice those of the rows, in the strips.
+template <class Lanes>
+void separateRows(const Plan<Lanes>& plan, ptrdiff_t y) {
+  using Vector = typename Lanes::Vector;
+  constexpr ptrdiff_t lanes = Lanes::count;
+  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
+    Vector evenRe[lanes], evenIm[lanes], oddRe[lanes], oddIm[lanes];
+    for (ptrdiff_t i = 0; i < lanes; ++i) {
+      // Columns beyond the spectrum's are copies of its last one.
+      const ptrdiff_t last = plan.columnsOf(strip) - 1;
+      const ptrdiff_t k = strip * lanes + (i < last ? i : last);
+      const ptrdiff_t mirrored = (plan.width() - k) % plan.width();
+      const auto z = Complex<Lanes>::load(at<Lanes>(plan.work, k));
+      const auto conjugate = Complex<Lanes>::load(at<Lanes>(plan.work, mirrored));
+      evenRe[i] = Lanes::add(z.re, conjugate.re);
+      evenIm[i] = Lanes::subtract(z.im, conjugate.im);
+      oddRe[i] = Lanes::add(z.im, conjugate.im);
+      oddIm[i] = Lanes::subtract(conjugate.re, z.re);
+    }
+    Lanes::transpose(evenRe);
+    Lanes::transpose(evenIm);
+    Lanes::transpose(oddRe);
+    Lanes::transpose(oddIm);
+    for (ptrdiff_t i = 0; i < lanes; ++i) {
+      const ptrdiff_t even = y + 2 * i;
+      if (even >= plan.height()) break;
+      Complex<Lanes>{evenRe[i], evenIm[i]}.store(plan.row(strip, even));
+      if (even + 1 == plan.height()) break;
+      Complex<Lanes>{oddRe[i], oddIm[i]}.store(plan.row(strip, even + 1));
+    }
+  }
+}
+
+/// Scaled, and within the range of the result.
+template <class Lanes>
+struct Range {
+  typename Lanes::Vector scale, low, high;
+
+  typename Lanes::Vector of(typename Lanes::Vector v) const {
+    return Lanes::higher(Lanes::lower(Lanes::multiply(v, scale), high), low);
+  }
+};
+
+template <class Lanes>
+Range<Lanes> intRange(const Plan<Lanes>& plan) {
+  return {Lanes::set(plan.scale), Lanes::set(-2147483648.0), Lanes::set(2147483647.0)};
+}
+
+template <class Lanes>
+void forwardColumns(const Plan<Lanes>& plan) {
+  const Range<Lanes> range = intRange(plan);
+  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
+    const ptrdiff_t count = plan.columnsOf(strip);
+    const auto load = [&](ptrdiff_t y) { return Complex<Lanes>::load(plan.row(strip, y)); };
+    const auto store = [&](ptrdiff_t y, const Complex<Lanes>& v) {
+      Vek8u* const to = plan.dst + y * plan.dstStep + 8 * strip * Lanes::count;
+      if (count == Lanes::count) {
+        Lanes::storePairs(range.of(v.re), range.of(v.im), to);
+        return;
+      }
+      Vek8u pairs[8 * Lanes::count];
+      Lanes::storePairs(range.of(v.re), range.of(v.im), pairs);
+      memcpy(to, pairs, static_cast<size_t>(8 * count));
+    };
+    transform<Lanes>(plan.orderY, load, store, plan.work);
+  }
+}
+
+template <class Lanes, class Sample>
+void forwardFft(const RealFft& fft) {
+  const Plan<Lanes> plan(fft);
+  auto* const tile = reinterpret_cast<Sample*>(plan.second);
+  for (ptrdiff_t y = 0; y < plan.height(); y += plan.batch) {
+    loadTile(plan, y, tile);
+    const auto load = [=](ptrdiff_t x) -> Complex<Lanes> {
+      const Sample* const even = tile + x * plan.batch;
+      return {Lanes::fromSamples(even), Lanes::fromSamples(even + Lanes::count)};
+    };
+    transformTo<Lanes>(plan.orderX, load, 0, 1, plan.work);
+    separateRows(plan, y);
+  }
+  forwardColumns(plan);
+}
+
+// ---- Inverse ------------------------------------------------------------------------------------
+
+template <class Lanes>
+void inverseColumns(const Plan<Lanes>& plan) {
+  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
+    const ptrdiff_t count = plan.columnsOf(strip);
+    const auto load = [&](ptrdiff_t y) {
+      const Vek8u* const from = plan.src + y * plan.srcStep + 8 * strip * Lanes::count;
+      if (count == Lanes::count) return Lanes::loadPairs(from).exchanged();
+      Vek8u pairs[8 * Lanes::count] = {};
+      memcpy(pairs, from, static_cast<size_t>(8 * count));
+      return Lanes::loadPairs(pairs).exchanged();
+    };
+    const auto store = [&](ptrdiff_t y, const Complex<Lanes>& v) {
+      v.exchanged().store(plan.row(strip, y));
+    };
+    transform<Lanes>(plan.orderY, load, store, plan.work);
+  }
+}
+
+/// From the spectra of rows, in the strips, those of their pairs, in `second`.
+template <class Lanes>
+void joinRows(const Plan<Lanes>& plan, ptrdiff_t y) {
+  using Vector = typename Lanes::Vector;
+  constexpr ptrdiff_t lanes = Lanes::count;
+  const ptrdiff_t middle = plan.width() / 2;
+  const auto rowOf = [&](ptrdiff_t strip, ptrdiff_t row) -> Complex<Lanes> {
+    if (row < plan.height()) return Complex<Lanes>::load(plan.row(strip, row));
+    return {Lanes::set(0), Lanes::set(0)};
+  };
+  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
+    Vector re[lanes], im[lanes], mirroredRe[lanes], mirroredIm[lanes];
+    for (ptrdiff_t i = 0; i < lanes; ++i) {
+      const Complex<Lanes> a = rowOf(strip, y + 2 * i), b = rowOf(strip, y + 2 * i + 1);
+      re[i] = Lanes::subtract(a.re, b.im);
+      im[i] = Lanes::add(a.im, b.re);
+      mirroredRe[i] = Lanes::add(a.re, b.im);
+      mirroredIm[i] = Lanes::subtract(b.re, a.im);
+    }
+    Lanes::transpose(re);
+    Lanes::transpose(im);
+    Lanes::transpose(mirroredRe);
+    Lanes::transpose(mirroredIm);
+    for (ptrdiff_t i = 0; i < lanes; ++i) {
+      const ptrdiff_t k = strip * lanes + i;
+      if (k == 0 || k >= middle) continue;
+      Complex<Lanes>{re[i], im[i]}.store(at<Lanes>(plan.second, k));
+      Complex<Lanes>{mirroredRe[i], mirroredIm[i]}.store(at<Lanes>(plan.second, 2 * middle - k));
+    }
+  }
+  // The first and the middle column are real: what is imaginary there is left out.
+  for (ptrdiff_t k = 0; k <= middle; k += middle > 0 ? middle : 1) {
+    Vek64f* const z = at<Lanes>(plan.second, k);
+    for (ptrdiff_t r = 0; r < plan.batch; ++r) {
+      Vek64f& to = z[r % 2 * lanes + r / 2];
+      to = y + r < plan.height() ? plan.row(k / lanes, y + r)[k % lanes] : 0;
+    }
+  }
+}
+
+template <class Lanes, class Sample>
+void inverseFft(const RealFft& fft) {
+  const Plan<Lanes> plan(fft);
+  inverseColumns(plan);
+  Range<Lanes> range = intRange(plan);
+  if (sizeof(Sample) == 1) range.low = Lanes::set(0), range.high = Lanes::set(255);
+  for (ptrdiff_t y = 0; y < plan.height(); y += plan.batch) {
+    joinRows(plan, y);
+    auto* const tile = reinterpret_cast<Sample*>(plan.second);
+    const auto load = [&](ptrdiff_t x) {
+      return Complex<Lanes>::load(at<Lanes>(plan.second, x)).exchanged();
+    };
+    const auto store = [&](ptrdiff_t x, const Complex<Lanes>& v) {
+      Lanes::storeSamples(range.of(v.im), tile + x * plan.batch);
+      Lanes::storeSamples(range.of(v.re), tile + x * plan.batch + Lanes::count);
+    };
+    transform<Lanes>(plan.orderX, load, store, plan.work);
+    storeTile(plan, y, tile);
+  }
+}
+
+/// The table of a level. (`Sample` names the image's side, signed 32-bit integers or bytes.)
+template <class Lanes>
+constexpr RealFftKernels realFftKernelsOf = {
+    .forwardBytes = forwardFft<Lanes, Vek8u>,
+    .forwardInts = forwardFft<Lanes, Vek32s>,
+    .inverseBytes = inverseFft<Lanes, Vek8u>,
+    .inverseInts = inverseFft<Lanes, Vek32s>,
+};
+
+}  // namespace
+}  // namespace vek::VEK_LEVEL
