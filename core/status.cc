@@ -37,7 +37,7 @@ extern "C" const char* vekStatusString(VekStatus status) {
     case vekStsSqrtWrn:
       return "warning: a norm was too large for its result and was limited";
     case vekStsDivByZero:
-      return "warning: a relative norm was taken against an image of zeros";
+      return "warning: a relative norm or normalized moments of an image of zeros";
     case vekStsAeAtLimit:
       return "warning: an exposure control value is at one of its limits";
     case vekStsAwbGainAtLimit:

@@ -120,7 +120,8 @@ enum VekStatusValue {
   vekStsSqrtWrn = 3,           /**< an L2 norm did not fit its result and was limited to the
                                        largest one */
   vekStsDivByZero = 6,         /**< a relative norm was taken against an image of zeros; the
-                                       result is the largest one */
+                                       result is the largest one. Or moments of an image of zeros
+                                       were normalized; the results are 0 */
   vekStsAeAtLimit = 32,        /**< an exposure control value sits at one of its limits */
   vekStsAwbGainAtLimit = 33,   /**< a white-balance gain sits at its minimum or maximum */
   vekStsAwbNoData = 34         /**< no white-balance window could be used; the gains stay */

@@ -33,9 +33,11 @@ uint32_t sample(Random& random, int pattern, const uint8_t (&tile)[16], size_t x
 void store(uint8_t* to, uint32_t value, int unit) {
   const auto small = static_cast<uint8_t>(value);
   const auto word = static_cast<uint16_t>(value);
+  const uint64_t twice = value * uint64_t{0x100000001};
   const void* from = &value;
   if (unit == 1) from = &small;
   if (unit == 2) from = &word;
+  if (unit == 8) from = &twice;
   memcpy(to, from, static_cast<size_t>(unit));
 }
 

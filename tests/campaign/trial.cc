@@ -96,9 +96,11 @@ void Trial::digest(uint64_t& d) const {
     const std::vector<uint8_t> bytes = buffers_[i]->contents();
     const auto unit = static_cast<size_t>(b.unit);
     for (size_t at = 0; at < bytes.size(); at += unit) {
-      uint32_t value = 0;
+      uint64_t value = 0;
+      uint32_t word;
       uint16_t half;
-      if (unit == 4) memcpy(&value, &bytes[at], 4);
+      if (unit == 8) memcpy(&value, &bytes[at], 8);
+      if (unit == 4) memcpy(&word, &bytes[at], 4), value = word;
       if (unit == 2) memcpy(&half, &bytes[at], 2), value = half;
       digestIn(d, unit == 1 ? bytes[at] : value);
     }
