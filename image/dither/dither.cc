@@ -13,14 +13,13 @@ constexpr int mostLevels = 256;
 VekStatus dither(Dither DitherTo::*kernel, int levels, const Picture& picture, Vek64s srcBytes,
                  Vek64s dstBytes, int method, VekiPoint origin) {
   if (picture.srcStep < srcBytes || picture.dstStep < dstBytes) return vekStsStrideErr;
-  const DitherKernels& kernels = portable::ditherKernels;
   switch (method) {
     case vekiDitherOrdered:
-      (kernels.ordered.*kernel)(picture, levels, origin);
+      (select(ditherKernels).ordered.*kernel)(picture, levels, origin);
       return vekStsNoErr;
     case vekiDitherDiffusion:
       if (picture.width > mostDiffusedWidth) return vekStsSizeErr;
-      (kernels.diffused.*kernel)(picture, levels, origin);
+      (portable::ditherKernels.diffused.*kernel)(picture, levels, origin);
       return vekStsNoErr;
     default:
       return vekStsNotSupportedModeErr;

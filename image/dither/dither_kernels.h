@@ -5,6 +5,8 @@
 
 #include <stddef.h>
 
+#include "core/level.h"
+
 namespace vek {
 
 /// Bytes to dither and where the result goes; neither needs alignment.
@@ -35,8 +37,6 @@ struct DitherKernels {
   DitherTo diffused;  ///< of pictures of at most mostDiffusedWidth columns
 };
 
-namespace portable {
-extern const DitherKernels ditherKernels;
-}
+VEK_KERNEL_TABLE(DitherKernels, ditherKernels)
 
 }  // namespace vek

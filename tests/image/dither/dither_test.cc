@@ -1,3 +1,5 @@
+#include "tests/definition/dither.h"
+
 #include "vek/image.h"
 
 #include <gtest/gtest.h>
@@ -108,6 +110,21 @@ TEST(Dither, BlackAndWhiteStayAndAllLevelsAreTheIdentity) {
         const Bytes flat(width * height, grey);
         EXPECT_EQ(dithered(flat, n, method), flat) << n;
       }
+    }
+  }
+}
+
+/// Kernels replace divisions by multiplications: every sample with every threshold and number of levels.
+TEST(Dither, AllDivisions) {
+  constexpr VekiSize size = {2048, 8};
+  Bytes src(2048 * 8), dst(src.size()), expected(src.size());
+  for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<Vek8u>(i % 2048 / 8);
+  for (int n = 2; n <= 256; ++n) {
+    definition::ditheredBytes(src.data(), 2048, expected.data(), 2048, size, n, 0, corner);
+    for (Level level : levels()) {
+      const LevelScope scope(level);
+      EXPECT_EQ(vekiDither_8u_C1R(src.data(), 2048, dst.data(), 2048, size, n, 0, corner), 0);
+      EXPECT_EQ(dst, expected) << n << ' ' << name(level);
     }
   }
 }
