@@ -77,7 +77,7 @@ template <int channels>
 void sum(const Vek8u* src, ptrdiff_t srcStep, VekiSize roi, Vek32u* state) {
   constexpr SumMoments MomentKernels::*kernel =
       channels == 1 ? &MomentKernels::c1 : &MomentKernels::c3;
-  const SumMoments sumTile = portable::momentKernels.*kernel;
+  const SumMoments sumTile = select(momentKernels).*kernel;
   Sums total[channels] = {};
   for (int y = 0; y < roi.height; y += momentTile) {
     for (int x = 0; x < roi.width; x += momentTile) {

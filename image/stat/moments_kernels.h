@@ -28,8 +28,6 @@ struct MomentKernels {
   SumMoments c1, c3;
 };
 
-namespace portable {
-extern const MomentKernels momentKernels;
-}
+VEK_KERNEL_TABLE(MomentKernels, momentKernels)
 
 }  // namespace vek
