@@ -17,6 +17,7 @@
 
 #include <float.h>
 #include <stddef.h>
+#include <stdint.h>
 #include <string.h>
 
 #include "core/assert.h"
@@ -109,20 +110,50 @@ template <class Lanes, class Load, class Store>
   joinFour(a, b, load(first + 2 * step), load(first + 3 * step), 0, 1, store);
 }
 
-/// The same of any order, to `out`.
-template <class Lanes, class Load>
-[[gnu::noinline]] void transformTo(int order, const Load& load, ptrdiff_t first, ptrdiff_t step,
-                                   Vek64f* out) {
-  const auto store = [=](ptrdiff_t k, const Complex<Lanes>& v) { v.store(at<Lanes>(out, k)); };
-  if (order <= 2) {
-    transformFew<Lanes>(order, load, first, step, store);
-    return;
+/// Joins parts in place.
+template <class Lanes>
+[[gnu::noinline]] void joinInPlace(Vek64f* parts, ptrdiff_t m) {
+  joinParts<Lanes>(parts, m,
+                   [=](ptrdiff_t k, const Complex<Lanes>& v) { v.store(at<Lanes>(parts, k)); });
+}
+
+/// Transforms of load(first), load(first + step) ... to `out`, 2^order values, order <= 4.
+template <class Lanes, int order, class Load>
+[[gnu::always_inline]] inline void transformLeaf(const Load& load, ptrdiff_t first, ptrdiff_t step,
+                                                 Vek64f* out) {
+  constexpr bool few = order <= 2;
+  constexpr ptrdiff_t m = few ? 1 << order : 1 << (order - 2);
+  for (int part = 0; part < (few ? 1 : 4); ++part) {
+    const auto store = [=](ptrdiff_t k, const Complex<Lanes>& v) {
+      v.store(at<Lanes>(out, part * m + k));
+    };
+    transformFew<Lanes>(few ? order : order - 2, load, first + part * step, few ? step : 4 * step,
+                        store);
   }
-  const ptrdiff_t m = ptrdiff_t{1} << (order - 2);
-  for (int part = 0; part < 4; ++part) {
-    transformTo<Lanes>(order - 2, load, first + part * step, 4 * step, at<Lanes>(out, part * m));
+  if constexpr (!few) {
+    joinParts<Lanes>(out, m,
+                     [=](ptrdiff_t k, const Complex<Lanes>& v) { v.store(at<Lanes>(out, k)); });
   }
-  joinParts<Lanes>(out, m, store);
+}
+
+/// Four transforms, of load(0), load(4) ..., of load(1), load(5) ... and so on, 2^order values each, one
+/// after the other to `out`. Each is put together of leaves of 2^leafOrder values.
+template <class Lanes, int leafOrder, class Load>
+[[gnu::noinline]] void transformParts(int order, const Load& load, Vek64f* out) {
+  const ptrdiff_t leaves = ptrdiff_t{4} << (order - leafOrder), whole = ptrdiff_t{1} << order;
+  for (ptrdiff_t leaf = 0; leaf < leaves; ++leaf) {
+    // The leaf's digits to the base of 4, the highest of which tells the part, in reverse.
+    ptrdiff_t first = 0;
+    for (ptrdiff_t digit = 1, rest = leaf; digit < leaves; digit *= 4, rest /= 4) {
+      first = 4 * first + rest % 4;
+    }
+    transformLeaf<Lanes, leafOrder>(load, first, leaves, at<Lanes>(out, leaf << leafOrder));
+    // What is complete with this leaf.
+    ptrdiff_t m = ptrdiff_t{1} << leafOrder;
+    for (ptrdiff_t done = leaf + 1; done % 4 == 0 && m < whole; done /= 4, m *= 4) {
+      joinInPlace<Lanes>(at<Lanes>(out, (done / 4 - 1) * 4 * m), m);
+    }
+  }
 }
 
 /// Transforms of load(0), load(1) ..., whose value k goes to store(k, value). All values have been
@@ -133,11 +164,17 @@ template <class Lanes, class Load, class Store>
     transformFew<Lanes>(order, load, 0, 1, store);
     return;
   }
-  const ptrdiff_t m = ptrdiff_t{1} << (order - 2);
-  for (int part = 0; part < 4; ++part) {
-    transformTo<Lanes>(order - 2, load, part, 4, at<Lanes>(work, part * m));
+  const int parts = order - 2;
+  if (parts == 1) {
+    transformParts<Lanes, 1>(parts, load, work);
+  } else if (parts == 2) {
+    transformParts<Lanes, 2>(parts, load, work);
+  } else if (parts % 2 == 1) {
+    transformParts<Lanes, 3>(parts, load, work);
+  } else {
+    transformParts<Lanes, 4>(parts, load, work);
   }
-  joinParts<Lanes>(work, m, store);
+  joinParts<Lanes>(work, ptrdiff_t{1} << parts, store);
 }
 
 // ---- Strips, batches of rows --------------------------------------------------------------------
@@ -151,17 +188,25 @@ struct Plan : RealFft {
   static constexpr ptrdiff_t batch = 2 * lanes;
 
   ptrdiff_t strips;
+  /// Rows of a strip that lie one after the other; then come those of the next strip. A batch of rows is
+  /// stored to memory that is contiguous, and the rows of a strip are not a power of two apart.
+  ptrdiff_t together;
   Vek64f *work, *second;
 
   explicit Plan(const RealFft& fft)
-      : RealFft(fft), strips((columns() + lanes - 1) / lanes), work(row(strips, 0)) {
+      : RealFft(fft),
+        strips((columns() + lanes - 1) / lanes),
+        together(height() < batch ? height() : ptrdiff_t{batch}),
+        work(at<Lanes>(buffer, strips * height())) {
     VEK_ASSERT(orderX >= 0 && orderX <= 10 && orderY >= 0 && orderY <= 10);
+    VEK_ASSERT(reinterpret_cast<uintptr_t>(buffer) % 64 == 0 && lanes <= mostFftLanes);
     second = at<Lanes>(work, width() > height() ? width() : height());
   }
 
   /// A row of a strip.
   Vek64f* row(ptrdiff_t strip, ptrdiff_t y) const {
-    return at<Lanes>(buffer, strip * height() + y);
+    const ptrdiff_t within = y & (together - 1);
+    return at<Lanes>(buffer, (y - within) * strips + strip * together + within);
   }
   /// How many of a strip's columns the spectrum has.
   ptrdiff_t columnsOf(ptrdiff_t strip) const {
@@ -175,9 +220,12 @@ struct Plan : RealFft {
 template <class Lanes, class Sample>
 void loadTile(const Plan<Lanes>& plan, ptrdiff_t y, Sample* tile) {
   constexpr ptrdiff_t batch = Plan<Lanes>::batch;
+  const Vek8u* const rows = plan.src + y * plan.srcStep;
+  const bool whole = y + batch <= plan.height();
+  if (whole && Lanes::loadTile(rows, plan.srcStep, plan.width(), tile)) return;
   for (ptrdiff_t r = 0; r < batch; ++r) {
     Sample* to = tile + r % 2 * Lanes::count + r / 2;
-    const Vek8u* from = plan.src + (y + r) * plan.srcStep;
+    const Vek8u* from = rows + r * plan.srcStep;
     const bool exists = y + r < plan.height();
     for (ptrdiff_t x = 0; x < plan.width(); ++x, to += batch) {
       *to = 0;
@@ -189,9 +237,12 @@ void loadTile(const Plan<Lanes>& plan, ptrdiff_t y, Sample* tile) {
 template <class Lanes, class Sample>
 void storeTile(const Plan<Lanes>& plan, ptrdiff_t y, const Sample* tile) {
   constexpr ptrdiff_t batch = Plan<Lanes>::batch;
+  Vek8u* const rows = plan.dst + y * plan.dstStep;
+  const bool whole = y + batch <= plan.height();
+  if (whole && Lanes::storeTile(tile, plan.width(), rows, plan.dstStep)) return;
   for (ptrdiff_t r = 0; r < batch && y + r < plan.height(); ++r) {
     const Sample* from = tile + r % 2 * Lanes::count + r / 2;
-    Vek8u* const to = plan.dst + (y + r) * plan.dstStep;
+    Vek8u* const to = rows + r * plan.dstStep;
     for (ptrdiff_t x = 0; x < plan.width(); ++x, from += batch) {
       memcpy(to + x * ptrdiff_t{sizeof(Sample)}, from, sizeof(Sample));
     }
@@ -233,13 +284,15 @@ void separateRows(const Plan<Lanes>& plan, ptrdiff_t y) {
   }
 }
 
-/// Scaled, and within the range of the result.
+/// Scaled, and within the range of the result; what is too low is left to Lanes if that stores it as the
+/// lowest integer.
 template <class Lanes>
 struct Range {
   typename Lanes::Vector scale, low, high;
 
   typename Lanes::Vector of(typename Lanes::Vector v) const {
-    return Lanes::higher(Lanes::lower(Lanes::multiply(v, scale), high), low);
+    const auto limited = Lanes::lower(Lanes::multiply(v, scale), high);
+    return Lanes::clampsLow ? limited : Lanes::higher(limited, low);
   }
 };
 
@@ -253,7 +306,11 @@ void forwardColumns(const Plan<Lanes>& plan) {
   const Range<Lanes> range = intRange(plan);
   for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
     const ptrdiff_t count = plan.columnsOf(strip);
-    const auto load = [&](ptrdiff_t y) { return Complex<Lanes>::load(plan.row(strip, y)); };
+    const auto load = [&](ptrdiff_t y) {
+      const Vek64f* const from = plan.row(strip, y);
+      __builtin_prefetch(from + 2 * Lanes::count * plan.together);  // of the next strip
+      return Complex<Lanes>::load(from);
+    };
     const auto store = [&](ptrdiff_t y, const Complex<Lanes>& v) {
       Vek8u* const to = plan.dst + y * plan.dstStep + 8 * strip * Lanes::count;
       if (count == Lanes::count) {
@@ -278,7 +335,10 @@ void forwardFft(const RealFft& fft) {
       const Sample* const even = tile + x * plan.batch;
       return {Lanes::fromSamples(even), Lanes::fromSamples(even + Lanes::count)};
     };
-    transformTo<Lanes>(plan.orderX, load, 0, 1, plan.work);
+    const auto store = [=](ptrdiff_t k, const Complex<Lanes>& v) {
+      v.store(at<Lanes>(plan.work, k));
+    };
+    transform<Lanes>(plan.orderX, load, store, plan.work);
     separateRows(plan, y);
   }
   forwardColumns(plan);

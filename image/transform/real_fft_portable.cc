@@ -6,6 +6,7 @@ namespace {
 /// Two doubles, which most processors have vectors for.
 struct TwoDoubles {
   static constexpr int count = 2;
+  static constexpr bool clampsLow = false;
   using Vector [[gnu::vector_size(16)]] = Vek64f;
 
   static Vector load(const Vek64f* from) {
@@ -43,6 +44,16 @@ struct TwoDoubles {
   static void storePairs(Vector re, Vector im, Vek8u* to) {
     const Vek32s pairs[4] = {nearest(re[0]), nearest(im[0]), nearest(re[1]), nearest(im[1])};
     memcpy(to, pairs, sizeof pairs);
+  }
+
+  /// There is no faster way here.
+  template <class Sample>
+  static bool loadTile(const Vek8u*, ptrdiff_t, ptrdiff_t, Sample*) {
+    return false;
+  }
+  template <class Sample>
+  static bool storeTile(const Sample*, ptrdiff_t, Vek8u*, ptrdiff_t) {
+    return false;
   }
 
  private:

@@ -24,8 +24,40 @@ IntsOfDoubles nearest(V64f v) {
 #endif
 }
 
+// ---- Tiles --------------------------------------------------------------------------------------
+
+/// 16 bytes of a row.
+template <class Sample>
+using Part = hn::CappedTag<Sample, 16 / sizeof(Sample)>;
+
+/// `rounds` perfect shuffles of the lanes of `count` vectors: lane i moves to where the bits of i rotated
+/// to the left by `rounds` say. Of 2^r rows of 2^c lanes r rounds make columns, and c rounds make rows again.
+template <int rounds, int count, class D, class V>
+[[gnu::always_inline]] inline void shuffle(D d, V (&v)[count]) {
+  if constexpr (rounds > 0) {
+    V next[count];
+    for (int i = 0; i < count / 2; ++i) {
+      next[2 * i] = hn::InterleaveLower(d, v[i], v[i + count / 2]);
+      next[2 * i + 1] = hn::InterleaveUpper(d, v[i], v[i + count / 2]);
+    }
+    shuffle<rounds - 1, count>(d, next);
+    for (int i = 0; i < count; ++i) v[i] = next[i];
+  }
+}
+
+constexpr int logarithm(int v) {
+  return v > 1 ? 1 + logarithm(v / 2) : 0;
+}
+
+/// The row that is in place i of a tile's columns: first the even ones.
+constexpr int rowInTile(int i, int rows) {
+  return i < rows / 2 ? 2 * i : 2 * i - rows + 1;
+}
+
 struct VectorOfDoubles {
   static constexpr int count = static_cast<int>(hn::MaxLanes(f64));
+  /// x86 converts everything that does not fit to the lowest integer.
+  static constexpr bool clampsLow = HWY_ARCH_X86 != 0;
   using Vector = V64f;
 
   static Vector load(const Vek64f* from) { return hn::Load(f64, from); }
@@ -65,6 +97,40 @@ struct VectorOfDoubles {
   }
   static void storePairs(Vector re, Vector im, Vek8u* to) {
     hn::StoreInterleaved2(nearest(re), nearest(im), intsOfDoubles, reinterpret_cast<Vek32s*>(to));
+  }
+
+  /// Tiles of whole batches of rows; false if the rows are shorter than 16 bytes.
+  template <class Sample>
+  static bool loadTile(const Vek8u* rows, ptrdiff_t step, ptrdiff_t width, Sample* tile) {
+    constexpr Part<Sample> d;
+    constexpr int batch = 2 * count, columns = static_cast<int>(hn::MaxLanes(d));
+    if (width < columns) return false;
+    for (ptrdiff_t x = 0; x < width; x += columns) {
+      hn::Vec<Part<Sample>> v[batch];
+      for (int i = 0; i < batch; ++i) {
+        const Vek8u* const row = rows + rowInTile(i, batch) * step;
+        v[i] = hn::LoadU(d, reinterpret_cast<const Sample*>(row) + x);
+      }
+      shuffle<logarithm(batch), batch>(d, v);
+      for (int i = 0; i < batch; ++i) hn::StoreU(v[i], d, tile + x * batch + i * columns);
+    }
+    return true;
+  }
+  template <class Sample>
+  static bool storeTile(const Sample* tile, ptrdiff_t width, Vek8u* rows, ptrdiff_t step) {
+    constexpr Part<Sample> d;
+    constexpr int batch = 2 * count, columns = static_cast<int>(hn::MaxLanes(d));
+    if (width < columns) return false;
+    for (ptrdiff_t x = 0; x < width; x += columns) {
+      hn::Vec<Part<Sample>> v[batch];
+      for (int i = 0; i < batch; ++i) v[i] = hn::LoadU(d, tile + x * batch + i * columns);
+      shuffle<logarithm(columns), batch>(d, v);
+      for (int i = 0; i < batch; ++i) {
+        Vek8u* const row = rows + rowInTile(i, batch) * step;
+        hn::StoreU(v[i], d, reinterpret_cast<Sample*>(row) + x);
+      }
+    }
+    return true;
   }
 
  private:
