@@ -7,13 +7,14 @@ export LC_ALL=C
 objdump=$1
 shift
 fused='\<(vfn?m(add|sub)|fn?madd|fn?msub|fml[as]|vfm[as])'
-status=0
+status=0 count=0
 for list; do
   while read -r level object; do
     case $object in
       */image/transform/* | */image/warp/* | */image/stat/*moments*) ;;
       *) continue ;;
     esac
+    count=$((count + 1))
     found=$("$objdump" -d --no-show-raw-insn "$object" | grep -cE "$fused" || true)
     [ "$found" -eq 0 ] || {
       printf '%s fused instructions: %s %s\n' "$found" "$level" "${object##*.dir/}"
@@ -21,4 +22,5 @@ for list; do
     }
   done <"$list"
 done
+[ "$count" -gt 0 ] || { echo 'no object was looked at'; status=1; }
 exit "$status"
