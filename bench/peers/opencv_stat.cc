@@ -1,4 +1,6 @@
-// Norms by OpenCV. Its norms of three channels are one number, ours three.
+// Norms and moments by OpenCV. Its norms of three channels are one number, ours three.
+#include <opencv2/imgproc.hpp>
+
 #include "bench/peers/opencv.h"
 
 namespace vek::bench {
@@ -27,6 +29,13 @@ volatile double result;  // what keeps the calls
                  });
     }
   }
+  addOpenCv("vekiMoments_8u_C1R", CV_8UC1,
+            [](const cv::Mat& a, cv::Mat&) { result = cv::moments(a).m03; });
+  addOpenCv("vekiMoments_8u_C3R", CV_8UC3,
+            [channels = std::vector<cv::Mat>()](const cv::Mat& a, cv::Mat&) mutable {
+              cv::split(a, channels);
+              for (const cv::Mat& channel : channels) result = cv::moments(channel).m03;
+            });
   return true;
 }();
 

@@ -25,18 +25,15 @@ inline constexpr int mostDiffusedWidth = 16384;
 /// `origin` places the matrix of ordered dithering; diffusion does not look at it.
 using Dither = void (*)(const Picture& picture, int levels, VekiPoint origin);
 
-/// One method for each kind of destination.
-struct DitherTo {
+/// The kernels of one method.
+struct DitherKernels {
   Dither bytes;  ///< one channel, the destination may be the source
   Dither oneBit, twoBits, fourBits;
   Dither rgb565, rgb555, rgb444;  ///< three channels
 };
 
-struct DitherKernels {
-  DitherTo ordered;
-  DitherTo diffused;  ///< of pictures of at most mostDiffusedWidth columns
-};
-
-VEK_KERNEL_TABLE(DitherKernels, ditherKernels)
+VEK_KERNEL_TABLE(DitherKernels, orderKernels)
+/// Of pictures of at most mostDiffusedWidth columns.
+VEK_KERNEL_TABLE(DitherKernels, diffuseKernels)
 
 }  // namespace vek

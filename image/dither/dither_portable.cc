@@ -119,19 +119,20 @@ void diffuse(const Picture& picture, int levels, VekiPoint) {
 
 }  // namespace
 
-constexpr DitherKernels ditherKernels = {.ordered = {.bytes = order<Bytes>,
-                                                     .oneBit = order<Bits<1>>,
-                                                     .twoBits = order<Bits<2>>,
-                                                     .fourBits = order<Bits<4>>,
-                                                     .rgb565 = order<Pixels16<Rgb565>>,
-                                                     .rgb555 = order<Pixels16<Rgb555>>,
-                                                     .rgb444 = order<Pixels16<Rgb444>>},
-                                         .diffused = {.bytes = diffuse<Bytes>,
-                                                      .oneBit = diffuse<Bits<1>>,
-                                                      .twoBits = diffuse<Bits<2>>,
-                                                      .fourBits = diffuse<Bits<4>>,
-                                                      .rgb565 = diffuse<Pixels16<Rgb565>>,
-                                                      .rgb555 = diffuse<Pixels16<Rgb555>>,
-                                                      .rgb444 = diffuse<Pixels16<Rgb444>>}};
+constexpr DitherKernels orderKernels = {.bytes = order<Bytes>,
+                                        .oneBit = order<Bits<1>>,
+                                        .twoBits = order<Bits<2>>,
+                                        .fourBits = order<Bits<4>>,
+                                        .rgb565 = order<Pixels16<Rgb565>>,
+                                        .rgb555 = order<Pixels16<Rgb555>>,
+                                        .rgb444 = order<Pixels16<Rgb444>>};
+
+constexpr DitherKernels diffuseKernels = {.bytes = diffuse<Bytes>,
+                                          .oneBit = diffuse<Bits<1>>,
+                                          .twoBits = diffuse<Bits<2>>,
+                                          .fourBits = diffuse<Bits<4>>,
+                                          .rgb565 = diffuse<Pixels16<Rgb565>>,
+                                          .rgb555 = diffuse<Pixels16<Rgb555>>,
+                                          .rgb444 = diffuse<Pixels16<Rgb444>>};
 
 }  // namespace vek::portable

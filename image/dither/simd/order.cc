@@ -2,34 +2,12 @@
 #include "core/kernel/blocks.h"
 #include "core/kernel/interleave.h"
 #include "image/dither/dither_kernels.h"
+#include "image/dither/level_lanes.h"
 #include "image/dither/thresholds.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
-
-// ---- Indices.
-
-/// (v steps + t) / 255 for bytes v and t in one multiplication. With v in the high byte of a lane and
-/// b = 256 t / steps + 1, it is (256 v + b) a >> 16 + shift, where a is steps 2^(8 + shift) / 255
-/// rounded up and the shift the largest that leaves a 16 bits. The sum is limited to 16 bits, which
-/// changes no index. Tried for every number of levels, every v, and every t that is used here.
-struct Index {
-  int steps;
-  int shift;
-  Vek16u a;
-
-  constexpr explicit Index(int levels) : steps(levels - 1), shift(0), a(0) {
-    while ((steps << (9 + shift)) / 255 + 1 <= 0xFFFF) ++shift;
-    a = static_cast<Vek16u>(((steps << (8 + shift)) + 254) / 255);
-  }
-  constexpr Vek16u offset(int t) const { return static_cast<Vek16u>(256 * t / steps + 1); }
-};
-
-/// The indices times 2^shift, and some fraction below; v has its bytes in the high halves of the lanes.
-inline V16u scaledIndex(V16u v, V16u offset, V16u a) {
-  return hn::MulHigh(hn::SaturatedAdd(v, offset), a);
-}
 
 /// The bytes at even and at odd places, in the high halves of the lanes.
 inline V16u evenHigh(V8u v) {
@@ -66,75 +44,26 @@ void forEachRow(const Picture& picture, VekiPoint origin, BodyOfRow bodyOfRow) {
   }
 }
 
-/// Up to 16 levels, whose grey values fit a shuffle.
-void orderBytes16(const Picture& picture, int levels, VekiPoint origin) {
-  const Index index(levels);
+template <class Levels>
+void orderBytesTo(const Picture& picture, const Levels& levels, const Index& index,
+                  VekiPoint origin) {
   const V16u a = hn::Set(u16, index.a);
-  alignas(16) Vek8u values[16] = {};
-  for (int k = 0; k < levels; ++k) {
-    values[k] = static_cast<Vek8u>((510 * k + index.steps) / (2 * index.steps));
-  }
-  const V8u table = hn::LoadDup128(u8, values);
   forEachRow<1, 1, 1>(picture, origin, [=](const Vek8u(&row)[matrixSize], int x) {
     const Offsets offsets = offsetsOf(index, row, x);
     return [=](const Vek8u* src, Vek8u* dst) {
       const V8u v = hn::LoadU(u8, src);
       const V16u even = hn::ShiftRightSame(scaledIndex(evenHigh(v), offsets.even, a), index.shift);
       const V16u odd = hn::ShiftRightSame(scaledIndex(oddHigh(v), offsets.odd, a), index.shift);
-      hn::StoreU(hn::TableLookupBytes(table, joinBytes(even, odd)), u8, dst);
+      hn::StoreU(levels.grey(even, odd), u8, dst);
     };
   });
 }
 
-/// The grey value of index k is (255 k + steps / 2) / steps: of at most 16 bits, divided by a number
-/// that does not change. With shift = floor(log2(steps)), the reciprocal 2^(16 + shift) / steps is
-/// rounded up unless that is more than 2^shift / steps too much; then it is rounded down and 1 is
-/// added to the dividend.
-struct GreyValue {
-  int shift;
-  Vek16u reciprocal, offset;
-
-  constexpr explicit GreyValue(int levels) : shift(0), reciprocal(0), offset(0) {
-    const int steps = levels - 1;
-    while (steps >> (shift + 1) != 0) ++shift;
-    if (steps == 1 << shift) --shift;
-    const unsigned power = 1u << (16 + shift), divisor = static_cast<unsigned>(steps);
-    const unsigned up = (power + divisor - 1) / divisor;
-    const bool roundsUp = up * divisor - power <= 1u << shift;
-    reciprocal = static_cast<Vek16u>(roundsUp ? up : power / divisor);
-    offset = static_cast<Vek16u>(steps / 2 + (roundsUp ? 0 : 1));
-  }
-};
-
-struct GreyValues {
-  V16u reciprocal, offset;
-  int shift;
-
-  explicit GreyValues(const GreyValue& grey)
-      : reciprocal(hn::Set(u16, grey.reciprocal)),
-        offset(hn::Set(u16, grey.offset)),
-        shift(grey.shift) {}
-  V16u of(V16u k) const {
-    const V16u dividend = hn::Add(hn::Sub(hn::ShiftLeft<8>(k), k), offset);
-    return hn::ShiftRightSame(hn::MulHigh(dividend, reciprocal), shift);
-  }
-};
-
 void orderBytes(const Picture& picture, int levels, VekiPoint origin) {
   VEK_ASSERT(levels >= 2 && levels <= 256);
-  if (levels <= 16) return orderBytes16(picture, levels, origin);
   const Index index(levels);
-  const V16u a = hn::Set(u16, index.a);
-  const GreyValues grey{GreyValue(levels)};
-  forEachRow<1, 1, 1>(picture, origin, [=](const Vek8u(&row)[matrixSize], int x) {
-    const Offsets offsets = offsetsOf(index, row, x);
-    return [=](const Vek8u* src, Vek8u* dst) {
-      const V8u v = hn::LoadU(u8, src);
-      const V16u even = hn::ShiftRightSame(scaledIndex(evenHigh(v), offsets.even, a), index.shift);
-      const V16u odd = hn::ShiftRightSame(scaledIndex(oddHigh(v), offsets.odd, a), index.shift);
-      hn::StoreU(joinBytes(grey.of(even), grey.of(odd)), u8, dst);
-    };
-  });
+  if (levels <= 16) return orderBytesTo(picture, FewLevels(levels), index, origin);
+  orderBytesTo(picture, ManyLevels(levels), index, origin);
 }
 
 /// With two levels, a sample is white if v + t >= 255.
@@ -216,14 +145,13 @@ void orderPixels(const Picture& picture, int, VekiPoint origin) {
 
 }  // namespace
 
-constexpr DitherKernels ditherKernels = {.ordered = {.bytes = orderBytes,
-                                                     .oneBit = orderBits1,
-                                                     .twoBits = orderBits<2>,
-                                                     .fourBits = orderBits<4>,
-                                                     .rgb565 = orderPixels<Rgb565>,
-                                                     .rgb555 = orderPixels<Rgb555>,
-                                                     .rgb444 = orderPixels<Rgb444>},
-                                         .diffused = {}};
+constexpr DitherKernels orderKernels = {.bytes = orderBytes,
+                                        .oneBit = orderBits1,
+                                        .twoBits = orderBits<2>,
+                                        .fourBits = orderBits<4>,
+                                        .rgb565 = orderPixels<Rgb565>,
+                                        .rgb555 = orderPixels<Rgb555>,
+                                        .rgb444 = orderPixels<Rgb444>};
 
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
