@@ -28,9 +28,11 @@
 /// @cond
 #if defined(__GNUC__)
 #define VEK_COLD __attribute__((cold, noinline))
+#define VEK_INLINE inline __attribute__((always_inline))
 #define VEK_PRINTF(text, values) __attribute__((format(printf, text, values)))
 #else
 #define VEK_COLD
+#define VEK_INLINE inline
 #define VEK_PRINTF(text, values)
 #endif
 /// @endcond
@@ -111,6 +113,9 @@ class OnError {
   constexpr OnError(std::error_code& code) noexcept : to_(To::code), where_(&code) {}
   /// Sets `failure`, and leaves it alone on success.
   constexpr OnError(Failure& failure) noexcept : to_(To::failure), where_(&failure) {}
+
+  /// Whether nothing is told but the status that is returned.
+  constexpr bool isSilent() const noexcept { return to_ == To::nothing; }
 
   /// To be called when all went well. Returns `status`, which is not negative.
   VekStatus success(VekStatus status = vekStsNoErr) const noexcept {
@@ -384,7 +389,8 @@ inline constexpr bool holds<Container, Storage,
 
 /// `memory` is how many bytes there are, or -1 if that is not known.
 template <class L>
-constexpr bool rowsAreValid(const void* data, Size size, std::int64_t step, std::int64_t memory) {
+VEK_INLINE constexpr bool rowsAreValid(const void* data, Size size, std::int64_t step,
+                                       std::int64_t memory) {
   if (data == nullptr || size.width < 1 || size.height < 1) return false;
   constexpr std::int64_t most = std::numeric_limits<std::ptrdiff_t>::max();
   const std::int64_t row = L::rowBytes(size.width);
@@ -470,8 +476,8 @@ class Area {
   using Stored = typename Layout::Storage;
 
   constexpr Area() noexcept = default;
-  constexpr Area(const Stored* data, Size size, std::int64_t step, std::int64_t memory,
-                 OnError onError) {
+  VEK_INLINE constexpr Area(const Stored* data, Size size, std::int64_t step, std::int64_t memory,
+                            OnError onError) {
     if (!detail::rowsAreValid<Layout>(data, size, step, memory)) {
       detail::refuseRows<Layout>(onError, data, size, step, memory);
       return;
@@ -620,6 +626,8 @@ class View : public detail::BaseOf<Pixel, channels>::Type {
   constexpr View(Image<P, n>& image) noexcept : View(static_cast<const View&>(image)) {}
   /// @endcond
 
+  /// All of it.
+  constexpr View view() const noexcept { return *this; }
   /// The first row.
   constexpr Storage* data() const noexcept { return const_cast<Storage*>(this->data_); }
   /// Row `y`, which is not checked.
@@ -792,7 +800,7 @@ constexpr Rect chromaPart(Rect luma, Chroma chroma) {
 }
 
 template <class V>
-bool checkPlane(OnError onError, const char* name, const V& plane, Size size) {
+VEK_INLINE bool checkPlane(OnError onError, const char* name, const V& plane, Size size) {
   if (plane.width() == size.width && plane.height() == size.height && !plane.empty()) return true;
   OnError::refuse(onError, vekStsSizeErr, "Planes", name, "is %d x %d instead of %d x %d",
                   plane.width(), plane.height(), size.width, size.height);
@@ -812,7 +820,7 @@ class AllPlanes {
   using Plane = View<const Vek8u>;
 
   constexpr AllPlanes() noexcept = default;
-  AllPlanes(Plane y, Plane cb, Plane cr, OnError onError) {
+  VEK_INLINE AllPlanes(Plane y, Plane cb, Plane cr, OnError onError) {
     const Size half = chromaSize(y.size(), chroma);
     if (!checkPlane(onError, "y", y, y.size()) || !checkPlane(onError, "cb", cb, half) ||
         !checkPlane(onError, "cr", cr, half)) {
@@ -867,12 +875,13 @@ class Planes<const Vek8u, chroma> : public detail::AllPlanes<chroma> {
   /// No image.
   constexpr Planes() noexcept = default;
   /// These three, the sizes of which must fit.
-  Planes(Plane y, Plane cb, Plane cr, OnError onError = {})
+  VEK_INLINE Planes(Plane y, Plane cb, Plane cr, OnError onError = {})
       : detail::AllPlanes<chroma>(y, cb, cr, onError) {}
   /// The planes of `size` pixels that lie one after another, without padding, in `bytes` bytes at `data`.
   Planes(const Vek8u* data, std::size_t bytes, Size size, OnError onError = {})
       : detail::AllPlanes<chroma>(data, bytes, size, onError) {}
 
+  constexpr Planes view() const noexcept { return *this; }   ///< all of it
   constexpr Plane y() const noexcept { return this->y_; }    ///< luma
   constexpr Plane cb() const noexcept { return this->cb_; }  ///< Cb or U
   constexpr Plane cr() const noexcept { return this->cr_; }  ///< Cr or V
@@ -901,7 +910,7 @@ class Planes<Vek8u, chroma> : public Planes<const Vek8u, chroma> {
   /// No image.
   constexpr Planes() noexcept = default;
   /// These three, the sizes of which must fit.
-  Planes(Plane y, Plane cb, Plane cr, OnError onError = {})
+  VEK_INLINE Planes(Plane y, Plane cb, Plane cr, OnError onError = {})
       : Planes<const Vek8u, chroma>(y, cb, cr, onError) {}
   /// The planes of `size` pixels that lie one after another, without padding, in `bytes` bytes at `data`.
   Planes(Vek8u* data, std::size_t bytes, Size size, OnError onError = {})
@@ -911,6 +920,8 @@ class Planes<Vek8u, chroma> : public Planes<const Vek8u, chroma> {
   Planes(PlanarImage<chroma>& image) noexcept;
   /// @endcond
 
+  /// All of it.
+  constexpr Planes view() const noexcept { return *this; }
   /// Luma.
   constexpr Plane y() const noexcept { return detail::Access::view<Plane>(this->y_); }
   /// Cb or U.
@@ -939,19 +950,26 @@ class PlanarImage : public Planes<Vek8u, chroma> {
   /// No image.
   PlanarImage() noexcept = default;
   /// Planes for `size` pixels.
-  explicit PlanarImage(Size size, OnError onError = {}) {
+  explicit PlanarImage(Size size, OnError onError = {}) : PlanarImage(size, 0, onError) {}
+  /// Planes for `size` pixels, of which those in column `alignedColumn` (0..31) of chroma, and in the
+  /// column of luma that belongs to it, lie at multiples of 64 bytes: column 1 for a RawPipeline without border.
+  PlanarImage(Size size, int alignedColumn, OnError onError = {}) {
     const Size part = detail::chromaSize(size, chroma);
     const int halves = chroma == Chroma::c444 ? 1 : 2;
     const std::int64_t step = halves * detail::stepFor(part.width);
     const std::int64_t luma = step * size.height;
-    const std::int64_t bytes = luma + 2 * (step / halves * part.height);
-    Vek8u* const data = detail::allocate(memory_, "PlanarImage", size, step, bytes, onError);
+    const std::int64_t other = step / halves * part.height;
+    // Planes begin in front of a multiple of 64 bytes, luma's farther than those behind it.
+    const int front = alignedColumn & 31;
+    Vek8u* const data = detail::allocate(memory_, "PlanarImage", size, step,
+                                         luma + 2 * other + detail::Memory::alignment, onError);
     if (data == nullptr) return;
-    const auto plane = [&](std::int64_t at, Size of, std::int64_t apart) {
-      return View<Vek8u>(data + at, of, Bytes(static_cast<int>(apart)));
+    const auto plane = [&](std::int64_t at, int before, Size of, std::int64_t apart) {
+      return View<Vek8u>(data + at + (-before & 63), of, Bytes(static_cast<int>(apart)));
     };
-    static_cast<Mutable&>(*this) = Mutable(plane(0, size, step), plane(luma, part, step / halves),
-                                           plane((luma + bytes) / 2, part, step / halves), onError);
+    static_cast<Mutable&>(*this) =
+        Mutable(plane(0, halves * front, size, step), plane(luma, front, part, step / halves),
+                plane(luma + other, front, part, step / halves), onError);
   }
   /// The planes of another one, which is empty afterwards.
   PlanarImage(PlanarImage&& other) noexcept
@@ -1072,6 +1090,8 @@ class Nv12<Vek8u> : public Nv12<const Vek8u> {
   inline Nv12(ImageNv12& image) noexcept;
   /// @endcond
 
+  /// All of it.
+  constexpr Nv12 view() const noexcept { return *this; }
   /// Luma.
   constexpr View<Vek8u> y() const noexcept { return detail::Access::view<View<Vek8u>>(y_); }
   /// Cb, Cr.

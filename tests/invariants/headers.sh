@@ -28,9 +28,10 @@ for header in "$include"/vek/*.h; do
   for c in "$cc" gcc clang; do compile "$name" "$source" "$c" c c99; done
   for c in "$cxx" g++ clang++; do compile "$name" "$source" "$c" c++ c++20; done
 done
-for header in "$include"/vek/*.hpp; do
+for header in "$include"/vek/*.hpp all; do
   name=vek/${header##*/}
   printf '#include "%s"\n#include "%s"\n' "$name" "$name" >"$source"
+  [ "$header" != all ] || (cd "$include" && printf '#include "%s"\n' vek/*.hpp) >"$source"
   for c in g++ clang++; do
     for standard in c++17 c++20 c++2b; do
       compile "$name" "$source" "$c" c++ $standard -Wconversion -Wshadow

@@ -1,0 +1,454 @@
+// The camera path in C++: states that own what they point at, and the preview functions.
+#include "vek/vek.hpp"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace vek::test {
+namespace {
+
+Image<Raw10> rawFrame(Size size) {
+  Image<Raw10> frame(size);
+  std::minstd_rand random(5);
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) frame.row(y)[x] = static_cast<Vek16u>(random() % 1023);
+  }
+  return frame;
+}
+
+Image<Vek8u> noise(Size size, unsigned seed) {
+  Image<Vek8u> image(size);
+  std::minstd_rand random(seed);
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) image.row(y)[x] = static_cast<Vek8u>(random() >> 8);
+  }
+  return image;
+}
+
+template <class Planes>
+Planes noisyPlanes(Size size) {
+  Planes planes(size);
+  copy(noise(planes.y().size(), 1), planes.y());
+  copy(noise(planes.cb().size(), 2), planes.cb());
+  copy(noise(planes.cr().size(), 3), planes.cr());
+  return planes;
+}
+
+template <class P>
+struct Lists {
+  explicit Lists(const P& p)
+      : data{p.y().data(), p.cb().data(), p.cr().data()},
+        steps{p.y().stepBytes(), p.cb().stepBytes(), p.cr().stepBytes()} {}
+  decltype(P().y().data()) data[3];
+  int steps[3];
+};
+
+template <class V>
+void expectSame(const V& a, const V& b) {
+  ASSERT_EQ(a.height(), b.height());
+  for (int y = 0; y < a.height(); ++y) {
+    const auto* const first = reinterpret_cast<const Vek8u*>(a.row(y));
+    const auto* const second = reinterpret_cast<const Vek8u*>(b.row(y));
+    ASSERT_TRUE(std::equal(first, first + a.rowBytes(), second)) << "row " << y;
+  }
+}
+template <Chroma chroma>
+void expectSame(const Planes<const Vek8u, chroma>& a, const Planes<const Vek8u, chroma>& b) {
+  expectSame(a.y(), b.y());
+  expectSame(a.cb(), b.cb());
+  expectSame(a.cr(), b.cr());
+}
+
+/// What is wrong with a call whose last argument is a Failure.
+template <class Call>
+std::string refusal(VekStatus status, Call call) {
+  Failure failure;
+  call(failure);
+  EXPECT_EQ(failure.status, status) << failure.message;
+  return failure.argument;
+}
+
+TEST(RawFrontEnd, TakesTheRegionThatBeginsOnRed) {
+  const Image<Vek8u> memory = noise({rawRowBytes(Raw::csi2_10, 24) > 0 ? 30 : 0, 10}, 4);
+  const View<const RawByte> src(memory.data(), {30, 10}, Bytes(memory.stepBytes()));
+  RawFrontEnd front;
+  front.format = Raw::csi2_10;
+  front.order = Bayer::gbrg;
+  front.black = {64, 65, 66, 67};
+  front.gain = {5000, 4096, 4096, 7000};
+  const VekiRawFrontEnd record = {
+      vekiRawCsi2_10, 10, vekiBayerGBRG, {64, 65, 66, 67}, {5000, 4096, 4096, 7000}};
+  const Rect region = rawRegion({24, 10}, Bayer::gbrg);
+  EXPECT_EQ(region.y, 1);
+  Image<Raw10> expected({24, 8});
+  ASSERT_EQ(vekiRawTo10RGGB_8u16u_C1R(src.data(), src.stepBytes(), region, expected.data(),
+                                      expected.stepBytes(), &record),
+            0);
+  expectSame(rawTo10Rggb(src, {24, 10}, front).view(), expected.view());
+  Image<Raw10> part({8, 4});
+  EXPECT_EQ(rawTo10Rggb(src, part, front, {16, 5}), 0);
+  expectSame(part.view(), expected.sub({16, 4, 8, 4}));
+
+  EXPECT_EQ(refusal(vekStsBadArgErr,
+                    [&](Failure& f) {
+                      rawTo10Rggb(src, part, front, {18, 5}, f);
+                    }),
+            "src");
+  EXPECT_EQ(refusal(vekStsBadArgErr,
+                    [&](Failure& f) {
+                      rawTo10Rggb(src, part, front, {16, 7}, f);
+                    }),
+            "src");
+  EXPECT_EQ(refusal(vekStsBadArgErr,
+                    [&](Failure& f) {
+                      rawTo10Rggb(src, part, front, {0, 0}, f);
+                    }),
+            "first");
+  front.bits = 11;
+  EXPECT_EQ(refusal(vekStsBadArgErr, [&](Failure& f) { rawTo10Rggb(src, part, front, f); }),
+            "frontEnd");
+}
+
+TEST(States, ExposureOwnsItsWindows) {
+  const Image<Raw10> frame = rawFrame({64, 48});
+  const VekiRect window = {0, 0, 32, 32};
+  const Vek16u weight = 65535;
+  VekiAEParams record = {
+      vekiAECallerWindows, &window, &weight, 1, 1, 0, 0, 1023, 900, 10, 2, 100, 1, 8, 100, 4000};
+  VekiAEState* state = nullptr;
+  ASSERT_EQ(vekiInitAlloc_AE_10RGGB_8u_C1R(&record, &state), 0);
+  ExposureControls expected = {1000, 2}, actual = expected;
+  const VekStatus status = vekiAE_10RGGB_8u_C1R(frame.data(), frame.stepBytes(), frame.size(),
+                                                &expected.step, &expected.scale, state);
+  vekiFree_AE_10RGGB_8u_C1R(state);
+
+  AutoExposure exposure;
+  ExposureParams params;
+  {
+    params.metering = Metering::windows;
+    params.windows = {window};
+    params.weights = {weight};
+    params.target = 900;
+    params.tolerance = 10;
+    params.stepSize = 100;
+    params.scaleMax = 8;
+    params.stepMin = 100;
+    params.stepMax = 4000;
+    AutoExposure made(params);
+    params.windows[0].x = 1;
+    exposure = std::move(made);
+  }
+  EXPECT_EQ(exposure.meter(frame, actual), status);
+  EXPECT_EQ(actual.step, expected.step);
+  EXPECT_EQ(actual.scale, expected.scale);
+
+  EXPECT_EQ(refusal(vekStsBadArgErr, [&](Failure& f) { AutoExposure refused(params, f); }),
+            "windows");
+  params.metering = Metering::histogram;
+  params.stepSize = 0;
+  EXPECT_EQ(refusal(vekStsBadArgErr, [&](Failure& f) { AutoExposure refused(params, f); }),
+            "stepSize");
+  // What would be read beyond the frame: groups of four samples, or the right zone's last rows.
+  params.stepSize = 1;
+  EXPECT_EQ(AutoExposure(params).meter(frame.sub({0, 0, 62, 48}), actual, std::nothrow),
+            vekStsBadArgErr);
+  params.metering = Metering::fiveZones;
+  EXPECT_GE(AutoExposure(params).meter(frame, actual), 0);
+  std::vector<Vek16u> low(16 * 3);
+  EXPECT_EQ(AutoExposure(params).meter(View<Raw10>(low, {16, 3}), actual, std::nothrow), 0);
+  EXPECT_EQ(AutoExposure().meter(frame, actual, std::nothrow), vekStsBadArgErr);
+  EXPECT_EQ(refusal(vekStsBadArgErr,
+                    [&](Failure& f) {
+                      const View<const Raw10> odd(frame.row(0) + 1, {32, 32}, Bytes(128));
+                      AutoExposure(params).meter(odd, actual, f);
+                    }),
+            "frame");
+}
+
+TEST(States, WhiteBalanceOwnsItsWindows) {
+  const Image<Raw10> frame = rawFrame({64, 48});
+  const VekiRect window = {4, 8, 32, 16};
+  const Vek8u weight = 3;
+  const VekiAWBParams record = {0,     1,     &window, &weight, 1024, 1100, 0,    0,
+                                60000, 60000, 1023,    1023,    2047, 1,    1023, 0,
+                                50,    0,     65535,   256,     256,  256};
+  VekiAWBState* state = nullptr;
+  ASSERT_EQ(vekiInitAlloc_AWB_10RGGB_8u_C1R(&record, &state), 0);
+  BalanceGains expected = {300, 256, 280}, actual = expected;
+  const VekStatus status = vekiAWB_10RGGB_8u_C1R(frame.data(), frame.stepBytes(), frame.size(),
+                                                 &expected.r, &expected.g, &expected.b, state);
+  vekiFree_AWB_10RGGB_8u_C1R(state);
+  BalanceParams params;
+  params.windows = {window};
+  params.weights = {weight};
+  params.refRatioB = 1100;
+  params.validTolR = params.validTolB = 60000;
+  params.maxGainStep = 50;
+  AutoWhiteBalance made(params);
+  const AutoWhiteBalance balance = std::move(made);
+  params.windows.clear();
+  EXPECT_EQ(balance.measure(frame, actual), status);
+  EXPECT_EQ(actual.r, expected.r);
+  EXPECT_EQ(actual.b, expected.b);
+  EXPECT_NE(actual.r, 300);
+  EXPECT_EQ(refusal(vekStsBadArgErr, [&](Failure& f) { AutoWhiteBalance refused(params, f); }),
+            "weights");
+  params.weights.clear();
+  EXPECT_EQ(refusal(vekStsBadArgErr, [&](Failure& f) { AutoWhiteBalance refused(params, f); }),
+            "windows");
+}
+
+/// The pipeline in C, with dead pixels at offsets, and its result.
+template <class Planes>
+void developInC(View<Raw10> frame, const Planes& dst, const std::vector<VekiDeadPixel>& dead,
+                const std::vector<Vek8u>& table, int rotation, int scale, bool border) {
+  const Vek16s matrix[9] = {300, -40, 0, 10, 256, -9, 0, -70, 330};
+  const VekiRggbColorParam color = {table.empty() ? 0U : 1U,
+                                    {1, 0, 0},
+                                    {table.data(), nullptr, nullptr},
+                                    dead.data(),
+                                    static_cast<Vek32s>(dead.size()),
+                                    0,
+                                    0,
+                                    0,
+                                    matrix};
+  const VekiRggbGeometry geometry = {
+      frame.stepBytes(),
+      frame.width() - (border ? 4 : 0),
+      frame.height() - (border ? 4 : 0),
+      {dst.y().stepBytes(), dst.cb().stepBytes(), dst.cr().stepBytes()},
+      dst.width(),
+      dst.height(),
+      scale == 1 ? 2 : 3,
+      rotation,
+      dst.cb().height() == dst.height() ? 8 : 9,
+      border};
+  VekiRggbToYCbCrState* state = nullptr;
+  ASSERT_EQ(vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(&color, &geometry, &state), 0);
+  const Lists<Planes> to(dst);
+  EXPECT_EQ(
+      veki10RGGBtoYCbCr_RotRsz_8u_P3R(border ? frame.row(2) + 2 : frame.data(), to.data, state), 0);
+  vekiFree_10RGGBtoYCbCr_RotRsz_P3R(state);
+}
+
+template <Chroma chroma>
+void pipelineIsThatOfC(int scale, Rotation rotation, bool border, bool withTable) {
+  const Size size = {64, 32};
+  Image<Raw10> first = rawFrame({size.width + (border ? 4 : 0), size.height + (border ? 4 : 0)});
+  Image<Raw10> second = rawFrame(first.size());
+  RawColor color;
+  color.matrix = {300, -40, 0, 10, 256, -9, 0, -70, 330};
+  color.rowOffset = 100;
+  color.columnOffset = 200;
+  // Above the region, its first sample, one inside, one in the border, and one beyond it.
+  color.deadPixels = {{99, 210}, {100, 200}, {107, 230}, {132, 210}, {140, 210}};
+  std::vector<VekiDeadPixel> dead = {{0, 0}, {7, 30}};
+  if (border) dead.push_back({32, 10});
+  if (withTable) {
+    for (int i = 0; i < 1024; ++i) color.table.push_back(static_cast<Vek8u>(i / 5));
+  }
+  const Size turned = rotated(size, rotation);
+  const Size dstSize = {turned.width / scale, turned.height / scale};
+  PlanarImage<chroma> expected(dstSize, scale == 1 && !border ? 1 : 0);
+  developInC(second.view(), expected.view(), dead, color.table, static_cast<int>(rotation), scale,
+             border);
+
+  RawPipeline made(color, size, Bytes(first.stepBytes()), chroma, dstSize,
+                   {expected.y().stepBytes(), expected.cb().stepBytes(), expected.cr().stepBytes()},
+                   rotation, border);
+  const RawPipeline pipeline = std::move(made);
+  color.table.assign(1024, 0);
+  PlanarImage<chroma> actual = pipeline.destination<chroma>();
+  EXPECT_EQ(pipeline.process(first, actual), 0);
+  expectSame(static_cast<const PlanarImage<chroma>&>(actual).view(),
+             static_cast<const PlanarImage<chroma>&>(expected).view());
+  expectSame(first.view(), second.view());
+  const View<const Raw10> constant = first;
+  EXPECT_EQ(pipeline.process(constant, actual, std::nothrow), vekStsBadArgErr);
+}
+
+TEST(States, RawPipelineOwnsTablesAndLists) {
+  pipelineIsThatOfC<Chroma::c420>(1, Rotation::none, false, true);
+  pipelineIsThatOfC<Chroma::c422>(1, Rotation::cw90, true, false);
+  pipelineIsThatOfC<Chroma::c420>(2, Rotation::ccw90, false, false);
+  pipelineIsThatOfC<Chroma::c422>(4, Rotation::half, false, true);
+}
+
+/// Refused before the library is called, which keeps memory of calls that it refuses.
+TEST(States, RefusedPipelinesLeakNothing) {
+  Image<Raw10> frame = rawFrame({64, 32});
+  Image420 dst({64, 32});
+  RawColor color;
+  const auto argument = [&](auto change, Size size, Size dstSize, std::array<int, 3> steps,
+                            Rotation rotation) {
+    RawColor changed = color;
+    change(changed);
+    return refusal(vekStsBadArgErr, [&](Failure& f) {
+      EXPECT_TRUE(
+          RawPipeline(changed, size, Bytes(128), Chroma::c420, dstSize, steps, rotation, false, f)
+              .empty());
+    });
+  };
+  const auto nothing = [](RawColor&) {};
+  const Size s = {64, 32};
+  const std::array<int, 3> steps = {64, 32, 32};
+  EXPECT_EQ(argument([](RawColor& c) { c.table.resize(1023); }, s, s, steps, {}), "color");
+  EXPECT_EQ(argument([](RawColor& c) { c.rowOffset = -1; }, s, s, steps, {}), "color");
+  EXPECT_EQ(argument(nothing, {63, 32}, s, steps, {}), "frameSize");
+  EXPECT_EQ(argument(nothing, s, {32, 64}, steps, {}), "dstSize");
+  EXPECT_EQ(argument(nothing, s, {64, 32}, steps, Rotation::cw90), "dstSize");
+  EXPECT_EQ(argument(nothing, s, {16, 8}, {14, 8, 8}, {}), "dstSteps");
+  EXPECT_EQ(argument(nothing, s, s, {68, 32, 32}, {}), "dstSteps");
+  EXPECT_EQ(argument(nothing, {24, 8}, {6, 2}, steps, {}), "dstSize");
+  EXPECT_EQ(argument(nothing, s, s, steps, Rotation::mirrorLeftRight), "rotation");
+
+  const RawPipeline pipeline(color, frame, dst.view());
+  Image420 made = pipeline.destination<Chroma::c420>();
+  EXPECT_EQ(pipeline.process(std::as_const(frame), made), 0);
+  EXPECT_EQ(refusal(vekStsBadArgErr, [&](Failure& f) { pipeline.process(frame, dst, f); }), "dst");
+  EXPECT_EQ(
+      refusal(vekStsBadArgErr, [&](Failure& f) { pipeline.process(frame.rows(0, 30), made, f); }),
+      "frame");
+  Image422 other({64, 32});
+  EXPECT_EQ(refusal(vekStsBadArgErr, [&](Failure& f) { pipeline.process(frame, other, f); }),
+            "dst");
+}
+
+TEST(Preview, ResizesLikeC) {
+  const Size from = {128, 64}, to = {96, 48};
+  const Image420 src420 = noisyPlanes<Image420>(from);
+  const Image422 src422 = noisyPlanes<Image422>(from);
+  const Lists<Planes420<const Vek8u>> from420(src420.view());
+  const Lists<Planes422<const Vek8u>> from422(src422.view());
+  const Steps steps = samplingSteps(from, to);
+  for (const Rotation rotation : {Rotation::none, Rotation::ccw90, Rotation::cw90, Rotation::half,
+                                  Rotation::mirrorLeftRight, Rotation::mirrorTopBottom}) {
+    const int code = static_cast<int>(rotation);
+    const Size turned = rotated(to, rotation);
+    for (const Interpolation interpolation : {Interpolation::nearest, Interpolation::linear}) {
+      const int how = static_cast<int>(interpolation);
+      Image420 expected(turned);
+      const Lists<Planes420<>> to420(expected);
+      ASSERT_EQ(vekiYCbCr420RszRot_8u_P3R(from420.data, from420.steps, 128, 64, to420.data,
+                                          to420.steps, 96, 48, how, code, steps.x, steps.y),
+                0);
+      const Image420 actual = resize<Image420>(src420, to, rotation, interpolation);
+      expectSame(actual.view(), std::as_const(expected).view());
+
+      Image422 expected2(turned);
+      const Lists<Planes422<>> to422(expected2);
+      ASSERT_EQ(vekiYCbCr422RszRot_8u_P3R(from422.data, from422.steps, 128, 64, to422.data,
+                                          to422.steps, 96, 48, how, code, steps.x, steps.y),
+                0);
+      Image422 actual2(turned);
+      EXPECT_EQ(resize(src422, actual2, rotation, interpolation), 0);
+      expectSame(std::as_const(actual2).view(), std::as_const(expected2).view());
+
+      const auto packed = [&](auto pixel, int format) {
+        using Pixel = decltype(pixel);
+        Image<Pixel> made(turned);
+        ASSERT_EQ(vekiYCbCr420RszCscRotRGB_8u_P3C3R(
+                      from420.data, from420.steps, 128, 64, reinterpret_cast<Vek8u*>(made.data()),
+                      made.stepBytes(), 96, 48, format, how, code, steps.x, steps.y),
+                  0);
+        expectSame(resize<Image<Pixel>>(src420, to, rotation, interpolation).view(), made.view());
+      };
+      packed(Rgb565(), vekiCsc420RGB565);
+      packed(Rgb555(), vekiCsc420RGB555);
+      packed(Rgb444(), vekiCsc420RGB444);
+      packed(Bgr24(), vekiCsc420BGR24);
+
+      // Squares of 16-bit pixels alone can be turned.
+      const auto packed422 = [&](auto pixel, Size size, int format) {
+        using Pixel = decltype(pixel);
+        const Size out = rotated(size, rotation);
+        const Steps by = samplingSteps(from, size);
+        Image<Pixel> made(out);
+        ASSERT_EQ(vekiYCbCr422RszCscRotRGB_8u_P3C3R(
+                      from422.data, from422.steps, 128, 64, reinterpret_cast<Vek8u*>(made.data()),
+                      made.stepBytes(), out.width, out.height, format, how, code, by.x, by.y),
+                  0);
+        expectSame(resize<Image<Pixel>>(src422, size, rotation, interpolation).view(), made.view());
+      };
+      packed422(Rgb565(), {64, 64}, vekiCsc422RGB565);
+      packed422(Rgb444(), {64, 64}, vekiCsc422RGB444);
+      packed422(Bgr24(), {96, 48}, vekiCsc422BGR24);
+    }
+  }
+}
+
+TEST(Preview, ReducesAndRotatesLikeC) {
+  Image<Uyvy> src({96, 64});
+  for (int y = 0; y < 64; ++y) {
+    for (int i = 0; i < 192; ++i) src.row(y)[i] = static_cast<Vek8u>(i * y + 3 * i);
+  }
+  Image<Rgb555> expected({16, 24});
+  ASSERT_EQ(vekiResizeCscRotate_8u_C2R(src.data(), src.stepBytes(), expected.data(),
+                                       expected.stepBytes(), 96, 64, 4, 1, 1, 2),
+            0);
+  expectSame(reduce<Rgb555>(src, 4, Reduction::average, Rotation::cw90).view(), expected.view());
+
+  Image420 rotated420({64, 96});
+  const Lists<Planes420<>> to(rotated420);
+  ASSERT_EQ(vekiYCbCr422ToYCbCr420Rotate_8u_C2P3R(src.data(), src.stepBytes(), to.data, to.steps,
+                                                  96, 64, 1),
+            0);
+  const Image420 from2 = to420(src, Rotation::ccw90);
+  expectSame(from2.view(), std::as_const(rotated420).view());
+  const Image422 planes = noisyPlanes<Image422>({96, 64});
+  const Lists<Planes422<const Vek8u>> from(planes.view());
+  ASSERT_EQ(
+      vekiYCbCr422ToYCbCr420Rotate_8u_P3R(from.data, from.steps, to.data, to.steps, 96, 64, 2), 0);
+  const Image420 from3 = to420(planes, Rotation::cw90);
+  expectSame(from3.view(), std::as_const(rotated420).view());
+}
+
+/// What the C interface accepts, and then reads or writes beyond the images.
+TEST(Preview, RefusesWhatWouldReachBeyondImages) {
+  const Image422 src = noisyPlanes<Image422>({64, 64});
+  const auto argument = [](auto call) { return refusal(vekStsBadArgErr, call); };
+  Image422 odd({32, 31});
+  EXPECT_EQ(argument([&](Failure& f) { resize(src, odd, {}, {}, f); }), "dst");
+  Image<Rgb565> wide({64, 32});
+  EXPECT_EQ(argument([&](Failure& f) { resize(src, wide, Rotation::cw90, {}, f); }), "rotation");
+  EXPECT_EQ(argument([&](Failure& f) { resize(src, wide, {}, {}, {70000, 65536}, f); }), "steps");
+  const Image<Vek8u> far({128, 64});
+  const Planes422<const Vek8u> uneven(src.y(), src.cb(), far.sub({0, 0, 32, 64}));
+  EXPECT_EQ(argument([&](Failure& f) { resize(uneven, wide, {}, {}, f); }), "src");
+  const Image420 src420 = noisyPlanes<Image420>({64, 64});
+  Image420 dst({32, 32});
+  const Planes420<const Vek8u> apart(src420.y(), src420.cb(), far.sub({0, 0, 32, 32}));
+  EXPECT_EQ(argument([&](Failure& f) { resize(apart, dst, {}, Interpolation::nearest, f); }),
+            "src");
+  // What the library itself refuses, with the reason.
+  EXPECT_EQ(argument([&](Failure& f) {
+              resize(src420, dst, {}, {}, {131073 * 2, 65536}, f);
+            }),
+            "steps");
+  Image420 odd420({33, 32});
+  EXPECT_EQ(argument([&](Failure& f) { resize(src420, odd420, {}, {}, f); }), "dst");
+  EXPECT_EQ(argument([&](Failure& f) {
+              resize(src420, dst.sub({2, 0, 30, 32}), {}, {}, f);
+            }),
+            "dst.y");
+}
+
+TEST(Library, TellsAboutItself) {
+  EXPECT_STREQ(version(), VEK_VERSION_STRING);
+  EXPECT_EQ(imageVersion().major, 4);
+  EXPECT_EQ(cameraVersion().major, 5);
+  EXPECT_NE(cpuLevelName(cpuLevelNow()), nullptr);
+  EXPECT_GE(cpuLevelLimit(), cpuLevelNow());
+  EXPECT_NE(allocate(64), nullptr);
+  EXPECT_NE(allocateCamera(64), nullptr);
+  const auto divided = divide(Vek16u{1000}, Vek16u{7});
+  EXPECT_EQ(divided.quotient, 142);
+  EXPECT_EQ(divided.remainder, 6);
+  EXPECT_EQ(divide(Vek8u{9}, Vek8u{0}).remainder, 9);
+  EXPECT_EQ(divide(Vek32u{0xFFFFFFFF}, Vek32u{2}).quotient, 0x7FFFFFFFU);
+}
+
+}  // namespace
+}  // namespace vek::test
