@@ -14,9 +14,6 @@ namespace {
 
 using portable::cubic, portable::linear;
 
-/// Pixels whose positions are found at a time.
-constexpr int blockWidth = 256;
-
 /// The samples around a position that interpolation reads: `count` in each direction, the first one
 /// `before` the position's whole pixel.
 struct Taps {
@@ -30,14 +27,18 @@ class Walk {
   Walk(const WarpArguments& a, int channels, const WarpKernels& kernels);
 
   /// Writes n pixels at these positions, which have these bounds.
-  void write(const WarpBox& bounds, const Vek32s* columns, const Vek32s* rows, int n,
-             Vek8u* dst) const;
+  void write(const WarpPositions& positions, const WarpBox& bounds, int n, Vek8u* dst) const;
 
   const int channels, fractionBits;
 
  private:
-  void sample(const Vek32s* columns, const Vek32s* rows, int n, Vek8u* dst) const {
-    sampler_.sample({a_.pSrc, a_.srcStep}, columns, rows, n, dst);
+  void sample(const WarpPositions& positions, int first, int n, Vek8u* dst) const {
+    sampler_.sample({a_.pSrc, a_.srcStep}, positions.columns + first, positions.rows + first, n,
+                    dst);
+  }
+  bool isEdge(Vek32s column, Vek32s row) const {
+    const WarpBox position = {column, row, column, row};
+    return touched_.contains(position) && !inside_.contains(position);
   }
   void writeOutside(int n, Vek8u* dst) const;
   void writeEdge(Vek32s column, Vek32s row, Vek8u* dst) const;
@@ -45,6 +46,7 @@ class Walk {
   WarpBox positionsOfPixels(int left, int top, int right, int bottom) const;
 
   const WarpArguments& a_;
+  const WarpKernels& kernels_;
   const Taps taps_;
   WarpSampler sampler_;
   WarpBox inside_;   ///< positions that the sampler may have
@@ -55,6 +57,7 @@ Walk::Walk(const WarpArguments& a, int pixelChannels, const WarpKernels& kernels
     : channels(pixelChannels),
       fractionBits(a.interpolation == vekiWarpNearest ? 0 : 7),
       a_(a),
+      kernels_(kernels),
       taps_(tapsOf[a.interpolation]) {
   const WarpSamplers& samplers = channels == 1 ? kernels.c1 : kernels.c3;
   sampler_ = a.interpolation == vekiWarpNearest  ? samplers.nearest
@@ -71,7 +74,7 @@ Walk::Walk(const WarpArguments& a, int pixelChannels, const WarpKernels& kernels
   } else if (a.border == vekiBorderTransparent) {
     touched_ = {0, 0, (width - 1) << fractionBits, (height - 1) << fractionBits};
   } else {
-    touched_ = {noPosition, noPosition, -noPosition, -noPosition};
+    touched_ = {INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
   }
 }
 
@@ -81,18 +84,20 @@ WarpBox Walk::positionsOfPixels(int left, int top, int right, int bottom) const 
   return {left * unit, top * unit, right * unit + unit - 1, bottom * unit + unit - 1};
 }
 
-void Walk::write(const WarpBox& bounds, const Vek32s* columns, const Vek32s* rows, int n,
-                 Vek8u* dst) const {
-  if (inside_.contains(bounds)) return sample(columns, rows, n, dst);
+void Walk::write(const WarpPositions& positions, const WarpBox& bounds, int n, Vek8u* dst) const {
+  if (inside_.contains(bounds)) return sample(positions, 0, n, dst);
   if (!touched_.meets(bounds)) return writeOutside(n, dst);
-  const auto isInside = [&](int k) {
-    return inside_.contains({columns[k], rows[k], columns[k], rows[k]});
-  };
   for (int k = 0; k < n;) {
-    const int first = k;
-    while (k < n && isInside(k)) ++k;
-    if (k > first) sample(columns + first, rows + first, k - first, dst + first * channels);
-    for (; k < n && !isInside(k); ++k) writeEdge(columns[k], rows[k], dst + k * channels);
+    const int inside = kernels_.run(positions, k, n, inside_, true);
+    if (inside > 0) sample(positions, k, inside, dst + k * channels);
+    k += inside;
+    const int outside = k < n ? kernels_.run(positions, k, n, touched_, false) : 0;
+    writeOutside(outside, dst + k * channels);
+    k += outside;
+    while (k < n && isEdge(positions.columns[k], positions.rows[k])) {
+      writeEdge(positions.columns[k], positions.rows[k], dst + k * channels);
+      ++k;
+    }
   }
 }
 
@@ -114,7 +119,6 @@ const Vek8u* Walk::pixelAt(int i, int j) const {
 }
 
 void Walk::writeEdge(Vek32s column, Vek32s row, Vek8u* dst) const {
-  if (!touched_.contains({column, row, column, row})) return writeOutside(1, dst);
   const int i = (column >> fractionBits) - taps_.before, j = (row >> fractionBits) - taps_.before;
   const Vek8u* pixels[4][4];
   for (int b = 0; b < taps_.count; ++b) {
@@ -185,22 +189,26 @@ Vek64f mostNumerator(const Vek64f* row) {
 }
 
 void warp(const WarpArguments& a, int channels, const Vek64s (&map)[9], bool perspective) {
-  const WarpKernels& kernels = portable::warpKernels;
+  const Vek64s lastRow = Vek64s{a.srcSize.height - 1} * a.srcStep;
+  // Levels above portable count in 32 bits; a source as large as this has a step of gigabytes.
+  const bool fits = lastRow <= INT32_MAX - a.srcSize.width * channels;
+  const WarpKernels& kernels = fits ? select(warpKernels) : portable::warpKernels;
   const FindPositions find = perspective ? kernels.perspective : kernels.affine;
   const Walk walk(a, channels, kernels);
-  Vek32s columns[blockWidth], rows[blockWidth];
+  WarpPositions positions;
   for (int y = 0; y < a.dstRect.height; ++y) {
     Vek8u* const dst = a.pDst + ptrdiff_t{y} * a.dstStep;
-    for (int x = 0; x < a.dstRect.width; x += blockWidth) {
-      const int left = a.dstRect.width - x, n = left < blockWidth ? left : blockWidth;
+    for (int x = 0; x < a.dstRect.width; x += WarpPositions::most) {
+      const int left = a.dstRect.width - x,
+                n = left < WarpPositions::most ? left : WarpPositions::most;
       WarpLine line;
       for (int i = 0; i < 3; ++i) {
         const Vek64s* const row = map + 3 * i;
         line.step[i] = row[0];
         line.at[i] = row[0] * (a.dstRect.x + x) + row[1] * (a.dstRect.y + y) + row[2];
       }
-      const WarpBox bounds = find(line, walk.fractionBits, n, columns, rows);
-      walk.write(bounds, columns, rows, n, dst + ptrdiff_t{x} * channels);
+      const WarpBox bounds = find(line, walk.fractionBits, n, positions);
+      walk.write(positions, bounds, n, dst + ptrdiff_t{x} * channels);
     }
   }
 }

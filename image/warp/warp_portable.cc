@@ -7,33 +7,22 @@
 namespace vek::portable {
 namespace {
 
-Vek32s least(Vek32s a, Vek32s b) {
-  return a < b ? a : b;
-}
-Vek32s greatest(Vek32s a, Vek32s b) {
-  return a < b ? b : a;
-}
-
 Vek32s limited(Vek64s position) {
   return static_cast<Vek32s>(position < noPosition    ? noPosition
                              : position > -noPosition ? -noPosition
                                                       : position);
 }
 
-WarpBox affine(const WarpLine& line, int fractionBits, int n, Vek32s* columns, Vek32s* rows) {
-  VEK_ASSERT(n >= 1 && (fractionBits == 0 || fractionBits == 7));
+WarpBox affine(const WarpLine& line, int fractionBits, int n, WarpPositions& to) {
+  VEK_ASSERT(n >= 1 && n <= WarpPositions::most && (fractionBits == 0 || fractionBits == 7));
   const int shift = 32 - fractionBits;
   const Vek64s half = Vek64s{1} << (shift - 1);
   Vek64s x = line.at[0] + half, y = line.at[1] + half;
   for (int k = 0; k < n; ++k, x += line.step[0], y += line.step[1]) {
-    columns[k] = limited(x >> shift);
-    rows[k] = limited(y >> shift);
+    to.columns[k] = limited(x >> shift);
+    to.rows[k] = limited(y >> shift);
   }
-  // Neither changes its direction, so that the ends bound them.
-  return {.left = least(columns[0], columns[n - 1]),
-          .top = least(rows[0], rows[n - 1]),
-          .right = greatest(columns[0], columns[n - 1]),
-          .bottom = greatest(rows[0], rows[n - 1])};
+  return to.boundsOfLine(n);
 }
 
 /// floor(numerator / denominator), limited. Both are integers below 2^53 in magnitude, so that a
@@ -46,18 +35,34 @@ Vek32s quotient(Vek64s numerator, Vek64s denominator) {
   return truncated - (truncated > q ? 1 : 0);
 }
 
-WarpBox perspective(const WarpLine& line, int fractionBits, int n, Vek32s* columns, Vek32s* rows) {
-  VEK_ASSERT(n >= 1 && (fractionBits == 0 || fractionBits == 7));
+WarpBox perspective(const WarpLine& line, int fractionBits, int n, WarpPositions& to) {
+  VEK_ASSERT(n >= 1 && n <= WarpPositions::most && (fractionBits == 0 || fractionBits == 7));
   Vek64s x = line.at[0], y = line.at[1], z = line.at[2];
   WarpBox box = {-noPosition, -noPosition, noPosition, noPosition};
   for (int k = 0; k < n; ++k, x += line.step[0], y += line.step[1], z += line.step[2]) {
     const Vek64s depth = z >> 8, scale = 2 << fractionBits;
-    columns[k] = depth == 0 ? noPosition : quotient(scale * (x >> 8) + depth, 2 * depth);
-    rows[k] = depth == 0 ? noPosition : quotient(scale * (y >> 8) + depth, 2 * depth);
-    box = {least(box.left, columns[k]), least(box.top, rows[k]), greatest(box.right, columns[k]),
-           greatest(box.bottom, rows[k])};
+    const auto position = [&](Vek64s numerator, Vek32s& least, Vek32s& greatest) {
+      const Vek32s p =
+          depth == 0 ? noPosition : quotient(scale * (numerator >> 8) + depth, 2 * depth);
+      least = p < least ? p : least;
+      greatest = p > greatest ? p : greatest;
+      return p;
+    };
+    to.columns[k] = position(x, box.left, box.right);
+    to.rows[k] = position(y, box.top, box.bottom);
   }
   return box;
+}
+
+int run(const WarpPositions& positions, int first, int n, const WarpBox& box, bool within) {
+  VEK_ASSERT(first >= 0 && first < n && n <= WarpPositions::most);
+  for (int k = first; k < n; ++k) {
+    const Vek32s column = positions.columns[k], row = positions.rows[k];
+    const bool inside =
+        column >= box.left && column <= box.right && row >= box.top && row <= box.bottom;
+    if (inside != within) return k - first;
+  }
+  return n - first;
 }
 
 /// The first sample of column i and row j.
@@ -107,6 +112,6 @@ constexpr WarpSamplers samplers = {.nearest = {nearest<channels>, channels},
 }  // namespace
 
 constexpr WarpKernels warpKernels = {
-    .affine = affine, .perspective = perspective, .c1 = samplers<1>, .c3 = samplers<3>};
+    .affine = affine, .perspective = perspective, .run = run, .c1 = samplers<1>, .c3 = samplers<3>};
 
 }  // namespace vek::portable
