@@ -1,15 +1,30 @@
 #include "vekcam/camera_loop.h"
 
+#include <cmath>
+
 namespace vekcam {
 namespace {
 
-PipelineSettings pipelineSettings(const LoopSettings& settings, const Sensor& sensor) {
-  PipelineSettings pipeline;
-  pipeline.region = settings.size;
-  pipeline.curve = settings.curve;
-  pipeline.colorCorrection = Sensor::colorCorrection();
-  pipeline.deadPixels = sensor.deadPixels();
-  return pipeline;
+/// The camera of the simulation: its channels balance in daylight with these gains.
+vek::IspSettings ispSettings(const LoopSettings& settings, const Sensor& sensor) {
+  vek::IspSettings isp;
+  isp.size = settings.size;
+  isp.format = vek::Raw::plain16;
+  for (const int scale : {2, 4}) {
+    if (settings.preview.width * scale == settings.size.width && settings.preview.width % 4 == 0 &&
+        settings.preview.height * scale == settings.size.height) {
+      isp.scale = scale;
+    }
+  }
+  isp.output = settings.preview;
+  isp.rotation = static_cast<vek::Rotation>(rotationCode(settings.degrees));
+  isp.curve = settings.curve == Curve::linear ? vek::Curve::linear : vek::Curve::srgb;
+  isp.colour = {Sensor::colorCorrection(), Sensor::daylightGains(), vek::MatrixPlace::linear};
+  isp.deadPixels = sensor.deadPixels();
+  isp.exposure.on = settings.metering == Metering::isp;
+  isp.exposure.least = {controlRange.minExposure, controlRange.minGain / 16.};
+  isp.exposure.most = {controlRange.maxExposure, controlRange.maxGain / 16.};
+  return isp;
 }
 
 }  // namespace
@@ -28,29 +43,56 @@ CameraLoop::CameraLoop(const LoopSettings& settings)
     : settings_(settings),
       sensor_(Scene(settings.size), settings.seed),
       raw_(settings.size),
-      exposure_(settings.metering, settings.size),
-      whiteBalance_(settings.size, gainStepPerFrame),
-      pipeline_(raw_, pipelineSettings(settings, sensor_)) {}
+      isp_(ispSettings(settings, sensor_)),
+      picture_(isp_.outputSize().width, isp_.outputSize().height),
+      accuracy_(settings.size, settings.preview, settings.degrees, settings.curve) {
+  if (settings.metering != Metering::isp) exposure_.emplace(settings.metering, settings.size);
+}
 
-FrameRecord CameraLoop::step(bool develop) {
+Band CameraLoop::band() const {
+  if (exposure_) return {exposure_->low(), exposure_->high(), exposure_->fullScale()};
+  const double target = vek::recommended::exposureTarget;
+  const double margin = vek::recommended::exposureTolerance * target;
+  return {target - margin, target + margin, 1023};
+}
+
+FrameRecord CameraLoop::step() {
   FrameRecord record;
   record.light = static_cast<size_t>(frame_ / framesPerLight) % lightScript().size();
   if (frame_ % framesPerLight == 0) sensor_.illuminate(lightScript()[record.light]);
   ++frame_;
   sensor_.expose(controls_, raw_);
   record.controls = controls_;
-  record.brightness = exposure_.brightness(raw_);
-  record.inBand = exposure_.inBand(record.brightness);
-  record.exposureStatus =
-      times_.measure(Stage::exposure, [&] { return exposure_.update(raw_, controls_); });
-  record.balanceStatus =
-      times_.measure(Stage::whiteBalance, [&] { return whiteBalance_.update(raw_, controls_); });
-  if (develop) {
-    times_.measure(Stage::rawPipeline, [&] { pipeline_.convert(raw_); });
-    times_.measure(Stage::preview, [&] {
-      toPicture(pipeline_.image(), settings_.preview, settings_.degrees, picture_);
-    });
+  const auto asFactor = [](double gain) { return static_cast<Vek16u>(std::lround(256 * gain)); };
+  record.controls.red = asFactor(isp_.gains().red);
+  record.controls.blue = asFactor(isp_.gains().blue);
+  isp_.setExposure({static_cast<double>(controls_.exposure), controls_.analogueGain / 16.});
+
+  const vek::View<const vek::RawByte> frame(reinterpret_cast<const Vek8u*>(raw_.row(0)),
+                                            {2 * raw_.width(), raw_.height()},
+                                            vek::Bytes(raw_.step()));
+  const vek::View<vek::Bgr24> out(
+      vek::View<Vek8u, 3>(picture_.bgr, {picture_.width, picture_.height}));
+  times_.measure(Stage::cameraPath, [&] { isp_.process(frame, out); });
+  if (frame_ % framesPerLight <= framesPerLight / 2 && frame_ % framesPerLight != 0)
+    accuracy_.clear();
+  accuracy_.add(picture_);
+
+  const vek::IspResults& results = isp_.results();
+  record.balanceStatus = results.balanceAtLimit   ? vekStsAwbGainAtLimit
+                         : results.balanceHasData ? vekStsNoErr
+                                                  : vekStsAwbNoData;
+  if (exposure_) {
+    record.brightness = exposure_->brightness(raw_);
+    record.exposureStatus =
+        times_.measure(Stage::exposure, [&] { return exposure_->update(raw_, controls_); });
+  } else {
+    record.brightness = results.brightness;
+    record.exposureStatus = results.exposureAtLimit ? vekStsAeAtLimit : vekStsNoErr;
+    controls_.exposure = static_cast<Vek16u>(std::lround(results.exposure.time));
+    controls_.analogueGain = static_cast<Vek16u>(std::lround(16 * results.exposure.gain));
   }
+  record.inBand = record.brightness >= band().low && record.brightness <= band().high;
   return record;
 }
 

@@ -3,12 +3,15 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
+#include <vek/isp.hpp>
 
+#include "vekcam/accuracy.h"
 #include "vekcam/exposure.h"
+#include "vekcam/picture.h"
 #include "vekcam/pipeline.h"
 #include "vekcam/stage_times.h"
-#include "vekcam/white_balance.h"
 
 namespace vekcam {
 
@@ -16,16 +19,18 @@ namespace vekcam {
 const std::vector<Light>& lightScript();
 constexpr int framesPerLight = 24;
 
-/// How fast the colour follows a new light: the most that a frame changes a gain by, in 1/256.
-constexpr int gainStepPerFrame = 40;
-
 struct LoopSettings {
   VekiSize size = {1280, 720};    ///< of the sensor, even
   VekiSize preview = {640, 360};  ///< of the picture before it is turned, even
   int degrees = 0;                ///< clockwise turn of the picture
   Curve curve = Curve::standard;
-  Metering metering = Metering::frame;
+  Metering metering = Metering::isp;
   uint64_t seed = 1;
+};
+
+/// What the exposure aims at.
+struct Band {
+  double low, high, fullScale;
 };
 
 /// What happened to one frame. The controls are those that it was taken with.
@@ -42,21 +47,23 @@ class CameraLoop {
  public:
   explicit CameraLoop(const LoopSettings& settings);
 
-  /// Takes and meters the next frame. With `develop` it also becomes the picture.
-  FrameRecord step(bool develop = true);
+  /// Takes and meters the next frame, and makes a picture of it.
+  FrameRecord step();
 
   const Picture& picture() const { return picture_; }
-  const Exposure& exposure() const { return exposure_; }
+  /// Of the pictures since half of the present light's time, when everything has settled.
+  Accuracy accuracy() const { return accuracy_.result(); }
+  Band band() const;
   const StageTimes& times() const { return times_; }
 
  private:
   LoopSettings settings_;
   Sensor sensor_;
   RawFrame raw_;
-  Exposure exposure_;
-  WhiteBalance whiteBalance_;
-  RawPipeline pipeline_;
+  std::optional<Exposure> exposure_;  ///< without Metering::isp
+  vek::Isp isp_;
   Picture picture_;
+  AccuracyMeter accuracy_;
   StageTimes times_;
   Controls controls_;
   int frame_ = 0;

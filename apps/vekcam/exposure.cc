@@ -23,6 +23,8 @@ constexpr int histogramSwing = 3 * histogramTolerance;  ///< with the steps of t
 
 int libraryMode(Metering metering) {
   switch (metering) {
+    case Metering::isp:
+      break;
     case Metering::histogram:
       return vekiAEHistogram;
     case Metering::frame:
@@ -86,6 +88,8 @@ Unsaturated unsaturatedGreen(const RawFrame& frame) {
 
 const char* name(Metering metering) {
   switch (metering) {
+    case Metering::isp:
+      return "isp";
     case Metering::histogram:
       return "histogram";
     case Metering::frame:

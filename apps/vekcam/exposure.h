@@ -11,9 +11,9 @@
 
 namespace vekcam {
 
-enum class Metering { frame, centre, windows, histogram };
-inline constexpr std::array allMeterings = {Metering::frame, Metering::centre, Metering::windows,
-                                            Metering::histogram};
+enum class Metering { isp, frame, centre, windows, histogram };
+inline constexpr std::array allMeterings = {Metering::isp, Metering::frame, Metering::centre,
+                                            Metering::windows, Metering::histogram};
 
 const char* name(Metering metering);
 
@@ -24,6 +24,7 @@ struct ControlRange {
 };
 constexpr ControlRange controlRange = {12, 2000, 16, 128};
 
+/// The laws of the library's own exposure function: all but Metering::isp.
 class Exposure {
  public:
   Exposure(Metering metering, VekiSize size);

@@ -82,8 +82,9 @@ void addSimulate(CLI::App& program, SimulateSettings& settings) {
            const auto named = [&](Metering metering) { return text == name(metering); };
            settings.loop.metering = *std::ranges::find_if(allMeterings, named);
          },
-         "What the exposure meters: frame (the default), centre, windows (the whole and\n"
-         "its middle), or histogram. The report compares with histogram, or with frame.")
+         "What the exposure meters: isp (the default: the camera path's own law), frame,\n"
+         "centre, windows (the whole and its middle), or histogram. The report compares\n"
+         "with isp, or with frame.")
       ->check(CLI::IsMember(meterings))
       ->type_name("MODE");
   app.add_option("--seed", settings.loop.seed, "Seed of the sensor's noise")

@@ -39,7 +39,7 @@ struct PipelineSettings {
   int degrees = 0;           ///< clockwise
   int scale = 1;             ///< 1, 2 or 4: how many times smaller the image becomes
   Curve curve = Curve::standard;
-  Matrix3 colorCorrection = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+  Matrix3 colorCorrection = vek::identityMatrix;
   std::vector<VekiDeadPixel> deadPixels;
 };
 

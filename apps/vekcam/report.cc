@@ -80,15 +80,15 @@ std::string exposurePlots(const Run& run) {
   const auto brightness = [](const FrameRecord& r) { return r.brightness; };
   const auto exposure = [](const FrameRecord& r) { return r.controls.exposure; };
   const auto gain = [](const FrameRecord& r) { return r.controls.analogueGain / 16.; };
-  const char* const title = run.metering == Metering::histogram
+  const char* const title = run.band.fullScale == 1023
                                 ? "Measured brightness (mean of the green samples)"
                                 : "Measured brightness (mean sum of both greens)";
   return svg({.title = title,
-              .high = run.fullScale,
+              .high = run.band.fullScale,
               .series = {series("brightness", "#3f7fd0", records, brightness)},
               .spans = spans,
-              .bandLow = run.low,
-              .bandHigh = run.high}) +
+              .bandLow = run.band.low,
+              .bandHigh = run.band.high}) +
          svg({.title = "Exposure time in rows",
               .low = 10,
               .high = controlRange.maxExposure,
@@ -103,7 +103,10 @@ std::string exposurePlots(const Run& run) {
 
 std::string lawInWords(Metering metering) {
   const std::string law =
-      metering == Metering::histogram
+      metering == Metering::isp ? "Time and gain are set in proportion to target and brightness, "
+                                  "the time first. Inside the "
+                                  "band nothing moves. "
+      : metering == Metering::histogram
           ? "A dark frame doubles the exposure time, and when that is at its limit raises the "
             "analogue gain by one half. Otherwise the time is set in proportion to target and "
             "brightness, which takes one frame; inside the band it follows the brightness, which "
@@ -191,8 +194,9 @@ std::string page(const Report& report) {
          image(report.contactSheet, "The run, from left to right and from top to bottom.") +
          "<p></p><div class=\"pictures\">\n" + pictures + "</div>\n" + "<h2>Exposure</h2>\n" +
          lawInWords(report.run.metering) + exposurePlots(report.run) + settlingTable(report.run) +
-         "<h2>White balance</h2>\n<p>Each gain moves by at most " +
-         std::to_string(gainStepPerFrame) + "/256 a frame; green stays.</p>\n" +
+         "<h2>White balance</h2>\n<p>A new light is balanced by the mean of the scene, then by "
+         "what is "
+         "nearly white in it; green stays.</p>\n" +
          gainPlot(report.run) + "<h2>Time per stage</h2>\n" + stageTable(report) +
          "<h2>The same lights, metered by " + name(report.comparison.metering) + "</h2>\n" +
          lawInWords(report.comparison.metering) + exposurePlots(report.comparison) +

@@ -11,7 +11,7 @@ namespace vekcam {
 /// One closed-loop run and what it aimed at.
 struct Run {
   Metering metering;
-  double low, high, fullScale;
+  Band band;
   std::vector<FrameRecord> records;
 };
 
@@ -23,7 +23,7 @@ struct ShownPicture {
 struct Report {
   LoopSettings settings;
   Run run;
-  Run comparison;  ///< the same lights with the other control law, metered only
+  Run comparison;  ///< the same lights with another control law, small
   StageTimes times;
   std::string contactSheet;  ///< PNG
   std::vector<ShownPicture> pictures;

@@ -31,7 +31,7 @@ constexpr Rgb scaled(Rgb c, double by) {
 }
 
 /// Four rows of six: materials, saturated colours, tints, greys.
-constexpr std::array<Rgb, 24> patches = {{
+constexpr std::array<Rgb, patchCount> patches = {{
     {.35f, .20f, .14f}, {.62f, .36f, .27f}, {.12f, .20f, .38f}, {.10f, .17f, .05f},
     {.24f, .22f, .45f}, {.13f, .50f, .42f}, {.45f, .04f, .04f}, {.06f, .32f, .07f},
     {.04f, .06f, .40f}, {.75f, .55f, .02f}, {.50f, .08f, .30f}, {.02f, .25f, .40f},
@@ -95,10 +95,11 @@ std::optional<Rgb> text(const Box& box, const char* words, int dots, double x, d
   return grey(.03);
 }
 
+constexpr Box board = {.5, .5, 6.9, 4.6};
+constexpr Box wedge = {7.9, 1.3, 7.6, .6};
+
 Rgb at(double x, double y) {
-  constexpr Box board = {.5, .5, 6.9, 4.6};
   constexpr Box ramp = {7.9, .5, 7.6, .8};
-  constexpr Box wedge = {7.9, 1.3, 7.6, .6};
   constexpr Box rainbow = {7.9, 2.1, 7.6, .8};
   constexpr Box lineGroups = {12.6, 6.1, 2.9, 2.4};
   constexpr Box title = {6.1, 6.3, 5.9, 1.2};
@@ -107,7 +108,8 @@ Rgb at(double x, double y) {
   if (board.holds(x, y))
     return patchBoard((x - board.x) / board.width, (y - board.y) / board.height);
   if (ramp.holds(x, y)) return grey((x - ramp.x) / ramp.width);
-  if (wedge.holds(x, y)) return grey(std::floor((x - wedge.x) / wedge.width * 16) / 15);
+  if (wedge.holds(x, y))
+    return grey(std::floor((x - wedge.x) / wedge.width * wedgeSteps) / (wedgeSteps - 1));
   if (rainbow.holds(x, y)) return hue((x - rainbow.x) / rainbow.width);
   if (lineGroups.holds(x, y)) {
     return lines((x - lineGroups.x) / lineGroups.width, (y - lineGroups.y) / lineGroups.height);
@@ -130,12 +132,45 @@ Rgb at(double x, double y) {
   return y < 8.2 ? grey(.24 + .012 * x - .008 * y) : scaled({.20f, .17f, .14f}, 1.2 - .02 * x);
 }
 
+/// Where a scene of some size lies on the plane.
+struct Frame {
+  explicit Frame(VekiSize size)
+      : scale(std::max(16.0 / size.width, 9.0 / size.height)),
+        left(8 - scale * size.width / 2),
+        top(4.5 - scale * size.height / 2) {}
+
+  double scale;  ///< units of a sample
+  double left, top;
+};
+
+/// The middle half of a box.
+VekiRect middle(const Box& box, VekiSize size) {
+  const Frame frame(size);
+  const auto samples = [&](double units) { return static_cast<int>(units / frame.scale); };
+  return {samples(box.x + box.width / 4 - frame.left), samples(box.y + box.height / 4 - frame.top),
+          std::max(1, samples(box.width / 2)), std::max(1, samples(box.height / 2))};
+}
+
 }  // namespace
 
+Rgb patchReflectance(int patch) {
+  return patches[static_cast<size_t>(patch)];
+}
+
+VekiRect patchArea(int patch, VekiSize size) {
+  const double width = board.width / 6;
+  const double height = board.height / 4;
+  const int row = patch / 6;
+  return middle({board.x + patch % 6 * width, board.y + row * height, width, height}, size);
+}
+
+VekiRect wedgeArea(int step, VekiSize size) {
+  const double width = wedge.width / wedgeSteps;
+  return middle({wedge.x + step * width, wedge.y, width, wedge.height}, size);
+}
+
 Scene::Scene(VekiSize sceneSize) : size(sceneSize) {
-  const double scale = std::max(16.0 / size.width, 9.0 / size.height);
-  const double left = 8 - scale * size.width / 2;
-  const double top = 4.5 - scale * size.height / 2;
+  const auto [scale, left, top] = Frame(size);
   // Nine rays, spread over a little more than a sample: the blur of a lens, without which a Bayer
   // sensor turns every edge into coloured dots.
   constexpr double offsets[] = {-.2, .5, 1.2};

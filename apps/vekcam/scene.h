@@ -20,4 +20,15 @@ struct Scene {
   std::vector<Rgb> reflectance;  ///< rows of size.width
 };
 
+/// Of the colour patches, the last six of which are grey, and of the steps of the grey wedge.
+constexpr int patchCount = 24;
+constexpr int firstGreyPatch = 18;
+constexpr int wedgeSteps = 16;
+
+Rgb patchReflectance(int patch);
+
+/// The middle of a patch, or of a step of the wedge, in samples of a scene of this size.
+VekiRect patchArea(int patch, VekiSize size);
+VekiRect wedgeArea(int step, VekiSize size);
+
 }  // namespace vekcam

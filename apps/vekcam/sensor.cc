@@ -15,7 +15,7 @@ constexpr float electronsPerUnit = 69;  ///< collected by green per row's time f
 constexpr size_t noiseLength = 1 << 16;
 
 /// Which part of the scene's red, green and blue each channel sees: neighbouring colours leak in.
-constexpr Matrix3 response = {{{.74, .21, .05}, {.13, .75, .12}, {.04, .20, .76}}};
+constexpr Matrix3 response = {{{{.74, .21, .05}}, {{.13, .75, .12}}, {{.04, .20, .76}}}};
 /// Sensitivity to a white in daylight; red and blue filters pass less than green.
 constexpr double sensitivity[3] = {.55, 1, .70};
 
@@ -77,6 +77,10 @@ Sensor::Sensor(Scene scene, uint64_t seed) : scene_(std::move(scene)), randomSta
 
 Matrix3 Sensor::colorCorrection() {
   return inverse(response);
+}
+
+vek::ColourGains Sensor::daylightGains() {
+  return {1 / sensitivity[0], 1 / sensitivity[1], 1 / sensitivity[2]};
 }
 
 uint64_t Sensor::random() {  // splitmix64

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <vector>
+#include <vek/isp.hpp>
 
 #include "vekcam/raw_frame.h"
 #include "vekcam/scene.h"
@@ -24,7 +25,7 @@ struct Light {
   double level;  ///< 1: a grey of 18 % fills a fifth of the range in about 128 rows
 };
 
-using Matrix3 = std::array<std::array<double, 3>, 3>;
+using vek::Matrix3;
 
 class Sensor {
  public:
@@ -32,6 +33,8 @@ class Sensor {
 
   /// From the channels, balanced for the light, to the scene's linear colour; the rows add up to 1.
   static Matrix3 colorCorrection();
+  /// What balances the channels in daylight.
+  static vek::ColourGains daylightGains();
 
   /// The light that falls on the scene from now on.
   void illuminate(const Light& light);

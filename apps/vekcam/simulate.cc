@@ -60,19 +60,19 @@ class Progress {
   bool shown_;
 };
 
-Run emptyRun(Metering metering, const Exposure& exposure) {
-  return {metering, exposure.low(), exposure.high(), exposure.fullScale(), {}};
+Run emptyRun(Metering metering, const CameraLoop& loop) {
+  return {metering, loop.band(), {}};
 }
 
-/// The same lights with the other law, metered only.
+/// The same lights with another law, small.
 Run compare(const SimulateSettings& settings) {
   LoopSettings other = settings.loop;
   other.size = comparisonSize;
-  other.metering =
-      settings.loop.metering == Metering::histogram ? Metering::frame : Metering::histogram;
+  other.preview = comparisonSize;
+  other.metering = settings.loop.metering == Metering::isp ? Metering::frame : Metering::isp;
   CameraLoop loop(other);
-  Run run = emptyRun(other.metering, loop.exposure());
-  for (int i = 0; i < settings.frames; ++i) run.records.push_back(loop.step(false));
+  Run run = emptyRun(other.metering, loop);
+  for (int i = 0; i < settings.frames; ++i) run.records.push_back(loop.step());
   return run;
 }
 
@@ -108,14 +108,11 @@ std::string simulate(const SimulateSettings& settings) {
   }
 
   CameraLoop loop(settings.loop);
-  Report report = {settings.loop,
-                   emptyRun(settings.loop.metering, loop.exposure()),
-                   compare(settings),
-                   {},
-                   {},
-                   {}};
+  Report report = {
+      settings.loop, emptyRun(settings.loop.metering, loop), compare(settings), {}, {}, {}};
   std::vector<FrameRecord>& records = report.run.records;
   std::map<size_t, ShownPicture> lastOfLight;
+  std::string colours;
   std::vector<Picture> small;
   std::vector<std::string> captions;
   const int thumbnailStride = (settings.frames + thumbnails - 1) / thumbnails;
@@ -135,6 +132,7 @@ std::string simulate(const SimulateSettings& settings) {
       }
       if (i % framesPerLight == framesPerLight - 1 || i == settings.frames - 1) {
         lastOfLight[records.back().light] = {"Frame " + std::to_string(i) + ", " + light, png};
+        colours += light + ": " + describe(loop.accuracy()) + "\n";
       }
       progress.at(i + 1, light);
     }
@@ -151,7 +149,7 @@ std::string simulate(const SimulateSettings& settings) {
       "%d frames, %d x %d raw to %d x %d: the library's work allows %.0f frames per second\n",
       settings.frames, settings.loop.size.width, settings.loop.size.height,
       settings.loop.preview.width, settings.loop.preview.height, 1e6 / report.times.totalMedian());
-  return heading + report.times.table() + settlingLine(report.run) +
+  return heading + report.times.table() + settlingLine(report.run) + colours +
          "pictures: " + (directory / "frames").string() +
          "\ncontact sheet: " + (directory / "contact_sheet.png").string() +
          "\nreport: " + (directory / "report.html").string() + "\n";

@@ -15,6 +15,8 @@ const char* name(Stage stage) {
       return "raw pipeline";
     case Stage::preview:
       return "RGB preview";
+    case Stage::cameraPath:
+      return "camera path";
   }
   return "";
 }

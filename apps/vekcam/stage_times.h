@@ -8,9 +8,9 @@
 
 namespace vekcam {
 
-enum class Stage { exposure, whiteBalance, rawPipeline, preview };
+enum class Stage { exposure, whiteBalance, rawPipeline, preview, cameraPath };
 inline constexpr std::array allStages = {Stage::exposure, Stage::whiteBalance, Stage::rawPipeline,
-                                         Stage::preview};
+                                         Stage::preview, Stage::cameraPath};
 
 const char* name(Stage stage);
 

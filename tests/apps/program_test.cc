@@ -159,7 +159,8 @@ TEST_F(Program, SimulatesIntoADirectory) {
           "x/y");
   ASSERT_EQ(outcome.code, 0) << outcome.error;
   EXPECT_EQ(outcome.error, "");  // the progress bar is for terminals
-  for (const char* word : {"frames per second", "exposure", "raw pipeline", "report.html"}) {
+  for (const char* word :
+       {"frames per second", "exposure", "camera path", "colour difference", "report.html"}) {
     EXPECT_NE(outcome.out.find(word), std::string::npos) << word;
   }
   for (const char* file : {"frames/frame_0000.png", "frames/frame_0002.png", "contact_sheet.png"}) {

@@ -1,0 +1,154 @@
+#include "vekcam/accuracy.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+namespace vekcam {
+namespace {
+
+using Triple = std::array<double, 3>;
+
+/// CIE L*, a*, b* of linear sRGB, relative to its own white (D65).
+Triple lab(const Triple& rgb) {
+  constexpr double toXyz[3][3] = {{.4124564, .3575761, .1804375},
+                                  {.2126729, .7151522, .0721750},
+                                  {.0193339, .1191920, .9503041}};
+  const auto f = [](double t) {
+    return t > 216. / 24389 ? std::cbrt(t) : (24389. / 27 * t + 16) / 116;
+  };
+  Triple v;
+  for (size_t i = 0; i < 3; ++i) {
+    const double* const row = toXyz[i];
+    v[i] = f((row[0] * rgb[0] + row[1] * rgb[1] + row[2] * rgb[2]) / (row[0] + row[1] + row[2]));
+  }
+  return {116 * v[1] - 16, 500 * (v[0] - v[1]), 200 * (v[1] - v[2])};
+}
+
+double difference(const Triple& a, const Triple& b) {
+  const Triple first = lab(a);
+  const Triple second = lab(b);
+  return std::hypot(first[0] - second[0], first[1] - second[1], first[2] - second[2]);
+}
+
+double light(double code, Curve curve) {
+  const double x = code / 255;
+  if (curve == Curve::linear) return x;
+  return x <= .04045 ? x / 12.92 : std::pow((x + .055) / 1.055, 2.4);
+}
+
+/// A picture by the samples of the sensor that it shows.
+struct Shown {
+  const Picture& picture;
+  VekiSize sensor, preview;
+  int degrees;
+
+  const Vek8u* at(int x, int y) const {
+    const auto scaled = [](int i, int from, int to) {
+      return std::clamp(static_cast<int>((i + .5) * to / from), 0, to - 1);
+    };
+    const int column = scaled(x, sensor.width, preview.width);
+    const int row = scaled(y, sensor.height, preview.height);
+    const int right = preview.width - 1 - column;
+    const int below = preview.height - 1 - row;
+    const auto pixel = [this](int px, int py) { return picture.row(py) + 3 * px; };
+    switch (degrees) {
+      case 90:
+        return pixel(below, column);
+      case 180:
+        return pixel(right, below);
+      case 270:
+        return pixel(row, right);
+      default:
+        return pixel(column, row);
+    }
+  }
+
+  /// The mean red, green and blue of what `value` makes of each code.
+  template <typename Value>
+  Triple mean(const VekiRect& area, const Value& value) const {
+    Triple sum = {};
+    for (int y = area.y; y < area.y + area.height; ++y) {
+      for (int x = area.x; x < area.x + area.width; ++x) {
+        const Vek8u* const bgr = at(x, y);
+        for (size_t i = 0; i < 3; ++i) sum[i] += value(bgr[2 - i]);
+      }
+    }
+    for (double& channel : sum) channel /= static_cast<double>(area.width) * area.height;
+    return sum;
+  }
+};
+
+}  // namespace
+
+AccuracyMeter::AccuracyMeter(VekiSize sensor, VekiSize preview, int degrees, Curve curve)
+    : sensor_(sensor), preview_(preview), degrees_(degrees) {
+  for (size_t code = 0; code < light_.size(); ++code) {
+    light_[code] = light(static_cast<double>(code), curve);
+  }
+}
+
+void AccuracyMeter::add(const Picture& picture) {
+  const Shown shown = {picture, sensor_, preview_, degrees_};
+  const auto addTo = [this](Triple& sum, const Triple& mean) {
+    for (size_t i = 0; i < 3; ++i) sum[i] = count_ == 0 ? mean[i] : sum[i] + mean[i];
+  };
+  for (int i = 0; i < patchCount; ++i) {
+    addTo(patches_[static_cast<size_t>(i)],
+          shown.mean(patchArea(i, sensor_), [this](Vek8u code) { return light_[code]; }));
+  }
+  for (int i = 0; i < wedgeSteps; ++i) {
+    addTo(wedge_[static_cast<size_t>(i)],
+          shown.mean(wedgeArea(i, sensor_), [this](Vek8u code) { return light_[code]; }));
+  }
+  ++count_;
+}
+
+Accuracy AccuracyMeter::result() const {
+  const auto code = [this](double light) {  // between two codes in proportion
+    const auto above = std::upper_bound(light_.begin() + 1, light_.end() - 1, light);
+    return static_cast<double>(above - light_.begin()) - (*above - light) / (*above - *(above - 1));
+  };
+  const auto known = [](size_t i) {
+    const Rgb c = patchReflectance(static_cast<int>(i));
+    return Triple{c.r, c.g, c.b};
+  };
+  double product = 0;
+  double square = 0;
+  for (size_t i = firstGreyPatch; i < patchCount; ++i) {
+    for (size_t j = 0; j < 3; ++j) {
+      product += patches_[i][j] * known(i)[j];
+      square += known(i)[j] * known(i)[j];
+    }
+  }
+  const double brightness = std::max(product / square, 1e-3);
+  Accuracy result = {0, 0, 0, 0, true};
+  for (size_t i = 0; i < patchCount; ++i) {
+    Triple seen = patches_[i];
+    for (double& channel : seen) channel /= brightness;
+    const double d = difference(seen, known(i));
+    result.meanDifference += d / patchCount;
+    if (d <= result.worstDifference) continue;
+    result.worstDifference = d;
+    result.worstPatch = static_cast<int>(i) + 1;
+  }
+  for (size_t i = 1; i < wedgeSteps; ++i) {
+    // Not of the first step, which is black: noise around 0 has but one sign there.
+    const auto [low, high] = std::minmax_element(wedge_[i].begin(), wedge_[i].end());
+    result.greySpread = std::max(result.greySpread, code(*high / count_) - code(*low / count_));
+    result.isMonotonic = result.isMonotonic && wedge_[i][1] >= wedge_[i - 1][1];
+  }
+  return result;
+}
+
+std::string describe(const Accuracy& a) {
+  char text[160];
+  std::snprintf(text, sizeof text,
+                "colour difference %.1f, at most %.1f (patch %d); greys within %.1f codes%s",
+                a.meanDifference, a.worstDifference, a.worstPatch, a.greySpread,
+                a.isMonotonic ? "" : ", not monotonic");
+  return text;
+}
+
+}  // namespace vekcam
