@@ -115,7 +115,7 @@ VekStatus vekiInitAlloc_RealFFT_32s(int orderX, int orderY, VekiRealFFTSpec** pp
   void* const memory = vekMalloc(vek::specBytes);
   if (memory == nullptr) return vekStsMemAllocErr;
   vek::makeSpec(memory, orderX, orderY);
-  *ppSpec = static_cast<VekiRealFFTSpec*>(memory);
+  memcpy(ppSpec, &memory, sizeof memory);  // at any address
   return vekStsNoErr;
 }
 
