@@ -10,16 +10,16 @@ namespace {
 
 /// (v steps + t) / 255 for bytes v and t in one multiplication. With v in the high byte of a lane and
 /// b = 256 t / steps + 1, it is (256 v + b) a >> 16 + shift, where a is steps 2^(8 + shift) / 255
-/// rounded up and the shift the largest that leaves a 16 bits. The sum is limited to 16 bits, which
-/// changes no index. Tried for every number of levels, every v, and every t that is used here.
+/// rounded up. The sum and a are limited to 16 bits, which changes no index. Tried for every number of
+/// levels, every v and every t that is used, with a shift of 8, which leaves the index in the high
+/// byte; the larger ones of fields of 16-bit pixels are tried for their numbers of levels.
 struct Index {
   int steps;
-  int shift;
   Vek16u a;
 
-  constexpr explicit Index(int levels) : steps(levels - 1), shift(0), a(0) {
-    while ((steps << (9 + shift)) / 255 + 1 <= 0xFFFF) ++shift;
-    a = static_cast<Vek16u>(((steps << (8 + shift)) + 254) / 255);
+  constexpr explicit Index(int levels, int shift = 8) : steps(levels - 1), a(0) {
+    const int factor = ((steps << (8 + shift)) + 254) / 255;
+    a = static_cast<Vek16u>(factor < 0xFFFF ? factor : 0xFFFF);
   }
   constexpr Vek16u offset(int t) const { return static_cast<Vek16u>(256 * t / steps + 1); }
 };
@@ -49,19 +49,17 @@ struct GreyValue {
   }
 };
 
-/// Levels whose number is known at run time: nearest() has the indices of the levels next to bytes,
-/// grey() the values of indices, of one vector or as the even and odd bytes of one.
+/// nearest() has the indices of the levels next to bytes, grey() the values of indices.
 class NearestIndex {
  public:
   explicit NearestIndex(const Index& index)
-      : a_(hn::Set(u16, index.a)), offset_(hn::Set(u16, index.offset(127))), shift_(index.shift) {}
+      : a_(hn::Set(u16, index.a)), offset_(hn::Set(u16, index.offset(127))) {}
   V16u nearest(V16u v) const {
-    return hn::ShiftRightSame(scaledIndex(hn::ShiftLeft<8>(v), offset_, a_), shift_);
+    return hn::ShiftRight<8>(scaledIndex(hn::ShiftLeft<8>(v), offset_, a_));
   }
 
  private:
   V16u a_, offset_;
-  int shift_;
 };
 
 /// Up to 16, whose grey values fit a shuffle.
@@ -77,7 +75,8 @@ class FewLevels : public NearestIndex {
   }
   /// The high bytes are index 0, black.
   V16u grey(V16u k) const { return hn::BitCast(u16, values(hn::BitCast(u8, k))); }
-  V8u grey(V16u even, V16u odd) const { return values(joinBytes(even, odd)); }
+  /// Of indices in the high bytes, as the even and the odd bytes of a vector.
+  V8u greyBytes(V16u even, V16u odd) const { return values(joinHighBytes(even, odd)); }
 
  private:
   V8u values(V8u k) const { return hn::TableLookupBytes(values_, k); }
@@ -94,7 +93,9 @@ class ManyLevels : public NearestIndex {
     const V16u dividend = hn::Add(hn::Sub(hn::ShiftLeft<8>(k), k), offset_);
     return hn::ShiftRightSame(hn::MulHigh(dividend, reciprocal_), shift_);
   }
-  V8u grey(V16u even, V16u odd) const { return joinBytes(grey(even), grey(odd)); }
+  V8u greyBytes(V16u even, V16u odd) const {
+    return joinBytes(grey(hn::ShiftRight<8>(even)), grey(hn::ShiftRight<8>(odd)));
+  }
 
  private:
   ManyLevels(const Index& index, const GreyValue& grey)
@@ -109,13 +110,8 @@ class ManyLevels : public NearestIndex {
 
 /// The levels of a field of 4, 5 or 6 bits.
 template <int bits>
-struct FieldLevels {
-  static constexpr Index index = Index(1 << bits);
-
-  V16u nearest(V16u v) const {
-    return hn::ShiftRight<index.shift>(
-        scaledIndex(hn::ShiftLeft<8>(v), hn::Set(u16, index.offset(127)), hn::Set(u16, index.a)));
-  }
+struct FieldLevels : NearestIndex {
+  FieldLevels() : NearestIndex(Index(1 << bits)) {}
   V16u grey(V16u k) const {
     if constexpr (bits == 4) return hn::Or(hn::ShiftLeft<4>(k), k);
     const auto factor = static_cast<Vek16u>(bits == 5 ? 527 : 259);

@@ -18,27 +18,37 @@ inline V16u oddHigh(V8u v) {
 }
 
 /// What is added in a row to the samples at even and at odd places.
-struct Offsets {
+struct RowOffsets {
   V16u even, odd;
 };
 
-/// Blocks begin at multiples of the matrix's size.
-inline Offsets offsetsOf(const Index& index, const Vek8u (&row)[matrixSize], int x) {
-  alignas(16) Vek16u even[8], odd[8];
-  for (int i = 0; i < 8; ++i) {
-    even[i] = index.offset(row[(x + 2 * i) & 7]);
-    odd[i] = index.offset(row[(x + 2 * i + 1) & 7]);
+/// The same for all rows of the matrix, for blocks that begin at its column x.
+class Offsets {
+ public:
+  Offsets(const Index& index, int x) {
+    for (int y = 0; y < matrixSize; ++y) {
+      for (int i = 0; i < matrixSize; ++i) {
+        even_[y][i] = index.offset(thresholds.at[y][(x + 2 * i) & 7]);
+        odd_[y][i] = index.offset(thresholds.at[y][(x + 2 * i + 1) & 7]);
+      }
+    }
   }
-  return {hn::LoadDup128(u16, even), hn::LoadDup128(u16, odd)};
-}
+  RowOffsets row(int y) const {
+    return {hn::LoadDup128(u16, even_[y]), hn::LoadDup128(u16, odd_[y])};
+  }
 
-// ---- Ordered dithering. Each destination has a body for a block of vectorBytes pixels.
+ private:
+  alignas(16) Vek16u even_[matrixSize][matrixSize], odd_[matrixSize][matrixSize];
+};
+
+// ---- Ordered dithering. Each destination has a body, for each row of the matrix, for a block of
+// vectorBytes pixels.
 
 template <int channels, int dstBytes, int dstPixels, class BodyOfRow>
 void forEachRow(const Picture& picture, VekiPoint origin, BodyOfRow bodyOfRow) {
   VEK_ASSERT(picture.width >= 1 && picture.height >= 1);
   for (int y = 0; y < picture.height; ++y) {
-    const auto body = bodyOfRow(thresholds.at[(y + (origin.y & 7)) & 7], origin.x & 7);
+    const auto body = bodyOfRow((y + (origin.y & 7)) & 7);
     copiedBlocks<vectorBytes>(picture.width, body, In<channels>{picture.src + y * picture.srcStep},
                               Out<dstBytes, dstPixels>{picture.dst + y * picture.dstStep});
   }
@@ -48,13 +58,14 @@ template <class Levels>
 void orderBytesTo(const Picture& picture, const Levels& levels, const Index& index,
                   VekiPoint origin) {
   const V16u a = hn::Set(u16, index.a);
-  forEachRow<1, 1, 1>(picture, origin, [=](const Vek8u(&row)[matrixSize], int x) {
-    const Offsets offsets = offsetsOf(index, row, x);
+  const Offsets all(index, origin.x & 7);
+  forEachRow<1, 1, 1>(picture, origin, [&](int row) {
+    const RowOffsets offsets = all.row(row);
     return [=](const Vek8u* src, Vek8u* dst) {
       const V8u v = hn::LoadU(u8, src);
-      const V16u even = hn::ShiftRightSame(scaledIndex(evenHigh(v), offsets.even, a), index.shift);
-      const V16u odd = hn::ShiftRightSame(scaledIndex(oddHigh(v), offsets.odd, a), index.shift);
-      hn::StoreU(levels.grey(even, odd), u8, dst);
+      hn::StoreU(levels.greyBytes(scaledIndex(evenHigh(v), offsets.even, a),
+                                  scaledIndex(oddHigh(v), offsets.odd, a)),
+                 u8, dst);
     };
   });
 }
@@ -68,14 +79,17 @@ void orderBytes(const Picture& picture, int levels, VekiPoint origin) {
 
 /// With two levels, a sample is white if v + t >= 255.
 void orderBits1(const Picture& picture, int, VekiPoint origin) {
-  forEachRow<1, 1, 8>(picture, origin, [=](const Vek8u(&row)[matrixSize], int x) {
-    // Bit masks have the first lane in the lowest bit: lanes are reversed in groups of eight.
-    alignas(16) Vek8u least[16], reversed[16];
-    for (int i = 0; i < 16; ++i) {
-      least[i] = static_cast<Vek8u>(255 - row[(x + 7 - i % 8) & 7]);
-      reversed[i] = static_cast<Vek8u>(i ^ 7);
+  // Bit masks have the first lane in the lowest bit: lanes are reversed in groups of eight.
+  alignas(16) Vek8u least[matrixSize][16], reversed[16];
+  for (int i = 0; i < 16; ++i) {
+    reversed[i] = static_cast<Vek8u>(i ^ 7);
+    for (int y = 0; y < matrixSize; ++y) {
+      least[y][i] = static_cast<Vek8u>(255 - thresholds.at[y][((origin.x & 7) + (i ^ 7)) & 7]);
     }
-    const V8u leasts = hn::LoadDup128(u8, least), order = hn::LoadDup128(u8, reversed);
+  }
+  const V8u order = hn::LoadDup128(u8, reversed);
+  forEachRow<1, 1, 8>(picture, origin, [&](int row) {
+    const V8u leasts = hn::LoadDup128(u8, least[row]);
     return [=](const Vek8u* src, Vek8u* dst) {
       const V8u v = hn::TableLookupBytes(hn::LoadU(u8, src), order);
       hn::StoreMaskBits(u8, hn::Eq(hn::Max(v, leasts), v), dst);
@@ -87,13 +101,14 @@ void orderBits1(const Picture& picture, int, VekiPoint origin) {
 template <int bits>
 void orderBits(const Picture& picture, int, VekiPoint origin) {
   constexpr Index index(1 << bits);
-  forEachRow<1, 1, 8 / bits>(picture, origin, [=](const Vek8u(&row)[matrixSize], int x) {
-    const Offsets offsets = offsetsOf(index, row, x);
+  const Offsets all(index, origin.x & 7);
+  forEachRow<1, 1, 8 / bits>(picture, origin, [&](int row) {
+    const RowOffsets offsets = all.row(row);
     return [=](const Vek8u* src, Vek8u* dst) {
       const V16u a = hn::Set(u16, index.a);
       const V8u v = hn::LoadU(u8, src);
-      const V16u even = hn::ShiftRight<index.shift>(scaledIndex(evenHigh(v), offsets.even, a));
-      const V16u odd = hn::ShiftRight<index.shift>(scaledIndex(oddHigh(v), offsets.odd, a));
+      const V16u even = hn::ShiftRight<8>(scaledIndex(evenHigh(v), offsets.even, a));
+      const V16u odd = hn::ShiftRight<8>(scaledIndex(oddHigh(v), offsets.odd, a));
       const V16s pairs = hn::BitCast(s16, hn::Or(hn::ShiftLeft<bits>(even), odd));
       if constexpr (bits == 4) {
         hn::StoreU(hn::DemoteTo(halfU8, pairs), halfU8, dst);
@@ -106,23 +121,21 @@ void orderBits(const Picture& picture, int, VekiPoint origin) {
   });
 }
 
-/// A field of a 16-bit pixel.
+/// A field of a 16-bit pixel; those of high bits come out of the multiplication where they belong.
 template <int bits, int position>
 struct Field {
-  static constexpr Index index = Index(1 << bits);
+  static constexpr int shift = position > 8 ? position : 8;
+  static constexpr Index index = Index(1 << bits, shift);
 
-  Offsets offsets;
+  RowOffsets offsets;
 
-  Field(const Vek8u (&row)[matrixSize], int x) : offsets(offsetsOf(index, row, x)) {}
   V16u even(V8u v) const { return placed(scaledIndex(evenHigh(v), offsets.even, factor())); }
   V16u odd(V8u v) const { return placed(scaledIndex(oddHigh(v), offsets.odd, factor())); }
 
  private:
   static V16u factor() { return hn::Set(u16, index.a); }
   static V16u placed(V16u scaled) {
-    constexpr int left = position - index.shift;
-    const V16u moved =
-        hn::ShiftRight < left < 0 ? -left : 0 > (hn::ShiftLeft < left < 0 ? 0 : left > (scaled));
+    const V16u moved = hn::ShiftRight<shift - position>(scaled);
     if constexpr (position == 0) return moved;  // nothing is left above it
     return hn::And(moved, hn::Set(u16, ((1 << bits) - 1) << position));
   }
@@ -130,10 +143,15 @@ struct Field {
 
 template <class Format>
 void orderPixels(const Picture& picture, int, VekiPoint origin) {
-  forEachRow<3, 2, 1>(picture, origin, [=](const Vek8u(&row)[matrixSize], int x) {
-    const Field<Format::rBits, Format::rPos> first(row, x);
-    const Field<Format::gBits, Format::gPos> second(row, x);
-    const Field<Format::bBits, Format::bPos> third(row, x);
+  using First = Field<Format::rBits, Format::rPos>;
+  using Second = Field<Format::gBits, Format::gPos>;
+  using Third = Field<Format::bBits, Format::bPos>;
+  const int x = origin.x & 7;
+  const Offsets ofFirst(First::index, x), ofSecond(Second::index, x), ofThird(Third::index, x);
+  forEachRow<3, 2, 1>(picture, origin, [&](int row) {
+    const First first = {ofFirst.row(row)};
+    const Second second = {ofSecond.row(row)};
+    const Third third = {ofThird.row(row)};
     return [=](const Vek8u* src, Vek8u* dst) {
       const Channels v = loadChannels(src);
       const V16u even = hn::Or(hn::Or(first.even(v.c0), second.even(v.c1)), third.even(v.c2));
