@@ -14,12 +14,70 @@ namespace {
 
 using portable::cubic, portable::linear;
 
-/// The samples around a position that interpolation reads: `count` in each direction, the first one
-/// `before` the position's whole pixel.
-struct Taps {
-  int count, before;
+/// How many of a row's `taps` samples, 1, 2 or 4, are before the position's whole pixel.
+constexpr int tapsBefore(int taps) {
+  return taps == 4 ? 1 : 0;
+}
+
+/// Clamped to 0 .. side - 1.
+int clamped(int v, int side) {
+  return v < 0 ? 0 : v < side ? v : side - 1;
+}
+
+/// Writes the pixel at a position at which the border has a part in the result.
+template <int channels, int taps>
+void writeEdge(const WarpArguments& call, Vek32s column, Vek32s row, Vek8u* dst) {
+  constexpr int fractionBits = taps == 1 ? 0 : 7;
+  const bool constant = call.border == vekiBorderConstant;
+  const int i = (column >> fractionBits) - tapsBefore(taps);
+  const int j = (row >> fractionBits) - tapsBefore(taps);
+  int offsets[taps];
+  bool beside[taps];
+  for (int a = 0; a < taps; ++a) {
+    const int inside = clamped(i + a, call.srcSize.width);
+    offsets[a] = inside * channels;
+    beside[a] = constant && inside != i + a;
+  }
+  const Vek8u* pixels[taps][taps];
+  for (int b = 0; b < taps; ++b) {
+    const int inside = clamped(j + b, call.srcSize.height);
+    const Vek8u* const samples = call.pSrc + ptrdiff_t{inside} * call.srcStep;
+    const bool above = constant && inside != j + b;
+    for (int a = 0; a < taps; ++a) {
+      pixels[b][a] = above || beside[a] ? call.borderValue : samples + offsets[a];
+    }
+  }
+  for (int c = 0; c < channels; ++c) {
+    const auto at = [&](int a, int b) { return pixels[b][a][c]; };
+    if constexpr (taps == 1) {
+      dst[c] = at(0, 0);
+    } else {
+      dst[c] = taps == 2 ? linear(at, column & 127, row & 127) : cubic(at, column & 127, row & 127);
+    }
+  }
+}
+
+using WriteEdges = void (*)(const WarpArguments& call, const Vek32s* columns, const Vek32s* rows,
+                            int n, Vek8u* dst);
+
+template <int channels, int taps>
+void writeEdges(const WarpArguments& call, const Vek32s* columns, const Vek32s* rows, int n,
+                Vek8u* dst) {
+  for (int k = 0; k < n; ++k) {
+    writeEdge<channels, taps>(call, columns[k], rows[k], dst + k * channels);
+  }
+}
+
+/// What an interpolation does, for the numbers of its selector.
+struct Interpolation {
+  int taps;
+  WarpSampler WarpSamplers::*sampler;
+  WriteEdges edgesC1, edgesC3;
 };
-constexpr Taps tapsOf[] = {{1, 0}, {2, 0}, {4, 1}};
+constexpr Interpolation interpolations[] = {
+    {1, &WarpSamplers::nearest, writeEdges<1, 1>, writeEdges<3, 1>},
+    {2, &WarpSamplers::linear, writeEdges<1, 2>, writeEdges<3, 2>},
+    {4, &WarpSamplers::cubic, writeEdges<1, 4>, writeEdges<3, 4>}};
 
 /// A call's walk over its destination.
 class Walk {
@@ -41,14 +99,12 @@ class Walk {
     return touched_.contains(position) && !inside_.contains(position);
   }
   void writeOutside(int n, Vek8u* dst) const;
-  void writeEdge(Vek32s column, Vek32s row, Vek8u* dst) const;
-  const Vek8u* pixelAt(int i, int j) const;
   WarpBox positionsOfPixels(int left, int top, int right, int bottom) const;
 
   const WarpArguments& a_;
   const WarpKernels& kernels_;
-  const Taps taps_;
   WarpSampler sampler_;
+  WriteEdges writeEdges_;
   WarpBox inside_;   ///< positions that the sampler may have
   WarpBox touched_;  ///< positions at which the source has a part in the result
 };
@@ -57,20 +113,17 @@ Walk::Walk(const WarpArguments& a, int pixelChannels, const WarpKernels& kernels
     : channels(pixelChannels),
       fractionBits(a.interpolation == vekiWarpNearest ? 0 : 7),
       a_(a),
-      kernels_(kernels),
-      taps_(tapsOf[a.interpolation]) {
-  const WarpSamplers& samplers = channels == 1 ? kernels.c1 : kernels.c3;
-  sampler_ = a.interpolation == vekiWarpNearest  ? samplers.nearest
-             : a.interpolation == vekiWarpLinear ? samplers.linear
-                                                 : samplers.cubic;
+      kernels_(kernels) {
+  const Interpolation& interpolation = interpolations[a.interpolation];
+  sampler_ = (channels == 1 ? kernels.c1 : kernels.c3).*interpolation.sampler;
+  writeEdges_ = channels == 1 ? interpolation.edgesC1 : interpolation.edgesC3;
   const auto [width, height] = a.srcSize;
+  const int taps = interpolation.taps, before = tapsBefore(taps);
   const int pixels = (static_cast<int>(sampler_.bytes) + channels - 1) / channels;
-  inside_ = positionsOfPixels(taps_.before, taps_.before, width - pixels + taps_.before,
-                              height - taps_.count + taps_.before);
+  inside_ = positionsOfPixels(before, before, width - pixels + before, height - taps + before);
   if (a.border == vekiBorderConstant) {
-    const int beyond = taps_.count - 1 - taps_.before;
-    touched_ =
-        positionsOfPixels(-beyond, -beyond, width - 1 + taps_.before, height - 1 + taps_.before);
+    const int after = taps - 1 - before;
+    touched_ = positionsOfPixels(-after, -after, width - 1 + before, height - 1 + before);
   } else if (a.border == vekiBorderTransparent) {
     touched_ = {0, 0, (width - 1) << fractionBits, (height - 1) << fractionBits};
   } else {
@@ -94,10 +147,10 @@ void Walk::write(const WarpPositions& positions, const WarpBox& bounds, int n, V
     const int outside = k < n ? kernels_.run(positions, k, n, touched_, false) : 0;
     writeOutside(outside, dst + k * channels);
     k += outside;
-    while (k < n && isEdge(positions.columns[k], positions.rows[k])) {
-      writeEdge(positions.columns[k], positions.rows[k], dst + k * channels);
-      ++k;
-    }
+    const int first = k;
+    while (k < n && isEdge(positions.columns[k], positions.rows[k])) ++k;
+    writeEdges_(a_, positions.columns + first, positions.rows + first, k - first,
+                dst + first * channels);
   }
 }
 
@@ -107,28 +160,6 @@ void Walk::writeOutside(int n, Vek8u* dst) const {
     memset(dst, *a_.borderValue, static_cast<size_t>(n));
   } else {
     for (int k = 0; k < n; ++k, dst += 3) memcpy(dst, a_.borderValue, 3);
-  }
-}
-
-/// The pixel of column i and row j, or what the border has in its place.
-const Vek8u* Walk::pixelAt(int i, int j) const {
-  const auto clamped = [](int v, int side) { return v < 0 ? 0 : v < side ? v : side - 1; };
-  const int column = clamped(i, a_.srcSize.width), row = clamped(j, a_.srcSize.height);
-  if (a_.border == vekiBorderConstant && (column != i || row != j)) return a_.borderValue;
-  return a_.pSrc + ptrdiff_t{row} * a_.srcStep + ptrdiff_t{column} * channels;
-}
-
-void Walk::writeEdge(Vek32s column, Vek32s row, Vek8u* dst) const {
-  const int i = (column >> fractionBits) - taps_.before, j = (row >> fractionBits) - taps_.before;
-  const Vek8u* pixels[4][4];
-  for (int b = 0; b < taps_.count; ++b) {
-    for (int a = 0; a < taps_.count; ++a) pixels[b][a] = pixelAt(i + a, j + b);
-  }
-  for (int c = 0; c < channels; ++c) {
-    const auto at = [&](int a, int b) { return pixels[b][a][c]; };
-    dst[c] = a_.interpolation == vekiWarpNearest  ? at(0, 0)
-             : a_.interpolation == vekiWarpLinear ? linear(at, column & 127, row & 127)
-                                                  : cubic(at, column & 127, row & 127);
   }
 }
 
