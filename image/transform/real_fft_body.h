@@ -225,8 +225,8 @@ void loadTile(const Plan<Lanes>& plan, ptrdiff_t y, Sample* tile) {
   if (whole && Lanes::loadTile(rows, plan.srcStep, plan.width(), tile)) return;
   for (ptrdiff_t r = 0; r < batch; ++r) {
     Sample* to = tile + r % 2 * Lanes::count + r / 2;
-    const Vek8u* from = rows + r * plan.srcStep;
     const bool exists = y + r < plan.height();
+    const Vek8u* const from = exists ? rows + r * plan.srcStep : nullptr;
     for (ptrdiff_t x = 0; x < plan.width(); ++x, to += batch) {
       *to = 0;
       if (exists) memcpy(to, from + x * ptrdiff_t{sizeof(Sample)}, sizeof(Sample));

@@ -9,6 +9,7 @@
 #include <stddef.h>
 #include <vector>
 
+#include "image/transform/block_dct_basis.h"
 #include "image/transform/real_fft_units.h"
 
 namespace vek::test::definition {
@@ -172,44 +173,24 @@ VekStatus realFftInverse(const Vek32s* pSrc, int srcStep, Sample* pDst, int dstS
   return vekStsNoErr;
 }
 
-inline VekStatus fftSizes(int orderX, int orderY, int* pSpecSize, int* pBufferSize) {
-  const int columns = (1 << orderX) / 2 + 1, height = 1 << orderY;
-  const int spec = 4 * 97 + 3;
-  const int buffer =
-      16 * ((columns + 7) / 8 * 8) * height + 256 * std::max(1 << orderX, height) + 64;
-  memcpy(pSpecSize, &spec, sizeof spec);
-  memcpy(pBufferSize, &buffer, sizeof buffer);
-  return vekStsNoErr;
-}
-
 // ---- Cosine -------------------------------------------------------------------------------------
-
-/// The factor of sample x in coefficient u.
-inline int64_t cosineFactor(int u, int x) {
-  const double pi = 3.14159265358979323846;
-  return std::llround(16384 * (u == 0 ? 1 : std::sqrt(2.0)) * std::cos((2 * x + 1) * u * pi / 16));
-}
 
 template <bool inverse>
 void cosineBlock(const Vek16s* pSrc, ptrdiff_t srcStep, Vek16s* pDst, ptrdiff_t dstStep) {
-  static const auto factors = [] {
-    std::vector<int64_t> all;
-    for (int i = 0; i < 64; ++i) {
-      all.push_back(inverse ? cosineFactor(i % 8, i / 8) : cosineFactor(i / 8, i % 8));
-    }
-    return all;
-  }();
+  const auto factor = [](size_t k, size_t j) -> int64_t {
+    return inverse ? dctBasis[j][k] : dctBasis[k][j];
+  };
   int64_t t[64], results[64];
   for (size_t i = 0; i < 64; ++i) {
     t[i] = 1 << 10;
     for (size_t j = 0; j < 8; ++j) {
-      t[i] += factors[i % 8 * 8 + j] * sampleAt<Vek16s>(pSrc, srcStep, i / 8, j);
+      t[i] += factor(i % 8, j) * sampleAt<Vek16s>(pSrc, srcStep, i / 8, j);
     }
     t[i] >>= 11;
   }
   for (size_t i = 0; i < 64; ++i) {
     results[i] = 1 << 19;
-    for (size_t j = 0; j < 8; ++j) results[i] += factors[i / 8 * 8 + j] * t[8 * j + i % 8];
+    for (size_t j = 0; j < 8; ++j) results[i] += factor(i / 8, j) * t[8 * j + i % 8];
     results[i] = std::clamp<int64_t>(results[i] >> 20, -32768, 32767);
   }
   for (size_t i = 0; i < 64; ++i) {

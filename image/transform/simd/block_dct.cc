@@ -44,8 +44,16 @@ constexpr FourPairs forward01Lower = forwardPairs(0, 0), forward23Lower = forwar
 constexpr FourPairs inverse02 = inversePairs(0), inverse46 = inversePairs(4),
                     inverse13 = inversePairs(1), inverse57 = inversePairs(5);
 
-V32s dot(V16s a, V16s b) {
-  return plusDot(hn::Zero(s32), a, b);
+/// a0 * b0 + a1 * b1 + c0 * d0 + c1 * d1 of the two 16-bit lanes in each 32-bit lane.
+V32s twoDots(V16s a, V16s b, V16s c, V16s d) {
+#if HWY_ARCH_ARM_A64
+  const int32x4_t lower = vmlal_s16(vmull_s16(vget_low_s16(a.raw), vget_low_s16(b.raw)),
+                                    vget_low_s16(c.raw), vget_low_s16(d.raw));
+  const int32x4_t upper = vmlal_high_s16(vmull_high_s16(a.raw, b.raw), c.raw, d.raw);
+  return V32s{vpaddq_s32(lower, upper)};
+#else
+  return plusDot(plusDot(hn::Zero(s32), a, b), c, d);
+#endif
 }
 
 /// The sums of the pass over a row's samples.
@@ -61,8 +69,8 @@ template <bool inverse>
     constexpr std::integral_constant<int, 1> second;
     constexpr std::integral_constant<int, 2> third;
     constexpr std::integral_constant<int, 3> fourth;
-    const V32s even = plusDot(dot(pair(first), inverse02.load()), pair(second), inverse46.load());
-    const V32s odd = plusDot(dot(pair(third), inverse13.load()), pair(fourth), inverse57.load());
+    const V32s even = twoDots(pair(first), inverse02.load(), pair(second), inverse46.load());
+    const V32s odd = twoDots(pair(third), inverse13.load(), pair(fourth), inverse57.load());
     return {hn::Add(even, odd), hn::Shuffle0123(hn::Sub(even, odd))};
   } else {
     const V16s reversed = hn::Reverse8(s16, row);
@@ -72,8 +80,8 @@ template <bool inverse>
     const V64u pairs = hn::BitCast(u64, hn::InterleaveLower(s32, sums, differences));
     const V16s pair01 = hn::BitCast(s16, hn::Broadcast<0>(pairs));
     const V16s pair23 = hn::BitCast(s16, hn::Broadcast<1>(pairs));
-    return {plusDot(dot(pair01, forward01Lower.load()), pair23, forward23Lower.load()),
-            plusDot(dot(pair01, forward01Upper.load()), pair23, forward23Upper.load())};
+    return {twoDots(pair01, forward01Lower.load(), pair23, forward23Lower.load()),
+            twoDots(pair01, forward01Upper.load(), pair23, forward23Upper.load())};
   }
 }
 
@@ -89,7 +97,7 @@ struct RowPairs {
 
   Sums times(Vek16s a, Vek16s b, Vek16s c, Vek16s d) const {
     const V16s ab = pairOfFactors(a, b), cd = pairOfFactors(c, d);
-    return {plusDot(dot(abLower, ab), cdLower, cd), plusDot(dot(abUpper, ab), cdUpper, cd)};
+    return {twoDots(abLower, ab, cdLower, cd), twoDots(abUpper, ab, cdUpper, cd)};
   }
 };
 
@@ -198,12 +206,14 @@ void transformBlocks(const Vek8u* src, ptrdiff_t srcStep, ptrdiff_t blocks, Vek8
   for (; b + blocksAtOnce <= blocks; b += blocksAtOnce) {
     transformVector<inverse>(src + 16 * b, srcStep, dst + 16 * b, dstStep);
   }
-  if (b == blocks) return;
-  alignas(64) Vek8u copy[8 * vectorBytes] = {};
-  const auto rest = static_cast<size_t>(16 * (blocks - b));
-  for (int y = 0; y < 8; ++y) memcpy(copy + y * vectorBytes, src + y * srcStep + 16 * b, rest);
-  transformVector<inverse>(copy, vectorBytes, copy, vectorBytes);
-  for (int y = 0; y < 8; ++y) memcpy(dst + y * dstStep + 16 * b, copy + y * vectorBytes, rest);
+  if constexpr (blocksAtOnce > 1) {
+    if (b == blocks) return;
+    alignas(64) Vek8u copy[8 * vectorBytes] = {};
+    const auto rest = static_cast<size_t>(16 * (blocks - b));
+    for (int y = 0; y < 8; ++y) memcpy(copy + y * vectorBytes, src + y * srcStep + 16 * b, rest);
+    transformVector<inverse>(copy, vectorBytes, copy, vectorBytes);
+    for (int y = 0; y < 8; ++y) memcpy(dst + y * dstStep + 16 * b, copy + y * vectorBytes, rest);
+  }
 }
 
 }  // namespace
