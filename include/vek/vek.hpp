@@ -1215,9 +1215,17 @@ VEK_INLINE VekStatus neighbours(Call call, F f, View<const Vek8u, channels> src,
                      dst.stepBytes(), dst.size(), rest...));
 }
 
-/// The destination of a neighbourhood.
-constexpr Size inside(Size src, Size mask) {
-  return {src.width - mask.width + 1, src.height - mask.height + 1};
+/// A new image of the pixels whose neighbourhoods of `mask` pixels are inside the source.
+template <class Image, class Fill>
+Image madeInside(Call call, Size src, Size mask, Fill fill) {
+  if (mask.width < 1 || mask.height < 1 || mask.width > src.width || mask.height > src.height) {
+    OnError::refuse(call.onError, vekStsMaskSizeErr, call.function, "mask",
+                    "of %d x %d does not fit into %d x %d pixels", mask.width, mask.height,
+                    src.width, src.height);
+    return {};
+  }
+  const Size size = {src.width - mask.width + 1, src.height - mask.height + 1};
+  return made<Image>(size, call.onError, fill);
 }
 
 }  // namespace detail
@@ -1277,8 +1285,8 @@ template <int channels>
 detail::Supported<channels, Image<Vek8u, channels>> filterBox(View<const Vek8u, channels> src,
                                                               Size mask, Point anchor = atCentre,
                                                               OnError onError = {}) {
-  return detail::made<Image<Vek8u, channels>>(
-      detail::inside(src.size(), mask), onError,
+  return detail::madeInside<Image<Vek8u, channels>>(
+      detail::Call{"filterBox", onError}, src.size(), mask,
       [&](auto& dst) { return filterBox<channels>(src, dst, mask, anchor, onError); });
 }
 
@@ -1299,8 +1307,8 @@ template <int channels>
 detail::Supported<channels, Image<Vek8u, channels>> filterMedian(View<const Vek8u, channels> src,
                                                                  Size mask, Point anchor = atCentre,
                                                                  OnError onError = {}) {
-  return detail::made<Image<Vek8u, channels>>(
-      detail::inside(src.size(), mask), onError,
+  return detail::madeInside<Image<Vek8u, channels>>(
+      detail::Call{"filterMedian", onError}, src.size(), mask,
       [&](auto& dst) { return filterMedian<channels>(src, dst, mask, anchor, onError); });
 }
 
@@ -1324,8 +1332,8 @@ detail::Supported<channels, Image<Vek8u, channels>> filter(View<const Vek8u, cha
                                                            Kernel kernel, int divisor,
                                                            Point anchor = atCentre,
                                                            OnError onError = {}) {
-  return detail::made<Image<Vek8u, channels>>(
-      detail::inside(src.size(), kernel.size), onError,
+  return detail::madeInside<Image<Vek8u, channels>>(
+      detail::Call{"filter", onError}, src.size(), kernel.size,
       [&](auto& dst) { return filter<channels>(src, dst, kernel, divisor, anchor, onError); });
 }
 
@@ -1347,8 +1355,8 @@ detail::Supported<channels, Image<Vek8u, channels>> filterRow(View<const Vek8u, 
                                                               Taps taps, int divisor,
                                                               int anchor = -1,
                                                               OnError onError = {}) {
-  return detail::made<Image<Vek8u, channels>>(
-      detail::inside(src.size(), Size{taps.count, 1}), onError,
+  return detail::madeInside<Image<Vek8u, channels>>(
+      detail::Call{"filterRow", onError}, src.size(), Size{taps.count, 1},
       [&](auto& dst) { return filterRow<channels>(src, dst, taps, divisor, anchor, onError); });
 }
 
@@ -1371,8 +1379,8 @@ detail::Supported<channels, Image<Vek8u, channels>> filterColumn(View<const Vek8
                                                                  Taps taps, int divisor,
                                                                  int anchor = -1,
                                                                  OnError onError = {}) {
-  return detail::made<Image<Vek8u, channels>>(
-      detail::inside(src.size(), Size{1, taps.count}), onError,
+  return detail::madeInside<Image<Vek8u, channels>>(
+      detail::Call{"filterColumn", onError}, src.size(), Size{1, taps.count},
       [&](auto& dst) { return filterColumn<channels>(src, dst, taps, divisor, anchor, onError); });
 }
 
@@ -1390,8 +1398,8 @@ VEK_INLINE detail::Supported<channels, VekStatus> erode(View<const Vek8u, channe
 template <int channels>
 detail::Supported<channels, Image<Vek8u, channels>> erode(View<const Vek8u, channels> src,
                                                           OnError onError = {}) {
-  return detail::made<Image<Vek8u, channels>>(
-      detail::inside(src.size(), Size{3, 3}), onError,
+  return detail::madeInside<Image<Vek8u, channels>>(
+      detail::Call{"erode", onError}, src.size(), Size{3, 3},
       [&](auto& dst) { return erode<channels>(src, dst, onError); });
 }
 
@@ -1409,8 +1417,8 @@ VEK_INLINE detail::Supported<channels, VekStatus> dilate(View<const Vek8u, chann
 template <int channels>
 detail::Supported<channels, Image<Vek8u, channels>> dilate(View<const Vek8u, channels> src,
                                                            OnError onError = {}) {
-  return detail::made<Image<Vek8u, channels>>(
-      detail::inside(src.size(), Size{3, 3}), onError,
+  return detail::madeInside<Image<Vek8u, channels>>(
+      detail::Call{"dilate", onError}, src.size(), Size{3, 3},
       [&](auto& dst) { return dilate<channels>(src, dst, onError); });
 }
 
@@ -1426,8 +1434,8 @@ VEK_INLINE VekStatus filterMedianColor(View<const Vek8u, 3> src, View<Vek8u, 3> 
 inline Image<Vek8u, 3> filterMedianColor(View<const Vek8u, 3> src, MedianMask mask,
                                          OnError onError = {}) {
   const int side = mask == MedianMask::square3 ? 3 : 5;
-  return detail::made<Image<Vek8u, 3>>(
-      detail::inside(src.size(), {side, side}), onError,
+  return detail::madeInside<Image<Vek8u, 3>>(
+      detail::Call{"filterMedianColor", onError}, src.size(), {side, side},
       [&](auto& dst) { return filterMedianColor(src, dst, mask, onError); });
 }
 

@@ -135,6 +135,35 @@ using I = Image<Vek8u, n>;
 template <class Pixel>
 using P = Image<Pixel>;
 
+// Arguments that are exchanged, channels that differ and destinations that are const do not compile.
+template <class F, class... Arguments>
+constexpr bool takes(F, const Arguments&...) {
+  return std::is_invocable_v<F, const Arguments&...>;
+}
+using Gray = View<Vek8u>;
+using Bytes3 = View<Vek8u, 3>;
+static_assert(takes(OVERLOADS(add), Bytes3(), Bytes3(), Bytes3()));
+static_assert(!takes(OVERLOADS(add), Bytes3(), Gray(), Bytes3()));
+static_assert(!takes(OVERLOADS(add), Bytes3(), Bytes3(), Gray()));
+static_assert(!takes(OVERLOADS(add), Gray(), Gray(), View<const Vek8u>()));
+static_assert(!takes(OVERLOADS(add), View<Vek8u, 4>(), View<Vek8u, 4>(), View<Vek8u, 4>()));
+static_assert(!std::is_invocable_v<decltype(OVERLOADS(copy)), Gray, const Image<Vek8u>&>);
+static_assert(takes(OVERLOADS(rgbToHsv), View<Rgb24>(), View<Hsv24>()));
+static_assert(!takes(OVERLOADS(rgbToHsv), View<Bgr24>(), View<Hsv24>()));
+static_assert(!takes(OVERLOADS(rgbToHsv), Bytes3(), View<Hsv24>()));
+static_assert(!takes(OVERLOADS(rgbToHsv), View<Rgb24>(), View<Hls24>()));
+static_assert(!takes(OVERLOADS(yCbCrToRgb), View<Uyvy>(), View<Rgb565>()));
+static_assert(!takes(OVERLOADS(yCbCrToRgb), Planes422<>(), View<Rgb565>()));
+static_assert(takes(OVERLOADS(resize), Planes420<>(), View<Rgb565>(), Rotation(), Interpolation(),
+                    Steps()));
+static_assert(!takes(OVERLOADS(resize), Planes420<>(), View<Rgb565>(), Interpolation(), Rotation(),
+                     Steps()));
+static_assert(!takes(OVERLOADS(resize), Planes420<>(), View<Bgr565>(), Rotation(), Interpolation(),
+                     Steps()));
+static_assert(!takes(OVERLOADS(resize), Planes420<>(), View<Rgb565>(), 1, 1, Steps()));
+static_assert(!takes(OVERLOADS(dither), View<Bgr24>(), View<Rgb565>(), Dither()));
+static_assert(!takes(OVERLOADS(mirror), Gray(), Gray(), Rotation()));
+
 using Three = std::array<Vek8u, 3>;
 
 TEST(Wrappers, ArithmeticAndLogic) {
@@ -432,7 +461,8 @@ TEST(Wrappers, Transforms) {
   const I<1> src = random<I<1>>(at);
   RealFft made(at);
   RealFft fft = std::move(made);
-  std::vector<Vek8u> work(static_cast<size_t>(fft.workBytes())), memory(RealFft::bytesFor(at) + 1U);
+  std::vector<Vek8u> work(static_cast<size_t>(fft.workBytes())),
+      memory(1 + static_cast<size_t>(RealFft::bytesFor(at)));
   const RealFft shared(at, Work{memory.data() + 1, memory.size() - 1});
   VekiRealFFTSpec* spec = nullptr;
   ASSERT_EQ(vekiInitAlloc_RealFFT_32s(5, 4, &spec), 0);

@@ -9,17 +9,18 @@ source=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# The blocks of a language: the first of C is the program, those of sh are the steps in order.
+# The blocks of a language: those of C and C++ are programs, those of sh are the steps in order.
 sed -n '/^```c$/,/^```$/p' "$source/README.md" | sed '/^```/d' >"$work/program.c"
+sed -n '/^```cpp$/,/^```$/p' "$source/README.md" | sed '/^```/d' >"$work/program.cc"
 sed -n '/^```sh$/,/^```$/p' "$source/README.md" | sed '/^```/d' >"$work/steps"
-for needed in 'cmake -S \.' 'cmake --install' ldconfig 'pkg-config' '^\./program$'; do
+for needed in 'cmake -S \.' 'cmake --install' ldconfig 'pkg-config' '^\./program$' '^\./program_cc$'; do
   grep -q "$needed" "$work/steps" || { echo "no step of the README has: $needed"; exit 1; }
 done
 
 # A fresh checkout with the program in it; the build does not read files of other builds.
 mkdir "$work/vek" "$work/bin"
 tar -C "$source" --exclude=./build --exclude=./out --exclude=./.git -cf - . | tar -C "$work/vek" -xf -
-cp "$work/program.c" "$work/vek"
+cp "$work/program.c" "$work/program.cc" "$work/vek"
 if [ -z "$really" ]; then
   root=$work/root
   cat >"$work/bin/sudo" <<END
