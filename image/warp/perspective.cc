@@ -2,6 +2,7 @@
 #include "vek/image.h"
 
 #include <math.h>
+#include <stdint.h>
 #include <string.h>
 
 #include "image/warp/warp.h"
@@ -27,12 +28,11 @@ bool invert(const Vek64f (&c)[9], Vek64f (&b)[9]) {
 
 /// e with 2^(e - 1) <= v < 2^e, for finite v > 0.
 int exponentOf(Vek64f v) {
-  int e = 0;
-  for (; v >= 0x1p64; v *= 0x1p-64) e += 64;
-  for (; v < 0x1p-64; v *= 0x1p64) e -= 64;
-  for (; v >= 1; v /= 2) ++e;
-  for (; v < 0.5; v *= 2) --e;
-  return e;
+  const int raised = v < 0x1p-1022 ? 54 : 0;  // subnormal numbers have no exponent of their own
+  const Vek64f normal = raised != 0 ? v * 0x1p54 : v;
+  uint64_t bits;
+  memcpy(&bits, &normal, sizeof bits);
+  return static_cast<int>(bits >> 52) - 1022 - raised;
 }
 
 /// The map in integers of up to 51 bits. Its scale does not matter, so that the largest number that the
