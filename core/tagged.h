@@ -28,7 +28,8 @@ constexpr int taggedBytes(int words) {
 
 /// An object begins at the first multiple of 4 in its memory.
 inline Vek32u* wordsOf(void* memory) {
-  return reinterpret_cast<Vek32u*>((reinterpret_cast<uintptr_t>(memory) + 3) & ~uintptr_t{3});
+  const uintptr_t past = reinterpret_cast<uintptr_t>(memory) % 4;
+  return reinterpret_cast<Vek32u*>(static_cast<Vek8u*>(memory) + (4 - past) % 4);
 }
 inline const Vek32u* wordsOf(const void* memory) {
   return wordsOf(const_cast<void*>(memory));

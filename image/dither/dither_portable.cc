@@ -1,3 +1,5 @@
+#include <string.h>
+
 #include "core/assert.h"
 #include "core/color/pixel_format.h"
 #include "image/dither/dither_kernels.h"
@@ -93,7 +95,7 @@ void diffuse(const Picture& picture, int levels, VekiPoint) {
   const Destination destination(levels);
   // Those of the row above, which the row's own replace from left to right, and of nothing behind it.
   Vek16s errors[(mostDiffusedWidth + 1) * channels];
-  for (int i = 0; i < (picture.width + 1) * channels; ++i) errors[i] = 0;
+  memset(errors, 0, sizeof(Vek16s) * static_cast<size_t>((picture.width + 1) * channels));
   for (int y = 0; y < picture.height; ++y) {
     const Vek8u* const src = picture.src + y * picture.srcStep;
     Vek8u* const dst = picture.dst + y * picture.dstStep;

@@ -82,9 +82,8 @@ VekStatus transform(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, int sc
 
   // Forward, the kernels have twice the spectrum.
   fft.scale = powerOfTwo(-clamped(scaleFactor, -64, 64) - (forward ? 1 : 0));
-  const auto address = reinterpret_cast<uintptr_t>(pBuffer);
-  const auto aligned = (address + bufferAlignment - 1) & ~uintptr_t{bufferAlignment - 1};
-  fft.buffer = reinterpret_cast<Vek64f*>(aligned);
+  const uintptr_t past = reinterpret_cast<uintptr_t>(pBuffer) % bufferAlignment;
+  fft.buffer = reinterpret_cast<Vek64f*>(pBuffer + (bufferAlignment - past) % bufferAlignment);
   (select(realFftKernels).*kernel)(fft);
   return vekStsNoErr;
 }
