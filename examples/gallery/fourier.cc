@@ -11,7 +11,7 @@ namespace {
 
 constexpr int order = 8, side = 1 << order, columns = side / 2 + 1;
 
-/// A specification and the buffer of the transforms.
+/// A spec and the buffer of the transforms.
 class Transform {
  public:
   Transform() {

@@ -1,4 +1,4 @@
-// The real two-dimensional Fourier transform: specifications, checks.
+// The real two-dimensional Fourier transform: specs, checks.
 #include "vek/image.h"
 
 #include <string.h>
@@ -10,7 +10,7 @@
 namespace vek {
 namespace {
 
-/// The words of a specification, after the tag in word 0. The roots of unity are constants of the
+/// The words of a spec, after the tag in word 0. The roots of unity are constants of the
 /// library, so that the orders are all that it holds.
 enum SpecWord { orderXWord = 1, orderYWord, specWords = fewestTaggedWords };
 

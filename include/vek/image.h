@@ -1364,11 +1364,11 @@ VEK_API VekStatus vekiPerspectiveWarp_8u_C3R(const Vek8u* pSrc, int srcStep, Vek
  *  The columns beyond follow from X(-ky, -kx) = conj X(ky, kx), indices modulo H and W.
  *  @{ */
 
-/** Specification of a Fourier transform of one size. The transforms only read it: any number of
+/** The spec of Fourier transforms of one size. The transforms only read it: any number of
  *  threads may share one, each with a buffer of its own. */
 typedef struct VekiRealFFTSpec VekiRealFFTSpec;
 
-/** Bytes of memory that a specification and the buffer of a transform take, the same on every
+/** Bytes of memory that a spec and the buffer of a transform take, the same on every
  *  processor and for all four transforms. Neither memory needs alignment. For 1024 x 1024 the
  *  buffer has 8781888 bytes.
  *
@@ -1377,24 +1377,24 @@ typedef struct VekiRealFFTSpec VekiRealFFTSpec;
 VEK_API VekStatus vekiGetSpecSize_RealFFT_32s(int orderX, int orderY, int* pSpecSize,
                                               int* pBufferSize);
 
-/** Prepares a specification in memory of the caller's, which is released without the library: not
+/** Prepares a spec in memory of the caller's, which is released without the library: not
  *  by vekiFree_RealFFT_32s. It must not be moved.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSpec is null; vekStsFftOrderErr if
  *  orderX or orderY is outside 0..10. */
 VEK_API VekStatus vekiInit_RealFFT_32s(int orderX, int orderY, VekiRealFFTSpec* pSpec);
 
-/** Prepares a specification in memory of vekMalloc. On an error *ppSpec stays as it is.
+/** Prepares a spec in memory of vekMalloc. On an error *ppSpec stays as it is.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if ppSpec is null; vekStsFftOrderErr if
  *  orderX or orderY is outside 0..10; vekStsMemAllocErr if vekMalloc returns null. */
 VEK_API VekStatus vekiInitAlloc_RealFFT_32s(int orderX, int orderY, VekiRealFFTSpec** ppSpec);
 
-/** Releases a specification of vekiInitAlloc_RealFFT_32s with vekFree. It must not be given one of
+/** Releases a spec of vekiInitAlloc_RealFFT_32s with vekFree. It must not be given one of
  *  vekiInit_RealFFT_32s.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSpec is null; vekStsContextMatchErr
- *  if it is no specification of a Fourier transform. */
+ *  if it is no spec of a Fourier transform. */
 VEK_API VekStatus vekiFree_RealFFT_32s(VekiRealFFTSpec* pSpec);
 
 /** Forward (Fwd): from an image of bytes or signed 32-bit integers to its spectrum, each real and
@@ -1424,7 +1424,7 @@ VEK_API VekStatus vekiFree_RealFFT_32s(VekiRealFFTSpec* pSpec);
  *  than 4 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if pSrc, pDst, pSpec or pBuffer is null;
- *  vekStsContextMatchErr if pSpec is no specification of a Fourier transform; vekStsStepErr if
+ *  vekStsContextMatchErr if pSpec is no spec of a Fourier transform; vekStsStepErr if
  *  srcStep or dstStep is below 1; vekStsStrideErr if srcStep or dstStep is below the bytes of a row
  *  (W or 4 W of an image, 8 K of a spectrum). */
 VEK_API VekStatus vekiRealFFTFwd_8u32s_C1RSfs(const Vek8u* pSrc, int srcStep, Vek32s* pDst,

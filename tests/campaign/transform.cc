@@ -37,7 +37,7 @@ int bufferBytes(Orders orders) {
   return bytes;
 }
 
-/// A specification at any address.
+/// A spec at any address.
 void drawSpec(Case& c, Orders orders) {
   const auto offset = static_cast<size_t>(c.random.in(0, 3));
   int specBytes = 0, bytes = 0;

@@ -35,7 +35,7 @@ std::vector<T> numbers(Noise& from, size_t count) {
 
 // ---- Fourier ------------------------------------------------------------------------------------
 
-/// A size with its specification and buffer. Images and spectra are without padding.
+/// A size with its spec and buffer. Images and spectra are without padding.
 class Fourier {
  public:
   Fourier(int orderX, int orderY)
