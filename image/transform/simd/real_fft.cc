@@ -138,7 +138,7 @@ struct VectorOfDoubles {
   static void transposeParts(const Vector (&parts)[count / 2], Vector* out) {
 #if defined(__AVX512F__)
     const auto joined = [](Vector a, Vector b, auto which) {
-      return Vector{_mm512_shuffle_f64x2(a.raw, b.raw, which())};
+      return Vector{_mm512_shuffle_f64x2(a.raw, b.raw, decltype(which)::value)};
     };
     constexpr std::integral_constant<int, 0x88> even;
     constexpr std::integral_constant<int, 0xDD> odd;
