@@ -20,10 +20,11 @@ struct RealFft {
   Vek64f scale;    ///< a power of two that results are multiplied by before they are rounded
   Vek64f* buffer;  ///< fftBufferDoubles(), aligned to 64 bytes; what it holds is of no matter
 
-  ptrdiff_t width() const { return ptrdiff_t{1} << orderX; }
-  ptrdiff_t height() const { return ptrdiff_t{1} << orderY; }
+  // Always inlined: objects of higher levels, which call these, must not define a symbol.
+  [[gnu::always_inline]] ptrdiff_t width() const { return ptrdiff_t{1} << orderX; }
+  [[gnu::always_inline]] ptrdiff_t height() const { return ptrdiff_t{1} << orderY; }
   /// Complex numbers in a row of the spectrum.
-  ptrdiff_t columns() const { return width() / 2 + 1; }
+  [[gnu::always_inline]] ptrdiff_t columns() const { return width() / 2 + 1; }
 };
 
 /// The most one-dimensional transforms that a kernel calculates side by side.
