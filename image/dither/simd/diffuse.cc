@@ -311,8 +311,8 @@ void diffuse(const Picture& picture, const Levels&... levels) {
   VEK_ASSERT(picture.width >= 1 && picture.width <= mostDiffusedWidth && picture.height >= 1);
   constexpr int channels = Destination::channels;
   Vek16s errors[channels][columnsBefore + mostDiffusedWidth + columnsBehind];
-  const size_t used = static_cast<size_t>(columnsBefore + picture.width + columnsBehind);
-  for (auto& row : errors) memset(row, 0, used * sizeof row[0]);
+  const int used = columnsBefore + picture.width + columnsBehind;
+  for (auto& row : errors) memset(row, 0, static_cast<size_t>(used) * sizeof row[0]);
   Destination destination = {};
   for (int y = 0; y < picture.height; y += bandRows) {
     const int rows = picture.height - y < bandRows ? picture.height - y : bandRows;

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "core/color/pixel_store.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/interleave.h"
@@ -100,7 +102,7 @@ void orderBits1(const Picture& picture, int, VekiPoint origin) {
 /// Four or two samples to a byte.
 template <int bits>
 void orderBits(const Picture& picture, int, VekiPoint origin) {
-  constexpr Index index(1 << bits);
+  static constexpr Index index(1 << bits);
   const Offsets all(index, origin.x & 7);
   forEachRow<1, 1, 8 / bits>(picture, origin, [&](int row) {
     const RowOffsets offsets = all.row(row);
@@ -124,7 +126,7 @@ void orderBits(const Picture& picture, int, VekiPoint origin) {
 /// A field of a 16-bit pixel; those of high bits come out of the multiplication where they belong.
 template <int bits, int position>
 struct Field {
-  static constexpr int shift = position > 8 ? position : 8;
+  static constexpr int shift = std::max(position, 8);
   static constexpr Index index = Index(1 << bits, shift);
 
   RowOffsets offsets;

@@ -104,12 +104,11 @@ struct RowPairs {
 /// Calls result(constant k, sums) for the rows k of the pass over columns.
 template <bool inverse, class Result>
 [[gnu::always_inline]] inline void columnSums(const V16s (&t)[8], const Result& result) {
-  const auto& basis = dctBasis;
   if constexpr (inverse) {
     const RowPairs even(t[0], t[2], t[4], t[6]), odd(t[1], t[3], t[5], t[7]);
     unrolled<4>([&](auto k) {
-      const Sums e = even.times(basis[0][k], basis[2][k], basis[4][k], basis[6][k]);
-      const Sums o = odd.times(basis[1][k], basis[3][k], basis[5][k], basis[7][k]);
+      const Sums e = even.times(dctBasis[0][k], dctBasis[2][k], dctBasis[4][k], dctBasis[6][k]);
+      const Sums o = odd.times(dctBasis[1][k], dctBasis[3][k], dctBasis[5][k], dctBasis[7][k]);
       result(k, {hn::Add(e.lower, o.lower), hn::Add(e.upper, o.upper)});
       result(7 - k, {hn::Sub(e.lower, o.lower), hn::Sub(e.upper, o.upper)});
     });
@@ -120,7 +119,7 @@ template <bool inverse, class Result>
     const RowPairs odd(difference(0), difference(1), difference(2), difference(3));
     unrolled<8>([&](auto k) {
       const RowPairs& pairs = k % 2 == 0 ? even : odd;
-      result(k, pairs.times(basis[k][0], basis[k][1], basis[k][2], basis[k][3]));
+      result(k, pairs.times(dctBasis[k][0], dctBasis[k][1], dctBasis[k][2], dctBasis[k][3]));
     });
   }
 }
