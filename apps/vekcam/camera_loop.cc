@@ -18,8 +18,8 @@ vek::IspSettings ispSettings(const LoopSettings& settings, const Sensor& sensor)
   }
   isp.output = settings.preview;
   isp.rotation = static_cast<vek::Rotation>(rotationCode(settings.degrees));
-  isp.curve = settings.curve == Curve::linear ? vek::Curve::linear : vek::Curve::srgb;
-  isp.colour = {Sensor::colorCorrection(), Sensor::daylightGains(), vek::MatrixPlace::linear};
+  isp.curve = settings.curve == Curve::linear ? vek::ToneCurve::linear : vek::ToneCurve::srgb;
+  isp.color = {Sensor::colorCorrection(), Sensor::daylightGains(), vek::MatrixPlace::linear};
   isp.deadPixels = sensor.deadPixels();
   isp.exposure.on = settings.metering == Metering::isp;
   isp.exposure.least = {controlRange.minExposure, controlRange.minGain / 16.};

@@ -79,7 +79,7 @@ Matrix3 Sensor::colorCorrection() {
   return inverse(response);
 }
 
-vek::ColourGains Sensor::daylightGains() {
+vek::ColorGains Sensor::daylightGains() {
   return {1 / sensitivity[0], 1 / sensitivity[1], 1 / sensitivity[2]};
 }
 

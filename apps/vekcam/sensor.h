@@ -34,7 +34,7 @@ class Sensor {
   /// From the channels, balanced for the light, to the scene's linear colour; the rows add up to 1.
   static Matrix3 colorCorrection();
   /// What balances the channels in daylight.
-  static vek::ColourGains daylightGains();
+  static vek::ColorGains daylightGains();
 
   /// The light that falls on the scene from now on.
   void illuminate(const Light& light);

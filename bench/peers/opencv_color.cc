@@ -7,7 +7,7 @@ namespace vek::bench {
 namespace {
 
 /// Registers the conversions by `codes`, one after the other.
-void addColour(const std::string& name, int type, std::vector<int> codes) {
+void addColor(const std::string& name, int type, std::vector<int> codes) {
   addOpenCv(name, type, [codes, between = cv::Mat()](const cv::Mat& src, cv::Mat& dst) mutable {
     if (codes.size() == 1) {
       cv::cvtColor(src, dst, codes[0]);
@@ -29,7 +29,7 @@ void addFrom420(const std::string& name) {
 
 [[maybe_unused]] const bool registered = [] {
   const auto add3 = [](const std::string& name, std::vector<int> codes) {
-    addColour(name, CV_8UC3, codes);
+    addColor(name, CV_8UC3, codes);
   };
   add3("vekiRGBToGray_8u_C3C1R", {cv::COLOR_RGB2GRAY});
   add3("vekiRGBToXYZ_8u_C3R", {cv::COLOR_RGB2XYZ});
@@ -71,11 +71,11 @@ void addFrom420(const std::string& name) {
                  {"BGR555", cv::COLOR_BGR2BGR555}};
   for (const auto& to : formats) {
     add3(std::string("vekiYCbCrTo") + to.name + "_8u16u_C3R", {cv::COLOR_YCrCb2RGB, to.fromRgb});
-    addColour(std::string("vekiYCbCr422To") + to.name + "_8u16u_C2C3R", CV_8UC2,
-              {cv::COLOR_YUV2RGB_YUY2, to.fromRgb});
+    addColor(std::string("vekiYCbCr422To") + to.name + "_8u16u_C2C3R", CV_8UC2,
+             {cv::COLOR_YUV2RGB_YUY2, to.fromRgb});
   }
-  addColour("vekiYCbCr422ToRGB_8u_C2C3R", CV_8UC2, {cv::COLOR_YUV2RGB_YUY2});
-  addColour("vekiYUV422ToRGB_8u_C2C3R", CV_8UC2, {cv::COLOR_YUV2RGB_YUY2});
+  addColor("vekiYCbCr422ToRGB_8u_C2C3R", CV_8UC2, {cv::COLOR_YUV2RGB_YUY2});
+  addColor("vekiYUV422ToRGB_8u_C2C3R", CV_8UC2, {cv::COLOR_YUV2RGB_YUY2});
   return true;
 }();
 

@@ -127,7 +127,7 @@ struct Ratios {
 /// The ratios of red and blue to the mean green. The quotients need 10 fractional bits: 2 * red and
 /// 2 * blue go up as far as 32 bits let them, at most by 10 bits, and green comes down by the rest of
 /// the 10. False if no green is left.
-bool measureRatios(const ColourSums& sums, Ratios& ratios) {
+bool measureRatios(const ColorSums& sums, Ratios& ratios) {
   Vek32u red = 2 * sums.red;
   Vek32u blue = 2 * sums.blue;
   Vek32u green = sums.green;
@@ -150,7 +150,7 @@ bool measureWindow(const WhiteBalanceKernels& kernels, const Vek16u* start, int 
     return measureRatios(kernels.sumAll(start, srcStep, window.width, window.height), ratios);
   }
   Vek32u count = 0;  // below 2^23, as a window's size is
-  const ColourSums sums =
+  const ColorSums sums =
       kernels.sumWhitePoints(start, srcStep, window.width, window.height, state.limits, &count);
   return static_cast<Vek32s>(count) >= state.minWhiteCount && measureRatios(sums, ratios);
 }

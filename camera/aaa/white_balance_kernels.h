@@ -8,7 +8,7 @@
 namespace vek {
 
 /// Sums modulo 2^32; green holds both greens.
-struct ColourSums {
+struct ColorSums {
   Vek32u red;
   Vek32u green;
   Vek32u blue;
@@ -28,11 +28,11 @@ struct WhitePointLimits {
 /// A window's width and height are even, and so is srcStep.
 struct WhiteBalanceKernels {
   /// The sums over all quads: the grey-world measurement.
-  ColourSums (*sumAll)(const Vek16u* pWin, int srcStep, int w, int h);
+  ColorSums (*sumAll)(const Vek16u* pWin, int srcStep, int w, int h);
 
   /// The sums over the white points alone; *pCount is the number of samples in them.
-  ColourSums (*sumWhitePoints)(const Vek16u* pWin, int srcStep, int w, int h,
-                               const WhitePointLimits& limits, Vek32u* pCount);
+  ColorSums (*sumWhitePoints)(const Vek16u* pWin, int srcStep, int w, int h,
+                              const WhitePointLimits& limits, Vek32u* pCount);
 };
 
 VEK_KERNEL_TABLE(WhiteBalanceKernels, whiteBalanceKernels)

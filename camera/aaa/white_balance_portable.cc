@@ -5,9 +5,9 @@
 namespace vek::portable {
 namespace {
 
-ColourSums sumAll(const Vek16u* pWin, int srcStep, int w, int h) {
+ColorSums sumAll(const Vek16u* pWin, int srcStep, int w, int h) {
   VEK_ASSERT(w % 2 == 0 && h % 2 == 0);
-  ColourSums sums = {};
+  ColorSums sums = {};
   forEachQuad(pWin, srcStep, w, h, [&](Vek32u red, Vek32u green1, Vek32u green2, Vek32u blue) {
     sums.red += red;
     sums.green += green1 + green2;
@@ -23,11 +23,11 @@ Vek32u between(Vek32u value, Vek32s low, Vek32s high) {
   return 0 - static_cast<Vek32u>((low < v) & (v < high));
 }
 
-ColourSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
-                          const WhitePointLimits& limits, Vek32u* pCount) {
+ColorSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
+                         const WhitePointLimits& limits, Vek32u* pCount) {
   VEK_ASSERT(w % 2 == 0 && h % 2 == 0);
   const WhitePointLimits l = limits;
-  ColourSums sums = {};
+  ColorSums sums = {};
   Vek32u quads = 0;
   forEachQuad(pWin, srcStep, w, h, [&](Vek32u red, Vek32u green1, Vek32u green2, Vek32u blue) {
     const Vek32u green = green1 + green2;

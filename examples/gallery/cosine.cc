@@ -21,7 +21,7 @@ Picture blockPicture(Value value) {
 }
 
 Picture samplesPicture(const Block& samples) {
-  return blockPicture([&](size_t i) -> Colour {
+  return blockPicture([&](size_t i) -> Color {
     const Vek8u grey = static_cast<Vek8u>(std::clamp(samples[i] + 128, 0, 255));
     return {grey, grey, grey};
   });
@@ -29,10 +29,10 @@ Picture samplesPicture(const Block& samples) {
 
 /// Positive ones blue, negative ones red, 0 white; saturated from 64 on.
 Picture coefficientsPicture(const Block& coefficients) {
-  return blockPicture([&](size_t i) -> Colour {
+  return blockPicture([&](size_t i) -> Color {
     const int value = coefficients[i];
     const Vek8u rest = static_cast<Vek8u>(255 - std::min(255, 4 * std::abs(value)));
-    return value > 0 ? Colour{rest, rest, 255} : Colour{255, rest, rest};
+    return value > 0 ? Color{rest, rest, 255} : Color{255, rest, rest};
   });
 }
 

@@ -58,8 +58,8 @@ Picture truncated565(Picture picture) {
 }  // namespace
 
 Picture ditherPicture() {
-  const Picture colours = scene(side, side);
-  const Grey image = greyOf(colours);
+  const Picture colors = scene(side, side);
+  const Grey image = greyOf(colors);
   Picture result(4 * side + 3 * gap, 3 * side + 2 * gap);
   for (int i = 0; i < 3; ++i) {
     const int bits = 1 << i, levels = 1 << bits, x = i * (side + gap);
@@ -68,9 +68,9 @@ Picture ditherPicture() {
     result.paste(dithered(image, levels, vekiDitherDiffusion).picture(), x, 2 * (side + gap));
   }
   const int x = 3 * (side + gap);
-  result.paste(truncated565(colours), x, 0);
-  result.paste(dithered565(colours, vekiDitherOrdered), x, side + gap);
-  result.paste(dithered565(colours, vekiDitherDiffusion), x, 2 * (side + gap));
+  result.paste(truncated565(colors), x, 0);
+  result.paste(dithered565(colors, vekiDitherOrdered), x, side + gap);
+  result.paste(dithered565(colors, vekiDitherDiffusion), x, 2 * (side + gap));
   return result;
 }
 

@@ -64,7 +64,7 @@ Picture page(int width, int height) {
 }
 
 Picture warped(const Picture& src, const std::array<double, 9>& coeffs, VekiSize size,
-               Colour outside, int direction) {
+               Color outside, int direction) {
   Picture result(size.width, size.height);
   check(vekiPerspectiveWarp_8u_C3R(src.data(), src.step(), src.size(), result.data(), result.step(),
                                    {0, 0, size.width, size.height}, coeffs.data(), direction,

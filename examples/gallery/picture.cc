@@ -8,18 +8,18 @@
 
 namespace gallery {
 
-void Picture::rectangle(int x, int y, int width, int height, Colour colour) {
+void Picture::rectangle(int x, int y, int width, int height, Color color) {
   for (int row = y; row < y + height; ++row) {
-    for (int column = x; column < x + width; ++column) set(column, row, colour);
+    for (int column = x; column < x + width; ++column) set(column, row, color);
   }
 }
 
-void Picture::line(double x0, double y0, double x1, double y1, Colour colour) {
+void Picture::line(double x0, double y0, double x1, double y1, Color color) {
   const int points = 1 + static_cast<int>(2 * std::max(std::abs(x1 - x0), std::abs(y1 - y0)));
   for (int i = 0; i <= points; ++i) {
     const double part = double(i) / points;
     set(static_cast<int>(std::lround(x0 + part * (x1 - x0))),
-        static_cast<int>(std::lround(y0 + part * (y1 - y0))), colour);
+        static_cast<int>(std::lround(y0 + part * (y1 - y0))), color);
   }
 }
 
@@ -68,7 +68,7 @@ Vector unit(Vector v) {
 struct Sphere {
   Vector centre;
   double radius;
-  Vector colour;
+  Vector color;
 };
 constexpr Sphere spheres[] = {{{-1.1, 1, 5.2}, 1, {0.9, 0.35, 0.25}},
                               {{1.0, 0.75, 4.4}, 0.75, {0.3, 0.6, 0.9}},
@@ -95,8 +95,8 @@ Vector lightAlong(Vector from, Vector direction) {
   const Vector point = from + t * direction;
   const bool darkTile = (std::lround(point.x + 100) + std::lround(point.z)) % 2 == 0;
   const Vector normal = sphere != nullptr ? unit(point + -1 * sphere->centre) : Vector{0, 1, 0};
-  const Vector colour =
-      sphere != nullptr ? sphere->colour : (darkTile ? 0.1 : 0.75) * Vector{1, 1, 1};
+  const Vector color =
+      sphere != nullptr ? sphere->color : (darkTile ? 0.1 : 0.75) * Vector{1, 1, 1};
   double lit = 0;
   for (int i = 0; i < 16; ++i) {  // an area light, for soft shadows
     const Vector light = {-4 + 0.3 * (i % 4), 6, -1 + 0.3 * (i / 4)};
@@ -106,7 +106,7 @@ Vector lightAlong(Vector from, Vector direction) {
     if (between == nullptr) lit += std::max(0.0, dot(normal, towards)) / 16;
   }
   const double fade = std::exp(-0.04 * t);
-  return (fade * (0.04 + 0.96 * lit)) * colour + (0.12 * (1 - fade)) * Vector{0.7, 0.85, 1.0};
+  return (fade * (0.04 + 0.96 * lit)) * color + (0.12 * (1 - fade)) * Vector{0.7, 0.85, 1.0};
 }
 
 }  // namespace

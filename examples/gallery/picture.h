@@ -9,14 +9,14 @@
 
 namespace gallery {
 
-using Colour = std::array<Vek8u, 3>;  ///< R, G, B
+using Color = std::array<Vek8u, 3>;  ///< R, G, B
 
 /// R, G, B of each pixel, rows without padding.
 class Picture {
  public:
-  Picture(int width, int height, Colour colour = {255, 255, 255})
+  Picture(int width, int height, Color color = {255, 255, 255})
       : size_{width, height}, pixels_(size_t(3) * size_t(width) * size_t(height)) {
-    for (size_t i = 0; i < pixels_.size(); ++i) pixels_[i] = colour[i % 3];
+    for (size_t i = 0; i < pixels_.size(); ++i) pixels_[i] = color[i % 3];
   }
 
   VekiSize size() const { return size_; }
@@ -28,12 +28,12 @@ class Picture {
   }
   Vek8u* at(int x, int y) { return data() + y * step() + 3 * x; }
 
-  void set(int x, int y, Colour colour) {
+  void set(int x, int y, Color color) {
     if (!contains(x, y)) return;
-    for (size_t c = 0; c < 3; ++c) at(x, y)[c] = colour[c];
+    for (size_t c = 0; c < 3; ++c) at(x, y)[c] = color[c];
   }
-  void rectangle(int x, int y, int width, int height, Colour colour);
-  void line(double x0, double y0, double x1, double y1, Colour colour);
+  void rectangle(int x, int y, int width, int height, Color color);
+  void line(double x0, double y0, double x1, double y1, Color color);
   /// `other` with its upper left corner at (x, y), each of its pixels `zoom` x `zoom`.
   void paste(const Picture& other, int x, int y, int zoom = 1);
 

@@ -53,14 +53,14 @@ using Matrix3 = std::array<std::array<double, 3>, 3>;
 inline constexpr Matrix3 identityMatrix = {{{{1, 0, 0}}, {{0, 1, 0}}, {{0, 0, 1}}}};
 
 /// What red, green and blue are multiplied by; only their ratios say something about colour.
-struct ColourGains {
+struct ColorGains {
   double red = 1;    ///< 1: not changed
   double green = 1;  ///< 1: not changed
   double blue = 1;   ///< 1: not changed
 };
 
 /// Tone curves: from light, 0..1, to what a display is sent, 0..1.
-enum class Curve {
+enum class ToneCurve {
   srgb,   ///< IEC 61966-2-1, what screens and files of pictures expect
   bt709,  ///< ITU-R BT.709, what television cameras apply
   linear  ///< none: for measuring, not for looking at
@@ -70,13 +70,14 @@ enum class Curve {
 using ToneTable = std::array<float, 1024>;
 
 /// The table of a curve.
-inline ToneTable toneTable(Curve curve) {
+inline ToneTable toneTable(ToneCurve curve) {
   ToneTable table;
   for (std::size_t i = 0; i < table.size(); ++i) {
     const double x = static_cast<double>(i) / 1023;
     double y = x;
-    if (curve == Curve::srgb) y = x <= .0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - .055;
-    if (curve == Curve::bt709) y = x < .018 ? 4.5 * x : 1.099 * std::pow(x, .45) - .099;
+    if (curve == ToneCurve::srgb)
+      y = x <= .0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - .055;
+    if (curve == ToneCurve::bt709) y = x < .018 ? 4.5 * x : 1.099 * std::pow(x, .45) - .099;
     table[i] = static_cast<float>(y);
   }
   return table;
@@ -89,14 +90,14 @@ enum class MatrixPlace {
 };
 
 /// The colour matrix of a camera.
-struct CameraColour {
+struct CameraColor {
   /// From the camera's linear colour, balanced so that a grey has equal channels, to linear sRGB. Each
   /// row sums to 1, so that greys stay grey; rows are scaled to that.
   Matrix3 matrix = identityMatrix;
   /// The gains that balanced the camera in the light in which the matrix was measured. In any other
   /// light the matrix is adapted to that light, which the gains of the white balance tell. All zero:
   /// the matrix is used as it is in every light.
-  ColourGains gains = {0, 0, 0};
+  ColorGains gains = {0, 0, 0};
   /// Where the matrix is applied. Only a linear one follows the light.
   MatrixPlace place = MatrixPlace::linear;
 };
@@ -169,7 +170,7 @@ struct IspResults {
   /// For the next frame: program the sensor with them. See also Isp::setExposure().
   Exposure exposure;
   /// The gains that the next frame is balanced with; green is 1.
-  ColourGains gains;
+  ColorGains gains;
   double brightness = 0;         ///< mean green sample of the frame, 0..1023
   double saturated = 0;          ///< part of the green samples that is saturated, 0..1
   bool exposureHeld = false;     ///< the brightness was within the tolerance: nothing was moved
@@ -194,9 +195,9 @@ struct IspSettings {
   Size output = {0, 0};
   Rotation rotation = Rotation::none;          ///< of the picture
   Range range = Range::studio;                 ///< of I420, NV12 and I422
-  Curve curve = Curve::srgb;                   ///< see also Isp::setCurve()
-  CameraColour colour = {};                    ///< see also Isp::setColour()
-  ColourGains gains = {};                      ///< of the first frame; see also Isp::setGains()
+  ToneCurve curve = ToneCurve::srgb;           ///< see also Isp::setCurve()
+  CameraColor color = {};                      ///< see also Isp::setColor()
+  ColorGains gains = {};                       ///< of the first frame; see also Isp::setGains()
   double digitalGain = 1;                      ///< on top of them, 1..8
   std::vector<VekiDeadPixel> deadPixels = {};  ///< rows and columns of the frame
   ExposureSettings exposure = {};              ///< the automatic exposure
@@ -207,15 +208,15 @@ struct IspSettings {
 
 /// The linear colour matrix of a camera for another light, which the white balance's gains tell.
 ///
-/// `colour.gains` balance the camera in the light for which `colour.matrix` holds, `gains` in the
-/// other light. A white sheet in the other light, seen with the first gains, is colour.gains / gains;
+/// `color.gains` balance the camera in the light for which `color.matrix` holds, `gains` in the
+/// other light. A white sheet in the other light, seen with the first gains, is color.gains / gains;
 /// the matrix says which colour w of the first light that is. So the other light is w times the first
 /// one, in linear sRGB, and what it falls on has the colour that the camera tells, divided by w.
-inline Matrix3 adaptedMatrix(const CameraColour& colour, const ColourGains& gains) {
-  const double from[3] = {colour.gains.red, colour.gains.green, colour.gains.blue};
+inline Matrix3 adaptedMatrix(const CameraColor& color, const ColorGains& gains) {
+  const double from[3] = {color.gains.red, color.gains.green, color.gains.blue};
   const double to[3] = {gains.red, gains.green, gains.blue};
   const bool isFixed = from[0] <= 0 || from[1] <= 0 || from[2] <= 0;
-  Matrix3 result = colour.matrix;
+  Matrix3 result = color.matrix;
   for (std::size_t i = 0; i < 3; ++i) {
     double sum = 0;
     for (std::size_t j = 0; j < 3; ++j) {
@@ -307,7 +308,7 @@ inline bool isAligned(const void* pointer, std::uintptr_t bytes) {
 
 /// What the raw pipeline is given for a colour format: the table that its samples go through, and the
 /// matrix.
-struct RawColour {
+struct TableAndMatrix {
   std::array<Vek8u, 1024> table;
   std::array<Vek16s, 9> matrix;
 };
@@ -325,8 +326,9 @@ enum class Planar { studio, full, towardsRgb };
 /// The state multiplies the matrix that it is given by K (camera.h) and rounds. What it is given is
 /// therefore K^-1 C, in 1/65536 / 256; as the rows of |K| sum to 256 or less, rounding its entries
 /// changes no entry of K K^-1 C by more than half of the last place.
-inline RawColour rawColour(const ToneTable& curve, const Matrix3& afterCurve, Planar planar) {
-  RawColour result;
+inline TableAndMatrix tableAndMatrix(const ToneTable& curve, const Matrix3& afterCurve,
+                                     Planar planar) {
+  TableAndMatrix result;
   const bool isFull = planar == Planar::full;
   const int lumaSum = isFull ? 256 : 236;
   for (std::size_t i = 0; i < curve.size(); ++i) {
@@ -755,7 +757,7 @@ class Isp {
     makeBuffers();
     makeBalance();
     curve_ = toneTable(settings.curve);
-    setColour(settings.colour);
+    setColor(settings.color);
     results_.exposure = settings.exposure.least;
   }
 
@@ -767,9 +769,9 @@ class Isp {
   const IspResults& results() const { return results_; }
   /// The linear matrix that the next frame is given, or that it would be given if the matrix acted
   /// before the curve: the camera's, adapted to the light.
-  Matrix3 matrix() const { return adaptedMatrix(colour_, gains()); }
+  Matrix3 matrix() const { return adaptedMatrix(color_, gains()); }
   /// The gains that the next frame is balanced with; green is 1.
-  ColourGains gains() const {
+  ColorGains gains() const {
     return {balance_[0] / static_cast<double>(unit), 1, balance_[2] / static_cast<double>(unit)};
   }
 
@@ -788,7 +790,7 @@ class Isp {
   /// Gains of the colours, relative to green, and a gain on top of them. With the automatic white
   /// balance on, they are those that it starts from. All samples are scaled so that a saturated sample
   /// stays saturated: no gain is below 1, or highlights would lose their white.
-  void setGains(const ColourGains& gains, double digitalGain = 1) {
+  void setGains(const ColorGains& gains, double digitalGain = 1) {
     const double most = recommended::mostWhiteBalance;
     const auto isWrong = [&](double gain) {
       return !(gain * most >= gains.green && gain <= gains.green * most);
@@ -844,7 +846,7 @@ class Isp {
   }
 
   /// The tone curve.
-  void setCurve(Curve curve) { setCurve(toneTable(curve)); }
+  void setCurve(ToneCurve curve) { setCurve(toneTable(curve)); }
   /// A tone curve of the caller's.
   void setCurve(const ToneTable& curve) {
     float last = 0;
@@ -854,20 +856,20 @@ class Isp {
                           double{value});
       last = value;
     }
-    take(makePaths(curve, colour_));
+    take(makePaths(curve, color_));
     curve_ = curve;
   }
 
   /// The camera's colour matrix. Throws if a row does not sum to anything above 0.
-  void setColour(const CameraColour& colour) {
-    for (const auto& row : colour.matrix) {
+  void setColor(const CameraColor& color) {
+    for (const auto& row : color.matrix) {
       if (!(row[0] + row[1] + row[2] > 0)) {
         OnError().failure(vekStsBadArgErr, "Isp", "matrix", "has a row that sums to %g",
                           row[0] + row[1] + row[2]);
       }
     }
-    take(makePaths(curve_, colour));
-    colour_ = colour;
+    take(makePaths(curve_, color));
+    color_ = color;
   }
 
   /// Dead samples, in rows and columns of the frame. Each becomes the mean of its neighbours of the
@@ -952,7 +954,7 @@ class Isp {
 
   /// What the raw pipeline needs for one kind of output: a state for whole bands, one for the last.
   struct Path {
-    std::unique_ptr<detail::RawColour> colour;  ///< the states point at its table
+    std::unique_ptr<detail::TableAndMatrix> values;  ///< the states point at its table
     detail::RawState band, last;
   };
 
@@ -1083,10 +1085,10 @@ class Isp {
     return result;
   }
 
-  std::array<Path, 3> makePaths(const ToneTable& curve, const CameraColour& colour) const {
+  std::array<Path, 3> makePaths(const ToneTable& curve, const CameraColor& color) const {
     Matrix3 after = identityMatrix;
-    if (colour.place == MatrixPlace::afterCurve) {
-      CameraColour fixed = colour;
+    if (color.place == MatrixPlace::afterCurve) {
+      CameraColor fixed = color;
       fixed.gains = {0, 0, 0};
       after = matrixAfterCurve(adaptedMatrix(fixed, {}), curve);
     }
@@ -1096,20 +1098,21 @@ class Isp {
     const detail::Planar kinds[] = {detail::Planar::towardsRgb, ycc, ycc};
     const int lastRows = region_.height - (bands_ - 1) * bandRows_;
     for (std::size_t i = 0; i < 3; ++i) {
-      paths[i].colour =
-          std::make_unique<detail::RawColour>(detail::rawColour(curve, after, kinds[i]));
+      paths[i].values =
+          std::make_unique<detail::TableAndMatrix>(detail::tableAndMatrix(curve, after, kinds[i]));
       const int format = i == 2 ? vekiChroma422 : vekiChroma420;
-      paths[i].band = makeState(*paths[i].colour, format, bandRows_);
-      paths[i].last = makeState(*paths[i].colour, format, lastRows);
+      paths[i].band = makeState(*paths[i].values, format, bandRows_);
+      paths[i].last = makeState(*paths[i].values, format, lastRows);
     }
     return paths;
   }
 
-  detail::RawState makeState(const detail::RawColour& colour, int chromaFormat, int rows) const {
+  detail::RawState makeState(const detail::TableAndMatrix& values, int chromaFormat,
+                             int rows) const {
     VekiRggbColorParam color = {};
     color.gammaMode = vekiGammaModeTable;
-    color.gammaTable[0] = colour.table.data();
-    color.colorMatrix = colour.matrix.data();
+    color.gammaTable[0] = values.table.data();
+    color.colorMatrix = values.matrix.data();
     const Image<Vek8u>* const planes = isResized() ? planes_ : workers_[0].planes;
     VekiRggbGeometry geometry = {};
     geometry.srcStep = workers_[0].samples.stepBytes();
@@ -1124,7 +1127,7 @@ class Isp {
     VekiRggbToYCbCrState* state = nullptr;
     const VekStatus status = vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R(&color, &geometry, &state);
     if (status < 0)
-      OnError().failure(status, "Isp", "colour", "needs a state: %s", vekStatusString(status));
+      OnError().failure(status, "Isp", "color", "needs a state: %s", vekStatusString(status));
     return detail::RawState(state);
   }
 
@@ -1156,7 +1159,7 @@ class Isp {
 
   /// What does not change from band to band.
   void prepare() {
-    const ColourGains now = gains();
+    const ColorGains now = gains();
     const double least = std::min({now.red, now.green, now.blue}) / digitalGain_;
     const double wanted[4] = {now.red, now.green, now.green, now.blue};
     for (std::size_t i = 0; i < 4; ++i) {
@@ -1165,7 +1168,7 @@ class Isp {
       frontEnd_.gain[i] =
           static_cast<Vek16u>(std::min(std::ceil(whole * wanted[i] / least), 65535.));
     }
-    unmix_ = colour_.place == MatrixPlace::linear ? detail::unmixFrom(matrix()) : detail::Unmix{};
+    unmix_ = color_.place == MatrixPlace::linear ? detail::unmixFrom(matrix()) : detail::Unmix{};
   }
 
   void makeBands(const View<const RawByte>& frame, const detail::Target& target, const Path& path,
@@ -1438,7 +1441,7 @@ class Isp {
   VekiRawFrontEnd frontEnd_ = {};
   std::vector<detail::DeadSample> dead_;
   ToneTable curve_ = {};
-  CameraColour colour_;
+  CameraColor color_;
   detail::Unmix unmix_ = {};
   std::array<Path, 3> paths_;
   std::vector<Worker> workers_;

@@ -1180,7 +1180,7 @@ constexpr Point anchorOf(Size mask, Point anchor) {
                                                           : anchor;
 }
 
-VEK_COLD inline void refuseNeighbourhood(Call call, Size src, Size dst, Size mask) {
+VEK_COLD inline void refuseMask(Call call, Size src, Size dst, Size mask) {
   OnError::refuse(call.onError, vekStsSizeErr, call.function, "dst",
                   "is %d x %d, but a neighbourhood of %d x %d in %d x %d leaves %d x %d", dst.width,
                   dst.height, mask.width, mask.height, src.width, src.height,
@@ -1196,7 +1196,7 @@ VEK_INLINE bool neighbourhoodFits(Call call, Size src, Size dst, Size mask) {
   }
   if (src.width - dst.width == mask.width - 1 && src.height - dst.height == mask.height - 1)
     return true;
-  refuseNeighbourhood(call, src, dst, mask);
+  refuseMask(call, src, dst, mask);
   return false;
 }
 
@@ -2077,9 +2077,9 @@ struct BalanceParams {
 
 /// The gains that the white balance moves.
 struct BalanceGains {
-  Vek16u r;  ///< of red
-  Vek16u g;  ///< of green
-  Vek16u b;  ///< of blue
+  Vek16u red;    ///< of red
+  Vek16u green;  ///< of green
+  Vek16u blue;   ///< of blue
 };
 
 /// Automatic white balance. Calls do not change it, so that threads may share one.
@@ -2137,8 +2137,8 @@ class AutoWhiteBalance {
                                OnError onError = {}) const {
     const detail::Call call{"AutoWhiteBalance::measure", onError};
     if (empty()) return detail::refuseEmpty(call);
-    return call.done(vekiAWB_10RGGB_8u_C1R(frame.data(), frame.stepBytes(), frame.size(), &gains.r,
-                                           &gains.g, &gains.b, state_.get()),
+    return call.done(vekiAWB_10RGGB_8u_C1R(frame.data(), frame.stepBytes(), frame.size(),
+                                           &gains.red, &gains.green, &gains.blue, state_.get()),
                      [&](VekStatus) { return detail::refuseFrame(call, frame, 8, "gains"); });
   }
 
@@ -2177,14 +2177,14 @@ class AutoWhiteBalance {
 
 /// Built-in gamma curves.
 enum class GammaCurve : Vek32u {
-  linear = vekiGammaCurveLinear,     ///< a straight line: 1023 becomes 255
-  standard = vekiGammaCurveStandard  ///< the transfer function of BT.709
+  linear = vekiGammaCurveLinear,  ///< a straight line: 1023 becomes 255
+  bt709 = vekiGammaCurveStandard  ///< the transfer function of BT.709
 };
 
 /// Colour part of a raw pipeline; VekiRggbColorParam says what the numbers do.
 struct RawColor {
-  GammaCurve curve = GammaCurve::standard;  ///< the gamma curve, if there is no table
-  std::vector<Vek8u> table;                 ///< a gamma table of 1024 entries, or none
+  GammaCurve curve = GammaCurve::bt709;  ///< the gamma curve, if there is no table
+  std::vector<Vek8u> table;              ///< a gamma table of 1024 entries, or none
   std::array<Vek16s, 9> matrix = {256, 0, 0, 0, 256, 0, 0, 0, 256};  ///< in 1/256, row after row
   /// In coordinates of the sensor. Those that the region, with its valid border, does not have are
   /// left out.
@@ -2355,7 +2355,7 @@ class RawPipeline {
     if (!color.table.empty() && color.table.size() != 1024)
       return refuse("color", "has a table that has not 1024 entries");
     if (color.table.empty() && color.curve != GammaCurve::linear &&
-        color.curve != GammaCurve::standard)
+        color.curve != GammaCurve::bt709)
       return refuse("color", "has an unknown curve");
     if (color.rowOffset < 0 || color.columnOffset < 0)
       return refuse("color", "has a negative offset");

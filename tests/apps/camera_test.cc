@@ -59,7 +59,7 @@ TEST(CameraLoop, SettlesWithTheFirstFrameAfterWhichAllAreInTheBand) {
   EXPECT_EQ(settlingTimes(records), (std::vector{5, -1}));
 }
 
-TEST(CameraLoop, ColoursAreThoseOfTheSceneInEveryLight) {
+TEST(CameraLoop, ColorsAreThoseOfTheSceneInEveryLight) {
   LoopSettings settings;
   settings.size = {1280, 720};
   settings.preview = {640, 360};

@@ -177,8 +177,9 @@ TEST(States, WhiteBalanceOwnsItsWindows) {
   VekiAWBState* state = nullptr;
   ASSERT_EQ(vekiInitAlloc_AWB_10RGGB_8u_C1R(&record, &state), 0);
   BalanceGains expected = {300, 256, 280}, actual = expected;
-  const VekStatus status = vekiAWB_10RGGB_8u_C1R(frame.data(), frame.stepBytes(), frame.size(),
-                                                 &expected.r, &expected.g, &expected.b, state);
+  const VekStatus status =
+      vekiAWB_10RGGB_8u_C1R(frame.data(), frame.stepBytes(), frame.size(), &expected.red,
+                            &expected.green, &expected.blue, state);
   vekiFree_AWB_10RGGB_8u_C1R(state);
   BalanceParams params;
   params.windows = {window};
@@ -190,9 +191,9 @@ TEST(States, WhiteBalanceOwnsItsWindows) {
   const AutoWhiteBalance balance = std::move(made);
   params.windows.clear();
   EXPECT_EQ(balance.measure(frame, actual), status);
-  EXPECT_EQ(actual.r, expected.r);
-  EXPECT_EQ(actual.b, expected.b);
-  EXPECT_NE(actual.r, 300);
+  EXPECT_EQ(actual.red, expected.red);
+  EXPECT_EQ(actual.blue, expected.blue);
+  EXPECT_NE(actual.red, 300);
   EXPECT_EQ(refusal(vekStsBadArgErr, [&](Failure& f) { AutoWhiteBalance refused(params, f); }),
             "weights");
   params.weights.clear();

@@ -255,7 +255,7 @@ void planes(Cpp cpp, F f) {
       });
 }
 
-TEST(Wrappers, Colour) {
+TEST(Wrappers, Color) {
 #define SIXTEEN(check, src, cpp, to, suffix)                                \
   check<src, P<Rgb565>>(OVERLOADS(cpp), veki##to##ToRGB565_8u16u_##suffix); \
   check<src, P<Rgb555>>(OVERLOADS(cpp), veki##to##ToRGB555_8u16u_##suffix); \

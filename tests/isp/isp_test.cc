@@ -112,12 +112,12 @@ struct Whole {
       detail::unmixPlain(row - step, row, row + step, &at(0, y), -2, crop.width + 2,
                          unmix.rows[y & 1]);
     }
-    const detail::RawColour colour =
-        detail::rawColour(toneTable(settings.curve), identityMatrix, planar);
+    const detail::TableAndMatrix values =
+        detail::tableAndMatrix(toneTable(settings.curve), identityMatrix, planar);
     VekiRggbColorParam color = {};
     color.gammaMode = vekiGammaModeTable;
-    color.gammaTable[0] = colour.table.data();
-    color.colorMatrix = colour.matrix.data();
+    color.gammaTable[0] = values.table.data();
+    color.colorMatrix = values.matrix.data();
     VekiRggbGeometry geometry = {};
     geometry.srcStep = 2 * step;
     geometry.srcWidth = crop.width;
@@ -218,8 +218,8 @@ TEST(Isp, GivesWhatTheCallsOnWholeFramesGive) {
     settings.scale = 1 << random.in(0, 2);
     settings.rotation = static_cast<Rotation>(random.in(0, 5));
     settings.range = random.chance(30) ? Range::full : Range::studio;
-    settings.curve = random.chance(30) ? Curve::linear : Curve::srgb;
-    if (random.chance(70)) settings.colour.matrix = cameraMatrix;
+    settings.curve = random.chance(30) ? ToneCurve::linear : ToneCurve::srgb;
+    if (random.chance(70)) settings.color.matrix = cameraMatrix;
     if (random.chance(40)) {
       const int x = random.in(0, 3) * 2 + (order & 1), y = random.in(0, 3) * 2 + (order >> 1);
       const Size most = {(settings.size.width - x) & ~1, (settings.size.height - y) & ~1};
@@ -332,11 +332,11 @@ TEST(Isp, GreysAreNeutralAndGoFromBlackToWhite) {
   const Size size = {32, 32};
   for (const Range range : {Range::studio, Range::full}) {
     for (const MatrixPlace place : {MatrixPlace::linear, MatrixPlace::afterCurve}) {
-      for (const Curve curve : {Curve::srgb, Curve::bt709, Curve::linear}) {
+      for (const ToneCurve curve : {ToneCurve::srgb, ToneCurve::bt709, ToneCurve::linear}) {
         IspSettings settings = plain(size);
         settings.range = range;
         settings.curve = curve;
-        settings.colour = {cameraMatrix, {0, 0, 0}, place};
+        settings.color = {cameraMatrix, {0, 0, 0}, place};
         Isp isp(settings);
         Image422 ycc(size);
         Image<Bgr24> bgr(size);
@@ -353,7 +353,7 @@ TEST(Isp, GreysAreNeutralAndGoFromBlackToWhite) {
           EXPECT_TRUE(pixel[0] == pixel[1] && pixel[1] == pixel[2]) << s;
           EXPECT_NEAR(ycc.y().row(16)[16], low + (high - low) * tone, .51) << s;
           EXPECT_NEAR(pixel[1], 255 * tone, 1.1) << s;
-          if (curve == Curve::linear && 255 * tone >= 8 && 255 * tone <= 250) {
+          if (curve == ToneCurve::linear && 255 * tone >= 8 && 255 * tone <= 250) {
             EXPECT_NEAR(pixel[1], 255 * tone, 1) << s;
           }
           EXPECT_GE(pixel[1], last) << s;
@@ -368,7 +368,7 @@ TEST(Isp, GreysAreNeutralAndGoFromBlackToWhite) {
 
 TEST(Isp, TakesATableAndRefusesOneThatFalls) {
   Isp isp(plain({32, 32}));
-  ToneTable table = toneTable(Curve::linear);
+  ToneTable table = toneTable(ToneCurve::linear);
   for (float& value : table) value = value < .5F ? 0.F : 1.F;
   isp.setCurve(table);
   Image<Rgb24> out(isp.outputSize());
@@ -398,7 +398,7 @@ TEST(Isp, BlackWhiteAndGreyOfEveryFormat) {
     settings.format = format;
     settings.bits = bits;
     settings.black = 1 << (bits - 4);
-    settings.curve = Curve::linear;
+    settings.curve = ToneCurve::linear;
     settings.gains = {1.5, 1, .8};
     Isp isp(settings);
     Image<Rgb24> out(isp.outputSize());
@@ -437,7 +437,7 @@ TEST(Isp, DeadSamplesLeaveNoTrace) {
   IspSettings settings = plain(size);
   settings.crop = {4, 2, 56, 44};
   settings.bandRows = 8;
-  settings.colour.matrix = cameraMatrix;
+  settings.color.matrix = cameraMatrix;
   settings.deadPixels = {{0, 5},   {1, 3},   {2, 4},   {2, 6},   {9, 59},
                          {10, 60}, {17, 30}, {17, 32}, {17, 34}, {47, 20}};
   std::vector<Vek16u> spoiled = clean;
@@ -514,7 +514,7 @@ TEST(Isp, TakesNoMemoryAndGivesTheSameInAnyOrderOfJobs) {
   const Size size = {96, 80};
   const std::vector<Vek16u> frame = noise(size, 5);
   IspSettings settings = plain(size);
-  settings.colour.matrix = cameraMatrix;
+  settings.color.matrix = cameraMatrix;
   settings.bandRows = 8;
   settings.exposure.on = settings.whiteBalance = true;
   Isp one(settings);
@@ -564,7 +564,7 @@ TEST(Isp, SaysWhichArgumentIsWrongAndWhy) {
   refuses("gains", "9", [](auto& s) { s.gains.blue = 9; });
   refuses("digitalGain", "0.5", [](auto& s) { s.digitalGain = .5; });
   refuses("deadPixels", "row 48", [](auto& s) { s.deadPixels = {{48, 0}}; });
-  refuses("matrix", "sums", [](auto& s) { s.colour.matrix[1] = {0, 0, 0}; });
+  refuses("matrix", "sums", [](auto& s) { s.color.matrix[1] = {0, 0, 0}; });
   refuses("exposure", "range", [](auto& s) { s.exposure.least.time = 2000; });
   refuses("jobs", "0", [](auto& s) { s.jobs = 0; });
 

@@ -9,7 +9,7 @@ V32u loadHalfQuads(const Vek8u* samples) {
   return hn::BitCast(u32, hn::LoadU(u8, samples));
 }
 
-ColourSums sumAll(const Vek16u* pWin, int srcStep, int w, int h) {
+ColorSums sumAll(const Vek16u* pWin, int srcStep, int w, int h) {
   VEK_ASSERT(w % 2 == 0 && h % 2 == 0);
   constexpr int block = static_cast<int>(hn::MaxLanes(u32));
   const auto lowHalf = hn::Set(u32, 0xFFFF);
@@ -53,8 +53,8 @@ void accumulate(V32s& sum, V16s values, V16s counted) {
 /// Signed 16-bit lanes are enough for samples of any value. A white point's four samples sum to less
 /// than 4092, so none of them, nor a difference between them, is larger. Any other quad fails the test
 /// of the saturated sum, which as a signed number is then either at least 4092 or negative.
-ColourSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
-                          const WhitePointLimits& limits, Vek32u* pCount) {
+ColorSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
+                         const WhitePointLimits& limits, Vek32u* pCount) {
   VEK_ASSERT(w % 2 == 0 && h % 2 == 0);
   constexpr int block = static_cast<int>(hn::MaxLanes(s16));
   const auto limit = [](Vek16u v) { return hn::Set(s16, static_cast<Vek16s>(v)); };

@@ -30,7 +30,7 @@ TEST(PlanarResize, ReductionRoundsByFour) {
   }
 }
 
-TEST(PlanarRgb, KnownColours) {
+TEST(PlanarRgb, KnownColors) {
   const int cases[][5] = {
       {16, 128, 128, vekiCsc420RGB565, 0x0000},  {235, 128, 128, vekiCsc420RGB565, 0xFFFF},
       {235, 128, 128, vekiCsc420BGR24, 0xFEFE},  {81, 90, 240, vekiCsc420RGB565, 0xF800},
@@ -64,7 +64,7 @@ TEST(PlanarRgb, AcceptsAnySize) {
   }
 }
 
-TEST(Ycc422Reduce, KnownColours) {
+TEST(Ycc422Reduce, KnownColors) {
   const int table[5] = {1192, 1634, -833, -401, 2065};
   EXPECT_TRUE(std::equal(table, table + 5, _vekYCbCr_RGB));
   EXPECT_EQ(definition::rgbWord(255, 128, 128, 1), 0x7FFF);

@@ -37,7 +37,7 @@ void compareInverse(Convert convert, Channel channel) {
   }
 }
 
-TEST(ColourModels, HsvToRgbIsClose) {
+TEST(ColorModels, HsvToRgbIsClose) {
   compareInverse(vekiHSVToRGB_8u_C3R, [](const Vek8u* p, int c) {
     const double shifts[3] = {5, 3, 1};
     const double k = std::fmod(shifts[c] + p[0] * 6 / 255.0, 6);
@@ -45,7 +45,7 @@ TEST(ColourModels, HsvToRgbIsClose) {
   });
 }
 
-TEST(ColourModels, HlsToRgbIsClose) {
+TEST(ColorModels, HlsToRgbIsClose) {
   compareInverse(vekiHLSToRGB_8u_C3R, [](const Vek8u* p, int c) {
     const double shifts[3] = {0, 8, 4};
     const double k = std::fmod(shifts[c] + p[0] * 12 / 255.0, 12);
@@ -55,7 +55,7 @@ TEST(ColourModels, HlsToRgbIsClose) {
 }
 
 /// Every colour of a grid at each level, within the documented distance of double precision.
-TEST(ColourModels, LuvIsClose) {
+TEST(ColorModels, LuvIsClose) {
   std::vector<Vek8u> rgb;
   for (int r = 0; r < 256; r += 5) {
     for (int g = 0; g < 256; g += 5) {
@@ -89,7 +89,7 @@ TEST(ColourModels, LuvIsClose) {
   }
 }
 
-TEST(ColourModels, Tables) {
+TEST(ColorModels, Tables) {
   const int lightness[] = {0, 9, 18, 26, 33, 39, 44, 48, 52, 56};
   for (int i = 0; i < 10; ++i) EXPECT_EQ(RGB_LUV_L_channel[i], lightness[i]);
   EXPECT_EQ(RGB_LUV_L_channel[255], 255);
@@ -102,7 +102,7 @@ TEST(ColourModels, Tables) {
   for (int i = 1; i < 512; ++i) EXPECT_EQ(RCP_Q14[i], std::lround(16384.0 / i)) << i;
 }
 
-TEST(ColourModels, KnownColours) {
+TEST(ColorModels, KnownColors) {
   const auto convert = [](Convert f, Pixel p) {
     const Vek8u src[3] = {Vek8u(p[0]), Vek8u(p[1]), Vek8u(p[2])};
     Vek8u dst[3] = {};

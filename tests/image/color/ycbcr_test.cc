@@ -9,7 +9,7 @@ namespace {
 
 using Color = std::array<int, 3>;
 
-TEST(Ycbcr, KnownColours) {
+TEST(Ycbcr, KnownColors) {
   const auto color = [](auto f, Color c) {
     const Vek8u src[3] = {Vek8u(c[0]), Vek8u(c[1]), Vek8u(c[2])};
     Vek8u dst[3] = {};
