@@ -9,8 +9,8 @@ shift
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-sed -e 's|//.*||' -e '/^ *\/\*\*/,/\*\//d' "$include"/vek/*.hpp | grep -oE '[A-Za-z0-9_]+' | sort -u \
-  >"$work/used"
+find "$include/vek" -name '*.hpp' -exec sed -e 's|//.*||' -e '/^ *\/\*\*/,/\*\//d' {} + |
+  grep -oE '[A-Za-z0-9_]+' | sort -u >"$work/used"
 printf '%s\n' "$@" | sort -u >"$work/exported"
 if [ -n "$(comm -23 "$work/exported" "$work/used")" ]; then
   echo "exported, but without a C++ form:"
