@@ -1,8 +1,8 @@
 #!/bin/sh
 # Every public header compiles alone, and twice, without a warning: those of the C interface as C99 and
-# as C++20, those of the C++ interface as C++17, 20 and 23, with exceptions and without, their parts as
-# C++17. Programs pass arrays of planes without a cast or a warning in every C since C99 and in C++20
-# (planes.c).
+# as C++20, those of the C++ interface as C++17, and all of these together as C++17, 20 and 23, with
+# exceptions and without. Programs pass arrays of planes without a cast or a warning in every C since C99
+# and in C++20 (planes.c).
 # usage: headers.sh <include directory> <C compiler> <C++ compiler>
 set -eu
 include=$1 cc=$2 cxx=$3
@@ -29,20 +29,17 @@ for header in "$include"/vek/*.h; do
   for c in "$cc" gcc clang; do compile "$name" "$source" "$c" c c99; done
   for c in "$cxx" g++ clang++; do compile "$name" "$source" "$c" c++ c++20; done
 done
-for header in "$include"/vek/*.hpp all; do
-  name=vek/${header##*/}
+for header in "$include"/vek/*.hpp "$include"/vek/*/*.hpp; do
+  name=${header#"$include"/}
   printf '#include "%s"\n#include "%s"\n' "$name" "$name" >"$source"
-  [ "$header" != all ] || (cd "$include" && printf '#include "%s"\n' vek/*.hpp) >"$source"
-  for c in g++ clang++; do
-    for standard in c++17 c++20 c++2b; do
-      compile "$name" "$source" "$c" c++ $standard -Wconversion -Wshadow
-    done
-    compile "$name" "$source" "$c" c++ c++17 -fno-exceptions -fno-rtti
-  done
+  compile "$name" "$source" "$cxx" c++ c++17 -Wconversion -Wshadow
 done
-for header in "$include"/vek/*/*.hpp; do
-  printf '#include "%s"\n' "${header#"$include"/}" >"$source"
-  compile "${header#"$include"/}" "$source" "$cxx" c++ c++17 -Wconversion -Wshadow
+(cd "$include" && printf '#include "%s"\n' vek/*.hpp) >"$source"
+for c in g++ clang++; do
+  for standard in c++17 c++20 c++2b; do
+    compile "the C++ interface" "$source" "$c" c++ $standard -Wconversion -Wshadow
+  done
+  compile "the C++ interface" "$source" "$c" c++ c++17 -fno-exceptions -fno-rtti
 done
 for standard in c99 c11 c17 c2x; do
   for c in "$cc" gcc clang; do compile planes.c "$here/planes.c" "$c" c $standard; done
