@@ -5,37 +5,60 @@
 namespace vek::portable {
 namespace {
 
-Vek32u exact(Sum, Vek32u a, Vek32u b) {
-  return a + b;
-}
-Vek32u exact(Difference, Vek32u a, Vek32u b) {
-  return a > b ? a - b : 0;
-}
-Vek32u exact(Product, Vek32u a, Vek32u b) {
-  return a * b;
+Vek8u clamped(Vek16u a) {
+  return static_cast<Vek8u>(a < 255 ? a : 255);
 }
 
-// At most 255 * 255 comes in, and less than 2^24 goes out.
-Vek32u shifted(ShiftRight, Vek32u e, int shift) {
-  return (e + (1u << (shift - 1))) >> shift;
+// Sixteen bits hold every exact value, and compilers then fill vectors with twice as many lanes.
+
+Vek16u exact(Sum, Vek8u a, Vek8u b) {
+  return static_cast<Vek16u>(a + b);
 }
-Vek32u shifted(Plain, Vek32u e, int) {
-  return e;
+Vek16u exact(Difference, Vek8u a, Vek8u b) {
+  return static_cast<Vek16u>((a > b ? a : b) - b);
 }
-Vek32u shifted(ShiftLeft, Vek32u e, int shift) {
-  return e << shift;
+Vek16u exact(Product, Vek8u a, Vek8u b) {
+  return static_cast<Vek16u>(a * b);
+}
+
+/// (e + 2^(shift - 1)) >> shift without its sum, which may be too long: the bits that are shifted
+/// out first never carry. The mask tells the compiler that vectors of 16-bit lanes can shift so.
+Vek8u scaled(ShiftRight, Vek16u e, int shift) {
+  const Vek16u doubled = static_cast<Vek16u>(e >> ((shift - 1) & 15));
+  return clamped(static_cast<Vek16u>((doubled + 1) >> 1));
+}
+/// Shifts by at most 8, so that 16 bits hold 255 shifted. Lanes of 16 bits can multiply.
+Vek8u scaled(ShiftLeft, Vek16u e, int shift) {
+  const Vek16u power = static_cast<Vek16u>(1 << shift);
+  return clamped(static_cast<Vek16u>(clamped(e) * power));
+}
+
+// Without a scaling, bytes hold the sum and the difference, too.
+
+Vek8u saturated(Sum, Vek8u a, Vek8u b) {
+  const Vek8u room = static_cast<Vek8u>(255 - b);
+  return static_cast<Vek8u>((a < room ? a : room) + b);
+}
+Vek8u saturated(Difference, Vek8u a, Vek8u b) {
+  return static_cast<Vek8u>((a > b ? a : b) - b);
+}
+Vek8u saturated(Product, Vek8u a, Vek8u b) {
+  return clamped(exact(Product{}, a, b));
 }
 
 struct ArithmeticLanes : PlainLanes {
   template <class Operation, class Scaling>
   static Sample scaled(Operation operation, Scaling scaling, Sample a, Sample b, int shift) {
-    const Vek32u value = shifted(scaling, exact(operation, a, b), shift);
-    return static_cast<Sample>(value < 255 ? value : 255);
+    return portable::scaled(scaling, exact(operation, a, b), shift);
+  }
+  template <class Operation>
+  static Sample scaled(Operation operation, Plain, Sample a, Sample b, int) {
+    return saturated(operation, a, b);
   }
 
   static Sample mulScale(Sample a, Sample b) {
-    const Vek32u p = exact(Product{}, a, b);
-    return static_cast<Sample>((p + (p >> 8) + 1) >> 8);
+    const Vek16u p = exact(Product{}, a, b);
+    return static_cast<Sample>(static_cast<Vek16u>(p + (p >> 8) + 1) >> 8);
   }
 };
 

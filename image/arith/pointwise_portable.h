@@ -4,6 +4,7 @@
 #include "vek/vek.h"
 
 #include <stddef.h>
+#include <type_traits>
 
 #include "image/arith/pattern.h"
 
@@ -28,16 +29,23 @@ struct PlainLanes {
   /// i of the sources is read before sample i of the destination is written.
   template <class Operator, class... Source>
   static void mapRow(ptrdiff_t n, Operator op, Vek8u* dst, Source... source) {
-    for (ptrdiff_t x = 0; x < n; x += Pattern::period) {
-      const ptrdiff_t rest = n - x;
-      mapRun(rest < Pattern::period ? rest : Pattern::period, op, dst + x, source.from(x)...);
+    if constexpr ((std::is_same_v<Source, Samples> && ...)) {
+      mapRun(n, op, dst, source.data...);
+    } else {
+      // Whole periods have a loop of a known length.
+      ptrdiff_t x = 0;
+      for (; x <= n - Pattern::period; x += Pattern::period) {
+        mapRun(Pattern::period, op, dst + x, source.from(x)...);
+      }
+      if (x < n) mapRun(n - x, op, dst + x, source.from(x)...);
     }
   }
 
  private:
   // The compiler may reorder the samples of a run, since none depends on another.
   template <class Operator, class... Bytes>
-  static void mapRun(ptrdiff_t n, Operator op, Vek8u* dst, Bytes... src) {
+  [[gnu::always_inline]] static inline void mapRun(ptrdiff_t n, Operator op, Vek8u* dst,
+                                                   Bytes... src) {
 #if defined(__clang__)
 #pragma clang loop vectorize(assume_safety)
 #else

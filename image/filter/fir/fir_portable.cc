@@ -14,7 +14,7 @@ void filter(const FirRegion& r, const FirTaps& taps, const FirScale& scale) {
 }  // namespace
 
 constexpr FirKernels firKernels = {
-    .sums16 = filter<Vek32s>,
+    .sums16 = filter<Vek16s>,
     .sums32 = filter<Vek32s>,
     .sums64 = filter<int64_t>,
 };
