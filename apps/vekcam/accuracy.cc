@@ -32,9 +32,11 @@ double difference(const Triple& a, const Triple& b) {
   return std::hypot(first[0] - second[0], first[1] - second[1], first[2] - second[2]);
 }
 
-double light(double code, Curve curve) {
+double light(double code, vek::ToneCurve curve) {
   const double x = code / 255;
-  if (curve == Curve::linear) return x;
+  if (curve == vek::ToneCurve::linear) return x;
+  if (curve == vek::ToneCurve::bt709)
+    return x < .081 ? x / 4.5 : std::pow((x + .099) / 1.099, 1 / .45);
   return x <= .04045 ? x / 12.92 : std::pow((x + .055) / 1.055, 2.4);
 }
 
@@ -42,7 +44,7 @@ double light(double code, Curve curve) {
 struct Shown {
   const Picture& picture;
   VekiSize sensor, preview;
-  int degrees;
+  vek::Rotation rotation;
 
   const Vek8u* at(int x, int y) const {
     const auto scaled = [](int i, int from, int to) {
@@ -53,12 +55,12 @@ struct Shown {
     const int right = preview.width - 1 - column;
     const int below = preview.height - 1 - row;
     const auto pixel = [this](int px, int py) { return picture.row(py) + 3 * px; };
-    switch (degrees) {
-      case 90:
+    switch (rotation) {
+      case vek::Rotation::cw90:
         return pixel(below, column);
-      case 180:
+      case vek::Rotation::half:
         return pixel(right, below);
-      case 270:
+      case vek::Rotation::ccw90:
         return pixel(row, right);
       default:
         return pixel(column, row);
@@ -82,15 +84,16 @@ struct Shown {
 
 }  // namespace
 
-AccuracyMeter::AccuracyMeter(VekiSize sensor, VekiSize preview, int degrees, Curve curve)
-    : sensor_(sensor), preview_(preview), degrees_(degrees) {
+AccuracyMeter::AccuracyMeter(VekiSize sensor, VekiSize preview, vek::Rotation rotation,
+                             vek::ToneCurve curve)
+    : sensor_(sensor), preview_(preview), rotation_(rotation) {
   for (size_t code = 0; code < light_.size(); ++code) {
     light_[code] = light(static_cast<double>(code), curve);
   }
 }
 
 void AccuracyMeter::add(const Picture& picture) {
-  const Shown shown = {picture, sensor_, preview_, degrees_};
+  const Shown shown = {picture, sensor_, preview_, rotation_};
   const auto addTo = [this](Triple& sum, const Triple& mean) {
     for (size_t i = 0; i < 3; ++i) sum[i] = count_ == 0 ? mean[i] : sum[i] + mean[i];
   };

@@ -20,11 +20,11 @@ struct Accuracy {
 };
 
 /// Compares pictures with the reflectances in front of the sensor. They were resized from the sensor's
-/// size to `preview` and then turned by `degrees`. Noise averages out over the pictures. How bright they
+/// size to `preview` and then rotated. Noise averages out over the pictures. How bright they
 /// are does not count: they are scaled so that the grey patches fit best.
 class AccuracyMeter {
  public:
-  AccuracyMeter(VekiSize sensor, VekiSize preview, int degrees, Curve curve);
+  AccuracyMeter(VekiSize sensor, VekiSize preview, vek::Rotation rotation, vek::ToneCurve curve);
 
   void clear() { count_ = 0; }
   void add(const Picture& picture);
@@ -34,7 +34,7 @@ class AccuracyMeter {
   using Triple = std::array<double, 3>;
 
   VekiSize sensor_, preview_;
-  int degrees_;
+  vek::Rotation rotation_;
   std::array<double, 256> light_;  ///< what a code stands for
   int count_ = 0;
   std::array<Triple, patchCount> patches_ = {};  ///< sums of the means of light

@@ -17,8 +17,8 @@ vek::IspSettings ispSettings(const LoopSettings& settings, const Sensor& sensor)
     }
   }
   isp.output = settings.preview;
-  isp.rotation = static_cast<vek::Rotation>(rotationCode(settings.degrees));
-  isp.curve = settings.curve == Curve::linear ? vek::ToneCurve::linear : vek::ToneCurve::srgb;
+  isp.rotation = settings.rotation;
+  isp.curve = settings.curve;
   isp.color = {Sensor::colorCorrection(), Sensor::daylightGains(), vek::MatrixPlace::linear};
   isp.deadPixels = sensor.deadPixels();
   isp.exposure.on = settings.metering == Metering::isp;
@@ -45,7 +45,7 @@ CameraLoop::CameraLoop(const LoopSettings& settings)
       raw_(settings.size),
       isp_(ispSettings(settings, sensor_)),
       picture_(isp_.outputSize().width, isp_.outputSize().height),
-      accuracy_(settings.size, settings.preview, settings.degrees, settings.curve) {
+      accuracy_(settings.size, settings.preview, settings.rotation, settings.curve) {
   if (settings.metering != Metering::isp) exposure_.emplace(settings.metering, settings.size);
 }
 

@@ -20,10 +20,10 @@ const std::vector<Light>& lightScript();
 constexpr int framesPerLight = 24;
 
 struct LoopSettings {
-  VekiSize size = {1280, 720};    ///< of the sensor, even
-  VekiSize preview = {640, 360};  ///< of the picture before it is turned, even
-  int degrees = 0;                ///< clockwise turn of the picture
-  Curve curve = Curve::standard;
+  VekiSize size = {1280, 720};                   ///< of the sensor, even
+  VekiSize preview = {640, 360};                 ///< of the picture before it is turned, even
+  vek::Rotation rotation = vek::Rotation::none;  ///< of the picture
+  vek::ToneCurve curve = vek::ToneCurve::srgb;
   Metering metering = Metering::isp;
   uint64_t seed = 1;
 };

@@ -11,28 +11,26 @@
 namespace vekcam {
 namespace {
 
-constexpr int smallestSide = 16;  ///< what a quarter turn at scale 4 still makes a picture of
-constexpr int largestSide = 16384;
-
 void check(const DevelopSettings& settings) {
-  const VekiSize size = settings.size;
-  const auto side = [](const char* which, int n) {
-    const std::string is = std::string(which) + " " + std::to_string(n);
-    if (n % 2 != 0) throw Failure(is + " is odd; a Bayer frame has an even width and height");
-    if (n < smallestSide || n > largestSide) {
-      throw Failure(is + " is outside " + std::to_string(smallestSide) + ".." +
-                    std::to_string(largestSide));
-    }
-  };
-  side("width", size.width);
-  side("height", size.height);
-  if (settings.step != 0 && settings.step < 2 * size.width) {
-    throw Failure("a step of " + std::to_string(settings.step) +
-                  " bytes is shorter than a row of " + std::to_string(2 * size.width));
+  if (settings.step != 0 && settings.step < 2 * settings.size.width) {
+    throw UsageError("a step of " + std::to_string(settings.step) +
+                     " bytes is shorter than a row of " + std::to_string(2 * settings.size.width));
   }
-  if (settings.step > 8 * largestSide) throw Failure("the step is too large");
   if (!settings.output.ends_with(".png") && !settings.output.ends_with(".ppm")) {
-    throw Failure("output " + settings.output + " ends neither in .png nor in .ppm");
+    throw UsageError("output " + settings.output + " ends neither in .png nor in .ppm");
+  }
+}
+
+int degreesOf(vek::Rotation rotation) {
+  switch (rotation) {
+    case vek::Rotation::cw90:
+      return 90;
+    case vek::Rotation::half:
+      return 180;
+    case vek::Rotation::ccw90:
+      return 270;
+    default:
+      return 0;
   }
 }
 
@@ -67,8 +65,9 @@ std::string develop(const DevelopSettings& settings) {
   check(settings);
   const int step = settings.step == 0 ? 2 * settings.size.width : settings.step;
   PipelineSettings pipelineSettings;
-  pipelineSettings.region = usableRegion(settings.size, settings.degrees, settings.scale);
-  pipelineSettings.degrees = settings.degrees;
+  pipelineSettings.region =
+      usableRegion(settings.size, degreesOf(settings.rotation), settings.scale);
+  pipelineSettings.degrees = degreesOf(settings.rotation);
   pipelineSettings.scale = settings.scale;
   pipelineSettings.curve = settings.curve;
   if (!settings.deadList.empty()) {

@@ -13,9 +13,9 @@ struct DevelopSettings {
   std::string deadList;  ///< may be empty
   VekiSize size = {0, 0};
   int step = 0;  ///< bytes; 0: the samples of a row
-  int degrees = 0;
+  vek::Rotation rotation = vek::Rotation::none;
   int scale = 1;
-  Curve curve = Curve::standard;
+  vek::ToneCurve curve = vek::ToneCurve::srgb;
 };
 
 /// Reads, develops and writes; returns what there is to say about it.

@@ -1,19 +1,14 @@
 // Files: raw frames and dead-pixel lists in, pictures and pages out.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "vekcam/failure.h"
 #include "vekcam/raw_frame.h"
 
 namespace vekcam {
-
-/// Something that the user must hear about: one line, without the program's name.
-struct Failure : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 /// Reads one frame of 16-bit little-endian words, `step` bytes from row to row; "-" is standard
 /// input. The bytes after the last row's samples may be missing; anything else that does not fit

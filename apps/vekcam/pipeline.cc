@@ -97,7 +97,7 @@ RawPipeline::RawPipeline(const RawFrame& shape, const PipelineSettings& settings
   VekiRggbColorParam color = {};
   color.gammaMode = vekiGammaModeCurve;
   color.gammaCurve[0] =
-      settings.curve == Curve::linear ? vekiGammaCurveLinear : vekiGammaCurveStandard;
+      settings.curve == vek::ToneCurve::linear ? vekiGammaCurveLinear : vekiGammaCurveStandard;
   color.deadPixels = deadPixels_.empty() ? nullptr : deadPixels_.data();
   color.numDeadPixels = static_cast<int>(deadPixels_.size());
   color.colorMatrix = matrix.data();

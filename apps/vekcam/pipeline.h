@@ -12,8 +12,6 @@
 
 namespace vekcam {
 
-enum class Curve { linear, standard };
-
 /// Clockwise turn by 0, 90, 180 or 270 degrees as the library's rotation code.
 int rotationCode(int degrees);
 bool isQuarterTurn(int degrees);
@@ -38,7 +36,7 @@ struct PipelineSettings {
   VekiSize region = {0, 0};  ///< at the frame's top left; see usableRegion()
   int degrees = 0;           ///< clockwise
   int scale = 1;             ///< 1, 2 or 4: how many times smaller the image becomes
-  Curve curve = Curve::standard;
+  vek::ToneCurve curve = vek::ToneCurve::srgb;
   Matrix3 colorCorrection = vek::identityMatrix;
   std::vector<VekiDeadPixel> deadPixels;
 };

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <map>
-#include <unistd.h>
 #include <utility>
 
 #include "vekcam/files.h"
@@ -17,48 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int smallestSide = 64;
-constexpr int largestSide = 8192;
 constexpr int thumbnails = 24;
 constexpr int thumbnailWidth = 160;
 constexpr VekiSize comparisonSize = {320, 180};
-
-void check(const SimulateSettings& settings) {
-  const auto side = [](const char* which, int n) {
-    if (n % 2 == 0 && n >= smallestSide && n <= largestSide) return;
-    throw Failure(std::string(which) + " " + std::to_string(n) + " is not an even number in " +
-                  std::to_string(smallestSide) + ".." + std::to_string(largestSide));
-  };
-  side("sensor width", settings.loop.size.width);
-  side("sensor height", settings.loop.size.height);
-  side("preview width", settings.loop.preview.width);
-  side("preview height", settings.loop.preview.height);
-}
-
-/// A bar on the terminal; nothing when standard error is none.
-class Progress {
- public:
-  explicit Progress(int total) : total_(total), shown_(isatty(STDERR_FILENO) == 1) {}
-  ~Progress() {
-    if (shown_) std::fputs("\r\033[K", stderr);
-  }
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
-
-  void at(int done, const std::string& what) const {
-    if (!shown_) return;
-    constexpr int width = 32;
-    const int filled = width * done / total_;
-    const std::string bar = std::string(static_cast<size_t>(filled), '=') +
-                            std::string(static_cast<size_t>(width - filled), ' ');
-    std::fprintf(stderr, "\r\033[K[%s] %d/%d  %s", bar.c_str(), done, total_, what.c_str());
-    std::fflush(stderr);
-  }
-
- private:
-  int total_;
-  bool shown_;
-};
 
 Run emptyRun(Metering metering, const CameraLoop& loop) {
   return {metering, loop.band(), {}};
@@ -98,8 +58,7 @@ std::string settlingLine(const Run& run) {
 
 }  // namespace
 
-std::string simulate(const SimulateSettings& settings) {
-  check(settings);
+std::string simulate(const SimulateSettings& settings, const Console& console) {
   const fs::path directory = settings.directory;
   std::error_code error;
   fs::create_directories(directory / "frames", error);
@@ -117,7 +76,7 @@ std::string simulate(const SimulateSettings& settings) {
   std::vector<std::string> captions;
   const int thumbnailStride = (settings.frames + thumbnails - 1) / thumbnails;
   {
-    const Progress progress(settings.frames);
+    Progress progress(console, settings.frames);
     for (int i = 0; i < settings.frames; ++i) {
       records.push_back(loop.step());
       const Picture& picture = loop.picture();
@@ -134,7 +93,7 @@ std::string simulate(const SimulateSettings& settings) {
         lastOfLight[records.back().light] = {"Frame " + std::to_string(i) + ", " + light, png};
         colours += light + ": " + describe(loop.accuracy()) + "\n";
       }
-      progress.at(i + 1, light);
+      progress.advance(light);
     }
   }
   for (const auto& [light, picture] : lastOfLight) report.pictures.push_back(picture);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "vekcam/camera_loop.h"
+#include "vekcam/console.h"
 
 namespace vekcam {
 
@@ -14,6 +15,6 @@ struct SimulateSettings {
 };
 
 /// Runs the loop, writes the frames, the contact sheet and the report, and returns a summary.
-std::string simulate(const SimulateSettings& settings);
+std::string simulate(const SimulateSettings& settings, const Console& console);
 
 }  // namespace vekcam

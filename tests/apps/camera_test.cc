@@ -63,7 +63,7 @@ TEST(CameraLoop, ColorsAreThoseOfTheSceneInEveryLight) {
   LoopSettings settings;
   settings.size = {1280, 720};
   settings.preview = {640, 360};
-  settings.degrees = 90;
+  settings.rotation = vek::Rotation::cw90;
   CameraLoop loop(settings);
   for (const Light& light : lightScript()) {
     const FrameRecord last = take(loop, framesPerLight).back();

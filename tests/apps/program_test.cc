@@ -65,7 +65,7 @@ TEST_F(Program, AnswersBadInputWithOneLine) {
     std::string arguments;
     const char* says;
   } cases[] = {
-      {"", "subcommand"},
+      {"", "which command"},
       {good + "--bogus", "--bogus"},
       {"develop --size 64x32 -o out.png", "FILE"},
       {"develop ok.raw -o out.png", "--size"},
@@ -86,8 +86,8 @@ TEST_F(Program, AnswersBadInputWithOneLine) {
       {"develop ok.raw -o no/out.png" + size, "no/out.png"},
       {"develop ok.raw -o full.png" + size, "No space"},
       {"simulate --frames 0", "--frames"},
-      {"simulate --size 65x64", "sensor width 65"},
-      {"simulate --preview 64x2", "preview height 2"},
+      {"simulate --size 65x64", "width 65 is odd"},
+      {"simulate --preview 64x2", "height 2 is outside"},
       {"simulate --frames 1 --out file", "file"},
   };
   for (const auto& c : cases) {
