@@ -111,7 +111,7 @@ std::string losses(const json& run) {
 /// on no image and has one form.
 std::string levelTable(const json& run) {
   std::vector<std::string> levels;
-  for (const char* level : {"avx2", "avx512", "neon"}) {
+  for (const char* level : {"sse4", "avx2", "avx512", "neon"}) {
     if (run["functions"][0]["us"].contains(level)) levels.push_back(level);
   }
   std::string text = "| family | functions |", rule = "|---|---:|";

@@ -18,13 +18,19 @@ if(NOT VEK_USE_HIGHWAY)
 elseif(NOT VEK_HIGHWAY_FOUND)
   set(VEK_LEVELS_BECAUSE " (the headers of Highway are not installed: libhwy-dev)")
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$" AND CMAKE_SIZEOF_VOID_P EQUAL 8)
-  set(VEK_LEVELS avx2 avx512)
+  set(VEK_LEVELS sse4 avx2 avx512)
   set(VEK_PROCESSOR_portable qemu64)
+
+  # Highway's SSE4 target wants AES and PCLMUL, too, which the first processors with SSE4.2 lack.
+  set(VEK_FLAGS_sse4 -march=x86-64-v2 -DHWY_DISABLE_PCLMUL_AES)
+  set(VEK_FEATURES_sse4 SSE3 SSSE3 SSE4_1 SSE4_2 POPCNT CMPXCHG16B LAHF64_SAHF64)
+  set(VEK_MASK_sse4 -SSE4_2)
+  set(VEK_VECTORS_sse4 %xmm)
+  set(VEK_PROCESSOR_sse4 Nehalem)
 
   # Without AES and PCLMUL Highway's AVX2 target falls back to SSSE3.
   set(VEK_FLAGS_avx2 -march=x86-64-v3 -maes -mpclmul)
-  set(VEK_FEATURES_avx2 SSE3 SSSE3 SSE4_1 SSE4_2 POPCNT CMPXCHG16B LAHF64_SAHF64 AVX AVX2 BMI1 BMI2
-                        F16C FMA LZCNT MOVBE AES PCLMULQDQ)
+  set(VEK_FEATURES_avx2 ${VEK_FEATURES_sse4} AVX AVX2 BMI1 BMI2 F16C FMA LZCNT MOVBE AES PCLMULQDQ)
   set(VEK_MASK_avx2 -AVX2)
   set(VEK_VECTORS_avx2 %ymm)
   set(VEK_PROCESSOR_avx2 Haswell-noTSX)

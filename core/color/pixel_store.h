@@ -105,7 +105,7 @@ void storeEvenFirst(const Channels& rgb, Vek8u* dst) {
 #if defined(__AVX512VBMI__)
     storeThirds(permuted(evenFirstPixelOf<0>, first.raw), permuted(evenFirstPixelOf<1>, rgb.c1.raw),
                 permuted(evenFirstPixelOf<2>, third.raw), dst);
-#elif defined(__AVX2__)
+#elif HWY_ARCH_X86
     storeChannels<true>({first, rgb.c1, third}, dst);
 #else
     storeChannels(

@@ -146,7 +146,7 @@ inline Channels loadChannels(const Vek8u* src) {
   return v;
 }
 
-#if defined(__AVX2__)
+#if HWY_ARCH_X86
 
 /// Puts one channel's samples of a 128-bit block at their places in one third of the 48 bytes that the
 /// block's pixels take in memory, and 0 at the places of the other channels. The block holds its 16

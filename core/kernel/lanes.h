@@ -25,7 +25,6 @@ constexpr hn::ScalableTag<Vek32u> u32;
 constexpr hn::ScalableTag<Vek32s> s32;
 constexpr hn::ScalableTag<uint64_t> u64;
 constexpr hn::ScalableTag<float> f32;
-constexpr hn::ScalableTag<double> f64;
 
 using V8u = hn::Vec<decltype(u8)>;
 using V8s = hn::Vec<decltype(s8)>;
@@ -35,7 +34,11 @@ using V32u = hn::Vec<decltype(u32)>;
 using V32s = hn::Vec<decltype(s32)>;
 using V64u = hn::Vec<decltype(u64)>;
 using V32f = hn::Vec<decltype(f32)>;
+
+#if HWY_HAVE_FLOAT64  // else doubles are calculated one by one
+constexpr hn::ScalableTag<double> f64;
 using V64f = hn::Vec<decltype(f64)>;
+#endif
 
 /// As many bytes as a vector has 16-bit lanes, and as many 16-bit lanes as it has 32-bit ones.
 constexpr hn::Rebind<Vek8u, decltype(u16)> halfU8;
@@ -79,6 +82,8 @@ inline V16s sumOfPairs(V8u v, V8u coefficients) {
   return V16s{_mm512_maddubs_epi16(v.raw, coefficients.raw)};
 #elif defined(__AVX2__)
   return V16s{_mm256_maddubs_epi16(v.raw, coefficients.raw)};
+#elif HWY_ARCH_X86
+  return V16s{_mm_maddubs_epi16(v.raw, coefficients.raw)};
 #else
   const V16s signedPairs = hn::BitCast(s16, coefficients);
   return hn::Add(hn::Mul(evenBytes(s16, v), hn::ShiftRight<8>(hn::ShiftLeft<8>(signedPairs))),
@@ -95,6 +100,8 @@ inline V8u packClamped(V16s lower, V16s upper) {
   return V8u{_mm512_packus_epi16(lower.raw, upper.raw)};
 #elif defined(__AVX2__)
   return V8u{_mm256_packus_epi16(lower.raw, upper.raw)};
+#elif HWY_ARCH_X86
+  return V8u{_mm_packus_epi16(lower.raw, upper.raw)};
 #else
   static_assert(vectorBytes == 16);
   return hn::Combine(u8, hn::DemoteTo(halfU8, upper), hn::DemoteTo(halfU8, lower));
@@ -151,6 +158,8 @@ inline V32s truncated(V32f v) {
   return V32s{_mm512_cvttps_epi32(v.raw)};
 #elif defined(__AVX2__)
   return V32s{_mm256_cvttps_epi32(v.raw)};
+#elif HWY_ARCH_X86
+  return V32s{_mm_cvttps_epi32(v.raw)};
 #else
   return hn::ConvertTo(s32, v);
 #endif

@@ -1,74 +1,7 @@
-#include "image/transform/real_fft_body.h"
+#include "image/transform/plain_doubles.h"
 
 namespace vek::portable {
-namespace {
 
-/// Two doubles, which most processors have vectors for.
-struct TwoDoubles {
-  static constexpr int count = 2;
-  static constexpr bool clampsLow = false;
-  using Vector [[gnu::vector_size(16)]] = Vek64f;
-
-  static Vector load(const Vek64f* from) {
-    Vector v;
-    memcpy(&v, from, sizeof v);
-    return v;
-  }
-  static void store(Vector v, Vek64f* to) { memcpy(to, &v, sizeof v); }
-  static Vector set(Vek64f value) { return Vector{value, value}; }
-  static Vector add(Vector a, Vector b) { return a + b; }
-  static Vector subtract(Vector a, Vector b) { return a - b; }
-  static Vector multiply(Vector a, Vector b) { return a * b; }
-  static Vector lower(Vector a, Vector b) { return a < b ? a : b; }
-  static Vector higher(Vector a, Vector b) { return a > b ? a : b; }
-  static void transpose(Vector (&rows)[2]) {
-    const Vector first = {rows[0][0], rows[1][0]}, second = {rows[0][1], rows[1][1]};
-    rows[0] = first;
-    rows[1] = second;
-  }
-
-  template <class Sample>
-  static Vector fromSamples(const Sample* from) {
-    return Vector{static_cast<Vek64f>(from[0]), static_cast<Vek64f>(from[1])};
-  }
-  template <class Sample>
-  static void storeSamples(Vector v, Sample* to) {
-    for (int i = 0; i < count; ++i) to[i] = static_cast<Sample>(nearest(v[i]));
-  }
-  static Complex<TwoDoubles> loadPairs(const Vek8u* from) {
-    Vek32s pairs[4];
-    memcpy(pairs, from, sizeof pairs);
-    return {Vector{static_cast<Vek64f>(pairs[0]), static_cast<Vek64f>(pairs[2])},
-            Vector{static_cast<Vek64f>(pairs[1]), static_cast<Vek64f>(pairs[3])}};
-  }
-  static void storePairs(Vector re, Vector im, Vek8u* to) {
-    const Vek32s pairs[4] = {nearest(re[0]), nearest(im[0]), nearest(re[1]), nearest(im[1])};
-    memcpy(to, pairs, sizeof pairs);
-  }
-
-  /// There is no faster way here.
-  template <class Sample>
-  static bool loadTile(const Vek8u*, ptrdiff_t, ptrdiff_t, Sample*) {
-    return false;
-  }
-  template <class Sample>
-  static bool storeTile(const Sample*, ptrdiff_t, Vek8u*, ptrdiff_t) {
-    return false;
-  }
-
- private:
-  /// The nearest integer, halves to even, of a number that fits 32 bits: 1.5 * 2^52 more than it has
-  /// no bits for a fraction, and ends in the 32 bits of the integer.
-  static Vek32s nearest(Vek64f v) {
-    const Vek64f rounded = v + 6755399441055744.0;
-    Vek64s bits;
-    memcpy(&bits, &rounded, sizeof bits);
-    return static_cast<Vek32s>(bits & 0xFFFFFFFF);
-  }
-};
-
-}  // namespace
-
-constexpr RealFftKernels realFftKernels = realFftKernelsOf<TwoDoubles>;
+constexpr RealFftKernels realFftKernels = realFftKernelsOf<PlainDoubles>;
 
 }  // namespace vek::portable

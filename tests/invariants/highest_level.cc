@@ -57,10 +57,21 @@ void onStep(int, siginfo_t*, void* context) {
       static_cast<uintptr_t>(static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_RIP]);
 }
 
-/// How many instructions of each encoding a call executes in the library: with a VEX prefix (AVX, AVX2
-/// and the like), with an EVEX prefix (AVX-512), and others.
+/// How many instructions of each encoding a call executes in the library: of three bytes of opcode
+/// (SSSE3, SSE4.1), with a VEX prefix (AVX, AVX2 and the like), with an EVEX prefix (AVX-512), and others.
 struct Executed {
-  int vex, evex, others;
+  int longOpcode, vex, evex, others;
+
+  void count(const uint8_t* code) {
+    if (*code == 0xC4 || *code == 0xC5) {
+      ++vex;
+    } else if (*code == 0x62) {
+      ++evex;
+    } else {
+      while (*code == 0x66 || (*code & 0xF0) == 0x40) ++code;
+      ++(code[0] == 0x0F && (code[1] == 0x38 || code[1] == 0x3A) ? longOpcode : others);
+    }
+  }
 };
 
 template <class Call>
@@ -81,10 +92,7 @@ Executed execute(Call call) {
   for (size_t i = 0; i < stepCount; ++i) {
     const void* const address = reinterpret_cast<const void*>(trace[i]);
     if (dladdr(address, &at) == 0 || at.dli_fbase != library.dli_fbase) continue;
-    const uint8_t first = *static_cast<const uint8_t*>(address);
-    ++(first == 0xC4 || first == 0xC5 ? executed.vex
-       : first == 0x62                ? executed.evex
-                                      : executed.others);
+    executed.count(static_cast<const uint8_t*>(address));
   }
   return executed;
 }
@@ -105,15 +113,19 @@ void preview() {
   vekiYCbCr420RszRot_8u_P3R(planes, steps, 64, 16, scaled, steps, 32, 8, 1, 0, 1 << 17, 1 << 17);
 }
 
-bool executesItsLevel(const char* what, void (*call)()) {
+/// `shuffles`: the call needs what SSSE3 and SSE4.1 added.
+bool executesItsLevel(const char* what, void (*call)(), bool shuffles) {
   bool fine = true;
   for (limit = 0; limit <= expectedLevel(); ++limit) {
     const Executed e = execute(call);
     const char* const name = vekLevelName(limit);
-    fprintf(stderr, "%s at %s: %d VEX, %d EVEX, %d other instructions\n", what, name, e.vex, e.evex,
-            e.others);
+    fprintf(stderr, "%s at %s: %d SSSE3 or SSE4.1, %d VEX, %d EVEX, %d other instructions\n", what,
+            name, e.longOpcode, e.vex, e.evex, e.others);
+    const bool portable = strcmp(name, "portable") == 0, sse4 = strcmp(name, "sse4") == 0;
     const bool avx512 = strcmp(name, "avx512") == 0;
-    fine = fine && e.others > 0 && (e.evex > 0) == avx512 && (limit > 0) == (e.vex + e.evex > 0);
+    fine = fine && e.others > 0 && (e.evex > 0) == avx512 &&
+           (e.vex + e.evex > 0) == !(portable || sse4) &&
+           (portable ? e.longOpcode == 0 : !sse4 || !shuffles || e.longOpcode > 0);
   }
   limit = INT_MAX;
   return fine;
@@ -124,8 +136,9 @@ bool executesItsLevels() {
   action.sa_sigaction = onStep;
   action.sa_flags = SA_SIGINFO;
   sigaction(SIGTRAP, &action, nullptr);
-  const bool converts = executesItsLevel("colour", convert), adds = executesItsLevel("sum", add);
-  return executesItsLevel("preview", preview) && converts && adds;
+  const bool converts = executesItsLevel("colour", convert, true);
+  const bool adds = executesItsLevel("sum", add, false);
+  return executesItsLevel("preview", preview, true) && converts && adds;
 }
 
 }  // namespace

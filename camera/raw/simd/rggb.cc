@@ -1,3 +1,5 @@
+#include <string.h>
+
 #include "camera/raw/rggb_kernels.h"
 #include "core/assert.h"
 #include "core/kernel/byte_table.h"

@@ -1,9 +1,12 @@
 #include "core/kernel/lanes.h"
+#include "image/transform/plain_doubles.h"
 #include "image/transform/real_fft_body.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
+
+#if HWY_HAVE_FLOAT64
 
 /// As many 32-bit integers, and bytes, as a vector has doubles.
 constexpr hn::Rebind<Vek32s, decltype(f64)> intsOfDoubles;
@@ -16,6 +19,8 @@ IntsOfDoubles nearest(V64f v) {
   return IntsOfDoubles{_mm512_cvtpd_epi32(v.raw)};
 #elif defined(__AVX2__)
   return IntsOfDoubles{_mm256_cvtpd_epi32(v.raw)};
+#elif HWY_ARCH_X86
+  return IntsOfDoubles{_mm_cvtpd_epi32(v.raw)};
 #else
   // 1.5 * 2^52 more than a number has no bits for a fraction, and ends in the 32 bits of the integer.
   const V64f rounded = hn::Add(v, hn::Set(f64, 6755399441055744.0));
@@ -156,6 +161,10 @@ struct VectorOfDoubles {
 #endif
   }
 };
+
+#else
+using VectorOfDoubles = PlainDoubles;
+#endif
 
 }  // namespace
 

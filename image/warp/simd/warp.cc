@@ -3,6 +3,7 @@
 #include "core/assert.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
+#include "image/warp/perspective_body.h"
 #include "image/warp/warp_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -76,6 +77,8 @@ WarpBox affine(const WarpLine& line, int fractionBits, int n, WarpPositions& to)
   return to.boundsOfLine(n);
 }
 
+#if HWY_HAVE_FLOAT64
+
 /// A numerator or the denominator of perspective positions. All are integers below 2^53, which doubles
 /// hold exactly, and so are their sums and products here.
 class PerspectiveRamp {
@@ -137,6 +140,10 @@ WarpBox perspective(const WarpLine& line, int fractionBits, int n, WarpPositions
           .right = hn::GetLane(hn::MaxOfLanes(s32, right)),
           .bottom = hn::GetLane(hn::MaxOfLanes(s32, bottom))};
 }
+
+#else
+constexpr auto perspective = positionsOneByOne;
+#endif
 
 int run(const WarpPositions& positions, int first, int n, const WarpBox& box, bool within) {
   const V32s left = hn::Set(s32, box.left), top = hn::Set(s32, box.top);
