@@ -92,6 +92,43 @@ VEK_API VekStatus vekiRawTo10RGGB_8u16u_C1R(const Vek8u* pSrc, int srcStep, Veki
  *  such region. */
 VEK_API VekStatus vekiRawRegion(VekiSize srcSize, int order, VekiRect* pRegion);
 
+/** Applies a colour matrix to the samples of a raw frame: 10-bit samples in 16-bit words, of any order of
+ *  colours, to the same.
+ *
+ *  A sensor's channels mix the colours of the scene. The matrix that unmixes them is one of linear light:
+ *  it comes before any gamma table. Where a sample is, the two colours that it does not have are the means
+ *  of the nearest samples that have them. With c = 0, 1, 2 for the sample's colour R, G, B and S[R], S[G],
+ *  S[B] four times the three colours at the sample,
+ *
+ *      of its own colour      S = 4 * sample
+ *      green, at a red or     S = left + right + above + below
+ *      blue sample
+ *      blue at a red sample,  S = the sum of the four samples at its corners
+ *      red at a blue one
+ *      red or blue, at a      S = 2 * (left + right) or 2 * (above + below), whichever has the colour
+ *      green sample
+ *
+ *      dst = min(1023, max(0, (pMatrix[3c] * S[R] + pMatrix[3c+1] * S[G] + pMatrix[3c+2] * S[B]
+ *                              + 2^13) >> 14))
+ *
+ *  exactly, which rounds half up. pMatrix is in 1/4096, row after row, each entry within -16383..16383
+ *  (-4 to 4). Where a row of it sums to 4096, a colour that is the same everywhere and grey stays what it
+ *  is. For example, a red sample of 600 among green ones of 400 and blue ones of 200 becomes 720 by a first
+ *  row of (6554, -2458, 0): (6554 * 2400 - 2458 * 1600 + 8192) >> 14.
+ *
+ *  order is that of the region's top left 2 x 2 samples (VekiBayerOrder). With srcBorderValid not 0, one
+ *  more sample on every side of the region is there, and is read; with 0 a neighbour outside of the region
+ *  is the one on the opposite side of the sample. Samples are at most 1023; results of larger ones are of no
+ *  use. Source and destination must not overlap.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if one of these is found, in this order: a pointer is null;
+ *  roiSize has a side below 2; an entry of pMatrix is outside its range; order is not 0..3; srcStep, then
+ *  dstStep, is odd or below 2 * width; pSrc, then pDst, is odd. */
+VEK_API VekStatus vekiColorMatrix_10Bayer_16u_C1R(const Vek16u* pSrc, int srcStep, Vek16u* pDst,
+                                                  int dstStep, VekiSize roiSize,
+                                                  const Vek16s pMatrix[9], int order,
+                                                  int srcBorderValid);
+
 /** @} */
 /** @defgroup exposure Automatic exposure
  *

@@ -88,6 +88,37 @@ VekStatus defineRegion(VekiSize size, int order, VekiRect* region) {
   return vekStsNoErr;
 }
 
+void drawColorMatrix(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  Random& random = c.random;
+  VekiSize size = {random.in(2, 150), random.in(2, 7)};
+  if (c.limits()) size.width = 2 + random.acrossSeam(1024);
+  const int border = random.chance(60) ? random.in(-1, 2) : 0, around = border != 0 ? 1 : 0;
+  const int srcStep = c.step(2 * (size.width + 2 * around), size.height + 2 * around, {2, false});
+  c.pointer(c.memory(Use::in,
+                     {2 * (size.width + 2 * around), size.height + 2 * around, srcStep,
+                      -ptrdiff_t{around} * (srcStep + 2)},
+                     2, 2, 1023),
+            2);
+  c.number(srcStep, bad({0, -2, INT_MIN, 2 * size.width - 2, srcStep + 1}));
+  const int dstStep = c.step(2 * size.width, size.height, {2});
+  c.pointer(c.memory(Use::out, {2 * size.width, size.height, dstStep}, 2, 2), 2);
+  c.number(dstStep, bad({0, -2, INT_MIN, 2 * size.width - 2, dstStep + 1}));
+  c.pair(size.width, size.height, bad({1, 0, -1, INT_MIN}));
+  const int range = random.chance(30) ? 16383 : 5000;
+  std::vector<Vek16s> matrix;
+  for (int i = 0; i < 9; ++i) {
+    matrix.push_back(static_cast<Vek16s>(random.chance(20) ? range : random.in(-range, range)));
+  }
+  const int block = c.objects(matrix);
+  for (Vek16s entry : {Vek16s{16384}, Vek16s{-16384}}) {
+    c.refuseEntry(block, static_cast<size_t>(random.in(0, 8)), entry, vekStsBadArgErr);
+  }
+  c.pointer(block);
+  c.number(random.in(0, 3), bad({-1, 4, INT_MIN, INT_MAX}));
+  c.number(border);
+}
+
 Typical typicalConversion(const char* variant, int format, int bits) {
   return {variant, [=](Arguments& a) {
             const auto [samples, bytes] = definition::rawLayouts[format];
@@ -99,6 +130,16 @@ Typical typicalConversion(const char* variant, int format, int bits) {
                 format, bits, 0, {black, black, black, black}, {8000, 4370, 4370, 7000}};
             a.pointer(a.keep(std::vector{front}));
           }};
+}
+
+void prepareColorMatrix(Arguments& a) {
+  const Arguments::Plane src = a.bordered(2 * a.size.width, a.size.height, 2, 1);
+  a.image(src);
+  a.image(a.plane(2 * a.size.width, a.size.height));
+  a.roi();
+  a.pointer(a.keep(std::vector<Vek16s>{6554, -2048, -410, -1024, 6144, -1024, 0, -2867, 6963}));
+  a.number(vekiBayerRGGB);
+  a.number(1);
 }
 
 void prepareRegion(Arguments& a) {
@@ -120,6 +161,12 @@ std::vector<Record> frontRecords() {
                 typicalConversion("csi2-14", vekiRawCsi2_14, 14),
                 typicalConversion("raw8", vekiRaw8, 8),
                 typicalConversion("plain16", vekiRawPlain16, 12)}),
+          with({"vekiColorMatrix_10Bayer_16u_C1R",
+                bind(vekiColorMatrix_10Bayer_16u_C1R),
+                drawColorMatrix,
+                {},
+                bind(definition::colorMatrix)},
+               {{"", prepareColorMatrix}}),
           with({"vekiRawRegion", bind(vekiRawRegion), drawRegion, {}, bind(defineRegion)},
                {{"", prepareRegion}})};
 }

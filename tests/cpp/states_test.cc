@@ -71,6 +71,26 @@ TEST(RawFrontEnd, TakesTheRegionThatBeginsOnRed) {
             "frontEnd");
 }
 
+TEST(RawFrontEnd, MatrixTakesTheRegionAndItsOrder) {
+  const Image<Raw10> frame = rawFrame({24, 10});
+  const BayerMatrix matrix = {6554, -2048, -410, -1024, 6144, -1024, 0, -2867, 6963};
+  Image<Raw10> expected({20, 6});
+  ASSERT_EQ(vekiColorMatrix_10Bayer_16u_C1R(frame.row(2) + 2, frame.stepBytes(), expected.data(),
+                                            expected.stepBytes(), {20, 6}, matrix.data(),
+                                            vekiBayerGBRG, 1),
+            0);
+  EXPECT_EQ(bytes(colorMatrix(frame.sub({2, 2, 20, 6}), matrix, Bayer::gbrg, true).view()),
+            bytes(expected.view()));
+  EXPECT_EQ(
+      refusal(vekStsSizeErr,
+              [&](Failure& f) { colorMatrix(frame, expected, matrix, Bayer::rggb, false, f); }),
+      "dst");
+  EXPECT_EQ(
+      refusal(vekStsBadArgErr,
+              [&](Failure& f) { colorMatrix(frame, BayerMatrix{16384}, Bayer::rggb, false, f); }),
+      "matrix");
+}
+
 TEST(States, ExposureOwnsItsWindows) {
   const Image<Raw10> frame = rawFrame({64, 48});
   const VekiRect window = {0, 0, 32, 32};

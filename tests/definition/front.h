@@ -42,4 +42,39 @@ inline VekStatus rawFrontEnd(const Vek8u* pSrc, int srcStep, VekiRect region, Ve
   return vekStsNoErr;
 }
 
+/// Four times the mean of the samples of a color among the 3 x 3 around a sample that are nearest to it.
+inline VekStatus colorMatrix(const Vek16u* pSrc, int srcStep, Vek16u* pDst, int dstStep,
+                             VekiSize size, const Vek16s* matrix, int order, int borderValid) {
+  const auto colorAt = [&](int x, int y) { return ((x + order) & 1) + ((y + order / 2) & 1); };
+  const auto sample = [&](int x, int y) -> int64_t {
+    if (borderValid == 0) {
+      x = x < 0 ? 1 : x == size.width ? x - 2 : x;
+      y = y < 0 ? 1 : y == size.height ? y - 2 : y;
+    }
+    return pSrc[ptrdiff_t{y} * (srcStep / 2) + x];
+  };
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) {
+      const int own = colorAt(x, y);
+      int64_t sum = 1 << 13;
+      for (int color = 0; color < 3; ++color) {
+        // Colors have their place by how far away samples are: 0, 1 or 2 steps.
+        int64_t near[3] = {}, count[3] = {};
+        for (int dy = -1; dy <= 1; ++dy) {
+          for (int dx = -1; dx <= 1; ++dx) {
+            const int distance = dx * dx + dy * dy;
+            if (colorAt(x + dx, y + dy) != color) continue;
+            near[distance] += sample(x + dx, y + dy), ++count[distance];
+          }
+        }
+        const int nearest = count[0] != 0 ? 0 : count[1] != 0 ? 1 : 2;
+        sum += matrix[3 * own + color] * (4 / count[nearest]) * near[nearest];
+      }
+      pDst[ptrdiff_t{y} * (dstStep / 2) + x] =
+          static_cast<Vek16u>(std::clamp<int64_t>(sum >> 14, 0, 1023));
+    }
+  }
+  return vekStsNoErr;
+}
+
 }  // namespace vek::test::definition

@@ -106,11 +106,11 @@ struct Whole {
       }
     }
     const std::vector<Vek16u> source = samples;
-    const detail::Unmix unmix = detail::unmixFrom(isp.matrix());
-    for (int y = -1; y <= crop.height && unmix.isNeeded; ++y) {
-      const Vek16u* const row = source.data() + (y + 2) * step + 32;
-      detail::unmixPlain(row - step, row, row + step, &at(0, y), -2, crop.width + 2,
-                         unmix.rows[y & 1]);
+    if (isp.matrix() != identityMatrix) {
+      const std::array<Vek16s, 9> matrix = detail::bayerMatrix(isp.matrix());
+      vekiColorMatrix_10Bayer_16u_C1R(source.data() + step + 30, 2 * step, &at(-2, -1), 2 * step,
+                                      {crop.width + 4, crop.height + 2}, matrix.data(),
+                                      vekiBayerGBRG, 1);
     }
     const detail::TableAndMatrix values =
         detail::tableAndMatrix(toneTable(settings.curve), identityMatrix, planar);

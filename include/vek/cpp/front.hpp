@@ -107,6 +107,38 @@ inline Image<Raw10> rawTo10Rggb(View<const RawByte> src, Size size, const RawFro
   });
 }
 
+/// A matrix on the colours of a raw frame, from linear light to linear light: rows of three, in 1/4096, each
+/// entry within -16383..16383.
+using BayerMatrix = std::array<Vek16s, 9>;
+
+/// Applies a matrix to the samples of a raw frame, in which the means of the nearest samples stand for the
+/// colours that a sample does not have (vekiColorMatrix_10Bayer_16u_C1R). With `borderValid` one more sample
+/// on every side of `src` is valid; without, neighbours outside of it are mirrored.
+VEK_INLINE VekStatus colorMatrix(View<const Raw10> src, View<Raw10> dst, const BayerMatrix& matrix,
+                                 Bayer order = Bayer::rggb, bool borderValid = false,
+                                 OnError onError = {}) {
+  const detail::Call call{"colorMatrix", onError};
+  if (!call.same("dst", dst, "src", src)) return vekStsSizeErr;
+  return call.done(vekiColorMatrix_10Bayer_16u_C1R(src.data(), src.stepBytes(), dst.data(),
+                                                   dst.stepBytes(), src.size(), matrix.data(),
+                                                   static_cast<int>(order), borderValid ? 1 : 0),
+                   [&](VekStatus status) {
+                     const bool isSmall = src.width() < 2 || src.height() < 2;
+                     return OnError::refuse(
+                         onError, status, "colorMatrix", isSmall ? "src" : "matrix",
+                         isSmall ? "is smaller than 2 x 2, or misaligned"
+                                 : "has an entry beyond 16383 in magnitude, or a step is odd");
+                   });
+}
+/// The same in a new image.
+inline Image<Raw10> colorMatrix(View<const Raw10> src, const BayerMatrix& matrix,
+                                Bayer order = Bayer::rggb, bool borderValid = false,
+                                OnError onError = {}) {
+  return detail::made<Image<Raw10>>(src.size(), onError, [&](auto& dst) {
+    return colorMatrix(src, dst, matrix, order, borderValid, onError);
+  });
+}
+
 /** @} */
 
 }  // namespace v0
