@@ -152,7 +152,14 @@ enum VekiAEMode {
   vekiAECallerWindows = 4 /**< weighted windows of the caller's */
 };
 
-/** What an exposure state is made from. The record is read once and not kept. */
+/** What an exposure state is made from. The record is read once and not kept.
+ *
+ *  Recommended, as vek::recommended::exposureParams() gives it in C++: in mode 0 a target of 200 and a
+ *  tolerance of 12, histCountThresh = width * height / 20000 (so that dead samples do not count),
+ *  histSpreadThresh = darkThresh = 570 and brightThresh = 340 (whites in the lower half of the range are
+ *  dark, blacks above its lowest third bright); in the other modes a target of 500 and a tolerance of 180,
+ *  whose ends are more than scaleMultiplier apart, or moves would jump over the band for ever; a
+ *  scaleMultiplier of 2, a stepSize of (stepMax - stepMin) / 32. Limits are those of the sensor. */
 typedef struct VekiAEParams {
   Vek32s mode; /**< one of VekiAEMode */
 
@@ -294,6 +301,14 @@ enum VekiAWBMethod {
 
 /** What a white-balance state is made from. The record is read once and not kept. The state keeps
  *  both pointers, so that the arrays must stay alive and unchanged until the state is released.
+ *
+ *  Recommended, as vek::recommended::balanceParams() gives it in C++: two states over a grid of 8 x 6
+ *  windows with weights of 1, refRatioR = refRatioB = 1024, validTolR = validTolB = 65535 (every light is
+ *  valid), maxGainStep = 65535 (a target is right at once), gains within 1/8 to 8 times the caller's unit,
+ *  which is the default gain. The first state, with vekiAWBGrayWorld and holdTolR = holdTolB = 280, acts
+ *  while the mean is far from grey, as a scene has a colour of its own. Where it changes nothing, the second
+ *  one, with vekiAWBWhitePoints, holdTolR = holdTolB = 6, wpdLimit1 = wpdLimit2 = 100, wpdLimit3 = 200,
+ *  wpdLow = 100, wpdHigh = 800 and minWhiteCount = a quarter of a window, does the rest.
  *
  *  The white-point fields (wpdLimit1 to wpdHigh) are checked with both methods, and used with
  *  vekiAWBWhitePoints alone. With Gs = G1 + G2 and Ga = (Gs + 1) >> 1 a quad counts if

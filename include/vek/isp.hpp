@@ -72,7 +72,7 @@ struct IspSettings {
 /// @cond
 namespace detail {
 
-using RawState = std::unique_ptr<VekiRggbToYCbCrState, Releaser<vekiFree_10RGGBtoYCbCr_RotRsz_P3R>>;
+using RawState = Owned<VekiRggbToYCbCrState, vekiFree_10RGGBtoYCbCr_RotRsz_P3R>;
 
 /// Bits of a sample; 0 if the format does not exist or has no words of so many.
 constexpr int bitsOf(Raw format, int wordBits) {

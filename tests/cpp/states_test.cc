@@ -1,6 +1,7 @@
 // The camera path in C++: states that own what they point at, and the preview functions.
 #include "vek/vek.hpp"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <utility>
@@ -145,6 +146,27 @@ TEST(States, ExposureOwnsItsWindows) {
                       AutoExposure(params).meter(odd, actual, f);
                     }),
             "frame");
+}
+
+TEST(States, RecommendedExposureFindsItsTarget) {
+  for (const Metering metering : {Metering::histogram, Metering::wholeFrame}) {
+    AutoExposure exposure(recommended::exposureParams({64, 48}, metering, {16, 1}, {255, 4000}));
+    ExposureControls controls = {16, 1};
+    int moves = 0;
+    Image<Raw10> frame({64, 48});
+    for (ExposureControls last = {}; last.scale != controls.scale; ++moves) {
+      last = controls;
+      for (int y = 0; y < 48; ++y) {
+        for (int x = 0; x < 64; ++x) {
+          frame.row(y)[x] =
+              static_cast<Vek16u>(std::min(controls.scale * (x / 2 % 8 == 0 ? 9 : 1) / 2, 1023));
+        }
+      }
+      exposure.meter(frame, controls);
+      ASSERT_LT(moves, 12);
+    }
+    EXPECT_NEAR(controls.scale, metering == Metering::histogram ? 200 : 250, 70);
+  }
 }
 
 TEST(States, WhiteBalanceOwnsItsWindows) {

@@ -486,6 +486,7 @@ TEST(Wrappers, Moments) {
   EXPECT_EQ(there.central(0, &central, std::nothrow), vekStsBadArgErr);
   there.measure(black);
   EXPECT_EQ(there.hu(0, &hu), vekStsDivByZero);
+  EXPECT_EQ(there.hu(0).status, vekStsDivByZero);
   EXPECT_EQ(there.hu(1, &hu, std::nothrow), vekStsBadArgErr);
 }
 
@@ -537,6 +538,9 @@ TEST(Wrappers, DitheringAndNorms) {
   I<1> black(size);
   set(black, 0);
   EXPECT_EQ(normRelInf(a1, black, &norm), vekStsDivByZero);
+  EXPECT_EQ(normRelInf(a1, black).status, vekStsDivByZero);
+  EXPECT_EQ(normRelInf(a1, black), norm);
+  EXPECT_EQ(normL1(View<const Vek8u>(), 0, std::nothrow).status, vekStsNullPtrErr);
 }
 
 }  // namespace

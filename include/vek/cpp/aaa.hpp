@@ -5,6 +5,7 @@
 
 #include "vek/cpp/call.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -310,6 +311,87 @@ class AutoWhiteBalance {
   std::vector<Vek8u> weights_;
   detail::Owned<VekiAWBState, vekiFree_AWB_10RGGB_8u_C1R> state_;
 };
+
+/// Recommended values, with the reasons for them.
+namespace recommended {
+
+/// The largest gain of red and of blue over green, and the inverse of the smallest one. Candle light
+/// needs about 4 in blue.
+inline constexpr int mostWhiteBalance = 8;
+/// How far (in 1/1024) the mean of a scene may be from grey: a scene has a colour of its own. While it
+/// is farther off, the light is taken to have changed, and the gains go for a grey mean at once.
+inline constexpr int coarseTolerance = 280;
+/// How far (in 1/1024) the nearly white parts of the scene may be from grey: 0.6 % is less than one
+/// code of the picture.
+inline constexpr int fineTolerance = 6;
+/// A quad is nearly white if red and blue are this close to green, of 1023.
+inline constexpr int whiteLimit = 100;
+/// A quad is nearly white if its mean is above this, where noise is small beside whiteLimit, ...
+inline constexpr int whiteLow = 100;
+/// ... and below this, where no channel is saturated.
+inline constexpr int whiteHigh = 800;
+/// A window is used if a part of it, 1 / whiteShare, is nearly white.
+inline constexpr int whiteShare = 4;
+
+/// A white balance of frames of this size, of 16 x 16 samples or more, with gains of which `unit` is 1: a
+/// grid of 8 x 6 windows in which every light that gains can balance is valid, and which needs no brake as
+/// targets are right at once. With all of its samples (BalanceMethod::grayWorld) it stays within
+/// coarseTolerance of grey; after that the nearly white ones (BalanceMethod::whitePoints) bring it within
+/// fineTolerance.
+inline BalanceParams balanceParams(Size frame, BalanceMethod method, int unit = 1024) {
+  const bool isCoarse = method == BalanceMethod::grayWorld;
+  const auto side = [](int length, int count, int multiple) {
+    return std::clamp(length / count / multiple * multiple, multiple, 2048);
+  };
+  const int w = side(frame.width, 8, 4), h = side(frame.height, 6, 8);
+  BalanceParams params;
+  params.method = method;
+  for (int y = 0; y + h <= frame.height; y += h) {
+    for (int x = 0; x + w <= frame.width; x += w) params.windows.push_back({x, y, w, h});
+  }
+  params.weights.assign(params.windows.size(), 1);
+  params.holdTolR = params.holdTolB =
+      static_cast<Vek16u>(isCoarse ? coarseTolerance : fineTolerance);
+  params.wpdLimit1 = params.wpdLimit2 = whiteLimit;
+  params.wpdLimit3 = 2 * whiteLimit;
+  params.wpdLow = whiteLow;
+  params.wpdHigh = whiteHigh;
+  params.minWhiteCount = w * h / whiteShare;
+  params.gainMin = static_cast<Vek16u>(unit / mostWhiteBalance);
+  params.gainMax = static_cast<Vek16u>(std::min(unit * mostWhiteBalance, 65535));
+  params.defaultGainR = params.defaultGainG = params.defaultGainB = static_cast<Vek16u>(unit);
+  return params;
+}
+
+/// An exposure of frames of this size by one of the meterings that need no windows, with controls between
+/// `least` and `most`.
+///
+/// The histogram sets the exposure directly, to a mean of a fifth of the range. Bins count from a
+/// ten-thousandth of the green samples on, so that dead ones do not; a frame is dark if even its whites stay
+/// in the lower half of the range, and bright if its blacks leave the lowest third. The other meterings
+/// double and halve the exposure. The ends of their band, 320 and 680 as a sum of two greens, are more than a
+/// factor of two apart, or it would be jumped over for ever. The step-controlled value takes 32 frames from
+/// end to end.
+inline ExposureParams exposureParams(Size frame, Metering metering, ExposureControls least,
+                                     ExposureControls most) {
+  ExposureParams params;
+  params.metering = metering;
+  params.histCountThresh =
+      static_cast<Vek16u>(std::clamp(frame.width * frame.height / 20000, 2, 65535));
+  params.histSpreadThresh = params.darkThresh = 570;
+  params.brightThresh = 340;
+  const bool isHistogram = metering == Metering::histogram;
+  params.target = isHistogram ? 200 : 500;
+  params.tolerance = isHistogram ? 12 : 180;
+  params.scaleMin = least.scale;
+  params.scaleMax = most.scale;
+  params.stepMin = least.step;
+  params.stepMax = most.step;
+  params.stepSize = static_cast<Vek16u>(std::max((most.step - least.step) / 32, 1));
+  return params;
+}
+
+}  // namespace recommended
 
 /** @} */
 

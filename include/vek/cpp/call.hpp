@@ -123,6 +123,13 @@ constexpr Number* written(std::array<Number, count>& values) {
   return values.data();
 }
 
+/// A number as a base class.
+template <class T>
+struct Number {
+  T number = 0;
+  constexpr operator T() const noexcept { return number; }
+};
+
 /// Images of one or three channels.
 template <int channels, class Result>
 using Supported = std::enable_if_t<channels == 1 || channels == 3, Result>;
@@ -233,6 +240,14 @@ inline VekStatus refuseEmpty(Call call) {
 }  // namespace detail
 /// @endcond
 
+/// A number that was measured, or an array of them, with the status of the call: positive where the value has a
+/// reservation (vekStsDivByZero, for example), negative where the call was refused, and all is 0. It is used like
+/// the number or the array, and converts to it.
+template <class T>
+struct Measured : std::conditional_t<std::is_class_v<T>, T, detail::Number<T>> {
+  VekStatus status = vekStsNoErr;  ///< of the call
+};
+
 /// A value for each channel: a Number for one channel, and an array of them for more.
 template <class Number, int channels>
 using Value = typename detail::ValueOf<Number, channels>::Type;
@@ -242,6 +257,24 @@ struct Work {
   void* data;         ///< it, of any alignment
   std::size_t bytes;  ///< how much
 };
+
+/// @cond
+namespace detail {
+
+/// What measure(T*) stores, with the status that it returns.
+template <class T, class Measure>
+Measured<T> measured(Measure measure) {
+  T value = {};
+  const VekStatus status = measure(&value);
+  if constexpr (std::is_class_v<T>) {
+    return {value, status};
+  } else {
+    return {{value}, status};
+  }
+}
+
+}  // namespace detail
+/// @endcond
 
 }  // namespace v0
 }  // namespace vek

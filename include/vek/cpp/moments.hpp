@@ -101,28 +101,23 @@ class Moments {
                 [&](Vek64f* to) { return vekiHuMoments_64f(state_, channel, to); });
   }
   /// The spatial moments, returned.
-  MomentList spatial(int channel, Point origin = {0, 0}, OnError onError = {}) const {
-    MomentList moments = {};
-    spatial(channel, &moments, origin, onError);
-    return moments;
+  Measured<MomentList> spatial(int channel, Point origin = {0, 0}, OnError onError = {}) const {
+    return detail::measured<MomentList>(
+        [&](MomentList* to) { return spatial(channel, to, origin, onError); });
   }
   /// The central moments, returned.
-  MomentList central(int channel, OnError onError = {}) const {
-    MomentList moments = {};
-    central(channel, &moments, onError);
-    return moments;
+  Measured<MomentList> central(int channel, OnError onError = {}) const {
+    return detail::measured<MomentList>(
+        [&](MomentList* to) { return central(channel, to, onError); });
   }
-  /// The normalised moments, returned. They are 0 where there is only black.
-  MomentList normalized(int channel, OnError onError = {}) const {
-    MomentList moments = {};
-    normalized(channel, &moments, onError);
-    return moments;
+  /// The normalised moments, returned. They are 0, with vekStsDivByZero, where there is only black.
+  Measured<MomentList> normalized(int channel, OnError onError = {}) const {
+    return detail::measured<MomentList>(
+        [&](MomentList* to) { return normalized(channel, to, onError); });
   }
-  /// The moments of Hu, returned. They are 0 where there is only black.
-  HuMoments hu(int channel, OnError onError = {}) const {
-    HuMoments moments = {};
-    hu(channel, &moments, onError);
-    return moments;
+  /// The moments of Hu, returned. They are 0, with vekStsDivByZero, where there is only black.
+  Measured<HuMoments> hu(int channel, OnError onError = {}) const {
+    return detail::measured<HuMoments>([&](HuMoments* to) { return hu(channel, to, onError); });
   }
 
  private:

@@ -3,15 +3,14 @@
 #ifndef VEK_ISP_CONTROL_HPP
 #define VEK_ISP_CONTROL_HPP
 
+#include "vek/cpp/aaa.hpp"
 #include "vek/isp/color.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <vector>
 
 namespace vek {
@@ -36,24 +35,6 @@ inline constexpr double saturatedFactor = 16;
 /// The most that an exposure is multiplied by at once: read noise makes the mean of a black frame
 /// meaningless.
 inline constexpr double mostBrighter = 64;
-
-/// The largest gain of red and of blue over green, and the inverse of the smallest one. Candle light
-/// needs about 4 in blue.
-inline constexpr int mostWhiteBalance = 8;
-/// How far (in 1/1024) the mean of a scene may be from grey: a scene has a colour of its own. While it
-/// is farther off, the light is taken to have changed, and the gains go for a grey mean at once.
-inline constexpr int coarseTolerance = 280;
-/// How far (in 1/1024) the nearly white parts of the scene may be from grey: 0.6 % is less than one
-/// code of the picture.
-inline constexpr int fineTolerance = 6;
-/// A quad is nearly white if red and blue are this close to green, of 1023.
-inline constexpr int whiteLimit = 100;
-/// A quad is nearly white if its mean is above this, where noise is small beside whiteLimit, ...
-inline constexpr int whiteLow = 100;
-/// ... and below this, where no channel is saturated.
-inline constexpr int whiteHigh = 800;
-/// A window is used if a part of it, 1 / whiteShare, is nearly white.
-inline constexpr int whiteShare = 4;
 
 /// Rows of a band. With 24 rows of 4K the band, its planes and the pixels stay within half a megabyte.
 inline constexpr int bandRows = 24;
@@ -93,15 +74,6 @@ struct IspResults {
 /// @cond
 namespace detail {
 
-template <auto release>
-struct Releaser {
-  template <class State>
-  void operator()(State* state) const {
-    release(state);
-  }
-};
-using BalanceState = std::unique_ptr<VekiAWBState, Releaser<vekiFree_AWB_10RGGB_8u_C1R>>;
-
 /// Measures frames, and decides about exposure and white balance of the next one. Every n-th pair of rows
 /// of a frame is kept for that.
 class FrameControl {
@@ -112,22 +84,13 @@ class FrameControl {
       // From 100 pairs of rows on nothing is gained.
       : every_(std::max(region.height / 2 / 96, 1)),
         kept_({region.width, (region.height / 2 + every_ - 1) / every_ * 2}),
-        greens_(static_cast<std::size_t>(kept_.height())) {
-    const auto side = [](int length, int count, int multiple) {
-      return std::max(length / count / multiple * multiple, multiple);
-    };
-    const int w = side(kept_.width(), 8, 4), h = side(kept_.height(), 6, 8);
-    for (int y = 0; y + h <= kept_.height(); y += h) {
-      for (int x = 0; x + w <= kept_.width(); x += w) windows_.push_back({x, y, w, h});
-    }
-    weights_.assign(windows_.size(), 1);
-    everything_ = balanceState(vekiAWBGrayWorld, recommended::coarseTolerance);
-    whites_ = balanceState(vekiAWBWhitePoints, recommended::fineTolerance);
-  }
+        greens_(static_cast<std::size_t>(kept_.height())),
+        everything_(recommended::balanceParams(kept_.size(), BalanceMethod::grayWorld, unit)),
+        whites_(recommended::balanceParams(kept_.size(), BalanceMethod::whitePoints, unit)) {}
 
   const IspResults& results() const { return results_; }
   ColorGains gains() const {
-    return {gains_[0] / static_cast<double>(unit), 1, gains_[2] / static_cast<double>(unit)};
+    return {gains_.red / static_cast<double>(unit), 1, gains_.blue / static_cast<double>(unit)};
   }
   void setGains(const ColorGains& gains) {
     gains_ = {static_cast<Vek16u>(std::lround(gains.red / gains.green * unit)), unit,
@@ -196,33 +159,6 @@ class FrameControl {
     greens_[static_cast<std::size_t>(row)] = {sum, saturated};
   }
 
-  BalanceState balanceState(int method, int tolerance) const {
-    using namespace recommended;
-    VekiAWBParams params = {};
-    params.method = method;
-    params.numWindows = static_cast<int>(windows_.size());
-    params.pWindows = windows_.data();
-    params.pWeights = weights_.data();
-    params.refRatioR = params.refRatioB = unit;  // what the balance aims at: equal channels
-    params.holdTolR = params.holdTolB = static_cast<Vek16u>(tolerance);
-    // Any light that gains can balance is valid.
-    params.validTolR = params.validTolB = 65535;
-    params.wpdLimit1 = params.wpdLimit2 = whiteLimit;
-    params.wpdLimit3 = 2 * whiteLimit;
-    params.wpdLow = whiteLow;
-    params.wpdHigh = whiteHigh;
-    params.minWhiteCount = windows_.front().width * windows_.front().height / whiteShare;
-    params.maxGainStep = 65535;  // no brake: a target is right at once
-    params.gainMin = unit / mostWhiteBalance;
-    params.gainMax = unit * mostWhiteBalance;
-    params.defaultGainR = params.defaultGainG = params.defaultGainB = unit;
-    VekiAWBState* state = nullptr;
-    const VekStatus status = vekiInitAlloc_AWB_10RGGB_8u_C1R(&params, &state);
-    if (status < 0)
-      OnError().failure(status, "Isp", "size", "needs a state: %s", vekStatusString(status));
-    return BalanceState(state);
-  }
-
   /// Green follows light, so that one step brings the brightness to its target. Nothing moves within
   /// the tolerance, and as each step is taken from what the frame was taken with, nothing can swing.
   void expose() {
@@ -244,26 +180,21 @@ class FrameControl {
   /// By the mean of everything while that is far from grey, as at the start or in a new light, then by
   /// what is nearly white.
   void balance() {
-    const std::array<Vek16u, 3> before = gains_;
-    const auto update = [&](const BalanceState& state) {
-      return vekiAWB_10RGGB_8u_C1R(kept_.data(), kept_.stepBytes(), kept_.size(), &gains_[0],
-                                   &gains_[1], &gains_[2], state.get());
-    };
-    VekStatus status = update(everything_);
-    if (gains_ == before && status == vekStsNoErr) status = update(whites_);
-    results_.balanceHeld = gains_ == before && status == vekStsNoErr;
+    const BalanceGains before = gains_;
+    const auto isAsBefore = [&] { return gains_.red == before.red && gains_.blue == before.blue; };
+    VekStatus status = everything_.measure(kept_, gains_);
+    if (isAsBefore() && status == vekStsNoErr) status = whites_.measure(kept_, gains_);
+    results_.balanceHeld = isAsBefore() && status == vekStsNoErr;
     results_.balanceAtLimit = status == vekStsAwbGainAtLimit;
     results_.balanceHasData = status != vekStsAwbNoData;
     results_.gains = gains();
   }
 
   int every_;  ///< every so many pairs of rows are kept
-  Image<Vek16u> kept_;
+  Image<Raw10> kept_;
   std::vector<Greens> greens_;  ///< of each row that is kept
-  std::vector<Rect> windows_;   ///< the states point at them
-  std::vector<Vek8u> weights_;
-  BalanceState everything_, whites_;
-  std::array<Vek16u, 3> gains_ = {unit, unit, unit};  ///< red, green, blue, in 1/unit
+  AutoWhiteBalance everything_, whites_;
+  BalanceGains gains_ = {unit, unit, unit};
   ExposureSettings exposure_;
   IspResults results_;
 };
