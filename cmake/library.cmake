@@ -21,7 +21,8 @@ if(UNIX AND NOT APPLE AND NOT VEK_SANITIZE)
   # -nostartfiles leaves out the C start files' writable data and load-time code; ours has none.
   # --as-needed drops the C++ runtime, which CMake adds for C++ objects.
   foreach(option IN ITEMS -nostartfiles LINKER:--as-needed LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
-                          LINKER:-z,noexecstack)
+                          LINKER:-z,noexecstack
+                          LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/symbols.map)
     set(CMAKE_REQUIRED_LINK_OPTIONS ${option})
     string(MAKE_C_IDENTIFIER "VEK_LINKER_KNOWS_${option}" known)
     check_c_source_compiles("int main(void) { return 0; }" ${known})
@@ -30,6 +31,7 @@ if(UNIX AND NOT APPLE AND NOT VEK_SANITIZE)
     endif()
   endforeach()
   unset(CMAKE_REQUIRED_LINK_OPTIONS)
+  set_target_properties(vek PROPERTIES LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/symbols.map)
 endif()
 
 if(NOT VEK_INSTALL)
@@ -58,9 +60,9 @@ install(TARGETS vek vek_static EXPORT vekTargets
   LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
   ARCHIVE COMPONENT Development)
 install(DIRECTORY include/vek DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development)
-install(EXPORT vekTargets NAMESPACE vek:: FILE vekConfig.cmake DESTINATION ${vek_package_dir}
-  COMPONENT Development)
-install(FILES ${PROJECT_BINARY_DIR}/vekConfigVersion.cmake DESTINATION ${vek_package_dir}
-  COMPONENT Development)
+install(EXPORT vekTargets NAMESPACE vek:: DESTINATION ${vek_package_dir} COMPONENT Development)
+configure_file(cmake/vekConfig.cmake.in vekConfig.cmake COPYONLY)
+install(FILES ${PROJECT_BINARY_DIR}/vekConfig.cmake ${PROJECT_BINARY_DIR}/vekConfigVersion.cmake
+  DESTINATION ${vek_package_dir} COMPONENT Development)
 install(FILES ${PROJECT_BINARY_DIR}/vek.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
   COMPONENT Development)

@@ -17,7 +17,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 "$@" >"$work/records-$bits"
-"$nm" -D -S --defined-only "$library" | awk -v pointer="$pointer" '
+"$nm" -D -S --defined-only "$library" | sed 's/@.*//' | awk -v pointer="$pointer" '
+  $(NF - 1) == "A" { next }  # the version itself
   NF == 4 && $3 ~ /^[RD]$/ {
     sub(/^0*/, "", $2)
     print $4, $4 ~ /_DK$/ && $2 == pointer ? "pointer" : "table of 0x" $2

@@ -29,7 +29,13 @@ if ! grep -q '^vekiGetLibVersion function$' "$work/declared"; then
   exit 1
 fi
 
-"$nm" -D --defined-only "$shared" | awk '
+# The symbol of a version is its own; all others have one.
+"$nm" -D --defined-only "$shared" | awk '$2 != "A" { print $NF }' >"$work/versioned"
+grep -vE '@@VEK_[0-9.]+$' "$work/versioned" >"$work/unversioned" || true
+none "exported without a version" "$work/unversioned"
+
+"$nm" -D --defined-only "$shared" | sed 's/@.*//' | awk '
+  $2 == "A" { next }
   $2 == "T" { print $3, "function"; next }
   $2 ~ /^[RD]$/ { print $3, "table"; next }
   { print $NF, "of unexpected kind " $2 }' | sort -u >"$work/exported"
