@@ -161,9 +161,9 @@ VEK_API void vekiFree(void* ptr);
  *  @{ */
 
 #define VEK_VERSION_MAJOR 0        /**< of the package that this header belongs to */
-#define VEK_VERSION_MINOR 1        /**< raised with additions to the interface */
+#define VEK_VERSION_MINOR 2        /**< raised with additions to the interface */
 #define VEK_VERSION_PATCH 0        /**< raised with corrections alone */
-#define VEK_VERSION_STRING "0.1.0" /**< the three numbers, for messages */
+#define VEK_VERSION_STRING "0.2.0" /**< the three numbers, for messages */
 
 /** VEK_VERSION_STRING of the library that the program runs with. It differs from the macro if the
  *  program was compiled against the headers of another version. Constant and never null. */
