@@ -44,12 +44,13 @@ static void makeTable(Vek8u table[1024]) {
  *
  *     Y    71  138   27         sum 236: white is 235
  *     Cb  -41  -80  121         sum 0: a grey has Cb = 128
- *     Cr  121 -101  -20         sum 0: and Cr = 128
+ *     Cr  121 -100  -20         sum 1: and Cr = 128 and a fraction, which is truncated; with a sum of 0
+ *                               noise would make it half a step too low on average
  *
  * This is the inverse of the first matrix times the second one, in 1/256, so that the product is exactly the
  * second one. For a camera whose colours are not those of sRGB multiply the second matrix by the camera's
  * first; after the tone curve that is an approximation (vek/isp.hpp does better). */
-static const Vek16s matrix[9] = {240, 3, -1, 3, 245, 0, -24, 3, 242};
+static const Vek16s matrix[9] = {240, 4, -1, 3, 244, 0, -24, 3, 242};
 
 static int fail(const char* what) {
   fprintf(stderr, "raw_to_ppm: %s\n", what);

@@ -172,8 +172,13 @@ enum class Planar { studio, full, towardsRgb };
 ///
 /// The raw pipeline truncates Y = (C0 . g) >> 8 and adds no 16, so that the table has to bring it: with
 /// a row that sums to 236, g = 255 gives Y = 235 and g = 18 gives 16. Each entry is the least g that
-/// gives the Y that is wanted; Y skips no value, as 236 < 256. Rows of chroma sum to 0, so that greys
-/// have exactly 128 and what the table adds to all channels vanishes.
+/// gives the Y that is wanted; Y skips no value, as 236 < 256. The row of Cb sums to 0, so that greys have
+/// exactly 128 and what the table adds to all channels vanishes.
+///
+/// Chroma is truncated, too, which noise makes half a step too low on average: dark greys come out greenish.
+/// The row of Cr therefore sums to 1, which adds g / 256, half a step at a middle grey. A grey without noise
+/// still has 128, as 128 + 255 / 256 is truncated. The same in Cb, where a step is two codes of blue, would
+/// tint bright greys.
 ///
 /// The state multiplies the matrix that it is given by K (camera.h) and rounds. What it is given is
 /// therefore K^-1 C, in 1/65536 / 256; as the rows of |K| sum to 256 or less, rounding its entries
@@ -202,7 +207,7 @@ inline TableAndMatrix tableAndMatrix(const ToneTable& curve, const Matrix3& afte
       {lumaGain * kr, lumaGain * kg, lumaGain * kb},
       {chromaGain * -.5 * kr / (1 - kb), chromaGain * -.5 * kg / (1 - kb), chromaGain * .5},
       {chromaGain * .5, chromaGain * -.5 * kg / (1 - kr), chromaGain * -.5 * kb / (1 - kr)}};
-  const int sums[3] = {lumaSum, 0, 0};
+  const int sums[3] = {lumaSum, 0, 1};
   int wanted[3][3];
   for (std::size_t i = 0; i < 3; ++i) {
     int rest = sums[i];
