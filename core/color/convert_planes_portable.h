@@ -5,20 +5,52 @@
 #include "core/assert.h"
 #include "core/color/color_matrix.h"
 #include "core/color/convert_planes.h"
+#include "core/color/pixel_block.h"
 
-namespace vek::VEK_LEVEL {
+namespace vek::portable {
 namespace {
 
-/// Each chroma sample of a row serves `pixels` pixels.
-template <int pixels, const Matrix& m, class Format>
-void convertRow(const Vek8u* __restrict y, const Vek8u* __restrict cb, const Vek8u* __restrict cr,
-                ptrdiff_t n, Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    const Vek32s b = cb[i / pixels], r = cr[i / pixels];
-    Format::store(dst + i * Format::bytes, component<m, 0, Format::rBits>(y[i], b, r),
-                  component<m, 1, Format::gBits>(y[i], b, r),
-                  component<m, 2, Format::bBits>(y[i], b, r));
+/// Output k of the matrix for n pixels.
+template <const Matrix& m, int k>
+[[gnu::noinline]] void convertComponent(const Vek8u* __restrict a, const Vek8u* __restrict b,
+                                        const Vek8u* __restrict c, ptrdiff_t n,
+                                        Vek8u* __restrict dst) {
+  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = static_cast<Vek8u>(component<m, k>(a[i], b[i], c[i]));
+}
+
+/// `Format` is a packed format, or Rgb24 for the three outputs in order, whatever they are.
+template <const Matrix& m, class Format>
+[[gnu::noinline]] void convertBlock(const Vek8u* __restrict a, const Vek8u* __restrict b,
+                                    const Vek8u* __restrict c, ptrdiff_t n, Vek8u* __restrict dst) {
+  if constexpr (Format::bytes == 2) {
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      Format::store(dst + 2 * i, component<m, 0, Format::rBits>(a[i], b[i], c[i]),
+                    component<m, 1, Format::gBits>(a[i], b[i], c[i]),
+                    component<m, 2, Format::bBits>(a[i], b[i], c[i]));
+    }
+  } else {
+    PixelBlock out;
+    convertComponent<m, 0>(a, b, c, n, out.channel[Format::rPos]);
+    convertComponent<m, 1>(a, b, c, n, out.channel[Format::gPos]);
+    convertComponent<m, 2>(a, b, c, n, out.channel[Format::bPos]);
+    join(out, n, dst);
   }
+}
+
+/// Each chroma sample of a row serves `pixels` (1 or 2) pixels.
+template <int pixels, const Matrix& m, class Format>
+void convertRow(const Vek8u* y, const Vek8u* cb, const Vek8u* cr, ptrdiff_t n, Vek8u* dst) {
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    Vek8u* const to = dst + x * Format::bytes;
+    if constexpr (pixels == 1) {
+      convertBlock<m, Format>(y + x, cb + x, cr + x, count, to);
+    } else {
+      alignas(16) Vek8u b[blockPixels], r[blockPixels];
+      repeat(cb + x / 2, count, b);
+      repeat(cr + x / 2, count, r);
+      convertBlock<m, Format>(y + x, b, r, count, to);
+    }
+  });
 }
 
 /// The kernel of convert_planes.h.
@@ -34,4 +66,4 @@ void convertPlanes(const YccPlanes& planes, ptrdiff_t n, ptrdiff_t rows, Vek8u* 
 }
 
 }  // namespace
-}  // namespace vek::VEK_LEVEL
+}  // namespace vek::portable

@@ -1,37 +1,23 @@
 // Tiles placed pixel by pixel, or by words of eight bytes where a processor has them.
-#include <bit>
 #include <stdint.h>
 #include <string.h>
 
 #include "core/assert.h"
 #include "core/kernel/place_kernels.h"
+#include "core/kernel/words.h"
 
 namespace vek::portable {
 namespace {
-
-/// Words hold eight bytes in the order of their addresses, and such processors load and store them
-/// at any address.
-constexpr bool hasWords = sizeof(void*) == 8 && std::endian::native == std::endian::little;
 
 template <int pixelBytes>
 void copyPixel(Vek8u* __restrict dst, const Vek8u* __restrict src) {
   for (int i = 0; i < pixelBytes; ++i) dst[i] = src[i];
 }
 
-uint64_t loadWord(const Vek8u* src) {
-  uint64_t word;
-  memcpy(&word, src, 8);
-  return word;
-}
-
-void storeWord(uint64_t word, Vek8u* dst) {
-  memcpy(dst, &word, 8);
-}
-
 /// The pixels of a word from last to first.
 template <int pixelBytes>
 uint64_t reversed(uint64_t word) {
-  word = word << 32 | word >> 32;
+  word = (word & 0xFFFFFFFFu) << 32 | word >> 32;
   word = (word & 0x0000FFFF0000FFFFu) << 16 | (word >> 16 & 0x0000FFFF0000FFFFu);
   if (pixelBytes == 2) return word;
   return (word & 0x00FF00FF00FF00FFu) << 8 | (word >> 8 & 0x00FF00FF00FF00FFu);
@@ -43,7 +29,7 @@ void reverseRow(const Vek8u* __restrict src, ptrdiff_t n, Vek8u* __restrict dst)
   if constexpr (hasWords && pixelBytes < 3) {
     constexpr ptrdiff_t pixels = 8 / pixelBytes;
     for (; x <= n - pixels; x += pixels) {
-      storeWord(reversed<pixelBytes>(loadWord(src + (n - pixels - x) * pixelBytes)),
+      storeWord(reversed<pixelBytes>(loadWord<uint64_t>(src + (n - pixels - x) * pixelBytes)),
                 dst + x * pixelBytes);
     }
   }
@@ -68,7 +54,8 @@ template <int pixelBytes>
 void transposeSquare(const Vek8u* src, ptrdiff_t srcStep, Vek8u* dst, ptrdiff_t dx, bool upwards) {
   constexpr int size = 8 / pixelBytes;
   uint64_t row[size];
-  for (int y = 0; y < size; ++y) row[y] = loadWord(src + (upwards ? size - 1 - y : y) * srcStep);
+  for (int y = 0; y < size; ++y)
+    row[y] = loadWord<uint64_t>(src + (upwards ? size - 1 - y : y) * srcStep);
   for (int i = 0; i < size / 2; ++i) swapFields<32>(row[i], row[i + size / 2]);
   for (int i = 0; i < size; i += size / 2) {
     for (int k = 0; k < size / 4; ++k) swapFields<16>(row[i + k], row[i + k + size / 4]);

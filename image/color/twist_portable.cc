@@ -1,44 +1,73 @@
 // Linear combinations of channels, pixel by pixel.
+#include <type_traits>
+
 #include "core/assert.h"
+#include "core/color/pixel_block.h"
 #include "image/color/twist_kernels.h"
 
 namespace vek::portable {
 namespace {
 
-/// `Sum` is wide enough for the weights: 32 bits for a combination that fits16Bits(), else 64.
+/// `Sum` is wide enough for the weights: 32 bits for a combination that fits16Bits(), else 64. It is
+/// made of weights of half its bits, which compilers multiply in vectors.
 template <class Sum, int shift>
-Vek8u combine(const Vek8u* pixel, const Combination& c) {
-  const Sum sum = Sum{c.weight[0]} * pixel[0] + Sum{c.weight[1]} * pixel[1] +
-                  Sum{c.weight[2]} * pixel[2] + Sum{c.offset} + (Sum{1} << (shift - 1));
-  const Sum value = sum >> shift;
-  return static_cast<Vek8u>(value < 0 ? 0 : value > 255 ? 255 : value);
-}
-
-void luma(ptrdiff_t n, const Vek8u* __restrict src, Vek8u* __restrict dst) {
-  VEK_ASSERT(n >= 1);
-  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = combine<Vek32s, 10>(src + 3 * i, lumaWeights);
-}
-
-template <class Sum>
-void gray(ptrdiff_t n, const Vek8u* __restrict src, Vek8u* __restrict dst, const Combination& c) {
-  VEK_ASSERT(n >= 1);
-  const Combination weights = c;  // a copy, which no store to dst can change
-  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = combine<Sum, 14>(src + 3 * i, weights);
-}
-
-template <class Sum>
-void twist(ptrdiff_t n, const Vek8u* __restrict src, Vek8u* __restrict dst,
-           const Combination* channels) {
-  VEK_ASSERT(n >= 1);
-  const Combination c[3] = {channels[0], channels[1], channels[2]};
-  for (ptrdiff_t i = 0; i < 3 * n; i += 3) {
-    for (int k = 0; k < 3; ++k) dst[i + k] = combine<Sum, 10>(src + i, c[k]);
+[[gnu::noinline]] void combine(const PixelBlock& p, ptrdiff_t n, const Combination& c,
+                               Vek8u* __restrict dst) {
+  using Weight = std::conditional_t<sizeof(Sum) == 4, Vek16s, Vek32s>;
+  const Weight w0 = static_cast<Weight>(c.weight[0]), w1 = static_cast<Weight>(c.weight[1]),
+               w2 = static_cast<Weight>(c.weight[2]);
+  const Sum offset = Sum{c.offset} + (Sum{1} << (shift - 1));
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const Sum sum =
+        Sum{w0} * p.channel[0][i] + Sum{w1} * p.channel[1][i] + Sum{w2} * p.channel[2][i] + offset;
+    const Sum value = sum >> shift;
+    dst[i] = static_cast<Vek8u>(value < 0 ? 0 : value > 255 ? 255 : value);
   }
+}
+
+template <class Sum, int shift>
+void combineRow(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& c) {
+  VEK_ASSERT(n >= 1);
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock in;
+    separate(src + 3 * x, count, in);
+    combine<Sum, shift>(in, count, c, dst + x);
+  });
+}
+
+/// 306 r + 601 g + 117 b + 512 is 4 (76 r + 150 g + 29 b) + (2 r + g + b + 512). The bracket's own
+/// quarter, rounded down, leaves nothing in 16 bits that a shift by 10 would keep.
+void luma(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
+  VEK_ASSERT(n >= 1);
+  static_assert(lumaWeights.weight[0] == 4 * 76 + 2 && lumaWeights.weight[1] == 4 * 150 + 1 &&
+                lumaWeights.weight[2] == 4 * 29 + 1 && lumaWeights.offset == 0);
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock in;
+    separate(src + 3 * x, count, in);
+    const Vek8u *const r = in.channel[0], *const g = in.channel[1], *const b = in.channel[2];
+    Vek8u* const to = dst + x;
+    for (ptrdiff_t i = 0; i < count; ++i) {
+      const Vek16u quarter = static_cast<Vek16u>((2 * r[i] + g[i] + b[i] + 512) >> 2);
+      const Vek16u sum = static_cast<Vek16u>(76 * r[i] + 150 * g[i] + 29 * b[i] + quarter);
+      to[i] = static_cast<Vek8u>(sum >> 8);
+    }
+  });
+}
+
+template <class Sum>
+void twist(ptrdiff_t n, const Vek8u* src, Vek8u* __restrict dst, const Combination* channels) {
+  VEK_ASSERT(n >= 1);
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock in, out;
+    separate(src + 3 * x, count, in);
+    for (int k = 0; k < 3; ++k) combine<Sum, 10>(in, count, channels[k], out.channel[k]);
+    join(out, count, dst + 3 * x);
+  });
 }
 
 void grayQ14(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& weights) {
   VEK_ASSERT(fits16Bits(weights));
-  gray<Vek32s>(n, src, dst, weights);
+  combineRow<Vek32s, 14>(n, src, dst, weights);
 }
 
 void twistQ10(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination* channels) {
@@ -49,7 +78,7 @@ void twistQ10(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination* chan
 }  // namespace
 
 void wideGrayQ14(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& weights) {
-  gray<Vek64s>(n, src, dst, weights);
+  combineRow<Vek64s, 14>(n, src, dst, weights);
 }
 
 void wideTwistQ10(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination* channels) {

@@ -7,141 +7,172 @@
 namespace vek::portable {
 namespace {
 
-// Interleaved images: the three samples of pixel i.
+// Interleaved images, by blocks of pixels.
 
 struct Interleaved444 {
-  const Vek8u* data;
-
-  Vek32s first(ptrdiff_t i) const { return data[3 * i]; }
-  Vek32s second(ptrdiff_t i) const { return data[3 * i + 1]; }
-  Vek32s third(ptrdiff_t i) const { return data[3 * i + 2]; }
-};
-
-struct Interleaved422 {
-  const Vek8u* data;
-
-  Vek32s first(ptrdiff_t i) const { return data[2 * i]; }
-  Vek32s second(ptrdiff_t i) const { return data[4 * (i >> 1) + 1]; }
-  Vek32s third(ptrdiff_t i) const { return data[4 * (i >> 1) + 3]; }
-};
-
-/// `Format` is a packed format, or Rgb24 for the three outputs in order, whatever they are.
-template <class Source, const Matrix& m, class Format>
-void convertInterleaved(ptrdiff_t n, const Vek8u* data, Vek8u* __restrict dst) {
-  VEK_ASSERT(n >= 1);
-  const Source src = {data};
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    const Vek32s a = src.first(i), b = src.second(i), c = src.third(i);
-    Format::store(dst + i * Format::bytes, component<m, 0, Format::rBits>(a, b, c),
-                  component<m, 1, Format::gBits>(a, b, c), component<m, 2, Format::bBits>(a, b, c));
+  static void separate(const Vek8u* data, ptrdiff_t x, ptrdiff_t n, PixelBlock& __restrict to) {
+    portable::separate(data + 3 * x, n, to);
   }
+};
+
+/// Two pixels are the bytes Y, Cb, Y, Cr; an odd last pixel has them all, too.
+struct Interleaved422 {
+  static void separate(const Vek8u* __restrict data, ptrdiff_t x, ptrdiff_t n,
+                       PixelBlock& __restrict to) {
+    const Vek8u* const from = data + 2 * x;
+    for (ptrdiff_t i = 0; i < n / 2; ++i) {
+      to.channel[0][2 * i] = from[4 * i];
+      to.channel[0][2 * i + 1] = from[4 * i + 2];
+      to.channel[1][2 * i] = to.channel[1][2 * i + 1] = from[4 * i + 1];
+      to.channel[2][2 * i] = to.channel[2][2 * i + 1] = from[4 * i + 3];
+    }
+    const ptrdiff_t last = n - 1, pair = last / 2;
+    to.channel[0][last] = from[2 * last];
+    to.channel[1][last] = from[4 * pair + 1];
+    to.channel[2][last] = from[4 * pair + 3];
+  }
+};
+
+template <class Source, const Matrix& m, class Format>
+void convertInterleaved(ptrdiff_t n, const Vek8u* data, Vek8u* dst) {
+  VEK_ASSERT(n >= 1);
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock in;
+    Source::separate(data, x, count, in);
+    convertBlock<m, Format>(in.channel[0], in.channel[1], in.channel[2], count,
+                            dst + x * Format::bytes);
+  });
 }
 
 template <const Matrix& m>
-void toPlanes444(ptrdiff_t n, const Vek8u* __restrict rgb, Vek8u* __restrict y, Vek8u* __restrict u,
-                 Vek8u* __restrict v) {
+void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
-  for (ptrdiff_t i = 0; i < n; ++i) {
-    const Vek32s red = rgb[3 * i], green = rgb[3 * i + 1], blue = rgb[3 * i + 2];
-    y[i] = static_cast<Vek8u>(component<m, 0>(red, green, blue));
-    u[i] = static_cast<Vek8u>(component<m, 1>(red, green, blue));
-    v[i] = static_cast<Vek8u>(component<m, 2>(red, green, blue));
-  }
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock in;
+    separate(rgb + 3 * x, count, in);
+    convertComponent<m, 0>(in.channel[0], in.channel[1], in.channel[2], count, y + x);
+    convertComponent<m, 1>(in.channel[0], in.channel[1], in.channel[2], count, u + x);
+    convertComponent<m, 2>(in.channel[0], in.channel[1], in.channel[2], count, v + x);
+  });
 }
 
-struct Rgb {
-  Vek32s r, g, b;
-};
-
-// Where pixels share chroma: luma of a pixel, chroma of the average of several.
+// Where pixels share chroma: luma of n pixels, chroma of the averages of several.
 
 struct SharedYcbcr {
-  static Vek8u luma(Rgb p) { return output<0>(p); }
-  static Vek8u second(Rgb p) { return output<1>(p); }
-  static Vek8u third(Rgb p) { return output<2>(p); }
+  static void luma(const PixelBlock& p, ptrdiff_t n, Vek8u* y) { output<0>(p, n, y); }
+  static void chroma(const PixelBlock& p, ptrdiff_t n, Vek8u* cb, Vek8u* cr) {
+    output<1>(p, n, cb);
+    output<2>(p, n, cr);
+  }
 
  private:
   template <int k>
-  static Vek8u output(Rgb p) {
-    return static_cast<Vek8u>(component<rgbToYcbcr, k>(p.r, p.g, p.b));
+  static void output(const PixelBlock& p, ptrdiff_t n, Vek8u* dst) {
+    convertComponent<rgbToYcbcr, k>(p.channel[0], p.channel[1], p.channel[2], n, dst);
   }
 };
 
 struct SharedYuv {
-  static Vek8u luma(Rgb p) { return static_cast<Vek8u>(component<rgbToYuv, 0>(p.r, p.g, p.b)); }
-  static Vek8u second(Rgb p) { return fromDifference(uFactor, p.b - luma(p)); }
-  static Vek8u third(Rgb p) { return fromDifference(vFactor, p.r - luma(p)); }
+  static void luma(const PixelBlock& p, ptrdiff_t n, Vek8u* y) {
+    convertComponent<rgbToYuv, 0>(p.channel[0], p.channel[1], p.channel[2], n, y);
+  }
+  static void chroma(const PixelBlock& p, ptrdiff_t n, Vek8u* u, Vek8u* v) {
+    PixelBlock averages;
+    Vek8u* const y = averages.channel[0];
+    luma(p, n, y);
+    fromDifferences<uFactor>(p.channel[2], y, n, u);
+    fromDifferences<vFactor>(p.channel[0], y, n, v);
+  }
 
  private:
-  static Vek8u fromDifference(Vek32s factor, Vek32s d) {
-    return static_cast<Vek8u>(clampToBits<8>(128 + (factor * d >> 10)));
+  template <Vek32s factor>
+  [[gnu::noinline]] static void fromDifferences(const Vek8u* __restrict color,
+                                                const Vek8u* __restrict y, ptrdiff_t n,
+                                                Vek8u* __restrict dst) {
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      dst[i] = static_cast<Vek8u>(clampToBits<8>(128 + (factor * (color[i] - y[i]) >> 10)));
+    }
   }
 };
 
-Rgb pixel(const Vek8u* p) {
-  return {p[0], p[1], p[2]};
+/// Repeats an odd last pixel, so that the averages are those of the pixels that exist, and returns
+/// the number of pairs.
+[[gnu::noinline]] ptrdiff_t completePairs(PixelBlock& p, ptrdiff_t n) {
+  if (n % 2 != 0) {
+    for (auto& channel : p.channel) channel[n] = channel[n - 1];
+  }
+  return (n + 1) / 2;
 }
 
-Rgb average(Rgb a, Rgb b) {
-  return {(a.r + b.r + 1) >> 1, (a.g + b.g + 1) >> 1, (a.b + b.b + 1) >> 1};
+[[gnu::noinline]] void averagePairs(const PixelBlock& p, ptrdiff_t pairs,
+                                    PixelBlock& __restrict averages) {
+  for (int c = 0; c < 3; ++c) {
+    const Vek8u* const from = p.channel[c];
+    for (ptrdiff_t i = 0; i < pairs; ++i) {
+      averages.channel[c][i] = static_cast<Vek8u>((from[2 * i] + from[2 * i + 1] + 1) >> 1);
+    }
+  }
 }
 
-Rgb average(Rgb a, Rgb b, Rgb c, Rgb d) {
-  return {(a.r + b.r + c.r + d.r + 2) >> 2, (a.g + b.g + c.g + d.g + 2) >> 2,
-          (a.b + b.b + c.b + d.b + 2) >> 2};
-}
-
-/// The pixel that shares chroma with pixel i. At the end of an odd row it is i itself, so that the
-/// averages are those of the pixels that exist.
-ptrdiff_t partner(ptrdiff_t i, ptrdiff_t n) {
-  return i + 1 < n ? i + 1 : i;
-}
-
-template <class Space>
-void toInterleaved422(ptrdiff_t n, const Vek8u* __restrict rgb, Vek8u* __restrict dst) {
-  VEK_ASSERT(n >= 1);
-  for (ptrdiff_t i = 0; i < n; i += 2) {
-    const Rgb left = pixel(rgb + 3 * i), right = pixel(rgb + 3 * partner(i, n));
-    const Rgb shared = average(left, right);
-    dst[2 * i] = Space::luma(left);
-    dst[2 * i + 1] = Space::second(shared);
-    dst[2 * i + 2] = Space::luma(right);
-    dst[2 * i + 3] = Space::third(shared);
+[[gnu::noinline]] void averageFours(const PixelBlock& p, const PixelBlock& q, ptrdiff_t pairs,
+                                    PixelBlock& __restrict averages) {
+  for (int c = 0; c < 3; ++c) {
+    const Vek8u *const upper = p.channel[c], *const lower = q.channel[c];
+    for (ptrdiff_t i = 0; i < pairs; ++i) {
+      averages.channel[c][i] = static_cast<Vek8u>(
+          (upper[2 * i] + upper[2 * i + 1] + lower[2 * i] + lower[2 * i + 1] + 2) >> 2);
+    }
   }
 }
 
 template <class Space>
-void toPlanes422(ptrdiff_t n, const Vek8u* __restrict rgb, Vek8u* __restrict y, Vek8u* __restrict u,
-                 Vek8u* __restrict v) {
+void toInterleaved422(ptrdiff_t n, const Vek8u* rgb, Vek8u* __restrict dst) {
   VEK_ASSERT(n >= 1);
-  for (ptrdiff_t i = 0; i < n; i += 2) {
-    const ptrdiff_t j = partner(i, n);
-    const Rgb left = pixel(rgb + 3 * i), right = pixel(rgb + 3 * j);
-    const Rgb shared = average(left, right);
-    y[i] = Space::luma(left);
-    y[j] = Space::luma(right);
-    u[i >> 1] = Space::second(shared);
-    v[i >> 1] = Space::third(shared);
-  }
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock in, shared, out;
+    separate(rgb + 3 * x, count, in);
+    const ptrdiff_t pairs = completePairs(in, count);
+    averagePairs(in, pairs, shared);
+    Space::luma(in, 2 * pairs, out.channel[0]);
+    Space::chroma(shared, pairs, out.channel[1], out.channel[2]);
+    Vek8u* const to = dst + 2 * x;
+    for (ptrdiff_t i = 0; i < pairs; ++i) {
+      to[4 * i] = out.channel[0][2 * i];
+      to[4 * i + 1] = out.channel[1][i];
+      to[4 * i + 2] = out.channel[0][2 * i + 1];
+      to[4 * i + 3] = out.channel[2][i];
+    }
+  });
 }
 
 template <class Space>
-void toPlanes420(ptrdiff_t n, const Vek8u* __restrict top, const Vek8u* __restrict bottom,
-                 Vek8u* __restrict yTop, Vek8u* __restrict yBottom, Vek8u* __restrict u,
-                 Vek8u* __restrict v) {
+void toPlanes422(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
-  for (ptrdiff_t i = 0; i < n; i += 2) {
-    const ptrdiff_t j = partner(i, n);
-    const Rgb a = pixel(top + 3 * i), b = pixel(top + 3 * j);
-    const Rgb c = pixel(bottom + 3 * i), d = pixel(bottom + 3 * j);
-    const Rgb shared = average(a, b, c, d);
-    yTop[i] = Space::luma(a);
-    yTop[j] = Space::luma(b);
-    yBottom[i] = Space::luma(c);
-    yBottom[j] = Space::luma(d);
-    u[i >> 1] = Space::second(shared);
-    v[i >> 1] = Space::third(shared);
-  }
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock in, shared;
+    separate(rgb + 3 * x, count, in);
+    Space::luma(in, count, y + x);
+    const ptrdiff_t pairs = completePairs(in, count);
+    averagePairs(in, pairs, shared);
+    Space::chroma(shared, pairs, u + x / 2, v + x / 2);
+  });
+}
+
+template <class Space>
+void toPlanes420(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop, Vek8u* yBottom,
+                 Vek8u* u, Vek8u* v) {
+  VEK_ASSERT(n >= 1);
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock upper, lower, shared;
+    separate(top + 3 * x, count, upper);
+    separate(bottom + 3 * x, count, lower);
+    Space::luma(upper, count, yTop + x);
+    Space::luma(lower, count, yBottom + x);
+    const ptrdiff_t pairs = completePairs(upper, count);
+    completePairs(lower, count);
+    averageFours(upper, lower, pairs, shared);
+    Space::chroma(shared, pairs, u + x / 2, v + x / 2);
+  });
 }
 
 template <int pixels, const Matrix& m>
