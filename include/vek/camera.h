@@ -307,7 +307,7 @@ enum VekiAWBMethod {
  *  valid), maxGainStep = 65535 (a target is right at once), gains within 1/8 to 8 times the caller's unit,
  *  which is the default gain. The first state, with vekiAWBGrayWorld and holdTolR = holdTolB = 280, acts
  *  while the mean is far from grey, as a scene has a colour of its own. Where it changes nothing, the second
- *  one, with vekiAWBWhitePoints, holdTolR = holdTolB = 6, wpdLimit1 = wpdLimit2 = 100, wpdLimit3 = 200,
+ *  one, with vekiAWBWhitePoints, holdTolR = holdTolB = 6, wpdLimit1 = wpdLimit2 = 120, wpdLimit3 = 240,
  *  wpdLow = 100, wpdHigh = 800 and minWhiteCount = a quarter of a window, does the rest.
  *
  *  The white-point fields (wpdLimit1 to wpdHigh) are checked with both methods, and used with

@@ -324,8 +324,9 @@ inline constexpr int coarseTolerance = 280;
 /// How far (in 1/1024) the nearly white parts of the scene may be from grey: 0.6 % is less than one
 /// code of the picture.
 inline constexpr int fineTolerance = 6;
-/// A quad is nearly white if red and blue are this close to green, of 1023.
-inline constexpr int whiteLimit = 100;
+/// A quad is nearly white if red and blue are this close to green, of 1023. With less, noise in a lamp's blue
+/// leaves out more quads on one side than on the other.
+inline constexpr int whiteLimit = 120;
 /// A quad is nearly white if its mean is above this, where noise is small beside whiteLimit, ...
 inline constexpr int whiteLow = 100;
 /// ... and below this, where no channel is saturated.
