@@ -38,7 +38,7 @@ void resizeNearest(const PreviewCall& call, const PreviewKernels& kernels, Plane
   walkSamples(dst, kernels.place, width, rows, [&](const Tile& tile, Vek8u* out, ptrdiff_t step) {
     nearestColumns(kernels.resample, call.columnStep(), tile.x, tile.columns, columns);
     for (ptrdiff_t i = 0; i < tile.rows; ++i, out += step) {
-      const Vek8u* const row = src.row(sourceRow(tile.y + i));
+      const Vek8u* const row = src.row(static_cast<ptrdiff_t>(sourceRow(tile.y + i)));
       putRow(nearestRow(kernels.resample, row, columns, out), tile.columns, out);
     }
   });

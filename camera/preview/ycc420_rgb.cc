@@ -88,7 +88,7 @@ void resizeRotateConvert(const PreviewCall& call, const PreviewKernels& kernels)
       makeLuma(tile, i, buffer.y + i * step, step);
       makeLuma(tile, i + 1, buffer.y + (i + 1) * step, step);
       const Vek32u phase = static_cast<Vek32u>(tile.y + i) * call.rowStep();
-      const Vek32u chromaRow = (phase + oneSample) >> 17;
+      const auto chromaRow = static_cast<ptrdiff_t>((phase + oneSample) >> 17);
       Vek8u* const cbOut = buffer.cb + i / 2 * chromaStep;
       Vek8u* const crOut = buffer.cr + i / 2 * chromaStep;
       putRow(nearestRow(resample, cb.row(chromaRow), chromaColumns, cbOut), pairs, cbOut);
