@@ -155,7 +155,29 @@ std::vector<VekiDeadPixel> readDeadPixels(const std::string& path, VekiSize size
   return list;
 }
 
+std::string readFile(const std::string& path, size_t mostBytes) {
+  const std::string name = path == "-" ? "standard input" : path;
+  const Reader file = openToRead(path);
+  std::string bytes;
+  char block[1 << 16];
+  while (const size_t got = std::fread(block, 1, sizeof block, file.get())) {
+    bytes.append(block, got);
+    if (bytes.size() > mostBytes) {
+      throw Failure(name + " has more than " + std::to_string(mostBytes) + " bytes");
+    }
+  }
+  if (std::ferror(file.get())) throw Failure("cannot read " + name + ": " + reason());
+  return bytes;
+}
+
 void writeFile(const std::string& path, std::string_view bytes) {
+  if (path == "-") {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size() ||
+        std::fflush(stdout) != 0) {
+      throw Failure("cannot write to standard output: " + reason());
+    }
+    return;
+  }
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (fs::exists(status) && !fs::is_regular_file(status)) {

@@ -1,38 +1,18 @@
 #include "vekcam/picture.h"
 
 #include <algorithm>
-#include <png.h>
 
-#include "vekcam/files.h"
 #include "vekcam/font.h"
+#include "vekcam/picture_files.h"
 
 namespace vekcam {
 
 std::string encodePng(const Picture& picture) {
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
-  image.width = static_cast<png_uint_32>(picture.width);
-  image.height = static_cast<png_uint_32>(picture.height);
-  image.format = PNG_FORMAT_BGR;
-  image.flags = PNG_IMAGE_FLAG_FAST;  // noise does not compress, whatever the effort
-  png_alloc_size_t bytes = PNG_IMAGE_PNG_SIZE_MAX(image);
-  std::string png(bytes, '\0');
-  if (!png_image_write_to_memory(&image, png.data(), &bytes, 0, picture.bgr.data(), picture.step(),
-                                 nullptr)) {
-    throw Failure(std::string("cannot encode the picture: ") + image.message);
-  }
-  png.resize(bytes);
-  return png;
+  return encodePicture(picture, PictureFormat::png);
 }
 
 std::string encodePpm(const Picture& picture) {
-  std::string ppm =
-      "P6\n" + std::to_string(picture.width) + " " + std::to_string(picture.height) + "\n255\n";
-  ppm.reserve(ppm.size() + picture.bgr.size());
-  for (size_t i = 0; i < picture.bgr.size(); i += 3) {
-    for (const size_t channel : {i + 2, i + 1, i}) ppm += static_cast<char>(picture.bgr[channel]);
-  }
-  return ppm;
+  return encodePicture(picture, PictureFormat::ppm);
 }
 
 Picture reduced(const Picture& picture, int factor) {
