@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
+#include <fmt/format.h>
+#include <numbers>
 
 namespace vekcam {
 namespace {
+
+constexpr int noisePatch = 20;  ///< a grey in the middle of the range
 
 using Triple = std::array<double, 3>;
 
@@ -24,20 +27,6 @@ Triple lab(const Triple& rgb) {
     v[i] = f((row[0] * rgb[0] + row[1] * rgb[1] + row[2] * rgb[2]) / (row[0] + row[1] + row[2]));
   }
   return {116 * v[1] - 16, 500 * (v[0] - v[1]), 200 * (v[1] - v[2])};
-}
-
-double difference(const Triple& a, const Triple& b) {
-  const Triple first = lab(a);
-  const Triple second = lab(b);
-  return std::hypot(first[0] - second[0], first[1] - second[1], first[2] - second[2]);
-}
-
-double light(double code, vek::ToneCurve curve) {
-  const double x = code / 255;
-  if (curve == vek::ToneCurve::linear) return x;
-  if (curve == vek::ToneCurve::bt709)
-    return x < .081 ? x / 4.5 : std::pow((x + .099) / 1.099, 1 / .45);
-  return x <= .04045 ? x / 12.92 : std::pow((x + .055) / 1.055, 2.4);
 }
 
 /// A picture by the samples of the sensor that it shows.
@@ -84,12 +73,32 @@ struct Shown {
 
 }  // namespace
 
+double colorDifference(const Triple& a, const Triple& b) {
+  const Triple first = lab(a);
+  const Triple second = lab(b);
+  return std::hypot(first[0] - second[0], first[1] - second[1], first[2] - second[2]);
+}
+
+double lightOf(double code, vek::ToneCurve curve) {
+  const double x = code / 255;
+  if (curve == vek::ToneCurve::linear) return x;
+  if (curve == vek::ToneCurve::bt709)
+    return x < .081 ? x / 4.5 : std::pow((x + .099) / 1.099, 1 / .45);
+  return x <= .04045 ? x / 12.92 : std::pow((x + .055) / 1.055, 2.4);
+}
+
 AccuracyMeter::AccuracyMeter(VekiSize sensor, VekiSize preview, vek::Rotation rotation,
                              vek::ToneCurve curve)
     : sensor_(sensor), preview_(preview), rotation_(rotation) {
   for (size_t code = 0; code < light_.size(); ++code) {
-    light_[code] = light(static_cast<double>(code), curve);
+    light_[code] = lightOf(static_cast<double>(code), curve);
   }
+}
+
+void AccuracyMeter::clear() {
+  count_ = 0;
+  noise_ = 0;
+  rings_ = {};
 }
 
 void AccuracyMeter::add(const Picture& picture) {
@@ -105,7 +114,56 @@ void AccuracyMeter::add(const Picture& picture) {
     addTo(wedge_[static_cast<size_t>(i)],
           shown.mean(wedgeArea(i, sensor_), [this](Vek8u code) { return light_[code]; }));
   }
+  // A mean and a mean of squares of the codes of one grey.
+  const VekiRect grey = patchArea(noisePatch, sensor_);
+  const double mean = shown.mean(grey, [](Vek8u code) { return code; })[1];
+  const double square = shown.mean(grey, [](Vek8u code) { return code * code; })[1];
+  noise_ += std::sqrt(std::max(0., square - mean * mean));
+  addRings(picture);
   ++count_;
+}
+
+void AccuracyMeter::addRings(const Picture& picture) {
+  const Shown shown = {picture, sensor_, preview_, rotation_};
+  const Rings rings(sensor_);
+  const double samples = static_cast<double>(sensor_.width) / preview_.width;  // of a pixel
+  const int reach = static_cast<int>(rings.radius / samples);
+  for (int row = -reach; row <= reach; ++row) {
+    for (int column = -reach; column <= reach; ++column) {
+      // The middle of a pixel, in samples.
+      const double x = (std::floor(rings.x / samples) + column + .5) * samples;
+      const double y = (std::floor(rings.y / samples) + row + .5) * samples;
+      const double distance = std::hypot(x - rings.x, y - rings.y);
+      // Cycles a pixel: a quarter for lines two pixels wide.
+      const double frequency = rings.phaseScale * distance / std::numbers::pi * samples;
+      if (x < 0 || y < 0 || x >= sensor_.width || y >= sensor_.height ||
+          distance > .97 * rings.radius || std::abs(frequency - .25) > .05) {
+        continue;
+      }
+      const double light = light_[shown.at(static_cast<int>(x), static_cast<int>(y))[1]];
+      const double phase = rings.phaseScale * distance * distance;
+      const double terms[4] = {1, std::cos(phase), std::sin(phase), light};
+      for (size_t i = 0; i < 3; ++i) {
+        for (size_t j = 0; j < 4; ++j) rings_[i][j] += terms[i] * terms[j];
+      }
+    }
+  }
+}
+
+double AccuracyMeter::detail() const {
+  // Light as a mean and a wave of the rings' phase, by least squares: what has another phase, as noise
+  // and aliases have, does not count.
+  RingSums m = rings_;
+  for (size_t i = 0; i < 3; ++i) {
+    if (!(std::abs(m[i][i]) > 1e-9)) return 0;  // there are no such rings
+    for (size_t k = 0; k < 3; ++k) {
+      if (k == i) continue;
+      const double times = m[k][i] / m[i][i];
+      for (size_t j = 0; j < 4; ++j) m[k][j] -= times * m[i][j];
+    }
+  }
+  const double mean = m[0][3] / m[0][0];
+  return std::hypot(m[1][3] / m[1][1], m[2][3] / m[2][2]) / std::max(mean, 1e-9) / Rings::contrast;
 }
 
 Accuracy AccuracyMeter::result() const {
@@ -126,11 +184,11 @@ Accuracy AccuracyMeter::result() const {
     }
   }
   const double brightness = std::max(product / square, 1e-3);
-  Accuracy result = {0, 0, 0, 0, true};
+  Accuracy result = {0, 0, 0, 0, true, noise_ / count_, detail()};
   for (size_t i = 0; i < patchCount; ++i) {
     Triple seen = patches_[i];
     for (double& channel : seen) channel /= brightness;
-    const double d = difference(seen, known(i));
+    const double d = colorDifference(seen, known(i));
     result.meanDifference += d / patchCount;
     if (d <= result.worstDifference) continue;
     result.worstDifference = d;
@@ -146,12 +204,12 @@ Accuracy AccuracyMeter::result() const {
 }
 
 std::string describe(const Accuracy& a) {
-  char text[160];
-  std::snprintf(text, sizeof text,
-                "colour difference %.1f, at most %.1f (patch %d); greys within %.1f codes%s",
-                a.meanDifference, a.worstDifference, a.worstPatch, a.greySpread,
-                a.isMonotonic ? "" : ", not monotonic");
-  return text;
+  return fmt::format(
+      "color difference {:.1f}, at most {:.1f} (patch {}); greys within {:.1f} codes{}; noise "
+      "{:.1f} "
+      "codes; detail {:.0f} %",
+      a.meanDifference, a.worstDifference, a.worstPatch, a.greySpread,
+      a.isMonotonic ? "" : ", not monotonic", a.noise, 100 * a.detail);
 }
 
 }  // namespace vekcam

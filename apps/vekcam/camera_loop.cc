@@ -41,7 +41,7 @@ const std::vector<Light>& lightScript() {
 
 CameraLoop::CameraLoop(const LoopSettings& settings)
     : settings_(settings),
-      sensor_(Scene(settings.size), settings.seed),
+      sensor_(Scene(settings.size, settings.scene), settings.seed),
       raw_(settings.size),
       isp_(ispSettings(settings, sensor_)),
       picture_(isp_.outputSize().width, isp_.outputSize().height),
@@ -54,6 +54,18 @@ Band CameraLoop::band() const {
   const double target = vek::recommended::exposureTarget;
   const double margin = vek::recommended::exposureTolerance * target;
   return {target - margin, target + margin, 1023};
+}
+
+void CameraLoop::writeRaw(std::ostream& out) const {
+  std::string bytes;
+  for (int y = 0; y < raw_.height(); ++y) {
+    bytes.clear();
+    for (int x = 0; x < raw_.width(); ++x) {
+      bytes += static_cast<char>(raw_.row(y)[x] & 255);
+      bytes += static_cast<char>(raw_.row(y)[x] >> 8);
+    }
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  }
 }
 
 FrameRecord CameraLoop::step() {

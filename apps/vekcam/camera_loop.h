@@ -4,13 +4,13 @@
 
 #include <cstdint>
 #include <optional>
+#include <ostream>
 #include <vector>
 #include <vek/isp.hpp>
 
 #include "vekcam/accuracy.h"
 #include "vekcam/exposure.h"
 #include "vekcam/picture.h"
-#include "vekcam/pipeline.h"
 #include "vekcam/stage_times.h"
 
 namespace vekcam {
@@ -25,6 +25,7 @@ struct LoopSettings {
   vek::Rotation rotation = vek::Rotation::none;  ///< of the picture
   vek::ToneCurve curve = vek::ToneCurve::srgb;
   Metering metering = Metering::isp;
+  SceneKind scene = SceneKind::chart;
   uint64_t seed = 1;
 };
 
@@ -51,6 +52,8 @@ class CameraLoop {
   FrameRecord step();
 
   const Picture& picture() const { return picture_; }
+  /// The last frame of the sensor, in little-endian words.
+  void writeRaw(std::ostream& out) const;
   /// Of the pictures since half of the present light's time, when everything has settled.
   Accuracy accuracy() const { return accuracy_.result(); }
   Band band() const;

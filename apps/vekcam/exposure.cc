@@ -149,7 +149,11 @@ VekStatus Exposure::update(const RawFrame& frame, Controls& controls) {
 }
 
 double Exposure::brightness(const RawFrame& frame) const {
-  if (metering_ == Metering::histogram) return unsaturatedGreen(frame).mean;
+  if (metering_ == Metering::histogram) {
+    // Of a frame that is white but for dead pixels, these are all that is not saturated.
+    const Unsaturated green = unsaturatedGreen(frame);
+    return green.share < .5 ? 1023 : green.mean;
+  }
   double sum = 0;
   for (const VekiRect& window : windows_) sum += meanGreenSum(frame, window);
   return sum / static_cast<double>(windows_.size());

@@ -1,9 +1,9 @@
 #include "vekcam/files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -88,70 +88,54 @@ bool parseInt(std::string_view text, int& value) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
-std::string withoutSpaces(const char* line) {
+std::string withoutSpaces(std::string_view line) {
   std::string text;
-  for (; *line != '\0'; ++line) {
-    if (std::strchr(" \t\r\n", *line) == nullptr) text += *line;
+  for (const char c : line) {
+    if (std::string_view(" \t\r").find(c) == std::string_view::npos) text += c;
   }
   return text;
 }
 
 }  // namespace
 
-RawFrame readRawFrame(const std::string& path, VekiSize size, int step) {
-  const std::string name = path == "-" ? "standard input" : path;
-  const std::string shape = std::to_string(size.width) + "x" + std::to_string(size.height) +
-                            " with a step of " + std::to_string(step) + " bytes";
-  const auto tooShort = [&](int row) {
-    return Failure(name + " is too short for " + shape + ": row " + std::to_string(row) +
-                   " is incomplete");
-  };
-  const Reader file = openToRead(path);
-  RawFrame frame(size);
-  const size_t rowBytes = static_cast<size_t>(size.width) * 2;
-  std::vector<unsigned char> bytes(static_cast<size_t>(step));
-  for (int y = 0; y < size.height; ++y) {
-    const size_t got = std::fread(bytes.data(), 1, bytes.size(), file.get());
-    if (std::ferror(file.get())) throw Failure("cannot read " + name + ": " + reason());
-    const bool complete = got == bytes.size() || (y == size.height - 1 && got == rowBytes);
-    if (!complete) {
-      throw tooShort(y);
-    }
-    Vek16u* const row = frame.row(y);
-    for (size_t x = 0; x < static_cast<size_t>(size.width); ++x) {
-      const int value = bytes[2 * x] | bytes[2 * x + 1] << 8;
-      if (value > 1023) {
-        throw Failure(name + " does not hold 10-bit samples: " + std::to_string(value) +
-                      " at row " + std::to_string(y) + ", column " + std::to_string(x));
-      }
-      row[x] = static_cast<Vek16u>(value);
-    }
-  }
-  if (std::fgetc(file.get()) != EOF) throw Failure(name + " is too long for " + shape);
-  return frame;
+std::string inputName(const std::string& path) {
+  return path == "-" ? "standard input" : path;
 }
 
-std::vector<VekiDeadPixel> readDeadPixels(const std::string& path, VekiSize size) {
+std::vector<Vek8u> readBytes(const std::string& path, size_t most) {
   const Reader file = openToRead(path);
+  std::vector<Vek8u> bytes;
+  constexpr size_t block = size_t{1} << 20;
+  while (bytes.size() < most) {
+    const size_t had = bytes.size();
+    bytes.resize(had + std::min(block, most - had));
+    const size_t got = std::fread(bytes.data() + had, 1, bytes.size() - had, file.get());
+    bytes.resize(had + got);
+    if (std::ferror(file.get())) throw Failure("cannot read " + inputName(path) + ": " + reason());
+    if (got == 0) break;
+  }
+  return bytes;
+}
+
+std::vector<VekiDeadPixel> parseDeadPixels(std::string_view text, const std::string& name) {
   std::vector<VekiDeadPixel> list;
-  char line[256];
-  for (int number = 1; std::fgets(line, sizeof line, file.get()) != nullptr; ++number) {
-    const std::string text = withoutSpaces(line);
-    if (text.empty() || text[0] == '#' || (list.empty() && text == "row,column")) continue;
-    const std::string_view entry = text;
+  for (int number = 1; !text.empty(); ++number) {
+    const size_t end = text.find('\n');
+    const std::string line = withoutSpaces(text.substr(0, end));
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    if (line.empty() || line[0] == '#' || (list.empty() && line == "row,column")) continue;
+    const std::string_view entry = line;
     const size_t comma = entry.find(',');
     VekiDeadPixel pixel;
     if (comma == std::string_view::npos || !parseInt(entry.substr(0, comma), pixel.row) ||
         !parseInt(entry.substr(comma + 1), pixel.column)) {
-      throw Failure(path + ", line " + std::to_string(number) + ": expected row,column");
+      throw Failure(name + ", line " + std::to_string(number) + ": expected row,column");
     }
-    if (pixel.row < 0 || pixel.row >= size.height || pixel.column < 0 ||
-        pixel.column >= size.width) {
-      throw Failure(path + ", line " + std::to_string(number) + ": outside the frame");
+    if (pixel.row < 0 || pixel.column < 0) {
+      throw Failure(name + ", line " + std::to_string(number) + ": outside any frame");
     }
     list.push_back(pixel);
   }
-  if (std::ferror(file.get())) throw Failure("cannot read " + path + ": " + reason());
   return list;
 }
 

@@ -1,24 +1,29 @@
-// Files: raw frames and dead-pixel lists in, pictures and pages out.
+// Files in and out.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
+#include <vek/camera.h>
+#include <vek/vek.h>
 
 #include "vekcam/failure.h"
-#include "vekcam/raw_frame.h"
 
 namespace vekcam {
 
-/// Reads one frame of 16-bit little-endian words, `step` bytes from row to row; "-" is standard
-/// input. The bytes after the last row's samples may be missing; anything else that does not fit
-/// the size, and any sample above 1023, is a Failure.
-RawFrame readRawFrame(const std::string& path, VekiSize size, int step);
+/// Reads up to `most` bytes; "-" is standard input.
+std::vector<Vek8u> readBytes(const std::string& path, size_t most);
 
-/// Reads a list of "row,column" lines. Blank lines, lines that begin with '#' and a heading
-/// "row,column" are passed over; positions outside the frame are a Failure.
-std::vector<VekiDeadPixel> readDeadPixels(const std::string& path, VekiSize size);
+/// The most that a text is read of.
+constexpr size_t mostTextBytes = size_t{64} << 20;
+
+/// "standard input" for "-".
+std::string inputName(const std::string& path);
+
+/// A list of "row,column" lines. Blank lines, lines that begin with '#' and a heading "row,column" are
+/// passed over; other lines are a Failure that begins with `name`.
+std::vector<VekiDeadPixel> parseDeadPixels(std::string_view text, const std::string& name);
 
 /// All of a file; "-" is standard input. More than `mostBytes` are a Failure.
 std::string readFile(const std::string& path, size_t mostBytes);

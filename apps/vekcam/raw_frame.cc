@@ -1,8 +1,6 @@
 #include "vekcam/raw_frame.h"
 
-#include <algorithm>
 #include <cstring>
-#include <tuple>
 
 namespace vekcam {
 namespace {
@@ -33,28 +31,6 @@ void RawFrame::mirrorBorder() {
     std::memcpy(row(-i) - border, row(i) - border, bytes);
     std::memcpy(row(h - 1 + i) - border, row(h - 1 - i) - border, bytes);
   }
-}
-
-std::vector<VekiDeadPixel> withMirroredEntries(const std::vector<VekiDeadPixel>& dead,
-                                               VekiSize size) {
-  // Only the nearest border samples are ever read: the images of the second row and column.
-  const auto images = [](int at, int count) {
-    std::vector<int> all = {at};
-    if (at == 1) all.push_back(-1);
-    if (at == count - 2) all.push_back(count);
-    return all;
-  };
-  std::vector<VekiDeadPixel> list;
-  for (const VekiDeadPixel& pixel : dead) {
-    for (const int row : images(pixel.row, size.height)) {
-      for (const int column : images(pixel.column, size.width)) list.push_back({row, column});
-    }
-  }
-  const auto key = [](const VekiDeadPixel& p) { return std::tuple(p.row, p.column); };
-  std::ranges::sort(list, {}, key);
-  const auto same = [key](const auto& a, const auto& b) { return key(a) == key(b); };
-  list.erase(std::unique(list.begin(), list.end(), same), list.end());
-  return list;
 }
 
 }  // namespace vekcam

@@ -56,10 +56,4 @@ class RawFrame {
   AlignedArray<Vek16u> samples_;
 };
 
-/// The list that the raw pipeline needs for a frame with a mirrored border: the border repeats the
-/// dead pixels next to the edges, so these are listed too. Sorted by row and column, the order in
-/// which a run of dead pixels is replaced by the good pixel in front of it.
-std::vector<VekiDeadPixel> withMirroredEntries(const std::vector<VekiDeadPixel>& dead,
-                                               VekiSize size);
-
 }  // namespace vekcam

@@ -15,9 +15,12 @@ struct Run {
   std::vector<FrameRecord> records;
 };
 
+/// The last picture of a light, and how right those since half of its time were.
 struct ShownPicture {
+  std::string light;
   std::string caption;
   std::string png;
+  Accuracy accuracy;
 };
 
 struct Report {

@@ -65,7 +65,8 @@ Rgb star(double x, double y) {
 
 /// Rings that grow finer outwards, up to `finest` radians a unit.
 Rgb rings(double distance, double radius, double finest) {
-  return grey(.44 + .40 * std::cos(finest / (2 * radius) * distance * distance));
+  return grey(Rings::mean *
+              (1 + Rings::contrast * std::cos(finest / (2 * radius) * distance * distance)));
 }
 
 /// Groups of vertical lines, each twice as fine as the one above it.
@@ -96,6 +97,7 @@ std::optional<Rgb> text(const Box& box, const char* words, int dots, double x, d
 }
 
 constexpr Box board = {.5, .5, 6.9, 4.6};
+constexpr double ringsX = 13.2, ringsY = 4.5, ringsRadius = 1.4, finestRings = 150;
 constexpr Box wedge = {7.9, 1.3, 7.6, .6};
 
 Rgb at(double x, double y) {
@@ -115,8 +117,8 @@ Rgb at(double x, double y) {
     return lines((x - lineGroups.x) / lineGroups.width, (y - lineGroups.y) / lineGroups.height);
   }
   if (std::hypot(x - 9.4, y - 4.6) < 1.4) return star(x - 9.4, y - 4.6);
-  const double fromRings = std::hypot(x - 13.2, y - 4.5);
-  if (fromRings < 1.4) return rings(fromRings, 1.4, 150);
+  const double fromRings = std::hypot(x - ringsX, y - ringsY);
+  if (fromRings < ringsRadius) return rings(fromRings, ringsRadius, finestRings);
   constexpr struct {
     double x, radius;
     Rgb colour;
@@ -169,7 +171,20 @@ VekiRect wedgeArea(int step, VekiSize size) {
   return middle({wedge.x + step * width, wedge.y, width, wedge.height}, size);
 }
 
-Scene::Scene(VekiSize sceneSize) : size(sceneSize) {
+Rings::Rings(VekiSize sceneSize) : size(sceneSize) {
+  const Frame frame(size);
+  x = (ringsX - frame.left) / frame.scale;
+  y = (ringsY - frame.top) / frame.scale;
+  radius = ringsRadius / frame.scale;
+  phaseScale = finestRings / (2 * ringsRadius) * frame.scale * frame.scale;
+}
+
+Scene::Scene(VekiSize sceneSize, SceneKind kind) : size(sceneSize) {
+  if (kind != SceneKind::chart) {
+    reflectance.assign(static_cast<size_t>(size.width) * static_cast<size_t>(size.height),
+                       grey(kind == SceneKind::dark ? 0 : .5));
+    return;
+  }
   const auto [scale, left, top] = Frame(size);
   // Nine rays, spread over a little more than a sample: the blur of a lens, without which a Bayer
   // sensor turns every edge into coloured dots.

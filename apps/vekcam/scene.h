@@ -13,8 +13,10 @@ struct Rgb {
 
 /// Reflectances of a test scene (colour patches, gradients, fine detail, text, shaded balls) at the
 /// centre of every sample. A 16:9 frame shows it exactly; other shapes see more of the wall.
+enum class SceneKind { chart, dark, flat };
+
 struct Scene {
-  explicit Scene(VekiSize size);
+  explicit Scene(VekiSize size, SceneKind kind = SceneKind::chart);
 
   VekiSize size;
   std::vector<Rgb> reflectance;  ///< rows of size.width
@@ -30,5 +32,18 @@ Rgb patchReflectance(int patch);
 /// The middle of a patch, or of a step of the wedge, in samples of a scene of this size.
 VekiRect patchArea(int patch, VekiSize size);
 VekiRect wedgeArea(int step, VekiSize size);
+
+/// Rings whose phase grows with the square of the distance from their centre, about a mean: they show how
+/// much contrast detail of each size keeps.
+struct Rings {
+  double x, y;        ///< centre, in samples
+  double radius;      ///< in samples
+  double phaseScale;  ///< times the square of the distance, in samples, is the phase
+  VekiSize size;      ///< of the scene
+
+  static constexpr double mean = .44, contrast = .40 / mean;  ///< of the rings' light
+
+  explicit Rings(VekiSize size);
+};
 
 }  // namespace vekcam

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
-#include <cstdio>
 #include <filesystem>
+#include <fmt/format.h>
+#include <fstream>
 #include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 
 #include "vekcam/files.h"
@@ -15,6 +18,7 @@ namespace vekcam {
 namespace {
 
 namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
 
 constexpr int thumbnails = 24;
 constexpr int thumbnailWidth = 160;
@@ -46,32 +50,70 @@ std::string caption(int frame, const std::string& light) {
 std::string settlingLine(const Run& run) {
   const std::vector<int> settled = settlingTimes(run.records);
   const ptrdiff_t missed = std::ranges::count(settled, -1);
-  std::string line = "the brightness was in its band to stay at most " +
-                     std::to_string(std::max(0, std::ranges::max(settled))) +
-                     " frames after each change of light";
-  if (missed > 0) {
-    line += " (not yet in " + std::to_string(missed) + " of " + std::to_string(settled.size()) +
-            " lights)";
+  const int slowest = std::ranges::max(settled);
+  if (slowest < 0) {
+    return fmt::format("the brightness was not yet in its band after {} frames\n",
+                       run.records.size());
   }
-  return line + "\n";
+  return fmt::format(
+      "the brightness was in its band, to stay, {} frame{} after the light changed{}{}\n", slowest,
+      slowest == 1 ? "" : "s", settled.size() == 1 ? "" : " at most",
+      missed == 0 ? "" : fmt::format("; not yet in {} of {} lights", missed, settled.size()));
+}
+
+/// Frames of an earlier run.
+void removeFrames(const fs::path& directory) {
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(directory, error)) {
+    const std::string name = entry.path().filename().string();
+    if (name.size() == 14 && name.starts_with("frame_") && name.ends_with(".png"))
+      fs::remove(entry.path(), error);
+  }
+}
+
+Json asJson(const SimulateSettings& settings, const Report& report) {
+  Json lights = Json::array();
+  for (const ShownPicture& shown : report.pictures) {
+    const Accuracy& a = shown.accuracy;
+    lights.push_back(
+        {{"light", shown.light},
+         {"colorDifference",
+          {{"mean", a.meanDifference}, {"worst", a.worstDifference}, {"worstPatch", a.worstPatch}}},
+         {"greySpread", a.greySpread},
+         {"noise", a.noise},
+         {"detail", a.detail}});
+  }
+  return {{"frames", settings.frames},
+          {"size", {settings.loop.size.width, settings.loop.size.height}},
+          {"preview", {settings.loop.preview.width, settings.loop.preview.height}},
+          {"microseconds", report.times.totalMedian()},
+          {"settled", settlingTimes(report.run.records)},
+          {"lights", lights},
+          {"report", (fs::path(settings.directory) / "report.html").string()}};
 }
 
 }  // namespace
 
-std::string simulate(const SimulateSettings& settings, const Console& console) {
+void simulate(const SimulateSettings& settings, const Console& console) {
   const fs::path directory = settings.directory;
   std::error_code error;
   fs::create_directories(directory / "frames", error);
   if (error) {
     throw Failure("cannot create " + (directory / "frames").string() + ": " + error.message());
   }
+  removeFrames(directory / "frames");
 
+  std::optional<std::ofstream> raw;
+  if (!settings.rawFrames.empty()) {
+    raw.emplace(settings.rawFrames, std::ios::binary);
+    if (!*raw) throw Failure("cannot write " + settings.rawFrames);
+  }
   CameraLoop loop(settings.loop);
   Report report = {
       settings.loop, emptyRun(settings.loop.metering, loop), compare(settings), {}, {}, {}};
   std::vector<FrameRecord>& records = report.run.records;
   std::map<size_t, ShownPicture> lastOfLight;
-  std::string colours;
+  std::string colors;
   std::vector<Picture> small;
   std::vector<std::string> captions;
   const int thumbnailStride = (settings.frames + thumbnails - 1) / thumbnails;
@@ -81,37 +123,41 @@ std::string simulate(const SimulateSettings& settings, const Console& console) {
       records.push_back(loop.step());
       const Picture& picture = loop.picture();
       const std::string png = encodePng(picture);
-      char file[32];
-      std::snprintf(file, sizeof file, "frame_%04d.png", i);
-      writeFile((directory / "frames" / file).string(), png);
+      writeFile((directory / "frames" / fmt::format("frame_{:04}.png", i)).string(), png);
+      if (raw) loop.writeRaw(*raw);
       const std::string& light = lightScript()[records.back().light].name;
       if (i % thumbnailStride == 0) {
         small.push_back(reduced(picture, std::max(1, picture.width / thumbnailWidth)));
         captions.push_back(caption(i, light));
       }
       if (i % framesPerLight == framesPerLight - 1 || i == settings.frames - 1) {
-        lastOfLight[records.back().light] = {"Frame " + std::to_string(i) + ", " + light, png};
-        colours += light + ": " + describe(loop.accuracy()) + "\n";
+        const Accuracy accuracy = loop.accuracy();
+        lastOfLight[records.back().light] = {light, fmt::format("Frame {}, {}", i, light), png,
+                                             accuracy};
+        colors += light + ": " + describe(accuracy) + "\n";
       }
       progress.advance(light);
     }
   }
+  if (raw && !raw->flush()) throw Failure("cannot write " + settings.rawFrames);
   for (const auto& [light, picture] : lastOfLight) report.pictures.push_back(picture);
   report.times = loop.times();
   report.contactSheet = encodePng(contactSheet(small, captions, 6));
   writeFile((directory / "contact_sheet.png").string(), report.contactSheet);
   writeFile((directory / "report.html").string(), page(report));
 
-  char heading[200];
-  std::snprintf(
-      heading, sizeof heading,
-      "%d frames, %d x %d raw to %d x %d: the library's work allows %.0f frames per second\n",
+  if (settings.json) {
+    console.data(asJson(settings, report).dump(2) + "\n");
+    return;
+  }
+  const std::string heading = fmt::format(
+      "{} frames, {}x{} raw to {}x{}: the library's work allows {:.0f} frames per second\n",
       settings.frames, settings.loop.size.width, settings.loop.size.height,
       settings.loop.preview.width, settings.loop.preview.height, 1e6 / report.times.totalMedian());
-  return heading + report.times.table() + settlingLine(report.run) + colours +
-         "pictures: " + (directory / "frames").string() +
-         "\ncontact sheet: " + (directory / "contact_sheet.png").string() +
-         "\nreport: " + (directory / "report.html").string() + "\n";
+  console.say(heading + report.times.table() + settlingLine(report.run) + colors +
+              "pictures: " + (directory / "frames").string() +
+              "\ncontact sheet: " + (directory / "contact_sheet.png").string() +
+              "\nreport: " + (directory / "report.html").string() + "\n");
 }
 
 }  // namespace vekcam

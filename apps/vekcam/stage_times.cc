@@ -1,7 +1,7 @@
 #include "vekcam/stage_times.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <fmt/format.h>
 
 namespace vekcam {
 
@@ -9,12 +9,6 @@ const char* name(Stage stage) {
   switch (stage) {
     case Stage::exposure:
       return "exposure";
-    case Stage::whiteBalance:
-      return "white balance";
-    case Stage::rawPipeline:
-      return "raw pipeline";
-    case Stage::preview:
-      return "RGB preview";
     case Stage::cameraPath:
       return "camera path";
   }
@@ -22,8 +16,10 @@ const char* name(Stage stage) {
 }
 
 double StageTimes::median(Stage stage) const {
-  std::vector<double> samples = samples_[static_cast<size_t>(stage)];
-  if (samples.empty()) return 0;
+  const std::vector<double>& all = samples_[static_cast<size_t>(stage)];
+  if (all.empty()) return 0;
+  // The first call finds nothing in the caches, and the processor at rest.
+  std::vector<double> samples(all.begin() + (all.size() > 1 ? 1 : 0), all.end());
   const auto middle = samples.begin() + static_cast<ptrdiff_t>(samples.size() / 2);
   std::ranges::nth_element(samples, middle);
   return *middle;
@@ -44,10 +40,11 @@ std::string StageTimes::table() const {
   std::string text;
   for (const Stage stage : allStages) {
     if (calls(stage) == 0) continue;
-    char line[80];
-    std::snprintf(line, sizeof line, "  %-14s %9.1f us  (median of %zu)\n", name(stage),
-                  median(stage), calls(stage));
-    text += line;
+    text += calls(stage) == 1
+                ? fmt::format("  {:14} {:9.1f} us  (the first call, which is the slowest)\n",
+                              name(stage), median(stage))
+                : fmt::format("  {:14} {:9.1f} us  (median of {}, without the first)\n",
+                              name(stage), median(stage), calls(stage) - 1);
   }
   return text;
 }

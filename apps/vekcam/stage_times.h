@@ -8,9 +8,8 @@
 
 namespace vekcam {
 
-enum class Stage { exposure, whiteBalance, rawPipeline, preview, cameraPath };
-inline constexpr std::array allStages = {Stage::exposure, Stage::whiteBalance, Stage::rawPipeline,
-                                         Stage::preview, Stage::cameraPath};
+enum class Stage { exposure, cameraPath };
+inline constexpr std::array allStages = {Stage::exposure, Stage::cameraPath};
 
 const char* name(Stage stage);
 
@@ -24,7 +23,8 @@ class StageTimes {
   }
 
   size_t calls(Stage stage) const { return samples_[static_cast<size_t>(stage)].size(); }
-  double median(Stage stage) const;   ///< microseconds; 0 without calls
+  /// In microseconds, without the first call if there are more; 0 without calls.
+  double median(Stage stage) const;
   double fastest(Stage stage) const;  ///< microseconds; 0 without calls
   double totalMedian() const;         ///< sum of the stages' medians
 

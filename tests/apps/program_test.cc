@@ -4,10 +4,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <sys/wait.h>
 
 #include "tests/apps/scratch.h"
+#include "vekcam/scene.h"
+#include "vekcam/sensor.h"
 
 namespace vekcam::test {
 namespace {
@@ -55,6 +58,8 @@ TEST_F(Program, AnswersBadInputWithOneLine) {
   scratch_.file("long.raw", grey() + "x");
   scratch_.file("noise.raw", std::string(4096, '\xFF'));
   scratch_.file("dead.csv", "1,2\n40,1\n");
+  scratch_.file("nothing.dng", "II*");
+  scratch_.file("fullhd.raw", std::string(2592000, '\0'));
   fs::create_symlink("/dev/full", scratch_.path("full.png"));
   scratch_.file("file", "");
   const int files = scratch_.count();
@@ -68,16 +73,33 @@ TEST_F(Program, AnswersBadInputWithOneLine) {
       {"", "which command"},
       {good + "--bogus", "--bogus"},
       {"develop --size 64x32 -o out.png", "FILE"},
-      {"develop ok.raw -o out.png", "--size"},
+      {"develop ok.raw -o out.png", "--size is required"},
+      {"develop fullhd.raw -o out.png", "--format pRAA --size 1920x1080"},
+      {"develop fullhd.raw -o out.png --size 1920x1080",
+       "packed RAW10 of 1920x1080: --format pRAA"},
+      {good + "--format RG1O", "RG1O is no raw format"},
+      {good + "--gains 1,9", "9 is outside"},
+      {good + "--matrix 1,2", "9 numbers"},
+      {good + "--black 1023", "black level 1023"},
+      {good + "--camera dead.csv", "is not JSON"},
+      {good + "--level best", "the highest is"},
+      {"develop ok.raw ok.raw -o out.png" + size, "a directory"},
+      {"develop nothing.dng -o out.png", "cannot read nothing.dng"},
+      {"develop . -o out.png --size 1X2X3", "WIDTHxHEIGHT"},
+      {"stream ok.raw -o out.avi" + size, "out.avi"},
+      {"stream ok.raw --type y4m -o /dev/full" + size, "No space"},
+      {"stream short.raw -o out.y4m" + size, "4,000 of the 4,096 bytes of frame 0"},
+      {"calibrate -o out.json" + size, "--dark"},
+      {"calibrate --chart ok.raw -o out.json" + size, "--corners"},
+      {"calibrate --flat noise.raw -o out.json" + size, "too bright"},
       {good + "--rotate 45", "--rotate"},
       {good + "--step 126", "step"},
       {good + "--step 999999999", "step"},
-      {good + "--dead dead.csv", "line 2"},
+      {good + "--dead dead.csv", "outside"},
       {"develop none.raw -o out.png" + size, "none.raw"},
-      {"develop short.raw -o out.png" + size, "row 31"},
-      {"develop - -o out.png" + size + "< short.raw", "standard input is too short"},
-      {"develop long.raw -o out.png" + size, "too long"},
-      {"develop noise.raw -o out.png" + size, "65535"},
+      {"develop short.raw -o out.png" + size, "has 4,000 bytes; 64x32 of RG10 takes 4,096"},
+      {"develop - -o out.png" + size + "< short.raw", "standard input has 4,000 bytes"},
+      {"develop long.raw -o out.png" + size, "has 4,097 bytes"},
       {"develop ok.raw -o out.png --size 63x32", "odd"},
       {"develop ok.raw -o out.png --size 64x32x1", "WIDTHxHEIGHT"},
       {"develop ok.raw -o out.png --size 0x0", "outside"},
@@ -130,12 +152,10 @@ TEST_F(Program, DevelopsAGreyFrameToGrey) {
   scratch_.file("grey.raw", grey());
   scratch_.file("dead.csv", "row,column\n3,5\n");
   const std::string options =
-      " --size 64x32 --rotate 90 --scale 2 --curve linear --dead dead.csv -o ";
+      " --size 64X32 --rotate 90 --scale 2 --curve linear --dead dead.csv -o ";
   const Outcome outcome = run("develop - < grey.raw" + options + "a.ppm");
   ASSERT_EQ(outcome.code, 0) << outcome.error;
   EXPECT_NE(outcome.out.find("red 1.82, green 1.00, blue 1.25"), std::string::npos) << outcome.out;
-  EXPECT_NE(outcome.out.find("raw pipeline"), std::string::npos);
-  EXPECT_EQ(outcome.out.find("cropped"), std::string::npos);
   const std::string ppm = contents(scratch_.path("a.ppm"));
   ASSERT_EQ(ppm.substr(0, 13), "P6\n16 32\n255\n");
   for (size_t i = 13; i + 3 <= ppm.size(); i += 3) {
@@ -145,12 +165,105 @@ TEST_F(Program, DevelopsAGreyFrameToGrey) {
     ASSERT_LE(high - low, 6) << "byte " << i;
     ASSERT_NEAR(high, 100, 20);  // 400 of 1023 on the linear curve
   }
-  EXPECT_NE(run("develop grey.raw --size 64x32 --scale 4 --rotate 270 --step 128 -o a.png").code,
-            -1);
-  const Outcome cropped = run("develop - --size 60x32 --step 128 --scale 4 -o b.png < grey.raw");
+  // The same picture by other ways: standard output, the portable level, given gains, the planes.
+  const Outcome piped = run("develop grey.raw --level portable" + options + "- --type ppm");
+  EXPECT_EQ(piped.out, ppm);
+  EXPECT_NE(piped.error.find("standard output"), std::string::npos) << piped.error;
+  const Outcome cropped =
+      run("develop - --size 60x32 --step 128 --scale 4 --json -o b.PNG < grey.raw");
   EXPECT_EQ(cropped.code, 0) << cropped.error;
-  EXPECT_NE(cropped.out.find("cropped to the top left 48x32"), std::string::npos) << cropped.out;
-  EXPECT_EQ(contents(scratch_.path("b.png")).substr(1, 3), "PNG");
+  EXPECT_NE(cropped.out.find("48"), std::string::npos) << cropped.out;
+  EXPECT_EQ(contents(scratch_.path("b.PNG")).substr(1, 3), "PNG");
+  EXPECT_EQ(run("develop grey.raw --size 64x32 --gains 1.8,1.3 -q -o c.y4m").out, "");
+  EXPECT_EQ(contents(scratch_.path("c.y4m")).substr(0, 20), "YUV4MPEG2 W64 H32 F2");
+}
+
+TEST_F(Program, DevelopsDirectoriesAndGoesOnAfterAFailure) {
+  fs::create_directory(scratch_.path("in"));
+  for (const char* name : {"in/a.raw", "in/b.raw", "in/c.raw"}) scratch_.file(name, grey());
+  scratch_.file("in/b.raw", "short");
+  scratch_.file("in/notes.txt", "no frame");
+  const Outcome outcome = run("develop in -o out/ --type jpg --size 64x32");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_NE(outcome.error.find("b.raw has 5 bytes"), std::string::npos) << outcome.error;
+  EXPECT_NE(outcome.error.find("1 of 3 files"), std::string::npos) << outcome.error;
+  EXPECT_EQ(contents(scratch_.path("out/a.jpg")).substr(0, 2), "\xFF\xD8");
+  EXPECT_TRUE(fs::exists(scratch_.path("out/c.jpg")));
+  EXPECT_FALSE(fs::exists(scratch_.path("out/b.jpg")));
+  EXPECT_EQ(run("develop in/a.raw ./in/a.raw -o out/ --size 64x32").code, 2);
+}
+
+// However many threads there are, all frames come in their order, with the white balance of one of them.
+TEST_F(Program, StreamsFrames) {
+  ASSERT_EQ(run("simulate --frames 7 --size 96x64 --preview 64x64 --raw frames.raw --out x").code,
+            0);
+  std::string first;
+  for (const char* threads : {"1", "2", "3"}) {
+    const Outcome outcome =
+        run("stream frames.raw --size 96x64 --gains 1.8,1.4 --statistics s.jsonl "
+            "--threads " +
+            std::string(threads));
+    ASSERT_EQ(outcome.code, 0) << outcome.error;
+    EXPECT_NE(outcome.error.find("7 frames"), std::string::npos) << outcome.error;
+    EXPECT_EQ(outcome.out.size(), outcome.out.find('\n') + 1 + 7 * (6 + 96 * 64 * 3 / 2));
+    if (first.empty()) first = outcome.out;
+    EXPECT_EQ(outcome.out, first) << threads;
+    const std::string statistics = contents(scratch_.path("s.jsonl"));
+    EXPECT_EQ(std::ranges::count(statistics, '\n'), 7);
+  }
+  EXPECT_EQ(run("stream frames.raw --size 96x64 --threads 3 -o a.yuv --json").code, 0);
+  EXPECT_EQ(fs::file_size(scratch_.path("a.yuv")), 7 * 96 * 64 * 3 / 2);
+  EXPECT_EQ(run("stream frames.raw --size 96x64 2>/dev/null | head -c 100").code, 0);
+}
+
+TEST_F(Program, CalibratesTheSimulatedCamera) {
+  const std::string simulate = "simulate --frames 8 --size 320x180 --preview 160x90 ";
+  ASSERT_EQ(run(simulate + "--raw chart.raws --out x").code, 0);
+  ASSERT_EQ(run(simulate + "--scene dark --raw dark.raws --out x").code, 0);
+  ASSERT_EQ(run(simulate + "--scene flat --raw flat.raws --out x").code, 0);
+  for (const char* kind : {"chart", "dark", "flat"}) {  // the last frame: exposure has settled
+    const std::string frames = contents(scratch_.path(std::string(kind) + ".raws"));
+    scratch_.file(std::string(kind) + ".raw", frames.substr(frames.size() - 320 * 180 * 2));
+  }
+  std::string reference;
+  for (int i = 0; i < patchCount; ++i) {
+    const Rgb c = patchReflectance(i);
+    reference += std::to_string(c.r) + "," + std::to_string(c.g) + "," + std::to_string(c.b) + "\n";
+  }
+  scratch_.file("chart.csv", reference);
+  // The board is at (0.5, 0.5) and 6.9 x 4.6 of a plane of 16 x 9.
+  const Outcome outcome =
+      run("calibrate --dark dark.raw --flat flat.raw --chart chart.raw --size 320x180 --json "
+          "--corners 10,10,148,10,148,102,10,102 --reference chart.csv -o camera.json");
+  ASSERT_EQ(outcome.code, 0) << outcome.error;
+  const auto found = nlohmann::json::parse(outcome.out);
+  EXPECT_LE(found["colorDifference"]["mean"], 4) << outcome.out;
+  EXPECT_EQ(found["black"], nlohmann::json({0, 0, 0, 0}));
+  EXPECT_NEAR(found["gains"][0], 1 / .55, .1);
+  EXPECT_NEAR(found["gains"][2], 1 / .7, .1);
+  for (size_t i = 0; i < 3; ++i) {
+    for (size_t j = 0; j < 3; ++j)
+      EXPECT_NEAR(found["matrix"][i][j], Sensor::colorCorrection()[i][j], .25) << i << ", " << j;
+  }
+  // 11 pixels are dead; some read 0, others 1023.
+  const int defects =
+      static_cast<int>(found["brightInTheDark"]) + static_cast<int>(found["offInLight"]);
+  EXPECT_EQ(defects, 11) << outcome.out;
+  EXPECT_EQ(run("develop chart.raw --camera camera.json -o out.png").code, 0);
+}
+
+TEST_F(Program, TellsAboutItself) {
+  EXPECT_NE(run("info").out.find("portable"), std::string::npos);
+  EXPECT_NO_THROW(
+      EXPECT_EQ(nlohmann::json::parse(run("info --json").out)["levels"][0], "portable"));
+  const std::string page = run("--man").out;
+  for (const char* word : {".TH VEKCAM 1", "vekcam develop", "\\-\\-quality", "EXIT STATUS"})
+    EXPECT_NE(page.find(word), std::string::npos) << word;
+  for (const char* shell : {"bash", "zsh", "fish"}) {
+    const std::string words = run(std::string("--completion ") + shell).out;
+    for (const char* word : {"develop", "quality", "bt709"})
+      EXPECT_NE(words.find(word), std::string::npos) << shell << ": " << word;
+  }
 }
 
 TEST_F(Program, SimulatesIntoADirectory) {
@@ -160,13 +273,15 @@ TEST_F(Program, SimulatesIntoADirectory) {
   ASSERT_EQ(outcome.code, 0) << outcome.error;
   EXPECT_EQ(outcome.error, "");  // the progress bar is for terminals
   for (const char* word :
-       {"frames per second", "exposure", "camera path", "colour difference", "report.html"}) {
+       {"frames per second", "exposure", "camera path", "color difference", "report.html"}) {
     EXPECT_NE(outcome.out.find(word), std::string::npos) << word;
   }
   for (const char* file : {"frames/frame_0000.png", "frames/frame_0002.png", "contact_sheet.png"}) {
     EXPECT_EQ(contents(scratch_.path(std::string("x/y/") + file)).substr(1, 3), "PNG") << file;
   }
   EXPECT_FALSE(fs::exists(scratch_.path("x/y/frames/frame_0003.png")));
+  EXPECT_EQ(run("simulate --frames 1 --size 96x64 --preview 64x64 --out x/y").code, 0);
+  EXPECT_FALSE(fs::exists(scratch_.path("x/y/frames/frame_0002.png"))) << "is of an earlier run";
   EXPECT_NE(contents(scratch_.path("x/y/report.html")).find("</html>"), std::string::npos);
 }
 

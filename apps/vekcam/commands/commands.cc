@@ -1,5 +1,7 @@
 #include "vekcam/commands/commands.h"
 
+#include "vekcam/commands/manual.h"
+
 namespace vekcam {
 
 void addCommands(CLI::App& program, Console& console) {
@@ -8,8 +10,31 @@ void addCommands(CLI::App& program, Console& console) {
   program.footer(
       "vekcam COMMAND --help tells more.\n"
       "Exit codes: 0 fine, 1 input or output that cannot be used, 2 wrong usage.");
+  // For whoever installs the program.
+  program
+      .add_flag_callback(
+          "--man",
+          [&program, &console] {
+            console.data(manualPage(program));
+            throw CLI::Success();
+          },
+          "Print the manual page")
+      ->group("");
+  program
+      .add_option_function<std::string>(
+          "--completion",
+          [&program, &console](const std::string& shell) {
+            console.data(completion(program, shell));
+            throw CLI::Success();
+          },
+          "Print the completions for a shell")
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}))
+      ->group("");
+  addCalibrate(program, console);
   addDevelop(program, console);
+  addInfo(program, console);
   addSimulate(program, console);
+  addStream(program, console);
 }
 
 CLI::App& addCommand(CLI::App& program, Console& console, const std::string& name,

@@ -8,31 +8,48 @@
 namespace vekcam {
 
 void addDevelop(CLI::App& program, Console& console) {
-  CLI::App& app = addCommand(program, console, "develop", "Make a picture of one raw frame");
+  CLI::App& app = addCommand(program, console, "develop", "Make pictures of raw frames");
   app.footer(
-      "The frame holds 10-bit samples in 16-bit little-endian words, RGGB, rows from the top.\n"
-      "White balance is found automatically. A reduced picture needs a width that is a multiple\n"
-      "of 4 and an even height: what is left over on the right and at the bottom of the frame\n"
-      "is cropped.");
-  const auto settings = std::make_shared<DevelopSettings>();
-  app.add_option("FILE", settings->input, "The raw frame; - is standard input")
+      "FILE is a plain raw frame (rows from the top, without a header), a DNG, a raw file of a\n"
+      "camera, or a directory of them. Several go into a directory, in parallel. White balance is\n"
+      "found automatically unless it is given, or the file has it. A reduced picture needs a "
+      "width\n"
+      "that is a multiple of 4 and an even height: what is left over on the right and at the "
+      "bottom\n"
+      "of the frame is not shown.");
+  struct State {
+    DevelopSettings settings;
+    DevelopmentFiles files;
+  };
+  const auto state = std::make_shared<State>();
+  DevelopSettings& settings = state->settings;
+  app.add_option("FILE", settings.inputs, "Raw frames and directories of them; - is standard input")
       ->required()
       ->type_name("");
-  addSize(app, "--size", settings->size, {16, 16384}, "Size of the frame, even")->required();
-  app.add_option("--step", settings->step, "Bytes from row to row [2 x width]")
-      ->check(CLI::Range(1, 1 << 20))
-      ->type_name("BYTES");
-  addRotation(app, settings->rotation);
-  addCurve(app, settings->curve);
-  app.add_option("--scale", settings->scale, "Make the picture 1, 2 or 4 times smaller")
-      ->check(CLI::IsMember({1, 2, 4}))
-      ->type_name("N");
-  app.add_option("--dead", settings->deadList, "Dead pixels to replace: a file of row,column lines")
-      ->type_name("LIST.csv");
-  app.add_option("-o,--output", settings->output, "The picture, .png or .ppm")
+  app.add_option("-o,--output", settings.output,
+                 "A .png, .jpg, .ppm, .yuv or .y4m file, a directory, or - for standard output")
       ->required()
       ->type_name("OUT");
-  app.callback([settings, &console] { console.say(develop(*settings)); });
+  app.add_option_function<std::string>(
+         "--type", [&settings](const std::string& text) { settings.kind = outputKindNamed(text); },
+         "Type of the pictures: png, jpg, ppm, yuv or y4m [that of the extension; png in a\n"
+         "directory, ppm to standard output]")
+      ->check(CLI::IsMember({"png", "jpg", "ppm", "yuv", "y4m"}))
+      ->type_name("TYPE");
+  app.add_option("--quality", settings.quality, "Quality of JPEG files")
+      ->check(CLI::Range(1, 100))
+      ->type_name("1..100")
+      ->capture_default_str();
+  addFrame(app, settings.frame, settings.isFormatGiven);
+  addDevelopment(app, settings.development, state->files);
+  addLevel(app);
+  addJson(app, settings.json);
+  app.callback([state, &console] {
+    DevelopSettings& s = state->settings;
+    readFiles(state->files, s.development, s.frame, s.isFormatGiven);
+    console.resultsToError = s.output == "-";
+    develop(s, console);
+  });
 }
 
 }  // namespace vekcam

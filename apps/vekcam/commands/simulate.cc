@@ -31,7 +31,7 @@ void addSimulate(CLI::App& program, Console& console) {
   addSize(app, "--size", settings->loop.size, limits, "Size of the sensor, even [1280x720]");
   addSize(app, "--preview", settings->loop.preview, limits,
           "Size of the pictures before they are rotated, even [640x360]");
-  addRotation(app, settings->loop.rotation);
+  addRotation(app, [settings](vek::Rotation r) { settings->loop.rotation = r; });
   addCurve(app, settings->loop.curve);
   std::vector<std::string> meterings(allMeterings.size());
   std::ranges::transform(allMeterings, meterings.begin(), [](Metering m) { return name(m); });
@@ -50,7 +50,22 @@ void addSimulate(CLI::App& program, Console& console) {
       ->check(CLI::NonNegativeNumber)
       ->type_name("N")
       ->capture_default_str();
-  app.callback([settings, &console] { console.say(simulate(*settings, console)); });
+  app.add_option("--raw", settings->rawFrames,
+                 "A file for the sensor's frames, one after another: RG10")
+      ->type_name("FILE.raw");
+  app.add_option_function<std::string>(
+         "--scene",
+         [settings](const std::string& text) {
+           settings->loop.scene = text == "dark"   ? SceneKind::dark
+                                  : text == "flat" ? SceneKind::flat
+                                                   : SceneKind::chart;
+         },
+         "What the camera sees: chart (the default), dark or flat")
+      ->check(CLI::IsMember({"chart", "dark", "flat"}))
+      ->type_name("SCENE");
+  addLevel(app);
+  addJson(app, settings->json);
+  app.callback([settings, &console] { simulate(*settings, console); });
 }
 
 }  // namespace vekcam
