@@ -359,7 +359,7 @@ std::string encodePicture(const PictureView& picture, PictureFormat format, int 
       break;
   }
   if (picture.order() != PictureView::Order::gray) {
-    throw Failure("a PGM file holds grey pictures, and this one is in colour");
+    throw Failure("a PGM file holds grey pictures, and this one is in color");
   }
   return encodePnm(picture, false);
 }

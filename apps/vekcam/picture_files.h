@@ -26,7 +26,7 @@ StoredPicture decodePicture(std::string_view bytes, const std::string& name);
 /// Reads a picture; "-" is standard input.
 StoredPicture readPicture(const std::string& path);
 
-/// The same in colour, whether or not it was stored so.
+/// The same in color, whether or not it was stored so.
 vek::Image<vek::Rgb24> readColorPicture(const std::string& path);
 
 enum class PictureFormat { png, jpeg, ppm, pgm };
@@ -35,7 +35,7 @@ enum class PictureFormat { png, jpeg, ppm, pgm };
 /// Anything else is a Failure.
 PictureFormat formatOf(const std::string& path);
 
-/// A picture to be stored, whatever it is: grey, or in colour in either order.
+/// A picture to be stored, whatever it is: grey, or in color in either order.
 class PictureView {
  public:
   enum class Order { gray, rgb, bgr };
@@ -68,7 +68,7 @@ class PictureView {
 
 constexpr int defaultJpegQuality = 92;
 
-/// The bytes of a picture's file. `quality`, 1..100, is that of a JPEG. A colour picture as PGM is a
+/// The bytes of a picture's file. `quality`, 1..100, is that of a JPEG. A color picture as PGM is a
 /// Failure.
 std::string encodePicture(const PictureView& picture, PictureFormat format,
                           int quality = defaultJpegQuality);

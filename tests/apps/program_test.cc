@@ -62,6 +62,7 @@ TEST_F(Program, AnswersBadInputWithOneLine) {
   scratch_.file("fullhd.raw", std::string(2592000, '\0'));
   fs::create_symlink("/dev/full", scratch_.path("full.png"));
   scratch_.file("file", "");
+  scratch_.file("in.ppm", "P6 2 1 255\nabcdef");
   const int files = scratch_.count();
 
   const std::string size = " --size 64x32 ";
@@ -107,6 +108,14 @@ TEST_F(Program, AnswersBadInputWithOneLine) {
       {"develop ok.raw -o out.gif" + size, "out.gif"},
       {"develop ok.raw -o no/out.png" + size, "no/out.png"},
       {"develop ok.raw -o full.png" + size, "No space"},
+      {"apply ok.raw not out.png", "ok.raw is neither PNG"},
+      {"apply in.ppm 'not | box 5y5' out.png", "step 2, 'box 5y5': mask: expected WIDTHxHEIGHT"},
+      {"apply in.ppm 'add @none.png' out.png", "none.png"},
+      {"apply in.ppm not out.gif", "out.gif"},
+      {"apply in.ppm not out.pgm", "in color"},
+      {"apply in.ppm not full.png", "No space"},
+      {"apply in.ppm", "IN CHAIN OUT"},
+      {"apply --out d not in.ppm ./in.ppm", "would both become"},
       {"simulate --frames 0", "--frames"},
       {"simulate --size 65x64", "width 65 is odd"},
       {"simulate --preview 64x2", "height 2 is outside"},
@@ -283,6 +292,53 @@ TEST_F(Program, SimulatesIntoADirectory) {
   EXPECT_EQ(run("simulate --frames 1 --size 96x64 --preview 64x64 --out x/y").code, 0);
   EXPECT_FALSE(fs::exists(scratch_.path("x/y/frames/frame_0002.png"))) << "is of an earlier run";
   EXPECT_NE(contents(scratch_.path("x/y/report.html")).find("</html>"), std::string::npos);
+}
+
+TEST_F(Program, AppliesChainsToFiles) {
+  scratch_.file("a.ppm", "P6 2 1 255\n\1\2\3\4\5\6");
+  scratch_.file("b.ppm", "P6 1 1 255\n\7\7\7");
+  const Outcome one = run("apply a.ppm 'add 10 | norm inf' - --format ppm");
+  ASSERT_EQ(one.code, 0) << one.error;
+  EXPECT_EQ(one.out, "P6\n2 1\n255\n\x0B\x0C\x0D\x0E\x0F\x10");
+  EXPECT_NE(one.error.find("norm: 14 15 16"), std::string::npos) << one.error;
+  EXPECT_EQ(run("apply - 'sub @in' b.png --digest < a.ppm").code, 0);
+  const Outcome several = run("apply --out d --format pgm --json gray a.ppm b.ppm");
+  ASSERT_EQ(several.code, 0) << several.error;
+  EXPECT_NE(several.out.find(R"("output": "d/b.pgm")"), std::string::npos) << several.out;
+  EXPECT_EQ(contents(scratch_.path("d/b.pgm")), "P5\n1 1\n255\n\7");
+  // One that fails does not stop the others.
+  const Outcome some = run("apply --out e not none.ppm b.ppm");
+  EXPECT_EQ(some.code, 1);
+  EXPECT_NE(some.error.find("1 of 2 files failed"), std::string::npos) << some.error;
+  EXPECT_TRUE(fs::exists(scratch_.path("e/b.ppm")));
+  const Outcome list = run("apply --list");
+  EXPECT_NE(list.out.find("box MASK [border=replicate|mirror|constant|none]"), std::string::npos);
+}
+
+// A window on a screen of its own, with keys as a keyboard sends them.
+TEST_F(Program, ShowsFramesInAWindow) {
+  const auto hasProgram = [](const std::string& name) {
+    return std::system(("command -v " + name + " > /dev/null").c_str()) == 0;
+  };
+  if (!hasProgram("xvfb-run") || !hasProgram("xdotool")) GTEST_SKIP() << "needs xvfb and xdotool";
+  const std::string screen = "ASAN_OPTIONS=detect_leaks=0 xvfb-run -a ";
+  const Outcome shot = run("view --size 320x180 --frames 3 --keys CH --screenshot a.png", screen);
+  if (shot.error.find("without SDL2") != std::string::npos) GTEST_SKIP() << shot.error;
+  ASSERT_EQ(shot.code, 0) << shot.error;
+  EXPECT_NE(run("apply a.png norm --json").out.find(R"("width": 572)"), std::string::npos);
+  scratch_.file("keys.sh",
+                "'" VEKCAM_PROGRAM
+                "' view --size 320x180 --screenshot b.png &\n"
+                "window=$(timeout 30 xdotool search --sync --onlyvisible --name 'vekcam view')\n"
+                "xdotool mousemove --window $window 20 20 key r sleep 1 key q\n"
+                "wait $!\n");
+  const int status = std::system(
+      ("cd '" + scratch_.path("") + "' && timeout 100 " + screen + "sh keys.sh > log 2>&1")
+          .c_str());
+  EXPECT_EQ(WEXITSTATUS(status), 0) << contents(scratch_.path("log"));
+  EXPECT_NE(run("apply b.png norm --json").out.find(R"("width": 432)"), std::string::npos)
+      << contents(scratch_.path("log"));
+  EXPECT_NE(run("view none.raw").code, 0);
 }
 
 }  // namespace

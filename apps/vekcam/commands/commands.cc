@@ -30,11 +30,13 @@ void addCommands(CLI::App& program, Console& console) {
           "Print the completions for a shell")
       ->check(CLI::IsMember({"bash", "zsh", "fish"}))
       ->group("");
+  addApply(program, console);
   addCalibrate(program, console);
   addDevelop(program, console);
   addInfo(program, console);
   addSimulate(program, console);
   addStream(program, console);
+  addView(program, console);
 }
 
 CLI::App& addCommand(CLI::App& program, Console& console, const std::string& name,

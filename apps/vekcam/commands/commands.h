@@ -12,11 +12,13 @@ namespace vekcam {
 /// All of them, with the options of the program itself.
 void addCommands(CLI::App& program, Console& console);
 
+void addApply(CLI::App& program, Console& console);
 void addCalibrate(CLI::App& program, Console& console);
 void addDevelop(CLI::App& program, Console& console);
 void addInfo(CLI::App& program, Console& console);
 void addSimulate(CLI::App& program, Console& console);
 void addStream(CLI::App& program, Console& console);
+void addView(CLI::App& program, Console& console);
 
 /// A subcommand with the options that all of them have: --quiet, --verbose and --help.
 CLI::App& addCommand(CLI::App& program, Console& console, const std::string& name,

@@ -6,6 +6,7 @@
 
 #include "vekcam/commands/commands.h"
 #include "vekcam/raw_input.h"
+#include "vekcam/view.h"
 
 namespace vekcam {
 namespace {
@@ -16,6 +17,7 @@ std::string info(bool json) {
     levels.emplace_back(vekLevelName(level));
   const std::string inUse = vekLevelName(vekLevel());
   const std::string libRaw = libRawVersion();
+  const std::string windows = sdlVersion();
   if (json) {
     const nlohmann::ordered_json data = {
         {"vekcam", VEKCAM_VERSION},
@@ -23,17 +25,20 @@ std::string info(bool json) {
         {"levels", levels},
         {"level", inUse},
         {"cores", std::thread::hardware_concurrency()},
-        {"libraw", libRaw.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(libRaw)}};
+        {"libraw", libRaw.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(libRaw)},
+        {"sdl", windows.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(windows)}};
     return data.dump(2) + "\n";
   }
   return fmt::format(
       "vekcam {}, library vek {}\n"
       "levels: {} (in use: {})\n"
       "cores: {}\n"
-      "DNG and raw files of cameras: {}\n",
+      "DNG and raw files of cameras: {}\n"
+      "windows: {}\n",
       VEKCAM_VERSION, vekVersionString(), fmt::join(levels, ", "), inUse,
       std::thread::hardware_concurrency(),
-      libRaw.empty() ? "no, this build is without LibRaw" : "LibRaw " + libRaw);
+      libRaw.empty() ? "no, this build is without LibRaw" : "LibRaw " + libRaw,
+      windows.empty() ? "no, this build is without SDL2" : "SDL " + windows);
 }
 
 }  // namespace
