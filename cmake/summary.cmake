@@ -1,6 +1,6 @@
 # What this build has, for whoever configured it.
 set(parts "shared library" "static library")
-foreach(part IN ITEMS TESTS APPS GSTREAMER BENCH)
+foreach(part IN ITEMS TESTS APPS GSTREAMER PYTHON BENCH)
   if(VEK_BUILD_${part})
     string(TOLOWER ${part} name)
     list(APPEND parts ${name})
