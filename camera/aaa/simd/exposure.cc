@@ -26,10 +26,19 @@ V16s lastGreens(const Vek16u* top, const Vek16u* bottom, ptrdiff_t n) {
   return greensAt(rows[0], rows[1]);
 }
 
+/// Whether the fullest bin of `counted` samples would reach the threshold with `most` of them.
+bool isPopulatedSoon(const Vek32u* hist, Vek32u countThresh, ptrdiff_t counted, ptrdiff_t most) {
+  Vek32u fullest = 0;
+  for (int i = 0; i < saturatedSample; ++i) fullest = fullest > hist[i] ? fullest : hist[i];
+  return uint64_t{fullest} * static_cast<uint64_t>(most) >=
+         uint64_t{countThresh} * static_cast<uint64_t>(counted);
+}
+
 /// Only the lowest and the highest populated bin are wanted, so a sample between two bins that are
 /// already known to be populated need not be counted. In most frames this soon leaves next to none. A
 /// sample that is counted here takes longer than in a plain histogram; where they do not become few,
-/// a plain histogram measures the rest of the frame.
+/// or the fullest bin of the first ones tells that they will not, a plain histogram measures the rest
+/// of the frame.
 GreenHistogram measureGreens(const Vek16u* pSrc, int srcStep, int width, int height,
                              Vek32u countThresh, Vek32u* pHist) {
   VEK_ASSERT(width >= 1 && height >= 1 && srcStep % 2 == 0);
@@ -66,8 +75,14 @@ GreenHistogram measureGreens(const Vek16u* pSrc, int srcStep, int width, int hei
   const ptrdiff_t rowPairs = (ptrdiff_t{height} + 1) / 2;
   const ptrdiff_t rowSamples = srcStep / 2;
   const ptrdiff_t mostCounted = columns * rowPairs / 8 + 16384;
+  const ptrdiff_t fewCounted = columns * rowPairs / 128 + 512;
+  bool isForeseen = false;  // whether few have been counted, and the fullest bin looked at
   ptrdiff_t y = 0;
   for (; y < rowPairs && counted <= mostCounted; ++y) {
+    if (!isForeseen && counted >= fewCounted) {
+      isForeseen = true;
+      if (lowest > highest && !isPopulatedSoon(pHist, countThresh, counted, mostCounted)) break;
+    }
     const Vek16u* top = pSrc + 2 * y * rowSamples;
     const Vek16u* bottom = top + rowSamples;
     ptrdiff_t x = 0;

@@ -170,20 +170,47 @@ constexpr auto reversedPixels = [] {
   return order;
 }();
 
+/// The pixels of three bytes in each of three vectors' 128-bit blocks, 16 pixels in each row of
+/// blocks, reversed within the row.
+template <class D>
+struct Threes {
+  hn::Vec<D> a, b, c;
+
+  Threes reversed() const {
+    const auto moved = [](const auto& order, auto v) {
+      return hn::TableLookupBytesOr0(v, hn::LoadDup128(D(), order.at));
+    };
+    return {hn::Or(moved(reversedPixels<0, 1>, b), moved(reversedPixels<0, 2>, c)),
+            hn::Or(hn::Or(moved(reversedPixels<1, 0>, a), moved(reversedPixels<1, 1>, b)),
+                   moved(reversedPixels<1, 2>, c)),
+            hn::Or(moved(reversedPixels<2, 0>, a), moved(reversedPixels<2, 1>, b))};
+  }
+};
+
 /// dst[k] = src[15 - k] for 16 pixels of three bytes, in whole vectors.
 void reverseThrees(const Vek8u* src, Vek8u* dst) {
-  const auto a = hn::LoadU(block128, src), b = hn::LoadU(block128, src + 16),
-             c = hn::LoadU(block128, src + 32);
-  const auto moved = [](const auto& order, auto v) {
-    return hn::TableLookupBytesOr0(v, hn::Load(block128, order.at));
-  };
-  hn::StoreU(hn::Or(moved(reversedPixels<0, 1>, b), moved(reversedPixels<0, 2>, c)), block128, dst);
-  hn::StoreU(hn::Or(hn::Or(moved(reversedPixels<1, 0>, a), moved(reversedPixels<1, 1>, b)),
-                    moved(reversedPixels<1, 2>, c)),
-             block128, dst + 16);
-  hn::StoreU(hn::Or(moved(reversedPixels<2, 0>, a), moved(reversedPixels<2, 1>, b)), block128,
-             dst + 32);
+  const auto load = [src](int i) { return hn::LoadU(block128, src + 16 * i); };
+  const auto r = Threes<decltype(block128)>{load(0), load(1), load(2)}.reversed();
+  hn::StoreU(r.a, block128, dst);
+  hn::StoreU(r.b, block128, dst + 16);
+  hn::StoreU(r.c, block128, dst + 32);
 }
+
+#if defined(__AVX2__)
+
+/// The same for 32 pixels. The lower blocks take the last 16 of them.
+void reverseThreesTwice(const Vek8u* src, Vek8u* dst) {
+  const auto load = [src](int i) {
+    return hn::Combine(u8, hn::LoadU(block128, src + 16 * i),
+                       hn::LoadU(block128, src + 48 + 16 * i));
+  };
+  const auto r = Threes<decltype(u8)>{load(0), load(1), load(2)}.reversed();
+  hn::StoreU(hn::ConcatLowerLower(u8, r.b, r.a), u8, dst);
+  hn::StoreU(hn::ConcatUpperLower(u8, r.a, r.c), u8, dst + 32);
+  hn::StoreU(hn::ConcatUpperUpper(u8, r.c, r.b), u8, dst + 64);
+}
+
+#endif
 
 #endif
 
@@ -191,6 +218,13 @@ template <int size>
 void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
 #if !defined(__AVX512VBMI__)
   if constexpr (size == 3) {
+#if defined(__AVX2__)
+    if (n >= 2 * side) {
+      return overlappingBlocks(n, 2 * side, [&](ptrdiff_t i) {
+        reverseThreesTwice(src + (n - 2 * side - i) * size, dst + i * size);
+      });
+    }
+#endif
     if (n >= side) {
       return overlappingBlocks(n, side, [&](ptrdiff_t i) {
         reverseThrees(src + (n - side - i) * size, dst + i * size);

@@ -90,13 +90,16 @@ class QuotientMeans {
   Quotients quotients_;
 };
 
-template <class Means>
+/// `known` is the width where it is not 0, so that the loop over the columns is unrolled.
+template <class Means, ptrdiff_t known>
 void averageNarrow(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                    const BoxScale& scale, Vek8u* dst) {
+  VEK_ASSERT(known == 0 || known == width);
   const Means means(scale);
+  const ptrdiff_t count = known == 0 ? width : known;
   overlappingBlocks(n, vectorBytes, [&](ptrdiff_t x) {
     Sums sums(columns + x);
-    for (ptrdiff_t k = 1; k < width; ++k) sums.add(columns + x + k * pixelBytes);
+    for (ptrdiff_t k = 1; k < count; ++k) sums.add(columns + x + k * pixelBytes);
     hn::StoreU(means.of(sums), u8, dst + x);
   });
 }
@@ -235,8 +238,10 @@ template <class Means>
 void averageSmall(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                   const BoxScale& scale, Vek8u* dst) {
   constexpr ptrdiff_t leastForThrees = 7;
-  (width < leastForThrees ? averageNarrow<Means>
-                          : averageByThrees<Means>)(columns, width, pixelBytes, n, scale, dst);
+  const auto filter = width == 3               ? averageNarrow<Means, 3>
+                      : width < leastForThrees ? averageNarrow<Means, 0>
+                                               : averageByThrees<Means>;
+  filter(columns, width, pixelBytes, n, scale, dst);
 }
 
 void averageAnyColumns(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
