@@ -267,10 +267,10 @@ std::string usage(const Operation& operation) {
       std::ranges::transform(name, name.begin(), [](char c) {
         return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
       });
-      text += " " + (parameter.kind == Kind::word ? std::string(parameter.words) : name);
+      text.append(" ").append(parameter.kind == Kind::word ? parameter.words : name);
     } else {
-      text += " [" + name + "=" +
-              (parameter.kind == Kind::word ? parameter.words : parameter.fallback) + "]";
+      const char* const value = parameter.kind == Kind::word ? parameter.words : parameter.fallback;
+      text.append(" [").append(name).append("=").append(value).append("]");
     }
   }
   return text;

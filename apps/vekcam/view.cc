@@ -1,5 +1,6 @@
 #include "vekcam/view.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -114,7 +115,7 @@ void save(const vek::View<const vek::Bgrx32>& canvas, const std::string& path) {
     Vek8u* to = picture.row(y);
     for (int x = 0; x < canvas.width(); ++x, from += 4) to = std::copy_n(from, 3, to);
   }
-  writeFile(path, encodePicture(picture.view(), formatOf(path)));
+  writeFile(path, encodePicture(std::as_const(picture).view(), formatOf(path)));
 }
 
 std::unique_ptr<FrameSource> sourceOf(const ViewSettings& settings) {

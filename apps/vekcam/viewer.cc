@@ -328,10 +328,9 @@ void Viewer::drawPanel() {
     const bool isAutomatic = i == exposure ? isAutoExposed_ : isAutoBalanced_;
     const vek::Rect area = track(i);
     write(x, area.y - lineHeight, slider.name, i == selected_ ? lively : ink);
-    write(x + 10 * glyphPitch * textScale, area.y - lineHeight,
-          (slider.value > 0 && !slider.isLogarithmic ? "+" : "") + fixed(slider.value, 2) +
-              (isAutomatic ? " AUTO" : ""),
-          isAutomatic ? faint : ink);
+    std::string value = slider.value > 0 && !slider.isLogarithmic ? "+" : "";
+    value.append(fixed(slider.value, 2)).append(isAutomatic ? " AUTO" : "");
+    write(x + 10 * glyphPitch * textScale, area.y - lineHeight, value, isAutomatic ? faint : ink);
     const double part =
         slider.isLogarithmic
             ? std::log(slider.value / slider.low) / std::log(slider.high / slider.low)

@@ -321,7 +321,7 @@ TEST_F(Program, ShowsFramesInAWindow) {
     return std::system(("command -v " + name + " > /dev/null").c_str()) == 0;
   };
   if (!hasProgram("xvfb-run") || !hasProgram("xdotool")) GTEST_SKIP() << "needs xvfb and xdotool";
-  const std::string screen = "ASAN_OPTIONS=detect_leaks=0 xvfb-run -a ";
+  const std::string screen = "env ASAN_OPTIONS=detect_leaks=0 xvfb-run -a ";
   const Outcome shot = run("view --size 320x180 --frames 3 --keys CH --screenshot a.png", screen);
   if (shot.error.find("without SDL2") != std::string::npos) GTEST_SKIP() << shot.error;
   ASSERT_EQ(shot.code, 0) << shot.error;
