@@ -47,7 +47,10 @@ void addSimulate(CLI::App& program, Console& console) {
       ->check(CLI::IsMember(meterings))
       ->type_name("MODE");
   app.add_option("--seed", settings->loop.seed, "Seed of the sensor's noise")
-      ->check(CLI::NonNegativeNumber)
+      ->check([](const std::string& text) {  // which would wrap
+        return text.starts_with('-') ? "expected a number of 0 or more, not " + text
+                                     : std::string();
+      })
       ->type_name("N")
       ->capture_default_str();
   app.add_option("--raw", settings->rawFrames,
