@@ -19,7 +19,7 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
   for (size_t from = 0;;) {
     const size_t to = text.find(separator, from);
     parts.push_back(text.substr(from, to - from));
-    if (to == text.npos) return parts;
+    if (to == std::string_view::npos) return parts;
     from = to + 1;
   }
 }
@@ -219,7 +219,7 @@ Step parseStep(std::string_view text, size_t index, size_t position) {
     const Token& word = words[i];
     std::string_view value = word.text;
     size_t to = parameters.size();
-    if (const size_t equals = value.find('='); equals != value.npos) {
+    if (const size_t equals = value.find('='); equals != std::string_view::npos) {
       const auto isName = [&](const Parameter& p) { return value.substr(0, equals) == p.name; };
       to = static_cast<size_t>(std::ranges::find_if(parameters, isName) - parameters.begin());
       if (to < parameters.size()) value.remove_prefix(equals + 1);

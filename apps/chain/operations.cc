@@ -18,7 +18,7 @@ constexpr Parameter operand = {"value", Kind::operand, nullptr, 0, 255};
 constexpr Parameter scale = {"scale", Kind::integer, "0", -16, 16};
 constexpr Parameter border = {"border", Kind::word, "replicate",
                               0,        0,          "replicate|mirror|constant|none"};
-constexpr Parameter method = {"method", Kind::word, "ordered", 0, 0, "ordered|diffusion"};
+constexpr Parameter ditherMethod = {"method", Kind::word, "ordered", 0, 0, "ordered|diffusion"};
 constexpr Parameter interpolation = {"interpolation",       Kind::word, "linear", 0, 0,
                                      "nearest|linear|cubic"};
 constexpr Parameter outside = {"outside", Kind::word, "constant", 0, 0, "constant|replicate"};
@@ -681,7 +681,7 @@ constexpr Operation
                 {"dithering",
                  "dither",
                  "Fewer levels in each channel",
-                 {integer("levels", 2, 256), method},
+                 {integer("levels", 2, 256), ditherMethod},
                  [](Call& call) {
                    return byChannels(call.picture, [&](View<const Vek8u> src, View<Vek8u> dst) {
                      vek::dither(src, dst, call.integer(0), call.word<vek::Dither>(1));
@@ -690,7 +690,7 @@ constexpr Operation
                 {"dithering",
                  "dither-bits",
                  "Samples of 1, 2 or 4 bits",
-                 {words("bits", "1|2|4"), method},
+                 {words("bits", "1|2|4"), ditherMethod},
                  [](Call& call) {
                    return byChannels(call.picture, [&](View<const Vek8u> src, View<Vek8u> dst) {
                      constexpr auto functions =

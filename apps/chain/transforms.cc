@@ -114,8 +114,8 @@ Picture bandPass(const Call& call, bool isLow) {
   }
   const Size size = {side(all.width), side(all.height)};
   const double limit = call.number(0) / std::max(all.width, all.height);  // periods per pixel
-  const int scale = std::bit_width(static_cast<unsigned>(size.width)) +
-                    std::bit_width(static_cast<unsigned>(size.height)) - 2;
+  const auto order = [](int n) { return std::countr_zero(static_cast<unsigned>(n)); };
+  const int scale = order(size.width) + order(size.height);
   vek::RealFft fft(size);
   const Picture filtered = byChannels(continued(call.picture, size, vek::PadBorder::mirror),
                                       [&](View<const Vek8u> src, View<Vek8u> dst) {

@@ -330,7 +330,7 @@ void Viewer::drawPanel() {
     write(x, area.y - lineHeight, slider.name, i == selected_ ? lively : ink);
     std::string value = slider.value > 0 && !slider.isLogarithmic ? "+" : "";
     value.append(fixed(slider.value, 2)).append(isAutomatic ? " AUTO" : "");
-    write(x + 10 * glyphPitch * textScale, area.y - lineHeight, value, isAutomatic ? faint : ink);
+    write(x + 9 * glyphPitch * textScale, area.y - lineHeight, value, isAutomatic ? faint : ink);
     const double part =
         slider.isLogarithmic
             ? std::log(slider.value / slider.low) / std::log(slider.high / slider.low)
