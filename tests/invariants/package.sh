@@ -21,7 +21,7 @@ consumer() {
 
 if [ "${8-}" = subdirectory ]; then
   # The portable level alone and unoptimised, to be quick.
-  consumer subdirectory -DVEK_SOURCE="$source" -DVEK_HIGHEST_LEVEL=portable -DCMAKE_BUILD_TYPE=Debug
+  consumer subdirectory -DVEK_SOURCE="$source" -DVEK_BUILD_LEVELS=portable -DCMAKE_BUILD_TYPE=Debug
   exit
 fi
 
