@@ -310,6 +310,7 @@ Picture measured(Call& call, const char* label, F f) {
   const std::vector<double> values = std::visit(
       [&](const auto& image) -> std::vector<double> { return f(bytes(image)); }, call.picture);
   std::vector<std::vector<double>> channels;
+  channels.reserve(values.size());
   for (const double value : values) channels.push_back({value});
   call.tell({label}, std::move(channels));
   return copied(call.picture);
