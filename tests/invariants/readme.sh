@@ -35,4 +35,5 @@ END
   export PATH PKG_CONFIG_PATH="$root/usr/local/lib/pkgconfig" LD_LIBRARY_PATH="$root/usr/local/lib"
 fi
 cd "$work/vek"
+[ -z "${CCACHE_BASEDIR-}" ] || export CCACHE_BASEDIR="$PWD"
 sh -eux "$work/steps"
