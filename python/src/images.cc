@@ -133,6 +133,14 @@ void raise(const char* function, const Refusal& refusal) {
   }
 }
 
+void warn(const char* function, VekStatus status, int up) {
+  if (status <= vekStsNoErr) return;
+  const py::object type = py::module_::import("vek._errors").attr("ResultWarning");
+  if (PyErr_WarnFormat(type.ptr(), up, "%s: %s", function, vekStatusString(status)) != 0) {
+    throw py::error_already_set();
+  }
+}
+
 Refusal refusalOf(const vek::Failure& failure) {
   // The message is the function, the argument and the reason.
   const char* reason = std::strstr(failure.message, failure.argument);

@@ -43,6 +43,9 @@ struct Refusal {
     __attribute__((format(printf, 2, 3)));
 /// Sets the exception of Python that belongs to a refusal by this function.
 void raise(const char* function, const Refusal& refusal);
+/// Warns of a result that this function has a reservation about (a positive status), in the line of whoever called
+/// it that many calls of Python up; where warnings are errors, throws.
+void warn(const char* function, VekStatus status, int up = 1);
 /// The refusal that belongs to a failure of the C++ interface.
 Refusal refusalOf(const vek::Failure& failure);
 

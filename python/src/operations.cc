@@ -538,6 +538,7 @@ PyObject* Call::run() {
     status = variant.invoke(slots);
   }
   if (status < 0) refuse(status, argumentOf(status), "is refused: %s", vekStatusString(status));
+  warn(op_.name, status);
   if (variant.out != Layout::numbers) return out_.object().release().ptr();
   if (variant.sources[0] == Layout::C1) return PyLong_FromLong(results_[0]);
   return py::make_tuple(results_[0], results_[1], results_[2]).release().ptr();

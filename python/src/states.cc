@@ -44,29 +44,102 @@ Number checked(const char* name, int value) {
   return number;
 }
 
+/// The fields of a record that have a name in Python.
+template <class Params>
+struct Field {
+  const char* name;
+  Vek16u Params::*narrow;
+  Vek32s Params::*wide;
+};
+
+template <class Params, std::size_t count>
+void read(Params& params, const py::dict& values, const Field<Params> (&fields)[count]) {
+  for (const Field<Params>& field : fields) {
+    const int value = integersOf(field.name, py::make_tuple(values[field.name]), 1)[0];
+    if (field.narrow != nullptr) {
+      params.*field.narrow = checked<Vek16u>(field.name, value);
+    } else {
+      params.*field.wide = value;
+    }
+  }
+}
+
+template <class Params, std::size_t count>
+py::dict valuesOf(const Params& params, const Field<Params> (&fields)[count]) {
+  py::dict values;
+  for (const Field<Params>& field : fields) {
+    values[field.name] = field.narrow != nullptr ? int{params.*field.narrow} : params.*field.wide;
+  }
+  return values;
+}
+
+using vek::BalanceParams;
+using vek::ExposureParams;
+constexpr Field<ExposureParams> exposureFields[] = {
+    {"hist_count_thresh", &ExposureParams::histCountThresh, nullptr},
+    {"hist_spread_thresh", &ExposureParams::histSpreadThresh, nullptr},
+    {"dark_thresh", &ExposureParams::darkThresh, nullptr},
+    {"bright_thresh", &ExposureParams::brightThresh, nullptr},
+    {"target", &ExposureParams::target, nullptr},
+    {"tolerance", &ExposureParams::tolerance, nullptr},
+    {"scale_multiplier", &ExposureParams::scaleMultiplier, nullptr},
+    {"step_size", &ExposureParams::stepSize, nullptr},
+    {"scale_min", nullptr, &ExposureParams::scaleMin},
+    {"scale_max", nullptr, &ExposureParams::scaleMax},
+    {"step_min", nullptr, &ExposureParams::stepMin},
+    {"step_max", nullptr, &ExposureParams::stepMax},
+};
+
+constexpr Field<BalanceParams> balanceFields[] = {
+    {"ref_ratio_r", &BalanceParams::refRatioR, nullptr},
+    {"ref_ratio_b", &BalanceParams::refRatioB, nullptr},
+    {"hold_tol_r", &BalanceParams::holdTolR, nullptr},
+    {"hold_tol_b", &BalanceParams::holdTolB, nullptr},
+    {"valid_tol_r", &BalanceParams::validTolR, nullptr},
+    {"valid_tol_b", &BalanceParams::validTolB, nullptr},
+    {"wpd_limit1", &BalanceParams::wpdLimit1, nullptr},
+    {"wpd_limit2", &BalanceParams::wpdLimit2, nullptr},
+    {"wpd_limit3", &BalanceParams::wpdLimit3, nullptr},
+    {"wpd_low", &BalanceParams::wpdLow, nullptr},
+    {"wpd_high", &BalanceParams::wpdHigh, nullptr},
+    {"min_white_count", nullptr, &BalanceParams::minWhiteCount},
+    {"max_gain_step", &BalanceParams::maxGainStep, nullptr},
+    {"gain_min", &BalanceParams::gainMin, nullptr},
+    {"gain_max", &BalanceParams::gainMax, nullptr},
+    {"default_gain_r", &BalanceParams::defaultGainR, nullptr},
+    {"default_gain_g", &BalanceParams::defaultGainG, nullptr},
+    {"default_gain_b", &BalanceParams::defaultGainB, nullptr},
+};
+
+vek::ExposureControls controlsOf(const char* name, const py::object& object) {
+  const std::vector<int> n = integersOf(name, object, 2);
+  return {checked<Vek16u>(name, n[0]), checked<Vek16u>(name, n[1])};
+}
+
 void defineExposure(py::module_& module) {
   using Exposure = Held<vek::AutoExposure>;
   auto type = define<vek::AutoExposure>(module, "AutoExposure");
   type.def(py::init([](int metering, const py::object& windows, const py::object& weights,
-                       const py::object& numbers, const py::object& limits) {
+                       const py::dict& values) {
     return made<vek::AutoExposure>("AutoExposure", [&](vek::Failure& failure) {
-      vek::ExposureParams p;
-      p.metering = static_cast<vek::Metering>(metering);
-      p.windows = rectsOf("windows", windows);
-      p.weights = numbersOf<Vek16u>("weights", weights);
-      const std::vector<Vek16u> n = numbersOf<Vek16u>("an argument", numbers);
-      Vek16u* const fields[] = {&p.histCountThresh, &p.histSpreadThresh, &p.darkThresh,
-                                &p.brightThresh,    &p.target,           &p.tolerance,
-                                &p.scaleMultiplier, &p.stepSize};
-      for (std::size_t i = 0; i < std::size(fields); ++i) *fields[i] = n.at(i);
-      const std::vector<int> l = integersOf("an argument", limits, 4);
-      p.scaleMin = l[0];
-      p.scaleMax = l[1];
-      p.stepMin = l[2];
-      p.stepMax = l[3];
-      return vek::AutoExposure(p, failure);
+      vek::ExposureParams params;
+      params.metering = static_cast<vek::Metering>(metering);
+      params.windows = rectsOf("windows", windows);
+      params.weights = numbersOf<Vek16u>("weights", weights);
+      read(params, values, exposureFields);
+      return vek::AutoExposure(params, failure);
     });
   }));
+  module.def("_recommended_exposure", [](const py::object& size, int metering,
+                                         const py::object& least, const py::object& most) {
+    return named("recommended_exposure", [&] {
+      const vek::Size frame = sizeOf("frame_size", size);
+      return valuesOf(
+          vek::recommended::exposureParams(frame, static_cast<vek::Metering>(metering),
+                                           controlsOf("least", least), controlsOf("most", most)),
+          exposureFields);
+    });
+  });
   type.def("meter", [](Exposure& self, const py::object& frame, int step, int scale) {
     return named("AutoExposure.meter", [&] {
       const auto use = self.alone();
@@ -84,24 +157,38 @@ void defineExposure(py::module_& module) {
 void defineBalance(py::module_& module) {
   using Balance = Held<vek::AutoWhiteBalance>;
   auto type = define<vek::AutoWhiteBalance>(module, "AutoWhiteBalance");
-  type.def(py::init([](int method, const py::object& windows, const py::object& weights,
-                       const py::object& numbers, int minWhiteCount) {
-    return made<vek::AutoWhiteBalance>("AutoWhiteBalance", [&](vek::Failure& failure) {
-      vek::BalanceParams p;
-      p.method = static_cast<vek::BalanceMethod>(method);
-      p.windows = rectsOf("windows", windows);
-      p.weights = numbersOf<Vek8u>("weights", weights);
-      const std::vector<Vek16u> n = numbersOf<Vek16u>("an argument", numbers);
-      Vek16u* const fields[] = {&p.refRatioR,   &p.refRatioB, &p.holdTolR,     &p.holdTolB,
-                                &p.validTolR,   &p.validTolB, &p.wpdLimit1,    &p.wpdLimit2,
-                                &p.wpdLimit3,   &p.wpdLow,    &p.wpdHigh,      &p.maxGainStep,
-                                &p.gainMin,     &p.gainMax,   &p.defaultGainR, &p.defaultGainG,
-                                &p.defaultGainB};
-      for (std::size_t i = 0; i < std::size(fields); ++i) *fields[i] = n.at(i);
-      p.minWhiteCount = minWhiteCount;
-      return vek::AutoWhiteBalance(p, failure);
+  type.def(py::init(
+      [](int method, const py::object& windows, const py::object& weights, const py::dict& values) {
+        return made<vek::AutoWhiteBalance>("AutoWhiteBalance", [&](vek::Failure& failure) {
+          vek::BalanceParams params;
+          params.method = static_cast<vek::BalanceMethod>(method);
+          params.windows = rectsOf("windows", windows);
+          params.weights = numbersOf<Vek8u>("weights", weights);
+          read(params, values, balanceFields);
+          return vek::AutoWhiteBalance(params, failure);
+        });
+      }));
+  module.def("_recommended_balance", [](const py::object& size, int method, int unit) {
+    return named("recommended_balance", [&] {
+      const vek::Size frame = sizeOf("frame_size", size);
+      if (frame.width < 16 || frame.height < 16) {
+        refuse(vekStsSizeErr, "frame_size", "is %d x %d; the least is 16 x 16", frame.width,
+               frame.height);
+      }
+      if (unit < 1 || unit > 65535) refuse(vekStsBadArgErr, "unit", "is %d, not 1 to 65535", unit);
+      const vek::BalanceParams params =
+          vek::recommended::balanceParams(frame, static_cast<vek::BalanceMethod>(method), unit);
+      py::dict values = valuesOf(params, balanceFields);
+      py::list windows, weights;
+      for (const vek::Rect& w : params.windows) {
+        windows.append(py::make_tuple(w.x, w.y, w.width, w.height));
+      }
+      for (const int weight : params.weights) weights.append(weight);
+      values["windows"] = windows;
+      values["weights"] = weights;
+      return values;
     });
-  }));
+  });
   type.def("measure", [](Balance& self, const py::object& frame, const py::object& before) {
     return named("AutoWhiteBalance.measure", [&] {
       const auto use = self.shared();
@@ -286,12 +373,13 @@ void defineMoments(py::module_& module) {
       const vek::Point from = pointOf("origin", origin);
       vek::MomentList moments = {};
       vek::HuMoments hu = {};
-      unlocked([&](vek::Failure& on) {
+      const VekStatus status = unlocked([&](vek::Failure& on) {
         return which == 0   ? use->spatial(channel, &moments, from, on)
                : which == 1 ? use->central(channel, &moments, on)
                : which == 2 ? use->normalized(channel, &moments, on)
                             : use->hu(channel, &hu, on);
       });
+      warn("Moments", status, 2);
       return which == 3 ? tupleOf(hu) : tupleOf(moments);
     });
   });

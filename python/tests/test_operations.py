@@ -1,5 +1,7 @@
 """Operations beside NumPy, on parts of larger images."""
 
+import warnings
+
 import numpy as np
 import pytest
 from hypothesis import given, settings
@@ -131,6 +133,39 @@ def test_planes_of_every_kind():
         vek.yuv_to_rgb((np.empty((4, 8), np.uint8)[:, :6], *full[1:]))
     with pytest.raises(vek.Error, match="src has rows"):
         vek.rgb_to_yuv_unpadded(noise((4, 8, 3), 1)[:, :6])
+
+
+def test_reservations_are_warnings():
+    black = np.zeros((4, 4), np.uint8)
+    with pytest.warns(vek.ResultWarning, match="norm_rel_l1: .*zero"):
+        assert vek.norm_rel_l1(black + 1, black) > 0
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        assert vek.norm_rel_l1(black, black + 1) == 1
+        with pytest.raises(vek.ResultWarning):
+            vek.norm_rel_l1(black, black)
+    with pytest.warns(vek.ResultWarning):
+        vek.Moments(black).hu()
+
+
+def test_as_opencv():
+    cv2 = pytest.importorskip("cv2")
+    image, other = noise((40, 61, 3), 1), noise((40, 61, 3), 2)
+    plane = np.ascontiguousarray(image[..., 0])
+    inner = (slice(1, -1), slice(1, -1))
+    for made, expected in (
+            (vek.add(image, other), cv2.add(image, other)), (vek.sub(image, other), cv2.subtract(image, other)),
+            (vek.bit_xor(image, other), cv2.bitwise_xor(image, other)),
+            (vek.clamp_above(image, 99), cv2.threshold(image, 99, 0, cv2.THRESH_TRUNC)[1]),
+            (vek.mirror(image, vek.MirrorAxis.both), cv2.flip(image, -1)),
+            (vek.pad(image, (3, 2, 1, 5), vek.PadBorder.mirror),
+             cv2.copyMakeBorder(image, 2, 5, 3, 1, cv2.BORDER_REFLECT_101)),
+            (vek.erode(plane), cv2.erode(plane, np.ones((3, 3)))[inner]),
+            (vek.filter_median(plane, (3, 3)), cv2.medianBlur(plane, 3)[inner])):
+        np.testing.assert_array_equal(made, expected)
+    assert vek.norm_l1(plane) == cv2.norm(plane, cv2.NORM_L1)
+    moments = cv2.moments(plane)
+    assert vek.Moments(plane).spatial()[:3] == (moments["m00"], moments["m10"], moments["m01"])
 
 
 def test_dither_and_cosine():

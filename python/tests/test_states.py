@@ -76,6 +76,17 @@ def test_raw_and_control():
         assert gains.red < gains.blue
     with pytest.raises(vek.Error, match="weights"):
         vek.AutoWhiteBalance(windows=[(0, 0, 64, 48)], weights=[])
+    params = vek.recommended_exposure((64, 48), vek.Metering.histogram, (0, 1), (320, 16))
+    assert (params["step_size"], params["step_max"], params["scale_max"]) == (10, 320, 16)
+    assert vek.AutoExposure(**params).meter(again, 10, 4).scale == 8  # too dark
+    params = vek.recommended_balance((64, 48), vek.BalanceMethod.gray_world)
+    assert len(params["windows"]) == len(params["weights"]) == 48
+    gains = vek.AutoWhiteBalance(**params).measure(again, (1024, 1024, 1024))
+    assert abs(gains.red * 1.6 / gains.blue - 1) < 0.05 and gains.status == vek.Status.ok
+    with pytest.raises(vek.Error, match="target is 65536"):
+        vek.AutoExposure(target=65536)
+    with pytest.raises(vek.Error, match="frame_size is 8 x 48"):
+        vek.recommended_balance((8, 48), vek.BalanceMethod.gray_world)
     with vek.RawPipeline((64, 48), dead_pixels=[(10, 12)]) as pipeline:
         y, cb, cr = pipeline.process(again)
         assert y.shape == (48, 64) and cb.shape == cr.shape == (24, 32)

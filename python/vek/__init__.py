@@ -7,11 +7,12 @@ planes. Sizes and points are (width, height) and (x, y). See docs/python.md."""
 from . import _vek
 from ._vek import *  # noqa: F401,F403
 from ._enums import *  # noqa: F401,F403
-from ._errors import Error
+from ._errors import Error, ResultWarning
 from ._functions import (Division, LibraryVersion, camera_version, color_matrix, divide, empty, image_version, level,
                          level_limit, levels, pad, raw_region, raw_to_10rggb, reduce, resize, to_420, warp)
 from ._states import (AutoExposure, AutoWhiteBalance, BalanceGains, Exposure, ExposureControls, ExposureSettings,
-                      Gains, Isp, IspResults, Moments, RawPipeline, RealFft)
+                      Gains, Isp, IspResults, Moments, RawPipeline, RealFft, recommended_balance,
+                      recommended_exposure)
 
 version: str = _vek.version()
 __version__ = version

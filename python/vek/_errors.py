@@ -1,4 +1,4 @@
-"""The exception of refused calls."""
+"""The exception of refused calls, and the warning of results with a reservation."""
 
 from ._enums import Status
 
@@ -21,3 +21,7 @@ class Error(ValueError):
         from ._vek import status_text
 
         return str(status_text(int(self.status)))
+
+
+class ResultWarning(RuntimeWarning):
+    """A result has a reservation: a relative norm was taken against zeros, for example."""

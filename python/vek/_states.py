@@ -1,6 +1,6 @@
 """Objects that keep something from call to call. Each is a context manager, and can be closed."""
 
-from typing import Any, NamedTuple, Optional, Sequence, Tuple, TypeVar
+from typing import Any, Dict, NamedTuple, Optional, Sequence, Tuple, TypeVar
 
 from . import _vek
 from ._enums import (BalanceMethod, Bayer, Chroma, Format, GammaCurve, MatrixPlace, Metering, Range, Raw, Rotation,
@@ -46,15 +46,22 @@ class AutoExposure(State):
                  dark_thresh: int = 0, bright_thresh: int = 1023, target: int = 512, tolerance: int = 32,
                  scale_multiplier: int = 2, step_size: int = 1, scale_min: int = 1, scale_max: int = 65535,
                  step_min: int = 0, step_max: int = 65535) -> None:
-        numbers = (hist_count_thresh, hist_spread_thresh, dark_thresh, bright_thresh, target, tolerance,
-                   scale_multiplier, step_size)
-        self._held = _vek.AutoExposure(metering, windows, weights, numbers,
-                                       (scale_min, scale_max, step_min, step_max))
+        self._held = _vek.AutoExposure(metering, windows, weights, dict(
+            hist_count_thresh=hist_count_thresh, hist_spread_thresh=hist_spread_thresh, dark_thresh=dark_thresh,
+            bright_thresh=bright_thresh, target=target, tolerance=tolerance, scale_multiplier=scale_multiplier,
+            step_size=step_size, scale_min=scale_min, scale_max=scale_max, step_min=step_min, step_max=step_max))
 
     def meter(self, frame: Image, step: int, scale: int) -> ExposureControls:
         """Meters a frame of 10-bit samples and moves the controls."""
         step, scale, status = self._held.meter(frame, step, scale)
         return ExposureControls(step, scale, Status(status))
+
+
+@_documented("exposureParams")
+def recommended_exposure(frame_size: Size, metering: Metering, least: Tuple[int, int],
+                         most: Tuple[int, int]) -> Dict[str, Any]:
+    """What AutoExposure(**...) takes; `least` and `most` are controls (step, scale)."""
+    return dict(_vek._recommended_exposure(frame_size, metering, least, most), metering=metering)
 
 
 class BalanceGains(NamedTuple):
@@ -77,15 +84,23 @@ class AutoWhiteBalance(State):
                  wpd_high: int = 1023, min_white_count: int = 0, max_gain_step: int = 65535, gain_min: int = 0,
                  gain_max: int = 65535, default_gain_r: int = 256, default_gain_g: int = 256,
                  default_gain_b: int = 256) -> None:
-        numbers = (ref_ratio_r, ref_ratio_b, hold_tol_r, hold_tol_b, valid_tol_r, valid_tol_b, wpd_limit1, wpd_limit2,
-                   wpd_limit3, wpd_low, wpd_high, max_gain_step, gain_min, gain_max, default_gain_r, default_gain_g,
-                   default_gain_b)
-        self._held = _vek.AutoWhiteBalance(method, windows, weights, numbers, min_white_count)
+        self._held = _vek.AutoWhiteBalance(method, windows, weights, dict(
+            ref_ratio_r=ref_ratio_r, ref_ratio_b=ref_ratio_b, hold_tol_r=hold_tol_r, hold_tol_b=hold_tol_b,
+            valid_tol_r=valid_tol_r, valid_tol_b=valid_tol_b, wpd_limit1=wpd_limit1, wpd_limit2=wpd_limit2,
+            wpd_limit3=wpd_limit3, wpd_low=wpd_low, wpd_high=wpd_high, min_white_count=min_white_count,
+            max_gain_step=max_gain_step, gain_min=gain_min, gain_max=gain_max, default_gain_r=default_gain_r,
+            default_gain_g=default_gain_g, default_gain_b=default_gain_b))
 
     def measure(self, frame: Image, gains: Tuple[int, int, int]) -> BalanceGains:
         """Measures a frame of 10-bit samples and moves the gains of red, green and blue."""
         red, green, blue, status = self._held.measure(frame, gains[:3])
         return BalanceGains(red, green, blue, Status(status))
+
+
+@_documented("balanceParams")
+def recommended_balance(frame_size: Size, method: BalanceMethod, unit: int = 1024) -> Dict[str, Any]:
+    """What AutoWhiteBalance(**...) takes."""
+    return dict(_vek._recommended_balance(frame_size, method, unit), method=method)
 
 
 @_documented("RawPipeline")
