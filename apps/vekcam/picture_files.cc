@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <jpeglib.h>
+#include <libexif/exif-data.h>
+#include <memory>
 // After the library's own header, on which it depends.
 #include <jerror.h>
 #include <png.h>
@@ -162,6 +164,43 @@ struct JpegReader {
   jpeg_progress_mgr progress = {limitScans, 0, 0, 0, 0};
 };
 
+/// The orientation that the camera has noted in its first application marker: 1 to 8, 1 if there is none.
+int orientationOf(const jpeg_decompress_struct& jpeg) {
+  const jpeg_marker_struct* const marker = jpeg.marker_list;
+  if (marker == nullptr) return 1;
+  const std::unique_ptr<ExifData, decltype(&exif_data_unref)> data(
+      exif_data_new_from_data(marker->data, marker->data_length), exif_data_unref);
+  if (data == nullptr) return 1;
+  const ExifEntry* const entry =
+      exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+  if (entry == nullptr || entry->format != EXIF_FORMAT_SHORT || entry->size < 2) return 1;
+  const int orientation = exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
+  return orientation >= 1 && orientation <= 8 ? orientation : 1;
+}
+
+/// The picture as it is to be seen. From 5 on, its rows become columns; before that, the sides that are
+/// said here are exchanged.
+template <class Pixel>
+Image<Pixel> upright(const Image<Pixel>& stored, int orientation) {
+  const bool isTransposed = orientation >= 5;
+  const bool isMirrored = orientation == 2 || orientation == 3 || orientation >= 7;
+  const bool isFlipped =
+      orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+  const int w = stored.width(), h = stored.height();
+  constexpr int bytes = std::is_same_v<Pixel, Vek8u> ? 1 : 3;
+  Image<Pixel> seen(isTransposed ? vek::Size{h, w} : vek::Size{w, h});
+  for (int y = 0; y < seen.height(); ++y) {
+    Vek8u* pixel = seen.row(y);
+    for (int x = 0; x < seen.width(); ++x, pixel += bytes) {
+      const int column = isTransposed ? y : x, row = isTransposed ? x : y;
+      const Vek8u* const from = stored.row(isFlipped ? h - 1 - row : row) +
+                                bytes * (isMirrored ? w - 1 - column : column);
+      std::copy_n(from, bytes, pixel);
+    }
+  }
+  return seen;
+}
+
 StoredPicture decodeJpeg(std::string_view bytes, const std::string& name) {
   constexpr long mostMemory = 1L << 30;
   JpegReader reader;
@@ -175,10 +214,12 @@ StoredPicture decodeJpeg(std::string_view bytes, const std::string& name) {
     jpeg.mem->max_memory_to_use = mostMemory;
     jpeg.progress = &reader.progress;
     jpeg_mem_src(&jpeg, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    jpeg_save_markers(&jpeg, JPEG_APP0 + 1, 0xFFFF);
     jpeg_read_header(&jpeg, TRUE);
     jpeg.out_color_space = jpeg.num_components == 1 ? JCS_GRAYSCALE : JCS_RGB;
   });
   if (!hasHeader) fail();
+  const int orientation = orientationOf(jpeg);  // the library forgets markers at the end
   StoredPicture picture = emptyPicture(checkedSize(jpeg.image_width, jpeg.image_height, name),
                                        jpeg.out_color_space == JCS_RGB);
   bool isComplete = false;
@@ -193,7 +234,9 @@ StoredPicture decodeJpeg(std::string_view bytes, const std::string& name) {
     });
   });
   if (!isComplete) fail();
-  return picture;
+  if (orientation == 1) return picture;
+  return std::visit([&](const auto& image) -> StoredPicture { return upright(image, orientation); },
+                    picture);
 }
 
 struct JpegWriter {

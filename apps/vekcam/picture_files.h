@@ -10,8 +10,8 @@
 
 namespace vekcam {
 
-/// What pictures are read as. Samples of more than 8 bits are rounded to 8, palettes looked up, and
-/// transparent pixels laid over white.
+/// What pictures are read as. Samples of more than 8 bits are rounded to 8, palettes looked up,
+/// transparent pixels laid over white, and what a camera held askew says to be turned is turned.
 using StoredPicture = std::variant<vek::Image<Vek8u>, vek::Image<vek::Rgb24>>;
 
 /// Pictures have sides of up to 32767 pixels, as many as the library's warps take, and up to 2^27

@@ -153,6 +153,46 @@ TEST(Picture, ReadsOtherDepthsAndPalettes) {
   EXPECT_EQ(std::vector(row, row + 6), (std::vector<Vek8u>{200, 10, 20, 255, 255, 255}));
 }
 
+/// Where the stored picture's first pixel and the last one of its first row are to be seen.
+struct Corners {
+  int first[2], last[2];  // right?, bottom?
+};
+
+TEST(Picture, IsTurnedAsItsCameraSays) {
+  vek::Image<Vek8u> stored({24, 16});
+  for (int y = 0; y < 16; ++y) {
+    for (int x = 0; x < 24; ++x) stored.row(y)[x] = static_cast<Vek8u>(5 * x + 8 * y);
+  }
+  const std::string jpeg = encodePicture(stored.view(), PictureFormat::jpeg, 100);
+  constexpr Corners corners[] = {{{0, 0}, {1, 0}}, {{1, 0}, {0, 0}}, {{1, 1}, {0, 1}},
+                                 {{0, 1}, {1, 1}}, {{0, 0}, {0, 1}}, {{1, 0}, {1, 1}},
+                                 {{1, 1}, {1, 0}}, {{0, 1}, {0, 0}}};
+  for (char orientation = 0; orientation <= 9; ++orientation) {
+    SCOPED_TRACE(int{orientation});
+    // An application marker of one big-endian directory of one short number.
+    std::string exif(
+        "\xFF\xE1\0\x22"
+        "Exif\0\0"
+        "MM\0*\0\0\0\x8"
+        "\0\1"
+        "\1\x12\0\3\0\0\0\1\0o\0\0"
+        "\0\0\0\0",
+        36);
+    exif[exif.find('o')] = orientation;
+    const auto seen =
+        std::get<vek::Image<Vek8u>>(decodePicture(jpeg.substr(0, 2) + exif + jpeg.substr(2), "x"));
+    const bool isNone = orientation < 1 || orientation > 8;
+    const Corners& at = corners[isNone ? 0 : orientation - 1];
+    const bool isTransposed = orientation >= 5 && !isNone;
+    ASSERT_EQ(seen.width(), isTransposed ? 16 : 24);
+    const auto corner = [&](const int(&place)[2]) {
+      return seen.row(place[1] * (seen.height() - 1))[place[0] * (seen.width() - 1)];
+    };
+    EXPECT_NEAR(corner(at.first), 0, 3);
+    EXPECT_NEAR(corner(at.last), 5 * 23, 3);
+  }
+}
+
 TEST(Picture, RefusesWhatIsDamagedOrEnormous) {
   const vek::Image<vek::Rgb24> color = slopes({64, 48});
   for (const PictureFormat format : {PictureFormat::png, PictureFormat::jpeg, PictureFormat::ppm}) {

@@ -34,9 +34,10 @@ function plot(chart) {
   const ticks = chart.isLogarithmic
     ? [1, 10, 100, 1000, 10000].filter((v) => v >= chart.low && v <= chart.high)
     : [0, 1, 2, 3, 4].map((i) => chart.low + (chart.high - chart.low) * i / 4);
+  const unit = chart.high - chart.low > 100 ? 1 : 100;
   for (const tick of ticks) {
     svg.append(element('line', {class: 'grid', x1: left, x2: width - right, y1: y(tick), y2: y(tick)}),
-      element('text', {x: left - 6, y: y(tick) + 4, 'text-anchor': 'end'}, String(Math.round(tick * 100) / 100)));
+      element('text', {x: left - 6, y: y(tick) + 4, 'text-anchor': 'end'}, String(Math.round(tick * unit) / unit)));
   }
   if (chart.band) {
     svg.append(element('rect', {class: 'band', x: left, width: width - left - right, y: y(chart.band[1]),
