@@ -93,13 +93,7 @@ py::object colorMatrix(const py::object& src, const py::object& out, const py::o
 py::object pad(const py::object& src, const py::object& out, const py::object& margins, int border,
                const py::object& value) {
   Image from, to;
-  from.acquire("src", src.ptr(), false);
-  const Layout layout = from.looksLike(Layout::C3) ? Layout::C3 : Layout::C1;
-  if (!from.looksLike(layout)) {
-    refuseType("src", "is %s; wanted is %s or %s", from.described().c_str(), lookOf(Layout::C1),
-               lookOf(Layout::C3));
-  }
-  from.use(layout);
+  const Layout layout = acquire(from, "src", src, Layout::C1, Layout::C3);
   const std::vector<int> m = integersOf("margins", margins, 4);
   constexpr int limit = 1 << 29;
   for (const int n : m) {
@@ -139,34 +133,6 @@ py::object pad(const py::object& src, const py::object& out, const py::object& m
                        on);
   });
   return to.object();
-}
-
-Layout layoutOf(int format) {
-  switch (format) {
-    case i420:
-      return Layout::P420;
-    case i422:
-      return Layout::P422;
-    case i444:
-      return Layout::P444;
-    case nv12:
-      return Layout::NV12;
-    case gray8:
-      return Layout::C1;
-    case yuy2:
-    case uyvy:
-      return Layout::C2;
-    case rgbx32:
-    case bgrx32:
-      return Layout::C4;
-    case rgb24:
-    case bgr24:
-    case ycbcr24:
-    case yuv24:
-      return Layout::C3;
-    default:
-      return format >= rgb565 && format <= raw10 ? Layout::U16 : Layout::nothing;
-  }
 }
 
 template <class Source>
@@ -277,13 +243,7 @@ py::object warp(const py::object& src, const py::object& out, const py::object& 
                 const py::object& map, int direction, int interpolation, int border,
                 const py::object& value, const py::object& place) {
   Image from, to;
-  from.acquire("src", src.ptr(), false);
-  const Layout layout = from.looksLike(Layout::C3) ? Layout::C3 : Layout::C1;
-  if (!from.looksLike(layout)) {
-    refuseType("src", "is %s; wanted is %s or %s", from.described().c_str(), lookOf(Layout::C1),
-               lookOf(Layout::C3));
-  }
-  from.use(layout);
+  const Layout layout = acquire(from, "src", src, Layout::C1, Layout::C3);
   const std::vector<double> numbers = doublesOf("map", map);
   if (numbers.size() != 6 && numbers.size() != 9)
     refuse(vekStsSizeErr, "map", "has %zu numbers, not 6 or 9", numbers.size());
@@ -352,6 +312,34 @@ py::tuple libraryVersion(const VekLibraryVersion& v) {
 }
 
 }  // namespace
+
+Layout layoutOf(int format) {
+  switch (format) {
+    case i420:
+      return Layout::P420;
+    case i422:
+      return Layout::P422;
+    case i444:
+      return Layout::P444;
+    case nv12:
+      return Layout::NV12;
+    case gray8:
+      return Layout::C1;
+    case yuy2:
+    case uyvy:
+      return Layout::C2;
+    case rgbx32:
+    case bgrx32:
+      return Layout::C4;
+    case rgb24:
+    case bgr24:
+    case ycbcr24:
+    case yuv24:
+      return Layout::C3;
+    default:
+      return format >= rgb565 && format <= raw10 ? Layout::U16 : Layout::nothing;
+  }
+}
 
 void defineFunctions(py::module_& module) {
   const auto define = [&](const char* name, auto function) {

@@ -134,29 +134,6 @@ VekStatus processTo(vek::Isp& isp, const vek::View<const vek::RawByte>& frame, c
   }
 }
 
-Layout layoutOf(int format) {
-  switch (format) {
-    case i420:
-      return Layout::P420;
-    case i422:
-      return Layout::P422;
-    case nv12:
-      return Layout::NV12;
-    case rgb24:
-    case bgr24:
-      return Layout::C3;
-    case rgbx32:
-    case bgrx32:
-      return Layout::C4;
-    case rgb565:
-    case rgb555:
-    case rgb444:
-      return Layout::U16;
-    default:
-      refuse(vekStsNotSupportedModeErr, "format", "is none that it makes");
-  }
-}
-
 py::object process(Isp& self, const py::object& object, const py::object& destinationObject,
                    int format) {
   const auto use = self.alone();
@@ -174,7 +151,9 @@ py::object process(Isp& self, const py::object& object, const py::object& destin
   const vek::View<const vek::RawByte> frame(reinterpret_cast<const Vek8u*>(p.data),
                                             {static_cast<int>(p.rowBytes), p.rows},
                                             vek::Bytes(static_cast<int>(p.step)));
-  destination(to, destinationObject, layoutOf(format), isp.outputSize());
+  const Layout layout = layoutOf(format);
+  if (layout == Layout::nothing) refuse(vekStsNotSupportedModeErr, "format", "is none");
+  destination(to, destinationObject, layout, isp.outputSize());
   checkOverlap(from, to, false);
   unlocked([&](vek::Failure& on) { return processTo(isp, frame, to, format, on); });
   return to.object();

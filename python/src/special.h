@@ -45,6 +45,20 @@ inline void acquire(Image& image, const char* name, const py::handle& object, La
     refuseType(name, "is %s; wanted is %s", image.described().c_str(), lookOf(layout));
   image.use(layout);
 }
+/// Acquires an image of one of two layouts, and tells which.
+inline Layout acquire(Image& image, const char* name, const py::handle& object, Layout usual,
+                      Layout other) {
+  image.acquire(name, object.ptr(), false);
+  const Layout layout = image.looksLike(other) ? other : usual;
+  if (!image.looksLike(layout)) {
+    refuseType(name, "is %s; wanted is %s or %s", image.described().c_str(), lookOf(usual),
+               lookOf(other));
+  }
+  image.use(layout);
+  return layout;
+}
+/// The layout of pictures of a format; Layout::nothing if there is no such format.
+Layout layoutOf(int format);
 /// Acquires a destination, or makes one if there is none.
 inline void destination(Image& image, const py::handle& object, Layout layout, vek::Size size) {
   if (object.is_none()) {

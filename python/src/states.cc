@@ -305,13 +305,7 @@ void defineFft(py::module_& module) {
     return named("RealFft.forward", [&] {
       const auto use = self.alone();
       Image from, to;
-      from.acquire("src", src.ptr(), false);
-      const Layout layout = from.looksLike(Layout::S32) ? Layout::S32 : Layout::C1;
-      if (!from.looksLike(layout)) {
-        refuseType("src", "is %s; wanted is %s or %s", from.described().c_str(), lookOf(Layout::C1),
-                   lookOf(Layout::S32));
-      }
-      from.use(layout);
+      const Layout layout = acquire(from, "src", src, Layout::C1, Layout::S32);
       destination(to, out, Layout::COMPLEX, use->spectrumSize());
       unlocked([&](vek::Failure& on) {
         const auto spectrum = to.view<vek::Complex32s>();
@@ -354,13 +348,7 @@ void defineMoments(py::module_& module) {
     named("Moments.measure", [&] {
       const auto use = self.alone();
       Image from;
-      from.acquire("src", src.ptr(), false);
-      const Layout layout = from.looksLike(Layout::C3) ? Layout::C3 : Layout::C1;
-      if (!from.looksLike(layout)) {
-        refuseType("src", "is %s; wanted is %s or %s", from.described().c_str(), lookOf(Layout::C1),
-                   lookOf(Layout::C3));
-      }
-      from.use(layout);
+      const Layout layout = acquire(from, "src", src, Layout::C1, Layout::C3);
       unlocked([&](vek::Failure& on) {
         return layout == Layout::C1 ? use->measure<1>(from.view<const Vek8u>(), on)
                                     : use->measure<3>(from.view<const Vek8u, 3>(), on);
