@@ -1,6 +1,7 @@
 #include "vekcam/development.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <fmt/format.h>
@@ -55,6 +56,18 @@ Cells measure(const FrameInfo& info, const std::vector<Vek8u>& bytes,
     }
   }
   return cells;
+}
+
+/// The bits that the samples take. Only words have room for more than the format says.
+int bitsTaken(const FrameInfo& info, const std::vector<Vek8u>& bytes) {
+  if (info.format.packing != vek::Raw::plain16) return info.format.bits;
+  const auto frame = info.view(bytes);
+  unsigned ones = 0;
+  for (int y = 0; y < info.size.height; ++y) {
+    const Vek8u* const row = frame.row(y);
+    for (int x = 0; x < info.size.width; ++x) ones |= row[2 * x] | row[2 * x + 1] * 256U;
+  }
+  return std::bit_width(ones);
 }
 
 }  // namespace
@@ -133,6 +146,12 @@ vek::Isp makeIsp(const FrameInfo& info, const DevelopmentSettings& settings, int
 std::vector<std::string> doubtsAbout(const FrameInfo& info, const std::vector<Vek8u>& bytes,
                                      const vek::IspResults& results, bool isBalanced) {
   std::vector<std::string> doubts;
+  if (const int taken = bitsTaken(info, bytes); taken > info.format.bits) {
+    RawFormat larger = info.format;
+    larger.bits = taken;
+    doubts.push_back(fmt::format("there are samples of {} bits, and {} has {}: --format {}?", taken,
+                                 nameOf(info.format), info.format.bits, nameOf(larger)));
+  }
   if (isBalanced && !results.balanceHasData) {
     doubts.emplace_back("nothing in the frame tells its light: the white balance is as it was");
   } else if (isBalanced && results.balanceAtLimit) {

@@ -231,6 +231,9 @@ TEST(Doubts, AreAboutOrderAndLight) {
   EXPECT_NE(doubts(vek::Bayer::gbrg).find("RGGB or BGGR"), std::string::npos);
   results.balanceHasData = false;
   EXPECT_NE(doubts(vek::Bayer::rggb).find("tells its light"), std::string::npos);
+  bytes[1] |= 8;  // 2048 and more
+  EXPECT_NE(doubts(vek::Bayer::rggb).find("samples of 12 bits, and RG10 has 10: --format RG12?"),
+            std::string::npos);
 }
 
 }  // namespace
