@@ -1,5 +1,6 @@
 # CPU levels: vek_sources() adds what every target runs, vek_level_sources() adds kernel sources that
 # are compiled once more for each higher level, each time into that level's namespace (VEK_LEVEL).
+include(CheckCXXSourceCompiles)
 include(CheckIncludeFileCXX)
 check_include_file_cxx(hwy/highway.h VEK_HIGHWAY_FOUND)
 
@@ -55,6 +56,28 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
   # processors with crypto instructions; without run-time dispatch it leaves the target alone.
   set(VEK_FLAGS_neon -DTOOLCHAIN_MISS_SYS_AUXV_H)
   set(VEK_VECTORS_neon "v[0-9]+\\.(16b|8b|8h|4h|4s|2s|2d)|q[0-9]")
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+  check_include_file_cxx(sys/auxv.h VEK_HAVE_AUXV)
+  if(VEK_HAVE_AUXV)
+    set(VEK_LEVELS neon)
+    set(VEK_CPU_DETECTION auxv)
+    # Without run-time dispatch Highway leaves the target alone, as above. Where floating point is
+    # calculated in software, or its arguments are at least passed so, the level keeps to that.
+    set(VEK_FLAGS_neon -march=armv7-a+simd -DTOOLCHAIN_MISS_SYS_AUXV_H)
+    check_cxx_source_compiles("#if !defined(__ARM_PCS_VFP)\n#error\n#endif\nint main() {}" VEK_HARD_FLOAT)
+    if(NOT VEK_HARD_FLOAT)
+      list(APPEND VEK_FLAGS_neon -mfloat-abi=softfp)
+    endif()
+    set(VEK_FEATURES_neon NEON)
+    set(VEK_VECTORS_neon "\\bv[a-z0-9]+(\\.[a-z]?[0-9]+)+[^a-z]")
+    set(VEK_PROCESSOR_neon cortex-a8)
+    set(VEK_PROCESSOR_portable arm926)
+    if(VEK_HARD_FLOAT)
+      set(VEK_PROCESSOR_portable cortex-a9,neon=off)
+    endif()
+  else()
+    set(VEK_LEVELS_BECAUSE " (no <sys/auxv.h> tells whether there is NEON)")
+  endif()
 endif()
 
 if(NOT VEK_BUILD_LEVELS STREQUAL "all")

@@ -200,7 +200,7 @@ VEK_API const VekLibraryVersion* _vekGetLibVersion_VekCam(void);
  *  @{ */
 
 /** Name of a CPU level: "portable" for level 0; above it "sse4", "avx2" and "avx512" on x86-64, and
- *  "neon" on AArch64, if this build has them. Null for other numbers. The number of a level is that of
+ *  "neon" on ARM, if this build has them. Null for other numbers. The number of a level is that of
  *  this build: a later one may have more levels below it. */
 VEK_API const char* vekLevelName(int level);
 

@@ -1,0 +1,30 @@
+// 32-bit ARM: what the kernel tells each program about the processor.
+#include <sys/auxv.h>
+
+#include "core/level.h"
+
+namespace vek {
+namespace {
+
+// Bits of AT_HWCAP.
+constexpr unsigned long NEON = 1ul << 12;
+
+}  // namespace
+
+#define VEK_AND_FEATURE(feature) &&(getauxval(AT_HWCAP) & (feature)) != 0
+#define VEK_CASE(level, ...) \
+  case Level::level:         \
+    return true VEK_FEATURES_##level(VEK_AND_FEATURE);
+
+bool cpuHas(Level level) {
+  switch (level) { VEK_EACH_LEVEL(VEK_CASE) }
+  return false;
+}
+
+Level highestLevel() {
+  size_t i = levelCount - 1;
+  while (i > 0 && !cpuHas(static_cast<Level>(i))) --i;
+  return static_cast<Level>(i);
+}
+
+}  // namespace vek
