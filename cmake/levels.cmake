@@ -2,7 +2,16 @@
 # are compiled once more for each higher level, each time into that level's namespace (VEK_LEVEL).
 include(CheckCXXSourceCompiles)
 include(CheckIncludeFileCXX)
+set(vek_highway_include "")
+if(EMSCRIPTEN AND EXISTS /usr/include/hwy/highway.h)
+  # Beside Highway's headers are those of the system that compiles.
+  set(vek_highway_include ${PROJECT_BINARY_DIR}/highway)
+  file(MAKE_DIRECTORY ${vek_highway_include})
+  file(CREATE_LINK /usr/include/hwy ${vek_highway_include}/hwy SYMBOLIC)
+endif()
+set(CMAKE_REQUIRED_INCLUDES ${vek_highway_include})
 check_include_file_cxx(hwy/highway.h VEK_HIGHWAY_FOUND)
+unset(CMAKE_REQUIRED_INCLUDES)
 
 # The one list of levels. Of each level above portable:
 #   VEK_FLAGS_      the compiler's flags
@@ -78,6 +87,11 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
   else()
     set(VEK_LEVELS_BECAUSE " (no <sys/auxv.h> tells whether there is NEON)")
   endif()
+elseif(EMSCRIPTEN)
+  # Nothing is chosen at run time: what runs WebAssembly without vectors refuses a module that has any.
+  # VEK_USE_HIGHWAY=OFF makes one that has none.
+  set(VEK_LEVELS simd128)
+  set(VEK_FLAGS_simd128 -msimd128 -Wno-pragma-clang-attribute)
 endif()
 
 if(NOT VEK_BUILD_LEVELS STREQUAL "all")
@@ -127,13 +141,14 @@ file(WRITE ${PROJECT_BINARY_DIR}/levels.txt
 add_library(vek_compile INTERFACE)
 target_include_directories(vek_compile INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include
   ${PROJECT_BINARY_DIR}/generated)
+target_include_directories(vek_compile SYSTEM INTERFACE ${vek_highway_include})
 target_compile_features(vek_compile INTERFACE cxx_std_20)
 # A product and a sum are two roundings on every processor: GCC would fuse them where it can.
 target_compile_options(vek_compile INTERFACE -fno-exceptions -fno-rtti -fno-threadsafe-statics
   -ffp-contract=off ${VEK_WARNINGS})
 # What Debian builds its packages with; docs/reliability.md has the cost. Read-only relocations and
 # binding at load time are in library.cmake.
-if(VEK_HARDEN AND NOT VEK_SANITIZE)
+if(VEK_HARDEN AND NOT VEK_SANITIZE AND NOT EMSCRIPTEN)
   target_compile_options(vek_compile INTERFACE -fstack-protector-strong
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
@@ -145,6 +160,7 @@ if(VEK_HARDEN AND NOT VEK_SANITIZE)
   endif()
 endif()
 
+get_property(vek_can_share GLOBAL PROPERTY TARGET_SUPPORTS_SHARED_LIBS)
 function(vek_object_library name level)
   add_library(${name} OBJECT)
   target_link_libraries(${name} PRIVATE vek_compile)
@@ -152,7 +168,7 @@ function(vek_object_library name level)
   if(VEK_SANITIZE)
     target_compile_definitions(${name} PRIVATE VEK_ASSERTIONS)
   endif()
-  set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON
+  set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ${vek_can_share}
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   # In every build type but Debug, and without one, too: GCC 12 vectorises nothing of this at -O2.
   target_compile_options(${name} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O3>)

@@ -1,23 +1,31 @@
-# The shared and the static library over one set of objects, their installation and package files.
+# The shared and the static library over one set of objects, their installation and package files. Where
+# there are no shared libraries (WebAssembly), the static one stands for both.
 include(CheckCSourceCompiles)
 set(vek_objects $<TARGET_OBJECTS:vek_portable>)
 foreach(level IN LISTS VEK_LEVELS)
   list(APPEND vek_objects $<TARGET_OBJECTS:vek_${level}>)
 endforeach()
 
-add_library(vek SHARED ${vek_objects})
 add_library(vek_static STATIC ${vek_objects})
-add_library(vek::vek ALIAS vek)
 add_library(vek::static ALIAS vek_static)
-set_target_properties(vek PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0 EXPORT_NAME vek)
 set_target_properties(vek_static PROPERTIES OUTPUT_NAME vek EXPORT_NAME static)
-foreach(target vek vek_static)
+set(vek_libraries vek_static)
+if(vek_can_share)
+  add_library(vek SHARED ${vek_objects})
+  set_target_properties(vek PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0 EXPORT_NAME vek)
+  list(INSERT vek_libraries 0 vek)
+else()
+  add_library(vek ALIAS vek_static)
+endif()
+list(GET vek_libraries 0 first)
+add_library(vek::vek ALIAS ${first})
+foreach(target IN LISTS vek_libraries)
   # Linked as C: the library needs the C library alone.
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endforeach()
-if(UNIX AND NOT APPLE AND NOT VEK_SANITIZE)
+if(vek_can_share AND UNIX AND NOT APPLE AND NOT VEK_SANITIZE)
   # -nostartfiles leaves out the C start files' writable data and load-time code; ours has none.
   # --as-needed drops the C++ runtime, which CMake adds for C++ objects.
   foreach(option IN ITEMS -nostartfiles LINKER:--as-needed LINKER:-z,defs LINKER:-z,relro LINKER:-z,now
@@ -55,7 +63,7 @@ else()
   set(vek_pc_prefix "\${pcfiledir}/${vek_pc_prefix}")
 endif()
 configure_file(cmake/vek.pc.in vek.pc @ONLY)
-install(TARGETS vek vek_static EXPORT vekTargets
+install(TARGETS ${vek_libraries} EXPORT vekTargets
   RUNTIME COMPONENT Runtime
   LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
   ARCHIVE COMPONENT Development)

@@ -1,5 +1,8 @@
 # What this build has, for whoever configured it.
-set(parts "shared library" "static library")
+set(parts "static library")
+if(vek_can_share)
+  list(INSERT parts 0 "shared library")
+endif()
 foreach(part IN ITEMS TESTS APPS GSTREAMER PYTHON BENCH)
   if(VEK_BUILD_${part})
     string(TOLOWER ${part} name)

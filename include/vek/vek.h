@@ -199,9 +199,9 @@ VEK_API const VekLibraryVersion* _vekGetLibVersion_VekCam(void);
  *  results.
  *  @{ */
 
-/** Name of a CPU level: "portable" for level 0; above it "sse4", "avx2" and "avx512" on x86-64, and
- *  "neon" on ARM, if this build has them. Null for other numbers. The number of a level is that of
- *  this build: a later one may have more levels below it. */
+/** Name of a CPU level: "portable" for level 0; above it "sse4", "avx2" and "avx512" on x86-64,
+ *  "neon" on ARM and "simd128" in WebAssembly, if this build has them. Null for other numbers. The
+ *  number of a level is that of this build: a later one may have more levels below it. */
 VEK_API const char* vekLevelName(int level);
 
 /** The level that functions run at if they are called now: the highest of this build that the

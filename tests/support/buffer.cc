@@ -29,14 +29,39 @@ void forEachRun(size_t size, Each each) {
   for (size_t i = 0; i < size; i += period) each(i, std::min(period, size - i));
 }
 
+#if defined(__EMSCRIPTEN__)
+// WebAssembly has no inaccessible memory. What would be such a page has canaries, which show what is
+// written there, but not what is read.
+constexpr bool hasGuardPages = false;
+constexpr size_t page = 4096;
+
+uint8_t* reserve(size_t size) {
+  void* const memory = aligned_alloc(page, size);
+  if (memory == nullptr) abort();
+  return static_cast<uint8_t*>(memory);
+}
+void makeAccessible(uint8_t*, size_t) {}
+void release(uint8_t* memory, size_t) {
+  free(memory);
+}
+#else
+constexpr bool hasGuardPages = true;
 const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
 
-uint8_t* reserve(size_t size, int protection) {
+/// Memory that is inaccessible yet.
+uint8_t* reserve(size_t size) {
   void* const memory =
-      mmap(nullptr, size, protection, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+      mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (memory == MAP_FAILED) abort();
   return static_cast<uint8_t*>(memory);
 }
+void makeAccessible(uint8_t* memory, size_t size) {
+  mprotect(memory, size, PROT_READ | PROT_WRITE);
+}
+void release(uint8_t* memory, size_t size) {
+  munmap(memory, size);
+}
+#endif
 
 /// Mappings between two inaccessible pages that a thread uses again, by the logarithm of their
 /// size in pages.
@@ -45,7 +70,7 @@ struct Pool {
 
   ~Pool() {
     for (size_t i = 0; i < std::size(free); ++i) {
-      for (uint8_t* mapping : free[i]) munmap(mapping, (page << i) + 2 * page);
+      for (uint8_t* mapping : free[i]) release(mapping, (page << i) + 2 * page);
     }
   }
   uint8_t* take(size_t order) {
@@ -55,8 +80,8 @@ struct Pool {
       return mapping;
     }
     const size_t size = page << order;
-    uint8_t* const mapping = reserve(size + 2 * page, PROT_NONE);
-    mprotect(mapping + page, size, PROT_READ | PROT_WRITE);
+    uint8_t* const mapping = reserve(size + 2 * page);
+    makeAccessible(mapping + page, size);
     return mapping;
   }
   void give(uint8_t* mapping, size_t size) {
@@ -64,7 +89,7 @@ struct Pool {
     if (order < std::size(free)) {
       free[order].push_back(mapping);
     } else {
-      munmap(mapping, size);
+      release(mapping, size);
     }
   }
 };
@@ -86,7 +111,7 @@ Buffer::Buffer(const Area& area, size_t alignment, Guard guard, size_t offset) :
   const size_t pages = (static_cast<size_t>(high - low) + alignment + offset + page - 1) / page;
   const size_t usable = isSparse(area) ? pages * page : std::bit_ceil(pages) * page;
   mapping_.size = usable + 2 * page;
-  mapping_.begin = isSparse(area) ? reserve(mapping_.size, PROT_NONE)
+  mapping_.begin = isSparse(area) ? reserve(mapping_.size)
                                   : pool.take(static_cast<size_t>(std::countr_zero(usable / page)));
 
   // Move the origin towards the guarded side as far as its alignment lets it go.
@@ -106,10 +131,12 @@ Buffer::Buffer(const Area& area, size_t alignment, Guard guard, size_t offset) :
       const uintptr_t begin = from / page * page;
       const uintptr_t end = (from + static_cast<uintptr_t>(area.bytes) + page - 1) / page * page;
       accessible_.push_back({reinterpret_cast<uint8_t*>(begin), end - begin});
-      mprotect(accessible_.back().begin, end - begin, PROT_READ | PROT_WRITE);
+      makeAccessible(accessible_.back().begin, end - begin);
     }
-  } else {
+  } else if (hasGuardPages) {
     accessible_ = {{mapping_.begin + page, usable}};
+  } else {
+    accessible_ = {mapping_};
   }
   for (const Span& span : accessible_) {
     forEachRun(span.size, [&](size_t i, size_t n) { memcpy(span.begin + i, canaries(), n); });
@@ -118,7 +145,7 @@ Buffer::Buffer(const Area& area, size_t alignment, Guard guard, size_t offset) :
 
 Buffer::~Buffer() {
   if (isSparse(area_)) {
-    munmap(mapping_.begin, mapping_.size);
+    release(mapping_.begin, mapping_.size);
   } else {
     pool.give(mapping_.begin, mapping_.size);
   }
