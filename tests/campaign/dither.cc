@@ -51,7 +51,8 @@ Record dither(const char* name, VekStatus (*f)(A...), VekStatus (*define)(A...),
     if (count == Count::bits) c.number(number, {vekStsBadArgErr, {0, 3, 5, 8, -1, INT_MAX}});
     c.number(random.in(0, 1), {vekStsNotSupportedModeErr, {-1, 2, INT_MIN, INT_MAX}});
     const int places[] = {0, 1, -1, 7, 8, INT_MAX, INT_MIN};
-    c.pair(random.of(places), random.in(-20, 20));
+    const int y = random.in(-20, 20), x = random.of(places);
+    c.pair(x, y);
   };
   std::vector<Typical> typical;
   for (const auto& [variant, how] : usual) {

@@ -74,7 +74,8 @@ void drawRegion(Case& c) {
   c.nullStatus = vekStsBadArgErr;
   const int order = c.random.in(0, 3), left = order % 2, top = order / 2;
   const int sizes[] = {2, 3, 4, 5, 1079, 1080, INT_MAX - 2, INT_MAX - 1};
-  c.pair(left + c.random.of(sizes), top + c.random.of(sizes), bad({0, -1, INT_MIN, 1}));
+  const int height = top + c.random.of(sizes), width = left + c.random.of(sizes);
+  c.pair(width, height, bad({0, -1, INT_MIN, 1}));
   if (left == 1) c.alsoRefuse(0, 2);
   if (top == 1) c.alsoRefuse(1, 2);
   c.number(order, bad({-1, 4, INT_MIN, INT_MAX}));

@@ -113,9 +113,9 @@ Record reader(const char* name, VekStatus (*f)(A...), Call define, int results) 
     if (hasOrigin) {
       constexpr int most = 1 << 30;
       const int places[] = {0, 1, -1, -100, most, -most};
-      c.pair(c.random.of(places),
-             c.random.chance(50) ? c.random.of(places) : c.random.in(-most, most),
-             {vekStsBadArgErr, {most + 1, -most - 1, INT_MIN, INT_MAX}});
+      const int y = c.random.chance(50) ? c.random.of(places) : c.random.in(-most, most);
+      const int x = c.random.of(places);
+      c.pair(x, y, {vekStsBadArgErr, {most + 1, -most - 1, INT_MIN, INT_MAX}});
     }
     c.pointer(c.memory(Use::out, {8 * results, 1, 0}, 1, 8));
   };
