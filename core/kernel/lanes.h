@@ -110,7 +110,11 @@ inline V8u packClamped(V16s lower, V16s upper) {
 
 /// Clamped to 16 signed bits.
 inline V16s packClamped(V32s lower, V32s upper) {
+#if HWY_ARCH_ARM_V7  // where Highway 1.0.3 exchanges the halves of the result
+  return hn::Combine(s16, hn::DemoteTo(halfS16, upper), hn::DemoteTo(halfS16, lower));
+#else
   return hn::ReorderDemote2To(s16, lower, upper);
+#endif
 }
 
 // ---- Dot products of 16-bit lanes.
