@@ -12,6 +12,29 @@
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
+
+#if HWY_ARCH_WASM
+// Highway 1.0.3 looks bytes up one by one, since engines before 2021 had a fault there. Its own functions,
+// such as StoreInterleaved3, take these, too, which are the more constrained ones.
+namespace hwy::HWY_NAMESPACE {
+
+template <typename T, size_t n, typename Index, size_t count>
+requires(sizeof(Index) >
+         0) HWY_API Vec128<Index, count> TableLookupBytes(const Vec128<T, n> bytes,
+                                                          const Vec128<Index, count> from) {
+  return Vec128<Index, count>{wasm_i8x16_swizzle(bytes.raw, from.raw)};
+}
+
+template <typename T, size_t n, typename Index, size_t count>
+requires(sizeof(Index) >
+         0) HWY_API Vec128<Index, count> TableLookupBytesOr0(const Vec128<T, n> bytes,
+                                                             const Vec128<Index, count> from) {
+  return Vec128<Index, count>{wasm_i8x16_swizzle(bytes.raw, from.raw)};
+}
+
+}  // namespace hwy::HWY_NAMESPACE
+#endif
+
 namespace vek::VEK_LEVEL {
 namespace {
 
@@ -102,6 +125,8 @@ inline V8u packClamped(V16s lower, V16s upper) {
   return V8u{_mm256_packus_epi16(lower.raw, upper.raw)};
 #elif HWY_ARCH_X86
   return V8u{_mm_packus_epi16(lower.raw, upper.raw)};
+#elif HWY_ARCH_WASM
+  return V8u{wasm_u8x16_narrow_i16x8(lower.raw, upper.raw)};
 #else
   static_assert(vectorBytes == 16);
   return hn::Combine(u8, hn::DemoteTo(halfU8, upper), hn::DemoteTo(halfU8, lower));
@@ -126,6 +151,8 @@ inline V32s plusDot(V32s acc, V16s a, V16s b) {
 #elif HWY_ARCH_X86
   V32s unused = hn::Zero(s32);
   return hn::ReorderWidenMulAccumulate(s32, a, b, acc, unused);
+#elif HWY_ARCH_WASM
+  return hn::Add(acc, V32s{wasm_i32x4_dot_i16x8(a.raw, b.raw)});
 #else
   const V32s a2 = hn::BitCast(s32, a), b2 = hn::BitCast(s32, b);
   const V32s low =
