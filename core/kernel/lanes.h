@@ -19,16 +19,14 @@ HWY_BEFORE_NAMESPACE();
 namespace hwy::HWY_NAMESPACE {
 
 template <typename T, size_t n, typename Index, size_t count>
-requires(sizeof(Index) >
-         0) HWY_API Vec128<Index, count> TableLookupBytes(const Vec128<T, n> bytes,
-                                                          const Vec128<Index, count> from) {
+requires true HWY_API Vec128<Index, count> TableLookupBytes(const Vec128<T, n> bytes,
+                                                            const Vec128<Index, count> from) {
   return Vec128<Index, count>{wasm_i8x16_swizzle(bytes.raw, from.raw)};
 }
 
 template <typename T, size_t n, typename Index, size_t count>
-requires(sizeof(Index) >
-         0) HWY_API Vec128<Index, count> TableLookupBytesOr0(const Vec128<T, n> bytes,
-                                                             const Vec128<Index, count> from) {
+requires true HWY_API Vec128<Index, count> TableLookupBytesOr0(const Vec128<T, n> bytes,
+                                                               const Vec128<Index, count> from) {
   return Vec128<Index, count>{wasm_i8x16_swizzle(bytes.raw, from.raw)};
 }
 

@@ -6,7 +6,7 @@ set -eu
 export LC_ALL=C
 objdump=$1
 shift
-fused='\<(vfn?m(add|sub)|fn?madd|fn?msub|fml[as]|vfm[as])'
+fused='\<(vfn?m(add|sub)|fn?madd|fn?msub|fml[as]|vfn?m[as]|wfn?m[as]db|m[as]dbr?)'
 status=0 count=0
 for list; do
   while read -r level object; do
