@@ -12,18 +12,18 @@ namespace {
 /// A combination ready for dot products: its weights in pairs, and the rounding term in the offset.
 template <int shift>
 struct CombinationLanes {
-  V16s w01, w2;
+  WeightPair w01, w2;
   V32s offset;
 
   explicit CombinationLanes(const Combination& c, Vek32s rounding = 1 << (shift - 1))
-      : w01(pairOfFactors(c.weight[0], c.weight[1])),
-        w2(pairOfFactors(c.weight[2], 0)),
+      : w01(weightPair(c.weight[0], c.weight[1])),
+        w2(weightPair(c.weight[2], 0)),
         offset(hn::Set(s32, c.offset + rounding)) {
     VEK_ASSERT(fits16Bits(c));
   }
 
   V32s of(const PixelPairs& p) const {
-    return hn::ShiftRight<shift>(plusDot(plusDot(offset, p.c01, w01), p.c20, w2));
+    return hn::ShiftRight<shift>(plusThird(plusFirstTwo(offset, p, w01), p, w2));
   }
 
   /// The results of a block, packed by groups and clamped to 0..255.
@@ -50,11 +50,11 @@ V32s combined(const PixelPairs& p) {
   static_assert(fits16Bits(c));
   const V32s start = hn::Set(s32, c.offset);
   if constexpr (c.weight[1] == 0) {
-    return hn::ShiftRight<shift>(plusDot(start, p.c20, pairOfFactors(c.weight[2], c.weight[0])));
+    return hn::ShiftRight<shift>(plusThirdAndFirst(start, p, weightPair(c.weight[2], c.weight[0])));
   } else {
-    const V32s sum = plusDot(start, p.c01, pairOfFactors(c.weight[0], c.weight[1]));
-    return hn::ShiftRight<shift>(
-        c.weight[2] == 0 ? sum : plusDot(sum, p.c20, pairOfFactors(c.weight[2], 0)));
+    const V32s sum = plusFirstTwo(start, p, weightPair(c.weight[0], c.weight[1]));
+    return hn::ShiftRight<shift>(c.weight[2] == 0 ? sum
+                                                  : plusThird(sum, p, weightPair(c.weight[2], 0)));
   }
 }
 

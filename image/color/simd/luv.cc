@@ -134,7 +134,7 @@ void luvToRgb(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   const V32s zFactors[3] = {hn::Set(s32, toRgb[0][2]), hn::Set(s32, toRgb[1][2]),
                             hn::Set(s32, toRgb[2][2])};
   convertPixelPairs(n, src, dst, [&](const PixelPairs& luv) {
-    const V32s light = hn::And(hn::BitCast(s32, luv.c01), hn::Set(s32, 0xFF));
+    const V32s light = firstChannel(luv);
     const V32s a = fromU.of(luv);
     const V32s b = hn::Max(fromV.of(luv), hn::Set(s32, 1));
     const V32s b4 = hn::ShiftLeft<2>(b);
@@ -142,7 +142,7 @@ void luvToRgb(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
     const V32f yPerB4 = hn::Mul(toFloat(y), reciprocal(toFloat(b4)));
     static_assert(zGain % 32 == 0);
     const V32s zLight =
-        hn::ShiftLeft<5>(plusDot(hn::Set(s32, 0), luv.c01, pairOfFactors(zGain / 32, 0)));
+        hn::ShiftLeft<5>(plusFirstTwo(hn::Set(s32, 0), luv, weightPair(zGain / 32, 0)));
     const V32s zPart = hn::Sub(zLight, hn::Add(times(a, 3), times(b, 20)));
     const V32s x = proportion(times(a, 9), y, yPerB4, b4);
     const V32s z = proportion(zPart, y, yPerB4, b4);

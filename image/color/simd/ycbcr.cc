@@ -141,11 +141,18 @@ struct SharedYuv {
   /// From d = B - Y and d = R - Y: factor * d >> 10 is the upper half of 32 factor * 2 d, whose factors
   /// fit 16 bits.
   static V16s chroma(const PixelPairs& rgb) {
+#if HWY_ARCH_ARM
+    const V16sHalf y = hn::DemoteTo(halfOfS16, output<rgbToYuv, 0>(rgb));
+    const V16sHalf blue = hn::Sub(rgb.c2, y), red = hn::Sub(rgb.c0, y);
+    const V16s d =
+        hn::Combine(s16, hn::InterleaveUpper(halfOfS16, blue, red), hn::InterleaveLower(blue, red));
+#else
     alignas(16) static constexpr Vek8u twice[16] = {0, 1, 0, 1, 4,  5,  4,  5,
                                                     8, 9, 8, 9, 12, 13, 12, 13};
     const V8u y =
         hn::TableLookupBytes(hn::BitCast(u8, output<rgbToYuv, 0>(rgb)), hn::LoadDup128(u8, twice));
     const V16s d = hn::Sub(rgb.c20, hn::BitCast(s16, y));
+#endif
     const V16s products = hn::MulHigh(hn::Add(d, d), pairOfFactors(uFactor * 32, vFactor * 32));
     return hn::Add(products, hn::Set(s16, 128));
   }
@@ -165,16 +172,19 @@ struct Averages {
 template <class Mean>
 Averages averagePairs(const BlockPairs& p, Mean mean) {
   const auto both = [mean](const PixelPairs& a, const PixelPairs& b) {
-    return PixelPairs{mean(evenPixels(a.c01, b.c01), oddPixels(a.c01, b.c01)),
-                      mean(evenPixels(a.c20, b.c20), oddPixels(a.c20, b.c20))};
+    return onChannels(a, b,
+                      [mean](auto x, auto y) { return mean(evenPixels(x, y), oddPixels(x, y)); });
   };
   return {{both(p.group[0], p.group[1]), both(p.group[2], p.group[3])}};
 }
 
 /// The rounded averages of the pairs of one row.
 Averages average(const BlockPairs& row) {
-  return averagePairs(row, [](V16s a, V16s b) {
-    return hn::BitCast(s16, hn::AverageRound(hn::BitCast(u16, a), hn::BitCast(u16, b)));
+  return averagePairs(row, [](auto a, auto b) {
+    constexpr hn::DFromV<decltype(a)> d;
+    constexpr hn::RebindToUnsigned<decltype(d)> unsignedLanes;
+    return hn::BitCast(
+        d, hn::AverageRound(hn::BitCast(unsignedLanes, a), hn::BitCast(unsignedLanes, b)));
   });
 }
 
@@ -183,11 +193,11 @@ Averages average(const BlockPairs& row) {
 Averages average(const BlockPairs& top, const BlockPairs& bottom) {
   BlockPairs sums;
   for (int g = 0; g < 4; ++g) {
-    sums.group[g] = {hn::Add(top.group[g].c01, bottom.group[g].c01),
-                     hn::Add(top.group[g].c20, bottom.group[g].c20)};
+    sums.group[g] =
+        onChannels(top.group[g], bottom.group[g], [](auto a, auto b) { return hn::Add(a, b); });
   }
-  return averagePairs(sums, [](V16s a, V16s b) {
-    return hn::MulFixedPoint15(hn::Add(a, b), hn::Set(s16, 1 << 13));
+  return averagePairs(sums, [](auto a, auto b) {
+    return hn::MulFixedPoint15(hn::Add(a, b), hn::Set(hn::DFromV<decltype(a)>(), 1 << 13));
   });
 }
 
