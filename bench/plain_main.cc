@@ -151,9 +151,12 @@ int main(int count, char** arguments) {
     if (std::strcmp(arguments[i], "--instructions") == 0) {
       counts = true;
     } else if (arguments[i][0] == '-') {
-      std::fprintf(stderr,
-                   "usage: vek_bench_plain [--instructions] [WIDTHxHEIGHT] [FILTER]\n"
-                   "microseconds, or thousands of instructions, of a call at each level\n");
+      std::fprintf(
+          stderr,
+          "usage: vek_bench_plain [--instructions] [WIDTHxHEIGHT] [FILTER]\n"
+          "microseconds, or thousands of instructions, of a call: at each level (and how many "
+          "times\nas fast as the portable one), then of libyuv, and how many times as fast "
+          "each level is\n");
       return 2;
     } else if (std::sscanf(arguments[i], "%dx%d", &size.width, &size.height) != 2) {
       filter = arguments[i];
