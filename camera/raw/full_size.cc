@@ -1,28 +1,11 @@
 // Demosaicing at full size.
 #include "camera/raw/conversion.h"
+#include "camera/raw/mapped_rows.h"
 #include "camera/raw/output_planes.h"
 #include "core/region.h"
 
 namespace vek {
 namespace {
-
-/// The last four rows of a strip that went through the gamma table. Rows r - 1 .. r + 2 around a
-/// row of quads are always four different slots.
-class MappedRows {
- public:
-  SplitRow row(int y) const { return {even_[y & 3] + margin, odd_[y & 3] + margin}; }
-  Vek8u* even(int y) { return even_[y & 3] + margin; }
-  Vek8u* odd(int y) { return odd_[y & 3] + margin; }
-
- private:
-  /// One sample to the left, on a cache line of its own; one to the right, and what kernels read
-  /// ahead.
-  static constexpr ptrdiff_t margin = 64;
-  static constexpr ptrdiff_t length = margin + OutputPlanes::maxStripBlocks + 1 + readAhead;
-
-  alignas(64) Vek8u even_[4][(length + 63) / 64 * 64];
-  alignas(64) Vek8u odd_[4][(length + 63) / 64 * 64];
-};
 
 /// A region of quads on its way to luma and chroma, strip by strip.
 class Demosaic {
@@ -61,11 +44,7 @@ class Demosaic {
   /// Row y of a strip, with the sample on either side that the interior rule needs.
   void mapRow(int y, int x, int n) {
     const Vek16u* const row = reinterpret_cast<const Vek16u*>(src_.row(y)) + 2 * x;
-    Vek8u* const even = mapped_.even(y);
-    Vek8u* const odd = mapped_.odd(y);
-    kernels_.applyGamma(row, 2, gamma_, n, even, odd);
-    if (hasBorder_ || x > 0) odd[-1] = gamma_[row[-1] & rawCodeMask];
-    if (hasBorder_ || x + n < columns_) even[n] = gamma_[row[2 * n] & rawCodeMask];
+    mapped_.map(kernels_, gamma_, row, n, y, hasBorder_ || x > 0, hasBorder_ || x + n < columns_);
   }
 
   /// The edge rule: all pixels of a quad are the same.

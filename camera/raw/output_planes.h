@@ -6,6 +6,7 @@
 
 #include <stddef.h>
 
+#include "camera/raw/mapped_rows.h"
 #include "camera/raw/rggb_kernels.h"
 #include "camera/raw/state.h"
 #include "core/kernel/place_kernels.h"
@@ -40,7 +41,7 @@ class OutputPlanes {
         place_(select(placeKernels, level).bytes1) {}
 
   /// The widest strip of any rotation.
-  static constexpr int maxStripBlocks = 1024;
+  static constexpr int maxStripBlocks = maxStripQuads;
 
   const ChromaShare share;
   const int stripBlocks;  ///< width of the strips

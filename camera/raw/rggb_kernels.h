@@ -55,6 +55,9 @@ struct RggbKernels {
   void (*demosaic[3])(const SplitRow rows[4], ptrdiff_t n, const Vek16s* matrix,
                       const BlockRow& out);
 
+  /// The interior rule as above, to two rows of 2n pixels of three bytes: R, G, B at [0], B, G, R at [1].
+  void (*demosaicPixels[2])(const SplitRow rows[4], ptrdiff_t n, Vek8u* upper, Vek8u* lower);
+
   /// Pixel p (upper left, upper right, lower left, lower right) of block k takes the red and blue
   /// of quad k of pixels[p], and the rounded average of its two greens. n >= 1. Indexed by
   /// ChromaShare.

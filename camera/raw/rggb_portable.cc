@@ -2,6 +2,7 @@
 // that its own arithmetic cannot hold.
 #include "camera/raw/rggb_kernels.h"
 #include "core/assert.h"
+#include "core/color/pixel_block.h"
 
 namespace vek::portable {
 namespace {
@@ -158,6 +159,27 @@ void demosaic(const SplitRow rows[4], ptrdiff_t n, const Vek16s* matrix, const B
   });
 }
 
+/// `red` is the position of red in a pixel, 0 or 2.
+void storePixels(const Rgb& left, const Rgb& right, int red, ptrdiff_t n, Vek8u* dst) {
+  static_assert(2 * run <= blockPixels);
+  PixelBlock pixels;
+  joinPairs(left.r, right.r, n, pixels.channel[red]);
+  joinPairs(left.g, right.g, n, pixels.channel[1]);
+  joinPairs(left.b, right.b, n, pixels.channel[2 - red]);
+  join(pixels, 2 * n, dst);
+}
+
+template <int red>
+void demosaicPixels(const SplitRow rows[4], ptrdiff_t n, Vek8u* upper, Vek8u* lower) {
+  VEK_ASSERT(n >= 1);
+  forEachRun(n, [&](ptrdiff_t k, ptrdiff_t count) {
+    Run p;
+    interpolate(rows, k, count, p);
+    storePixels(p.pixel[0], p.pixel[1], red, count, upper + 6 * k);
+    storePixels(p.pixel[2], p.pixel[3], red, count, lower + 6 * k);
+  });
+}
+
 [[gnu::noinline]] void mergeGreens(const QuadRow& quad, ptrdiff_t k, ptrdiff_t n,
                                    Rgb& __restrict to) {
   for (ptrdiff_t i = 0; i < n; ++i) {
@@ -183,6 +205,7 @@ constexpr RggbKernels rggbKernels = {
     .applyGamma = applyGamma,
     .demosaic = {demosaic<ChromaShare::row>, demosaic<ChromaShare::column>,
                  demosaic<ChromaShare::block>},
+    .demosaicPixels = {demosaicPixels<0>, demosaicPixels<2>},
     .convertQuads = {convertQuads<ChromaShare::row>, convertQuads<ChromaShare::column>,
                      convertQuads<ChromaShare::block>}};
 

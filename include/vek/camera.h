@@ -589,6 +589,33 @@ VEK_API VekStatus vekiFree_10RGGBtoYCbCr_RotRsz_P3R(VekiRggbToYCbCrState* pState
 VEK_API VekStatus veki10RGGBtoYCbCr_RotRsz_8u_P3R(Vek16u* pSrc, Vek8u* const pDst[3],
                                                   const VekiRggbToYCbCrState* pState);
 
+/** Order of the channels of pixels of three bytes. */
+enum VekiChannelOrder {
+  vekiChannelsRGB = 0, /**< RGB24: R, G, B */
+  vekiChannelsBGR = 1  /**< BGR24: B, G, R */
+};
+
+/** Makes pixels of a raw frame, without YCbCr in between: each has colours of its own.
+ *
+ *  pSrc is the region's top left sample, a red one. pTable is the gamma table, g(s) = pTable[s & 1023], and
+ *  each pixel gets its R, G and B by the interior rule, as they are: 24 bits a pixel, in the order
+ *  channelOrder (VekiChannelOrder), a pixel for each sample. What is done with colours in linear light
+ *  comes before, see vekiColorMatrix_10Bayer_16u_C1R. For example, a region of 2 x 2 samples (40, 80; 60, 20)
+ *  without a border becomes with g(s) = s the four pixels (40, 70, 20), (40, 80, 20), (40, 60, 20) and
+ *  (40, 70, 20).
+ *
+ *  With srcBorderValid not 0, one more sample on every side of the region is there, and is read; with 0 a
+ *  neighbour outside of the region is the one on the opposite side of the site. Source and destination must
+ *  not overlap; the destination may have any address and step.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if one of these is found, in this order: a pointer is null; a
+ *  side of roiSize is below 2 or odd; channelOrder is not 0 or 1; srcStep is odd or below 2 * width; dstStep
+ *  is below 3 * width; pSrc is odd. */
+VEK_API VekStatus vekiDemosaic_10RGGB_16u8u_C1C3R(const Vek16u* pSrc, int srcStep, Vek8u* pDst,
+                                                  int dstStep, VekiSize roiSize,
+                                                  const Vek8u pTable[1024], int channelOrder,
+                                                  int srcBorderValid);
+
 /** @} */
 /** @defgroup preview Preview: resize, rotate, convert
  *

@@ -63,6 +63,20 @@ py::object rawTo10Rggb(const py::object& src, const py::object& out, const py::o
   return to.object();
 }
 
+/// A raw frame without its outermost samples, if they are a border.
+vek::Size insideOf(const Image& frame, bool hasBorder) {
+  const int around = hasBorder ? 2 : 0;
+  const vek::Size size = {frame.size().width - around, frame.size().height - around};
+  if (size.width < 2 || size.height < 2) refuse(vekStsSizeErr, "src", "is too small");
+  return size;
+}
+vek::View<const vek::Raw10> insideView(const Image& frame, bool hasBorder) {
+  const Plane& p = frame.plane();
+  const char* const first = p.data + (hasBorder ? p.step + std::int64_t{sizeof(Vek16u)} : 0);
+  return {reinterpret_cast<const Vek16u*>(first), insideOf(frame, hasBorder),
+          vek::Bytes(static_cast<int>(p.step))};
+}
+
 py::object colorMatrix(const py::object& src, const py::object& out, const py::object& matrix,
                        int order, bool borderValid) {
   Image from, to;
@@ -74,18 +88,31 @@ py::object colorMatrix(const py::object& src, const py::object& out, const py::o
       refuse(vekStsBadArgErr, "matrix", "has %d, which is beyond 16383", numbers[i]);
     entries[i] = static_cast<Vek16s>(numbers[i]);
   }
-  const int border = borderValid ? 1 : 0;
-  const vek::Size size = {from.size().width - 2 * border, from.size().height - 2 * border};
-  if (size.width < 2 || size.height < 2) refuse(vekStsSizeErr, "src", "is too small");
-  destination(to, out, Layout::U16, size);
+  destination(to, out, Layout::U16, insideOf(from, borderValid));
   checkOverlap(from, to, false);
-  const Plane& p = from.plane();
-  const char* const first = p.data + border * (p.step + std::int64_t{sizeof(Vek16u)});
-  const vek::View<const vek::Raw10> inside(reinterpret_cast<const Vek16u*>(first), size,
-                                           vek::Bytes(static_cast<int>(p.step)));
+  const auto inside = insideView(from, borderValid);
   unlocked([&](vek::Failure& on) {
     return vek::colorMatrix(inside, to.view<vek::Raw10>(), entries, static_cast<vek::Bayer>(order),
                             borderValid, on);
+  });
+  return to.object();
+}
+
+py::object demosaic(const py::object& src, const py::object& out, const py::object& table,
+                    bool isBgr, bool borderValid) {
+  Image from, to;
+  acquire(from, "src", src, Layout::U16);
+  const std::vector<Vek8u> numbers = numbersOf<Vek8u>("table", table);
+  vek::GammaTable10 entries;
+  if (numbers.size() != entries.size())
+    refuse(vekStsSizeErr, "table", "has %zu numbers, not 1024", numbers.size());
+  std::copy(numbers.begin(), numbers.end(), entries.begin());
+  destination(to, out, Layout::C3, insideOf(from, borderValid));
+  checkOverlap(from, to, false);
+  const auto inside = insideView(from, borderValid);
+  unlocked([&](vek::Failure& on) {
+    return isBgr ? vek::demosaic(inside, to.view<vek::Bgr24>(), entries, borderValid, on)
+                 : vek::demosaic(inside, to.view<vek::Rgb24>(), entries, borderValid, on);
   });
   return to.object();
 }
@@ -362,6 +389,9 @@ void defineFunctions(py::module_& module) {
   });
   define("color_matrix", [=](const py::args& a) {
     return colorMatrix(a[0], a[1], a[2], number(a, 3), number(a, 4) != 0);
+  });
+  define("demosaic", [=](const py::args& a) {
+    return demosaic(a[0], a[1], a[2], number(a, 3) != 0, number(a, 4) != 0);
   });
   define("pad", [=](const py::args& a) { return pad(a[0], a[1], a[2], number(a, 3), a[4]); });
   define("resize", [=](const py::args& a) {

@@ -68,6 +68,14 @@ def test_raw_and_control():
     inner = vek.color_matrix(again[1:-1, 1:-1], [[5000, -904, 0], [-300, 4396, 0], [0, 96, 4000]], vek.Bayer.rggb,
                              border_valid=True)
     np.testing.assert_array_equal(inner, mixed[2:-2, 2:-2])
+    linear = [i // 4 for i in range(1024)]
+    pixels = vek.demosaic(again, linear)
+    assert pixels.shape == (48, 64, 3)
+    np.testing.assert_array_equal(pixels[1::2, ::2, 1], again[1::2, ::2] // 4)
+    inner = vek.demosaic(again[1:-1, 1:-1], linear, bgr=True, border_valid=True)
+    np.testing.assert_array_equal(inner[..., ::-1], pixels[2:-2, 2:-2])
+    with pytest.raises(vek.Error, match="table"):
+        vek.demosaic(again, linear[1:])
     assert vek.raw_region((64, 48), vek.Bayer.bggr) == (1, 1, 62, 46)
     controls = vek.AutoExposure(target=512).meter(again, 10, 100)
     assert controls[:2] != (10, 100) and controls.status in vek.Status

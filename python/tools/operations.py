@@ -219,6 +219,7 @@ ELSEWHERE = {
     "vekiYCbCr422RszRot_8u_P3R": "resize", "vekiYCbCr420RszCscRotRGB_8u_P3C3R": "resize",
     "vekiYCbCr422RszCscRotRGB_8u_P3C3R": "resize", "vekiYCbCr422ToYCbCr420Rotate_8u_C2P3R": "to_420",
     "vekiYCbCr422ToYCbCr420Rotate_8u_P3R": "to_420", "vekiResizeCscRotate_8u_C2R": "reduce",
+    "vekiDemosaic_10RGGB_16u8u_C1C3R": "demosaic",
     "vekiColorMatrix_10Bayer_16u_C1R": "color_matrix", "vekiPad_8u_C1R": "pad",
     "vekiPad_8u_C3R": "pad", "vekiInitAlloc_Moments_8u": "Moments",
     "vekiFree_Moments_8u": "Moments", "vekiMoments_8u_C1R": "Moments", "vekiMoments_8u_C3R": "Moments",

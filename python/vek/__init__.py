@@ -8,8 +8,9 @@ from . import _vek
 from ._vek import *  # noqa: F401,F403
 from ._enums import *  # noqa: F401,F403
 from ._errors import Error, ResultWarning
-from ._functions import (Division, LibraryVersion, camera_version, color_matrix, divide, empty, image_version, level,
-                         level_limit, levels, pad, raw_region, raw_to_10rggb, reduce, resize, to_420, warp)
+from ._functions import (Division, LibraryVersion, camera_version, color_matrix, demosaic, divide, empty,
+                         image_version, level, level_limit, levels, pad, raw_region, raw_to_10rggb, reduce, resize,
+                         to_420, warp)
 from ._states import (AutoExposure, AutoWhiteBalance, BalanceGains, Exposure, ExposureControls, ExposureSettings,
                       Gains, Isp, IspResults, Moments, RawPipeline, RealFft, recommended_balance,
                       recommended_exposure)

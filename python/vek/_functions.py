@@ -45,6 +45,15 @@ def color_matrix(src: Image, matrix: Kernel, order: Bayer = Bayer.rggb, *, borde
     return _vek._color_matrix(src, out, matrix, order, border_valid)
 
 
+@_documented("demosaic")
+def demosaic(src: Image, table: Sequence[int], *, bgr: bool = False, border_valid: bool = False,
+             out: Optional[Image] = None) -> Any:
+    """Pixels of a raw frame, uint16, that begins with a red sample, through a table of 1024 bytes.
+
+    They are R, G, B, or with `bgr` B, G, R. With `border_valid`, `src` has one sample more on every side."""
+    return _vek._demosaic(src, out, table, bgr, border_valid)
+
+
 @_documented("pad")
 def pad(src: Image, margins: Rect, border: PadBorder = PadBorder.replicate, value: Value = 0, *,
         out: Optional[Image] = None) -> Any:

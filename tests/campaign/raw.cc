@@ -15,6 +15,10 @@
 namespace vek::test {
 namespace {
 
+Refused bad(std::initializer_list<int> values) {
+  return {vekStsBadArgErr, values};
+}
+
 VekiRggbGeometry drawGeometry(Random& random, bool limits) {
   const int scale = 1 << random.in(0, 2), rotation = random.in(0, 3);
   const bool quarterTurn = rotation == 1 || rotation == 2;
@@ -170,6 +174,29 @@ void drawFrame(Case& c) {
   });
 }
 
+void drawPixels(Case& c) {
+  c.nullStatus = vekStsBadArgErr;
+  Random& random = c.random;
+  VekiSize size = {2 * random.size(90), 2 * random.in(1, 5)};
+  if (c.limits()) size.width = 2 * random.acrossSeam(1024);
+  const int border = random.chance(60) ? random.in(-1, 2) : 0, around = border != 0 ? 1 : 0;
+  const int srcStep = c.step(2 * (size.width + 2 * around), size.height + 2 * around, {2, false});
+  const int masks[] = {1023, 0xFFFF};
+  c.pointer(c.memory(Use::in,
+                     {2 * (size.width + 2 * around), size.height + 2 * around, srcStep,
+                      -ptrdiff_t{around} * (srcStep + 2)},
+                     2, 2, random.of(masks)),
+            2);
+  c.number(srcStep, bad({0, -2, INT_MIN, 2 * size.width - 2, srcStep + 1}));
+  const int dstStep = c.step(3 * size.width, size.height, {1});
+  c.pointer(c.memory(Use::out, {3 * size.width, size.height, dstStep}));
+  c.number(dstStep, bad({0, -1, INT_MIN, 3 * size.width - 1}));
+  c.pair(size.width, size.height, bad({1, 0, -2, INT_MIN}));
+  c.pointer(c.memory(Use::in, {1024, 1, 0}));
+  c.number(random.in(0, 1), bad({-1, 2, INT_MIN, INT_MAX}));
+  c.number(border);
+}
+
 // ---- Typical calls ------------------------------------------------------------------------------
 
 constexpr Vek16s usualMatrix[9] = {412, -118, -38, -60, 380, -64, 6, -122, 372};
@@ -231,6 +258,18 @@ void prepareFrame(Arguments& a, const UsualFrame& frame) {
   a.pointer(a.keep(state, vekiFree_10RGGBtoYCbCr_RotRsz_P3R));
 }
 
+void preparePixels(Arguments& a) {
+  const VekiSize size = {a.size.width & ~1, a.size.height & ~1};
+  a.image(a.bordered(2 * size.width, size.height, 2, 1));
+  a.image(a.plane(3 * size.width, size.height));
+  a.pair(size.width, size.height);
+  std::vector<Vek8u> table;
+  for (int i = 0; i < 1024; ++i) table.push_back(static_cast<Vek8u>(i / 4));
+  a.pointer(a.keep(table));
+  a.number(vekiChannelsRGB);
+  a.number(1);
+}
+
 void prepareInit(Arguments& a) {
   a.pointer(a.keep(std::vector{usualColor()}));
   a.pointer(a.keep(std::vector{usualGeometry(a.size, usualFrames[0])}));
@@ -248,13 +287,19 @@ std::vector<Record> rawRecords() {
                                  {"vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R",
                                   initAndFree,
                                   drawInit,
-                                  {"vekiFree_10RGGBtoYCbCr_RotRsz_P3R"}}};
+                                  {"vekiFree_10RGGBtoYCbCr_RotRsz_P3R"}},
+                                 {"vekiDemosaic_10RGGB_16u8u_C1C3R",
+                                  bind(vekiDemosaic_10RGGB_16u8u_C1C3R),
+                                  drawPixels,
+                                  {},
+                                  bind(definition::demosaic)}};
   records[0].defineEvery = 1;
   records[1].allocates = true;
   for (const UsualFrame& frame : usualFrames) {
     records[0].typical.push_back({frame.variant, [&](Arguments& a) { prepareFrame(a, frame); }});
   }
   records[1].typical = {{"", prepareInit}};
+  records[2].typical = {{"", preparePixels}};
   return records;
 }
 

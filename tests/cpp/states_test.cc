@@ -92,6 +92,24 @@ TEST(RawFrontEnd, MatrixTakesTheRegionAndItsOrder) {
       "matrix");
 }
 
+TEST(RawFrontEnd, PixelsComeInTheOrderOfTheirType) {
+  const Image<Raw10> frame = rawFrame({24, 10});
+  GammaTable10 table;
+  for (size_t i = 0; i < table.size(); ++i) table[i] = static_cast<Vek8u>(i * 3 / 16);
+  const View<const Raw10> inside = frame.sub({2, 2, 20, 6});
+  Image<Rgb24> rgb({20, 6});
+  Image<Bgr24> bgr({20, 6});
+  ASSERT_EQ(
+      vekiDemosaic_10RGGB_16u8u_C1C3R(inside.data(), inside.stepBytes(), rgb.data(),
+                                      rgb.stepBytes(), {20, 6}, table.data(), vekiChannelsRGB, 1),
+      0);
+  EXPECT_EQ(bytes(demosaic(inside, table, true).view()), bytes(rgb.view()));
+  demosaic(inside, bgr, table, true);
+  for (int i = 0; i < 60; ++i) EXPECT_EQ(bgr.row(5)[i], rgb.row(5)[i / 3 * 3 + 2 - i % 3]);
+  EXPECT_EQ(refusal(vekStsSizeErr, [&](Failure& f) { demosaic(frame, rgb, table, false, f); }),
+            "dst");
+}
+
 TEST(States, ExposureOwnsItsWindows) {
   const Image<Raw10> frame = rawFrame({64, 48});
   const VekiRect window = {0, 0, 32, 32};

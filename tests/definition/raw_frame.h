@@ -97,4 +97,35 @@ inline void rawFrame(Vek16u* src, Vek8u* const* dst, const VekiRggbToYCbCrState*
   RawPicture{src, *state}.write(dst);
 }
 
+/// Each component from the samples of its color that are nearest to the site.
+inline VekStatus demosaic(const Vek16u* pSrc, int srcStep, Vek8u* pDst, int dstStep, VekiSize size,
+                          const Vek8u* table, int channelOrder, int borderValid) {
+  const auto sample = [&](int x, int y) -> int {
+    if (borderValid == 0) {
+      x = x < 0 ? 1 : x == size.width ? x - 2 : x;
+      y = y < 0 ? 1 : y == size.height ? y - 2 : y;
+    }
+    return table[pSrc[ptrdiff_t{y} * (srcStep / 2) + x] & 1023];
+  };
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) {
+      for (int color = 0; color < 3; ++color) {
+        int sum[3] = {}, count[3] = {};  // by distance
+        for (int dy = -1; dy <= 1; ++dy) {
+          for (int dx = -1; dx <= 1; ++dx) {
+            if (((x + dx) & 1) + ((y + dy) & 1) != color) continue;
+            const int distance = dx * dx + dy * dy;
+            sum[distance] += sample(x + dx, y + dy), ++count[distance];
+          }
+        }
+        const int nearest = count[0] != 0 ? 0 : count[1] != 0 ? 1 : 2;
+        const int channel = channelOrder == 0 ? color : 2 - color;
+        pDst[ptrdiff_t{y} * dstStep + 3 * x + channel] =
+            static_cast<Vek8u>((sum[nearest] + count[nearest] / 2) / count[nearest]);
+      }
+    }
+  }
+  return vekStsNoErr;
+}
+
 }  // namespace vek::test::definition

@@ -1,6 +1,7 @@
 #include <string.h>
 
 #include "camera/raw/rggb_kernels.h"
+#include "camera/raw/simd/alternate_pixels.h"
 #include "core/assert.h"
 #include "core/kernel/byte_table.h"
 #include "core/kernel/lanes.h"
@@ -283,27 +284,53 @@ void convertRow(ptrdiff_t n, const Vek16s* matrix, const BlockRow& out, BlockAt 
   if (k < n) storeRest<share>(blockAt(k), m, k, n - k, out);
 }
 
+/// The interior rule for quads k .. k + vectorBytes - 1.
+HWY_INLINE Block interiorBlock(const SplitRow rows[4], ptrdiff_t k) {
+  const SplitRow a = rows[0], b = rows[1], c = rows[2], d = rows[3];
+  const auto at = [k](const Vek8u* row, int i = 0) { return hn::LoadU(u8, row + k + i); };
+  const V8u red = at(b.even), redRight = at(b.even, 1), redBelow = at(d.even);
+  const V8u redAcross = at(d.even, 1);
+  const V8u greenR = at(b.odd), greenB = at(c.even);
+  const V8u blue = at(c.odd), blueLeft = at(c.odd, -1), blueAbove = at(a.odd);
+  const V8u blueAcross = at(a.odd, -1);
+  return {{red, average4(at(a.even), at(b.odd, -1), greenR, greenB),
+           average4(blueAcross, blueAbove, blueLeft, blue)},
+          {hn::AverageRound(red, redRight), greenR, hn::AverageRound(blueAbove, blue)},
+          {hn::AverageRound(red, redBelow), greenB, hn::AverageRound(blueLeft, blue)},
+          {average4(red, redRight, redBelow, redAcross),
+           average4(greenR, greenB, at(c.even, 1), at(d.odd)), blue}};
+}
+
 template <ChromaShare share>
 void demosaic(const SplitRow rows[4], ptrdiff_t n, const Vek16s* matrix, const BlockRow& out) {
   VEK_ASSERT(n >= 1);
   if (!Matrix::fits(matrix)) {
     return portable::rggbKernels.demosaic[static_cast<int>(share)](rows, n, matrix, out);
   }
-  const SplitRow a = rows[0], b = rows[1], c = rows[2], d = rows[3];
-  convertRow<share>(n, matrix, out, [=](ptrdiff_t k) -> Block {
-    const auto at = [k](const Vek8u* row, int i = 0) { return hn::LoadU(u8, row + k + i); };
-    const V8u red = at(b.even), redRight = at(b.even, 1), redBelow = at(d.even);
-    const V8u redAcross = at(d.even, 1);
-    const V8u greenR = at(b.odd), greenB = at(c.even);
-    const V8u blue = at(c.odd), blueLeft = at(c.odd, -1), blueAbove = at(a.odd);
-    const V8u blueAcross = at(a.odd, -1);
-    return {{red, average4(at(a.even), at(b.odd, -1), greenR, greenB),
-             average4(blueAcross, blueAbove, blueLeft, blue)},
-            {hn::AverageRound(red, redRight), greenR, hn::AverageRound(blueAbove, blue)},
-            {hn::AverageRound(red, redBelow), greenB, hn::AverageRound(blueLeft, blue)},
-            {average4(red, redRight, redBelow, redAcross),
-             average4(greenR, greenB, at(c.even, 1), at(d.odd)), blue}};
-  });
+  const SplitRow copies[4] = {rows[0], rows[1], rows[2], rows[3]};
+  convertRow<share>(n, matrix, out, [=](ptrdiff_t k) { return interiorBlock(copies, k); });
+}
+
+template <bool isBgr>
+void demosaicPixels(const SplitRow rows[4], ptrdiff_t n, Vek8u* upper, Vek8u* lower) {
+  VEK_ASSERT(n >= 1);
+  const SplitRow copies[4] = {rows[0], rows[1], rows[2], rows[3]};
+  const auto channels = [](const Pixels& p) {
+    return isBgr ? Channels{p.b, p.g, p.r} : Channels{p.r, p.g, p.b};
+  };
+  const auto store = [&](ptrdiff_t k, Vek8u* upperPixels, Vek8u* lowerPixels) {
+    const Block p = interiorBlock(copies, k);
+    storeAlternatePixels(channels(p.p00), channels(p.p01), upperPixels);
+    storeAlternatePixels(channels(p.p10), channels(p.p11), lowerPixels);
+  };
+  ptrdiff_t k = 0;
+  for (; k + vectorBytes <= n; k += vectorBytes) store(k, upper + 6 * k, lower + 6 * k);
+  if (k == n) return;
+  // As in storeRest(), results alone are copied.
+  alignas(64) Vek8u buffer[2][6 * vectorBytes];
+  store(k, buffer[0], buffer[1]);
+  memcpy(upper + 6 * k, buffer[0], static_cast<size_t>(6 * (n - k)));
+  memcpy(lower + 6 * k, buffer[1], static_cast<size_t>(6 * (n - k)));
 }
 
 template <ChromaShare share>
@@ -332,6 +359,7 @@ constexpr RggbKernels rggbKernels = {
     .applyGamma = applyGamma,
     .demosaic = {demosaic<ChromaShare::row>, demosaic<ChromaShare::column>,
                  demosaic<ChromaShare::block>},
+    .demosaicPixels = {demosaicPixels<false>, demosaicPixels<true>},
     .convertQuads = {convertQuads<ChromaShare::row>, convertQuads<ChromaShare::column>,
                      convertQuads<ChromaShare::block>}};
 

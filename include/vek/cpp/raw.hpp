@@ -235,6 +235,52 @@ class RawPipeline {
 
 /** @} */
 
+/** @addtogroup cppfront
+ *  @{ */
+
+/// A gamma table of the raw pipeline: an entry for each 10-bit sample.
+using GammaTable10 = std::array<Vek8u, 1024>;
+
+/// @cond
+namespace detail {
+template <class Dst>
+VEK_INLINE VekStatus demosaic(const View<const Raw10>& src, const Dst& dst,
+                              const GammaTable10& table, int channelOrder, bool borderValid,
+                              OnError onError) {
+  const Call call{"demosaic", onError};
+  if (!call.same("dst", dst, "src", src)) return vekStsSizeErr;
+  return call.done(
+      vekiDemosaic_10RGGB_16u8u_C1C3R(src.data(), src.stepBytes(), dst.data(), dst.stepBytes(),
+                                      src.size(), table.data(), channelOrder, borderValid ? 1 : 0),
+      [&](VekStatus status) {
+        return OnError::refuse(onError, status, "demosaic", "src", "is empty or misaligned");
+      });
+}
+}  // namespace detail
+/// @endcond
+
+/// Makes pixels of a raw frame that begins on a red sample, through a gamma table
+/// (vekiDemosaic_10RGGB_16u8u_C1C3R). With `borderValid` one more sample on every side of `src` is valid;
+/// without, neighbours outside of it are mirrored.
+VEK_INLINE VekStatus demosaic(View<const Raw10> src, View<Rgb24> dst, const GammaTable10& table,
+                              bool borderValid = false, OnError onError = {}) {
+  return detail::demosaic(src, dst, table, vekiChannelsRGB, borderValid, onError);
+}
+/// The same in the order B, G, R.
+VEK_INLINE VekStatus demosaic(View<const Raw10> src, View<Bgr24> dst, const GammaTable10& table,
+                              bool borderValid = false, OnError onError = {}) {
+  return detail::demosaic(src, dst, table, vekiChannelsBGR, borderValid, onError);
+}
+/// The same in a new image, R, G, B.
+inline Image<Rgb24> demosaic(View<const Raw10> src, const GammaTable10& table,
+                             bool borderValid = false, OnError onError = {}) {
+  return detail::made<Image<Rgb24>>(src.size(), onError, [&](auto& dst) {
+    return demosaic(src, View<Rgb24>(dst), table, borderValid, onError);
+  });
+}
+
+/** @} */
+
 }  // namespace v0
 }  // namespace vek
 
