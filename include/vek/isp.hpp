@@ -13,6 +13,9 @@
  *      unpack, black level, gains -> dead samples -> linear colour matrix -> tone curve, demosaicing,
  *      YCbCr, reduction -> resizing, rotation, conversion to the output's pixels
  *
+ *  Pictures of 24 or 32 bits a pixel that are neither reduced, resized nor rotated need no YCbCr, and
+ *  chroma is not shared between their pixels.
+ *
  *  All of that happens in bands of a few rows that stay in the cache from the raw frame to the
  *  pixels; the output does not depend on their height. Every n-th pair of rows is kept for the
  *  automatic exposure and the automatic white balance, which then decide about the next frame.
@@ -21,6 +24,7 @@
 #ifndef VEK_ISP_HPP
 #define VEK_ISP_HPP
 
+#include "vek/cpp/raw.hpp"
 #include "vek/isp/color.hpp"
 #include "vek/isp/control.hpp"
 #include "vek/isp/finish.hpp"
@@ -120,6 +124,7 @@ class Isp {
     setDeadPixels(settings.deadPixels);
     makeBuffers();
     curve_ = toneTable(settings.curve);
+    bytes_ = detail::byteTable(curve_);
     setColor(settings.color);
     control_->setTaken(settings.exposure.least);
   }
@@ -198,6 +203,7 @@ class Isp {
     }
     take(makePaths(curve, color_));
     curve_ = curve;
+    bytes_ = detail::byteTable(curve_);
   }
 
   /// The camera's colour matrix. Throws if a row does not sum to anything above 0.
@@ -522,6 +528,10 @@ class Isp {
       }
       Image<Vek16u>& source = isMixed_ ? worker.mixed : worker.samples;
       if (isMixed_) applyMatrix(worker, rows);
+      if (isDirect(target.pixels)) {
+        makePixels(source, target.at(0, y), rows, worker);
+        continue;
+      }
       Vek8u* planes[3];
       for (int i = 0; i < 3; ++i) {
         const int row = !isResized() ? 0
@@ -533,6 +543,27 @@ class Isp {
                                       (band == bands_ - 1 ? path.last : path.band).get());
       if (!isResized()) finishBand(target, worker, y, rows);
     }
+  }
+
+  /// Whether pixels are made without YCbCr in between: each sample becomes a pixel of three or four bytes.
+  bool isDirect(detail::Pixels pixels) const {
+    return pixels >= detail::Pixels::bgr24 && settings_.scale == 1 && !isResized() &&
+           settings_.rotation == Rotation::none && color_.place == MatrixPlace::linear;
+  }
+
+  void makePixels(Image<Vek16u>& source, const detail::Target& target, int rows, Worker& worker) {
+    const bool is24 =
+        target.pixels == detail::Pixels::bgr24 || target.pixels == detail::Pixels::rgb24;
+    const bool isBgr =
+        target.pixels == detail::Pixels::bgr24 || target.pixels == detail::Pixels::bgrx32;
+    const Size size = {region_.width, rows};
+    Vek8u* const made = is24 ? target.planes[0] : static_cast<Vek8u*>(worker.scratch.data());
+    const int step = is24 ? target.steps[0] : detail::roundUp(3 * size.width, 64);
+    vekiDemosaic_10RGGB_16u8u_C1C3R(at(source, 0), source.stepBytes(), made, step, size,
+                                    bytes_.data(), isBgr ? vekiChannelsBGR : vekiChannelsRGB, 1);
+    if (is24) return;
+    constexpr int kept[] = {0, 1, 2, 3};
+    vekiPermuteChannels_8u_C3C4R(made, step, target.planes[0], target.steps[0], size, kept, 255);
   }
 
   /// Rows y - 2 to y + rows + 1 of the region as 10-bit RGGB, without dead samples. If the worker's last
@@ -671,6 +702,7 @@ class Isp {
   VekiRawFrontEnd frontEnd_ = {};
   std::vector<detail::DeadSample> dead_;
   ToneTable curve_ = {};
+  GammaTable10 bytes_ = {};  ///< the curve, for pixels that are made without YCbCr
   CameraColor color_;
   std::array<Vek16s, 9> matrix_ = {};  ///< if isMixed_: of the frame that is processed
   bool isMixed_ = false;

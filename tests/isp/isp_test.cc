@@ -112,6 +112,16 @@ struct Whole {
                                       {crop.width + 4, crop.height + 2}, matrix.data(),
                                       vekiBayerGBRG, 1);
     }
+    std::array<Vek8u, 1024> table;
+    for (size_t i = 0; i < table.size(); ++i) {
+      table[i] = static_cast<Vek8u>(std::lround(255 * toneTable(settings.curve)[i]));
+    }
+    if (settings.scale == 1) {
+      bgr = Image<Bgr24>(size);
+      EXPECT_EQ(vekiDemosaic_10RGGB_16u8u_C1C3R(&at(0, 0), 2 * step, bgr.data(), bgr.stepBytes(),
+                                                size, table.data(), vekiChannelsBGR, 1),
+                vekStsNoErr);
+    }
     const detail::TableAndMatrix values =
         detail::tableAndMatrix(toneTable(settings.curve), identityMatrix, planar);
     VekiRggbColorParam color = {};
@@ -139,6 +149,7 @@ struct Whole {
   }
 
   Size size;
+  Image<Bgr24> bgr;  ///< at scale 1, without YCbCr in between
   Image<Vek8u> planes[3];
   Vek8u* pointers[3];
   int steps[3];
@@ -260,6 +271,10 @@ TEST(Isp, GivesWhatTheCallsOnWholeFramesGive) {
                        expected.planes, expected.steps, to.width, to.height, interpolation,
                        rotation, sampling.x, sampling.y),
                   vekStsNoErr);
+      } else if (pixels >= detail::Pixels::bgr24 && settings.scale == 1 && isSame &&
+                 settings.rotation == Rotation::none) {
+        detail::copyRows(whole.bgr.data(), whole.bgr.stepBytes(), expected.planes[0],
+                         expected.steps[0], 3 * to.width, to.height);
       } else {
         const int format = pixels == detail::Pixels::rgb565   ? vekiCsc420RGB565
                            : pixels == detail::Pixels::rgb555 ? vekiCsc420RGB555

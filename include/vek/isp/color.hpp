@@ -236,6 +236,15 @@ inline TableAndMatrix tableAndMatrix(const ToneTable& curve, const Matrix3& afte
   return result;
 }
 
+/// A tone curve in bytes.
+inline std::array<Vek8u, 1024> byteTable(const ToneTable& curve) {
+  std::array<Vek8u, 1024> result;
+  for (std::size_t i = 0; i < curve.size(); ++i) {
+    result[i] = static_cast<Vek8u>(255 * std::clamp(static_cast<double>(curve[i]), 0., 1.) + .5);
+  }
+  return result;
+}
+
 /// A linear matrix as raw frames are multiplied by it, in 1/4096. Rows sum to 4096, so that greys stay as
 /// they are.
 inline std::array<Vek16s, 9> bayerMatrix(const Matrix3& matrix) {
