@@ -1,16 +1,39 @@
 // The rules as they read, for a run of blocks at a time. Every level falls back on them for a matrix
 // that its own arithmetic cannot hold.
+#include <stdint.h>
+
 #include "camera/raw/rggb_kernels.h"
 #include "core/assert.h"
 #include "core/color/pixel_block.h"
+#include "core/kernel/words.h"
 
 namespace vek::portable {
 namespace {
 
+/// Single bytes would be stored one a cycle; so many of them are collected in words first.
+constexpr ptrdiff_t wordBytes = 8;
+
+/// The entries of every `period`-th sample, of which there are eight.
+inline uint64_t entriesInWord(const Vek16u* __restrict src, ptrdiff_t period,
+                              const Vek8u* __restrict gamma) {
+  uint64_t word = 0;
+  for (ptrdiff_t k = 0; k < wordBytes; ++k) {
+    word |= uint64_t{gamma[src[k * period] & rawCodeMask]} << (8 * k);
+  }
+  return word;
+}
+
 void applyGamma(const Vek16u* __restrict src, ptrdiff_t period, const Vek8u* __restrict gamma,
                 ptrdiff_t n, Vek8u* __restrict first, Vek8u* __restrict second) {
   VEK_ASSERT(period == 2 || period == 4 || period == 8);
-  for (ptrdiff_t k = 0; k < n; ++k) {
+  ptrdiff_t k = 0;
+  if constexpr (hasWords) {
+    for (; k + wordBytes <= n; k += wordBytes) {
+      storeWord(entriesInWord(src + k * period, period, gamma), first + k);
+      storeWord(entriesInWord(src + k * period + 1, period, gamma), second + k);
+    }
+  }
+  for (; k < n; ++k) {
     first[k] = gamma[src[k * period] & rawCodeMask];
     second[k] = gamma[src[k * period + 1] & rawCodeMask];
   }
