@@ -362,7 +362,7 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
     case propFramerate:
       return gst_value_set_fraction(value, p.framesPer, p.seconds);
     case propBlackLevel:
-      return g_value_set_int(value, isp.black);
+      return g_value_set_int(value, isp.black.of[0]);
     case propGains:
       return gains(isp.gains);
     case propDigitalGain:
@@ -682,9 +682,8 @@ bool update(GstVekIsp* self, const Properties& properties) {
   }
   Isp& isp = *state.isp;
   const IspSettings& settings = properties.isp;
-  const int black = settings.black;
   try {
-    if (changed & changedBlack) isp.setBlack({black, black, black, black});
+    if (changed & changedBlack) isp.setBlack(settings.black);
     if (changed & changedGains) isp.setGains(settings.gains, settings.digitalGain);
     if (changed & changedCurve) isp.setCurve(settings.curve);
     if (changed & changedColor) isp.setColor(settings.color);

@@ -87,16 +87,6 @@ FrameInfo withBlack(FrameInfo info, const DevelopmentSettings& settings) {
   return info;
 }
 
-double digitalGainOf(const FrameInfo& info) {
-  double gain = 1;
-  if (info.white == 0) return gain;
-  for (const int black : info.black) {
-    const double whole = (1 << info.format.bits) - 1 - black;
-    gain = std::clamp(whole / (info.white - black), gain, 8.);
-  }
-  return gain;
-}
-
 vek::Isp makeIsp(const FrameInfo& info, const DevelopmentSettings& settings, int jobs) {
   const CameraFile& camera = settings.camera;
   const auto same = [](vek::Size a, vek::Size b) {
@@ -136,11 +126,10 @@ vek::Isp makeIsp(const FrameInfo& info, const DevelopmentSettings& settings, int
   }
   isp.deadPixels = camera.dead;
   isp.deadPixels.insert(isp.deadPixels.end(), settings.dead.begin(), settings.dead.end());
-  isp.digitalGain = digitalGainOf(info);
+  isp.black = info.black;
+  isp.white = info.white;
   isp.jobs = jobs;
-  vek::Isp result(isp);
-  result.setBlack(info.black);
-  return result;
+  return vek::Isp(isp);
 }
 
 std::vector<std::string> doubtsAbout(const FrameInfo& info, const std::vector<Vek8u>& bytes,

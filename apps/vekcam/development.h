@@ -30,9 +30,6 @@ struct DevelopmentSettings {
 /// The frame's black level, as the settings have it.
 FrameInfo withBlack(FrameInfo info, const DevelopmentSettings& settings);
 
-/// What spreads samples that saturate below their format's largest value over the whole range.
-double digitalGainOf(const FrameInfo& info);
-
 /// An Isp for frames of this kind that works in so many jobs. What does not fit them is a Failure.
 vek::Isp makeIsp(const FrameInfo& info, const DevelopmentSettings& settings, int jobs);
 

@@ -132,7 +132,7 @@ class Stream {
         publish(0, isp.gains());
       }
       if (!waitFor([&] { return groups_ > group; }, true)) return;
-      if (thread != 0) isp.setGains(gainsOf(group), digitalGainOf(info_));
+      if (thread != 0) isp.setGains(gainsOf(group));
       const auto start = Clock::now();
       isp.process(view, planes);
       const auto time = Clock::now() - start;

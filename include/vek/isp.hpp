@@ -47,13 +47,28 @@ inline namespace v0 {
 /** @defgroup isp C++: the camera path as one object
  *  @{ */
 
+/// Black levels, in the units of the samples: one for all colours, or one for each.
+struct BlackLevels {
+  std::array<int, 4> of;  ///< R, Gr (the green beside red), Gb (the green beside blue), B
+
+  /// The same for all.
+  BlackLevels(int all) : of{all, all, all, all} {}
+  /// Of R, Gr, Gb and B.
+  BlackLevels(int red, int greenOfRed, int greenOfBlue, int blue)
+      : of{red, greenOfRed, greenOfBlue, blue} {}
+  /// Of R, Gr, Gb and B.
+  BlackLevels(const std::array<int, 4>& levels) : of(levels) {}
+};
+
 /// What an Isp is made for.
 struct IspSettings {
   Size size = {0, 0};         ///< of the frames, in samples
   Raw format = Raw::csi2_10;  ///< how samples are packed
   Bayer order = Bayer::rggb;  ///< the colours of the frame's top left 2 x 2 samples
-  int black = 0;  ///< black level, in the units of the samples; see also Isp::setBlack()
-  int bits = 0;   ///< Raw::plain16: valid bits of a word, 9..16; 0 is 10
+  BlackLevels black = 0;      ///< a number, or {R, Gr, Gb, B}; see also Isp::setBlack()
+  /// Where samples saturate, in their units; 0 is their largest value. See also Isp::setWhite().
+  int white = 0;
+  int bits = 0;  ///< Raw::plain16: valid bits of a word, 9..16; 0 is 10
   /// The part of the frame that is shown. It begins on a red sample and has even sides. Without a
   /// width it is the largest such part.
   Rect crop = {0, 0, 0, 0};
@@ -118,8 +133,7 @@ class Isp {
     checkOutput();
     control_ = std::make_unique<detail::FrameControl>(Size{region_.width, region_.height});
     setExposureSettings(settings.exposure);
-    for (Vek16u& black : frontEnd_.black) black = 0;
-    setBlack({settings.black, settings.black, settings.black, settings.black});
+    setLevels(settings.black, settings.white);
     setGains(settings.gains, settings.digitalGain);
     setDeadPixels(settings.deadPixels);
     makeBuffers();
@@ -141,17 +155,12 @@ class Isp {
   /// The gains that the next frame is balanced with; green is 1.
   ColorGains gains() const { return control_->gains(); }
 
-  /// Black levels of R, Gr (the green beside red), Gb (the green beside blue), B, in the units of the
-  /// samples.
-  void setBlack(const std::array<int, 4>& black) {
-    for (const int level : black) {
-      if (level < 0 || level > (1 << bits_) - 2) {
-        OnError().failure(vekStsBadArgErr, "Isp", "black", "is %d, not in 0..%d", level,
-                          (1 << bits_) - 2);
-      }
-    }
-    for (std::size_t i = 0; i < 4; ++i) frontEnd_.black[i] = static_cast<Vek16u>(black[i]);
-  }
+  /// Black levels, in the units of the samples.
+  void setBlack(const BlackLevels& black) { setLevels(black, settings_.white); }
+
+  /// Where samples saturate, in their units; 0 is their largest value. A sample from there on is as bright as
+  /// can be. It is above the black levels by a sixteenth of the samples' range or more.
+  void setWhite(int white) { setLevels(settings_.black, white); }
 
   /// Gains of the colours, relative to green, and a gain on top of them. With the automatic white
   /// balance on, they are those that it starts from. All samples are scaled so that a saturated sample
@@ -336,6 +345,25 @@ class Isp {
     frontEnd_.order = static_cast<int>(settings_.order);
   }
 
+  int whiteOf(int white) const { return white == 0 ? (1 << bits_) - 1 : white; }
+
+  void setLevels(const BlackLevels& black, int white) {
+    const int least = 1 << (bits_ - 4), most = whiteOf(white);
+    if (most < least || most >= 1 << bits_) {
+      OnError().failure(vekStsBadArgErr, "Isp", "white", "is %d, not in %d..%d", white, least,
+                        (1 << bits_) - 1);
+    }
+    for (const int level : black.of) {
+      if (level < 0 || level > most - least) {
+        OnError().failure(vekStsBadArgErr, "Isp", "black", "is %d, not in 0..%d", level,
+                          most - least);
+      }
+    }
+    settings_.black = black;
+    settings_.white = white;
+    for (std::size_t i = 0; i < 4; ++i) frontEnd_.black[i] = static_cast<Vek16u>(black.of[i]);
+  }
+
   void checkRegion() {
     const auto bad = vekStsBadArgErr;
     const int order = static_cast<int>(settings_.order), scale = settings_.scale;
@@ -508,7 +536,7 @@ class Isp {
     const double least = std::min({now.red, now.green, now.blue}) / digitalGain_;
     const double wanted[4] = {now.red, now.green, now.green, now.blue};
     for (std::size_t i = 0; i < 4; ++i) {
-      const int range = (1 << bits_) - 1 - frontEnd_.black[i];
+      const int range = whiteOf(settings_.white) - frontEnd_.black[i];
       const double whole = 4096 * 1023. / std::ldexp(range, 10 - bits_);
       frontEnd_.gain[i] =
           static_cast<Vek16u>(std::min(std::ceil(whole * wanted[i] / least), 65535.));

@@ -68,7 +68,13 @@ std::unique_ptr<Isp> make(const py::dict& s) {
   settings.size = sizeOf("size", s["size"]);
   settings.format = static_cast<vek::Raw>(number("format"));
   settings.order = static_cast<vek::Bayer>(number("order"));
-  settings.black = number("black");
+  if (PySequence_Check(py::object(s["black"]).ptr()) != 0) {
+    const std::vector<int> b = integersOf("black", s["black"], 4);
+    settings.black = {b[0], b[1], b[2], b[3]};
+  } else {
+    settings.black = number("black");
+  }
+  settings.white = number("white");
   settings.bits = number("bits");
   if (!s["crop"].is_none()) {
     const std::vector<int> crop = integersOf("crop", s["crop"], 4);

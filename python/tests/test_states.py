@@ -53,7 +53,7 @@ def test_isp():
     with pytest.raises(vek.Error, match="crop"):
         vek.Isp((64, 48), crop=(1, 0, 32, 32))
     fixed = {"black": 64, "white_balance": False, "gains": (1 / 1.6, 1, 1)}
-    words = vek.Isp((64, 48), vek.Raw.plain16, jobs=3, band_rows=8, **fixed)
+    words = vek.Isp((64, 48), vek.Raw.plain16, jobs=3, band_rows=8, **{**fixed, "black": (64,) * 4, "white": 1023})
     again = vek.Isp((64, 48), **fixed)
     np.testing.assert_array_equal(words.process(scene()), again.process(frame))
 

@@ -1,6 +1,6 @@
 """Objects that keep something from call to call. Each is a context manager, and can be closed."""
 
-from typing import Any, Dict, NamedTuple, Optional, Sequence, Tuple, TypeVar
+from typing import Any, Dict, NamedTuple, Optional, Sequence, Tuple, TypeVar, Union
 
 from . import _vek
 from ._enums import (BalanceMethod, Bayer, Chroma, Format, GammaCurve, MatrixPlace, Metering, Range, Raw, Rotation,
@@ -223,15 +223,18 @@ class IspResults(NamedTuple):
 class Isp(State):
     """The camera path as one object: raw frames in, pictures with the right colours out. One call at a time."""
 
-    def __init__(self, size: Size, format: Raw = Raw.csi2_10, order: Bayer = Bayer.rggb, *, black: int = 0,
-                 bits: int = 0, crop: Optional[Rect] = None, scale: int = 1, output: Optional[Size] = None,
+    def __init__(self, size: Size, format: Raw = Raw.csi2_10, order: Bayer = Bayer.rggb, *,
+                 black: Union[int, Sequence[int]] = 0, white: int = 0, bits: int = 0,
+                 crop: Optional[Rect] = None, scale: int = 1, output: Optional[Size] = None,
                  rotation: Rotation = Rotation.none, range: Range = Range.studio, curve: ToneCurve = ToneCurve.srgb,
                  matrix: Sequence[Sequence[float]] = IDENTITY, matrix_gains: Sequence[float] = (0, 0, 0),
                  matrix_place: MatrixPlace = MatrixPlace.linear, gains: Sequence[float] = (1, 1, 1),
                  digital_gain: float = 1, dead_pixels: Sequence[Point] = (),
                  exposure: ExposureSettings = ExposureSettings(), white_balance: bool = True, jobs: int = 1,
                  band_rows: int = 24) -> None:
-        """`dead_pixels` are pairs (row, column); `matrix` is the camera's, and `matrix_gains` balance the camera in
+        """`black` is a number, or one for each of R, Gr, Gb and B; samples saturate at `white`, if it is not 0.
+
+        `dead_pixels` are pairs (row, column); `matrix` is the camera's, and `matrix_gains` balance the camera in
         the light for which it holds. `jobs` bands are worked on at once, each in a thread."""
         settings = dict(locals())
         settings.pop("self")
