@@ -388,6 +388,10 @@ TEST(Wrappers, Warps) {
                          WarpBorder::constant, 7, {-2, 3})
                         .view()),
               expected);
+    EXPECT_EQ(
+        warp(three, to, map, WarpDirection::inverse, Interpolation::linear, WarpBorder::transparent)
+            .width(),
+        30);
     same<I<3>>(
         to,
         [&](auto dst) {

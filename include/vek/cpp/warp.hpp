@@ -3,6 +3,7 @@
 #ifndef VEK_CPP_WARP_HPP
 #define VEK_CPP_WARP_HPP
 
+#include "vek/cpp/arith.hpp"
 #include "vek/cpp/call.hpp"
 
 #include <array>
@@ -90,7 +91,7 @@ detail::Supported<channels, Image<Vek8u, channels>> warp(
     WarpDirection direction, Interpolation interpolation, WarpBorder border,
     const Same<Value<Vek8u, channels>>& value = {}, Point place = {0, 0}, OnError onError = {}) {
   return detail::made<Image<Vek8u, channels>>(size, onError, [&](auto& dst) {
-    if (border == WarpBorder::transparent) set(dst, {});
+    if (border == WarpBorder::transparent) set(dst, Value<Vek8u, channels>{});
     return warp<channels>(src, dst, map, direction, interpolation, border, value, place, onError);
   });
 }
