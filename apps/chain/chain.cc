@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <new>
 
 #include "chain/call.h"
@@ -22,13 +24,6 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     if (to == std::string_view::npos) return parts;
     from = to + 1;
   }
-}
-
-/// Shortest form: 5, 0.5.
-std::string numberText(double number) {
-  char text[32];
-  const auto [end, error] = std::to_chars(text, text + sizeof text, number);
-  return {text, end};
 }
 
 /// What is to be written for a parameter of this kind.
@@ -71,8 +66,12 @@ bool parseNumber(std::string_view text, bool isWhole, double& number) {
     number = whole;
     return error == std::errc() && rest == end;
   }
-  const auto [rest, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
-  return error == std::errc() && rest == end && std::isfinite(number);
+  // In the "C" locale, which programs start with; from_chars() does not read fractions everywhere.
+  const std::string copy(text);
+  if (copy.find_first_not_of("-.0123456789") != std::string::npos) return false;
+  char* rest = nullptr;
+  number = std::strtod(copy.c_str(), &rest);
+  return rest != copy.c_str() && *rest == '\0' && std::isfinite(number);
 }
 
 /// What is wrong with a value; empty if nothing is.
@@ -88,7 +87,7 @@ std::string parseValue(const Parameter& parameter, std::string_view text, Argume
   if (kind == Kind::picture) return unexpected();
   if (kind == Kind::word) {
     const std::vector<std::string_view> words = split(parameter.words, '|');
-    const auto at = std::ranges::find(words, text);
+    const auto at = std::find(words.begin(), words.end(), text);
     if (at == words.end()) return unexpected();
     argument.numbers = {static_cast<double>(at - words.begin())};
     return "";
@@ -203,11 +202,12 @@ Step parseStep(std::string_view text, size_t index, size_t position) {
   const auto fail = [&](const std::string& what, size_t at, size_t length) {
     throw Error(place(index, step.text) + what, at, length);
   };
-  if (std::ranges::count(text, '"') % 2 != 0) fail("a quote is not closed", position, text.size());
+  if (std::count(text.begin(), text.end(), '"') % 2 != 0)
+    fail("a quote is not closed", position, text.size());
   const std::vector<Token> words = tokens(text, position);
   const auto named = [&](const Operation& operation) { return words[0].text == operation.name; };
   const std::span<const Operation> all = operations();
-  const auto found = std::ranges::find_if(all, named);
+  const auto found = std::find_if(all.begin(), all.end(), named);
   if (found == all.end()) fail(unknownOperation(words[0].text), words[0].position, words[0].length);
   step.operation = &*found;
 
@@ -221,7 +221,8 @@ Step parseStep(std::string_view text, size_t index, size_t position) {
     size_t to = parameters.size();
     if (const size_t equals = value.find('='); equals != std::string_view::npos) {
       const auto isName = [&](const Parameter& p) { return value.substr(0, equals) == p.name; };
-      to = static_cast<size_t>(std::ranges::find_if(parameters, isName) - parameters.begin());
+      to = static_cast<size_t>(std::find_if(parameters.begin(), parameters.end(), isName) -
+                               parameters.begin());
       if (to < parameters.size()) value.remove_prefix(equals + 1);
     }
     if (to == parameters.size()) {
@@ -254,8 +255,22 @@ Step parseStep(std::string_view text, size_t index, size_t position) {
 
 }  // namespace
 
+std::string numberText(double number) {
+  char text[32];
+  if (number == std::trunc(number) && std::abs(number) < 1e15) {
+    std::snprintf(text, sizeof text, "%.0f", number);
+    return text;
+  }
+  for (int digits = 1; digits <= 17; ++digits) {
+    std::snprintf(text, sizeof text, "%.*g", digits, number);
+    if (std::strtod(text, nullptr) == number) break;
+  }
+  return text;
+}
+
 std::span<const Parameter> Operation::all() const {
-  const auto end = std::ranges::find(parameters, nullptr, &Parameter::name);
+  const auto end = std::find_if(parameters.begin(), parameters.end(),
+                                [](const Parameter& p) { return p.name == nullptr; });
   return {parameters.begin(), end};
 }
 
@@ -264,7 +279,7 @@ std::string usage(const Operation& operation) {
   for (const Parameter& parameter : operation.all()) {
     std::string name = parameter.name;
     if (parameter.fallback == nullptr) {
-      std::ranges::transform(name, name.begin(), [](char c) {
+      std::transform(name.begin(), name.end(), name.begin(), [](char c) {
         return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
       });
       text.append(" ").append(parameter.kind == Kind::word ? parameter.words : name);

@@ -81,6 +81,9 @@ struct Operation {
 /// All operations, those of a group together.
 std::span<const Operation> operations();
 
+/// The shortest text that is read as this number: 5, 0.5.
+std::string numberText(double number);
+
 /// "box WxH [border=replicate|mirror|constant|none]"
 std::string usage(const Operation& operation);
 

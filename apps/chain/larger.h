@@ -29,7 +29,14 @@ Picture byChannels(const Picture& picture, const F& f) {
 Picture rotated(Call& call);
 Picture transposed(Call& call);
 Picture resized(Call& call);
+/// The matrix of an affine map, row after row.
+using AffineParts = std::array<double, 4>;
+AffineParts affineParts(double angle, double scale, double shear);
 Picture affine(Call& call);
+/// The map from the unit square to four corners, (a u + b v + c) / (g u + h v + 1) and
+/// (d u + e v + f) / (g u + h v + 1). Refuses corners of which three lie on one line.
+using PerspectiveParts = std::array<double, 8>;
+PerspectiveParts perspectiveParts(const std::array<double, 4>& x, const std::array<double, 4>& y);
 Picture perspective(Call& call);
 
 Picture spectrum(Call& call);

@@ -116,6 +116,12 @@ void apply(const ApplySettings& settings, const Console& console) {
   } catch (const chain::Error& error) {
     throw UsageError(error.what());
   }
+  if (settings.code) {
+    const bool isColor =
+        std::holds_alternative<vek::Image<vek::Rgb24>>(readPicture(settings.inputs.at(0)));
+    console.data(chain::code(settings.chain, *settings.code, isColor));
+    return;
+  }
   // All names are looked at before anything is read.
   std::vector<std::pair<std::string, PictureFormat>> outputs;
   std::set<std::string> names;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "chain/code/code.h"
 #include "vekcam/console.h"
 #include "vekcam/picture_files.h"
 
@@ -18,6 +19,8 @@ struct ApplySettings {
   std::optional<PictureFormat> format;  ///< if not what the output's or input's extension says
   int quality = defaultJpegQuality;
   bool withDigest = false;
+  std::optional<chain::Language>
+      code;  ///< prints the chain as a program for the input, and does nothing else
   bool json = false;
 };
 

@@ -29,16 +29,6 @@ vek::IspSettings ispSettings(const LoopSettings& settings, const Sensor& sensor)
 
 }  // namespace
 
-const std::vector<Light>& lightScript() {
-  static const std::vector<Light> lights = {
-      {"daylight", {1, 1, 1}, 1},
-      {"lamp at night", {1.75f, 1, .36f}, .007},
-      {"noon sun", {1.08f, 1, .88f}, 6},
-      {"shade", {.82f, 1, 1.3f}, .3},
-  };
-  return lights;
-}
-
 CameraLoop::CameraLoop(const LoopSettings& settings)
     : settings_(settings),
       sensor_(Scene(settings.size, settings.scene), settings.seed),

@@ -15,8 +15,7 @@
 
 namespace vekcam {
 
-/// The lights of the simulation, one after the other, each for framesPerLight frames.
-const std::vector<Light>& lightScript();
+/// How long each light of the simulation shines.
 constexpr int framesPerLight = 24;
 
 struct LoopSettings {

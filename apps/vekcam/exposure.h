@@ -17,13 +17,6 @@ inline constexpr std::array allMeterings = {Metering::isp, Metering::frame, Mete
 
 const char* name(Metering metering);
 
-/// Limits of the two control values.
-struct ControlRange {
-  int minExposure, maxExposure;  ///< rows
-  int minGain, maxGain;          ///< sixteenths
-};
-constexpr ControlRange controlRange = {12, 2000, 16, 128};
-
 /// The laws of the library's own exposure function: all but Metering::isp.
 class Exposure {
  public:

@@ -54,6 +54,16 @@ void exposeRow(const float* __restrict electrons, const float* __restrict noise,
 
 }  // namespace
 
+const std::vector<Light>& lightScript() {
+  static const std::vector<Light> lights = {
+      {"daylight", {1, 1, 1}, 1},
+      {"lamp at night", {1.75f, 1, .36f}, .007},
+      {"noon sun", {1.08f, 1, .88f}, 6},
+      {"shade", {.82f, 1, 1.3f}, .3},
+  };
+  return lights;
+}
+
 Sensor::Sensor(Scene scene, uint64_t seed) : scene_(std::move(scene)), randomState_(seed) {
   noise_.reserve(noiseLength + static_cast<size_t>(scene_.size.width));
   while (noise_.size() < noiseLength) {  // in pairs, from two uniform numbers each

@@ -19,11 +19,21 @@ struct Controls {
   Vek16u red = 256, green = 256, blue = 256;  ///< channel gains in 1/256
 };
 
+/// Limits of the two control values.
+struct ControlRange {
+  int minExposure, maxExposure;  ///< rows
+  int minGain, maxGain;          ///< sixteenths
+};
+constexpr ControlRange controlRange = {12, 2000, 16, 128};
+
 struct Light {
   std::string name;
   Rgb colour;    ///< relative to daylight
   double level;  ///< 1: a grey of 18 % fills a fifth of the range in about 128 rows
 };
+
+/// The lights of the simulation, one after the other.
+const std::vector<Light>& lightScript();
 
 using vek::Matrix3;
 

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <vek/vek.hpp>
 
+#include "chain/code/code.h"
+
 namespace chain {
 namespace {
 
@@ -73,6 +75,14 @@ TEST(Chain, RunsEveryOperation) {
         EXPECT_TRUE(figures.size() == (std::string(operation.group) == "figures" ? 1 : 0)) << text;
       }
     }
+    // Each operation has its text in each language, without a hole that is left.
+    for (const Language language : {Language::c, Language::cpp, Language::python}) {
+      const std::string program = code("color | " + text, language, false);
+      EXPECT_EQ(program.find('$'), std::string::npos) << program;
+      EXPECT_NE(program.find(std::string(operation.group) == "figures" ? "print" : "p2"),
+                std::string::npos)
+          << program;
+    }
     EXPECT_LE(refused, operation.name == std::string("crop") ? 4 : 3) << text;
   }
 }
@@ -126,6 +136,11 @@ TEST(Chain, PointsAtWhatIsWrong) {
           << text << ": " << error.what();
     }
   }
+}
+
+TEST(Chain, MakesNoProgramOfWhatIsRefused) {
+  EXPECT_THROW(code("gray | to-hsv", Language::cpp, true), Error);
+  EXPECT_THROW(code("pixels16 rgb565", Language::python, false), Error);
 }
 
 // Two ways to the same picture.

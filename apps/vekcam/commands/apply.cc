@@ -42,6 +42,15 @@ void addApply(CLI::App& program, Console& console) {
       ->capture_default_str();
   app.add_flag("--list", settings->isList, "Print all operations");
   app.add_flag("--digest", settings->withDigest, "Print a digest of each result's pixels");
+  const std::map<std::string, chain::Language> languages = {{"c", chain::Language::c},
+                                                            {"c++", chain::Language::cpp},
+                                                            {"python", chain::Language::python}};
+  app.add_option_function<std::string>(
+         "--code",
+         [settings, languages](const std::string& text) { settings->code = languages.at(text); },
+         "Print a program that does the same with pictures like IN")
+      ->check(CLI::IsMember({"c", "c++", "python"}))
+      ->type_name("LANGUAGE");
   addLevel(app);
   addJson(app, settings->json);
   app.callback([settings, &console] {
