@@ -178,4 +178,6 @@ def main():
         path.write_text(text)
 
 
-main()
+if __name__ == "__main__":
+    main()
+

@@ -211,6 +211,7 @@ class Case {
 
  private:
   friend class Trial;
+  friend struct CaseReader;
 
   struct Block {
     Use use;

@@ -13,6 +13,7 @@
 #include <set>
 #include <unistd.h>
 
+#include "tests/campaign/contracts.h"
 #include "tests/campaign/examination.h"
 #include "tests/campaign/exported.h"
 #include "tests/support/levels.h"
@@ -30,6 +31,7 @@ const char* const usage =
     "       campaign digest [FILE]                 digests of the results, compared with FILE\n"
     "       campaign stack LIMIT [CASES]           no function takes more than LIMIT bytes of "
     "stack\n"
+    "       campaign contracts [CASES]             what the records say, as JSON\n"
     "       campaign complete                      no exported function is missing, and its "
     "typical\n"
     "                                              calls succeed\n";
@@ -306,6 +308,10 @@ int main(int count, char** arguments) {
   if (command == "digest") return digest(argument(2));
   if (command == "stack" && count > 2) {
     return stack(number(argument(2)), count > 3 ? number(argument(3)) : 10);
+  }
+  if (command == "contracts") {
+    printContracts(recordsOf("all"), count > 2 ? static_cast<int>(number(argument(2))) : 24);
+    return 0;
   }
   if (command == "complete") return complete();
   fputs(usage, stderr);
