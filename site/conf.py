@@ -8,7 +8,7 @@ author = "the vek developers"
 release = version = os.environ.get("VEK_VERSION", "")
 html_title = "vek"
 extensions = ["myst_parser", "sphinx_copybutton"]
-exclude_patterns = ["static"]
+exclude_patterns = ["static", "scene"]
 root_doc = "index"
 myst_heading_anchors = 4
 suppress_warnings = ["myst.xref_missing", "toc.excluded"]

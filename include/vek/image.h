@@ -488,11 +488,12 @@ VEK_API VekStatus vekiHSVToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDs
 /** Arithmetic on 8-bit samples with a scale factor.
  *
  *  From the exact value e (0..65025) of each sample the result is e * 2^-scaleFactor, rounded half
- *  up and saturated to 0..255:
+ *  up and saturated to 0..255. Every int is a valid scale factor:
  *  - scaleFactor > 0: (e + 2^(scaleFactor - 1)) >> scaleFactor, which is 0 for factors above 16;
  *  - scaleFactor = 0: e;
  *  - scaleFactor < 0: e << -scaleFactor. Below -7 everything but 0 becomes 255.
- *  Every int is a valid scale factor.
+ *
+ *  The exact values are:
  *
  *      Add:  e = srcA + srcB              AddC: e = src + value
  *      Sub:  e = srcB - srcA, at least 0  SubC: e = src - value, at least 0
@@ -500,7 +501,6 @@ VEK_API VekStatus vekiHSVToRGB_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDs
  *      Sqr:  e = src * src
  *
  *  Negative differences become 0 before they are scaled.
- *
  *  @quirk Sub takes the first image from the second.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image or (C3) value is null;

@@ -154,15 +154,18 @@ class Contracts:
         pointers = {i for i, a in enumerate(record["cases"][0]["arguments"]) for c in a["cells"] if "block" in c}
         if not {"writes", "reads and writes"} & uses or len(pointers) < 2:
             return ""
+        pairs = {}
         for case in record["cases"]:
             seen = {}
             for i, argument in enumerate(case["arguments"]):
                 for cell in argument["cells"]:
-                    if "block" in cell and cell["block"] >= 0:
-                        if seen.setdefault(cell["block"], i) != i:
-                            a, b = (self.names[j][1] for j in (seen[cell["block"]], i))
-                            return (f"in place: <code>{_plain(a)}</code> and <code>{_plain(b)}</code> may be the same "
-                                    "pixels with the same step; other overlaps are not allowed")
+                    if "block" in cell and cell["block"] >= 0 and seen.setdefault(cell["block"], i) != i:
+                        pairs.setdefault(i, set()).add(seen[cell["block"]])
+        if pairs:
+            last = max(pairs)
+            sources = " or ".join(f"<code>{_plain(self.names[j][1])}</code>" for j in sorted(set().union(*pairs.values())) if j != last)
+            return (f"in place: <code>{_plain(self.names[last][1])}</code> may be {sources}, the same pixels with the same "
+                    "step; no other overlap is allowed")
         return "destinations must overlap neither sources nor each other"
 
     def _order(self, record):

@@ -43,8 +43,10 @@ class Group:
             for member in section.findall("memberdef"):
                 if member.get("kind") == "function":
                     self.functions.append(Function(member, self.name, header))
+                    self.functions[-1].line = int(member.find("location").get("line"))
                 else:
                     self.others.append(member)
+        self.functions.sort(key=lambda f: f.line)
         self.records = [c.get("refid") for c in root.findall("innerclass")]
         places = [int(m.find("location").get("line")) for m in root.iter("memberdef")]
         self.place = (root.find(".//location").get("file") if places else "", min(places, default=0))
