@@ -46,7 +46,7 @@ class Contracts:
         if self.stacks.get(record["name"]):
             rows.append(("Stack", ", ".join(f"{level} {_bytes(n)}" for level, n in self.stacks[record["name"]])))
         same = "the same bytes at every level"
-        rows.append(("Levels", f'{same}: <a href="../docs/guide/exactness.html">how that is tested</a>' if own else same))
+        rows.append(("Levels", f'{same}: <a href="../guide/exactness.html">how that is tested</a>' if own else same))
         rows.append(("Threads", "calls with the same arguments and other destinations may run at the same time"
                      if record["shareable"] else "one call at a time may use a state"))
         return [(what, said) for what, said in rows if said]

@@ -211,6 +211,52 @@ class Site:
         (folder / "cpp.md").write_text(self.cpp_page())
 
 
+def sizes(build):
+    """Code and constants of each family at each level, in kilobytes."""
+    objects = {}
+    for folder in sorted((build / "CMakeFiles").glob("vek_*.dir")):
+        level = folder.name[4:-4]
+        for path in folder.rglob("*.o"):
+            parts = path.relative_to(folder).parts
+            family = "/".join(parts[:2]) if parts[0] != "core" else "core"
+            text, data = subprocess.run(["size", path], check=True, capture_output=True,
+                                        text=True).stdout.splitlines()[1].split()[:2]
+            key = objects.setdefault(family, {})
+            key[level] = key.get(level, 0) + int(text) + int(data)
+    levels = [n for n in ("portable", "sse4", "avx2", "avx512", "neon") if any(n in row for row in objects.values())]
+    lines = ["| family | " + " | ".join(levels) + " | all |", "|---|" + "---:|" * (len(levels) + 1)]
+    for name, row in sorted(objects.items()):
+        lines.append(f"| {name} | " + " | ".join(f"{row.get(n, 0) / 1024:.0f}" for n in levels)
+                     + f" | {sum(row.values()) / 1024:.0f} |")
+    totals = [sum(row.get(n, 0) for row in objects.values()) / 1024 for n in levels]
+    lines.append("| **all** | " + " | ".join(f"{t:.0f}" for t in totals) + f" | {sum(totals):.0f} |")
+    return ("Kilobytes of code and constants, before the linker drops anything:\n\n" + "\n".join(lines)
+            + f"\n\nThe shared library of this build has {(build / 'libvek.so').stat().st_size / 1024 / 1024:.1f} MB on disk.\n")
+
+
+def ratios(target):
+    folder = target / "guide/pictures"
+    if not (folder / "ratios.webp").exists():
+        return "![The ratio of every pair](../docs/images/benchmarks.png)\n"
+    shown, measured = json.loads((folder / "shown.json").read_text()), (folder / "measured.txt").read_text()
+    figures = [("ratios", "Each point is a function beside a peer; right of 1 we are faster"),
+               ("levels", "What each level gains over the portable one")]
+    return raw(*(f'<figure><img src="pictures/{name}.webp" alt="{said}" width="{shown[name]["width"]}" '
+                 f'height="{shown[name]["height"]}" loading="lazy"><figcaption>{said} ({html.escape(measured)}).</figcaption></figure>'
+                 for name, said in figures))
+
+
+def guides(build, target):
+    for path in sorted((SOURCE / "site/guide").glob("*.md")):
+        text = path.read_text()
+        if "<!-- sizes -->" in text:
+            text = text.replace("<!-- sizes -->", sizes(build))
+        if "<!-- ratios -->" in text:
+            text = text.replace("<!-- ratios -->", ratios(target))
+        (target / "guide").mkdir(exist_ok=True)
+        (target / "guide" / path.name).write_text(text)
+
+
 def documents(target):
     """The pages of the tree. What they link to and is no page is left as text."""
     pages = ["CONTRIBUTING.md", "CHANGELOG.md",
@@ -231,16 +277,17 @@ def documents(target):
         (target / page).parent.mkdir(parents=True, exist_ok=True)
         (target / page).write_text(re.sub(r"(?<!\!)\[([^\]]*)\]\(([^)\s]+)\)", link, text))
     shutil.copytree(SOURCE / "docs/images", target / "docs/images", dirs_exist_ok=True)
-    for name in ("index.md", "conf.py", "static"):
-        source = SOURCE / "site" / name
-        if source.is_dir():
-            shutil.copytree(source, target / name, dirs_exist_ok=True)
-        else:
-            shutil.copy(source, target / name)
+    shutil.copytree(SOURCE / "site/static", target / "static", dirs_exist_ok=True)
+    shutil.copy(SOURCE / "site/conf.py", target)
+    front = (SOURCE / "site/index.md").read_text()
+    if (SOURCE / "out/playground/index.html").exists():
+        front = front.replace("<!-- playground -->", '\n<a class="button plain" href="playground/index.html">Playground</a>')
+    (target / "index.md").write_text(front)
 
 
 if __name__ == "__main__":
     build, target = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
     target.mkdir(parents=True, exist_ok=True)
     documents(target)
+    guides(build, target)
     Site(build, target).write()
