@@ -64,7 +64,8 @@ class Contracts:
         for i, (type_, name) in enumerate(self.names):
             if not wanted(type_, name) or type_.endswith("*"):
                 continue
-            said.append(f"<code>{_plain(name)}</code> {self._range(record, i)}")
+            limits = "has limits of its own, as the text says" if "Rect" in type_ else self._range(record, i)
+            said.append(f"<code>{_plain(name)}</code> {limits}")
         return "; ".join(_merged(said))
 
     def _range(self, record, argument):
@@ -107,7 +108,7 @@ class Contracts:
             if cells and "number" in cells[0]:
                 said.append(f"<code>{_plain(name)}</code> {self._range(record, i)}")
             elif self._refused(record, i, "contents"):
-                said.append(f"<code>{_plain(name)}</code>: its fields are checked")
+                said.append(f"<code>{_plain(name)}</code>: what it points at is checked")
         return "; ".join(_merged(said))
 
     def _alignment(self, record):
@@ -163,9 +164,10 @@ class Contracts:
                         pairs.setdefault(i, set()).add(seen[cell["block"]])
         if pairs:
             last = max(pairs)
-            sources = " or ".join(f"<code>{_plain(self.names[j][1])}</code>" for j in sorted(set().union(*pairs.values())) if j != last)
-            return (f"in place: <code>{_plain(self.names[last][1])}</code> may be {sources}, the same pixels with the same "
-                    "step; no other overlap is allowed")
+            names = [f"<code>{_plain(name)}</code>" for _, name in self.names]
+            sources = " or ".join(names[j] for j in sorted(set().union(*pairs.values())) if j != last)
+            return (f"in place: {names[last]} may be {sources}, the same pixels with the same step; no other overlap is "
+                    "allowed")
         return "destinations must overlap neither sources nor each other"
 
     def _order(self, record):
@@ -261,7 +263,8 @@ def _formula(values, known):
         return str(values[0])
     names = [n for n in known[0] if all(n in k for k in known)]
     for name in names:
-        for text, f in ((name, lambda v: v), (f"⌈{name} / 2⌉", lambda v: (v + 1) // 2), (f"⌊{name} / 2⌋", lambda v: v // 2),
+        for text, f in ((name, lambda v: v), (f"⌈{name} / 2⌉", lambda v: (v + 1) // 2), (f"⌊{name} / 2⌋",
+                                                                                         lambda v: v // 2),
                         (f"⌈{name} / 8⌉", lambda v: (v + 7) // 8)):
             for factor in (1, 2, 3, 4, 8, 12, 16):
                 for more in (0, 1, 2, 4, 8, -1, -2):

@@ -12,10 +12,12 @@ from matplotlib.patches import Rectangle  # noqa: E402
 from PIL import Image  # noqa: E402
 
 plt.rcParams.update({"font.size": 9, "axes.titlesize": 9, "axes.spines.top": False, "axes.spines.right": False,
-                     "legend.frameon": False, "axes.grid": True, "axes.axisbelow": True, "grid.color": "#e4e4e4", "lines.linewidth": 1.4,
+                     "legend.frameon": False, "axes.grid": True, "axes.axisbelow": True, "grid.color": "#e4e4e4",
+                     "lines.linewidth": 1.4,
                      "axes.prop_cycle": plt.cycler(color=["#0b5c8a", "#c2410c", "#2f7d32", "#7c3aed", "#6b7280"])})
 WIDTH, DOTS = 7.6, 180  # inches; shown at half as many dots
-COLORS = {"R": "#e07a7a", "G": "#86c58b", "B": "#7ea6e0", "Y": "#d9d9d9", "Cb": "#8fb3e8", "Cr": "#e89a9a", "U": "#8fb3e8",
+COLORS = {"R": "#e07a7a", "G": "#86c58b", "B": "#7ea6e0", "Y": "#d9d9d9", "Cb": "#8fb3e8", "Cr": "#e89a9a",
+          "U": "#8fb3e8",
           "V": "#e89a9a", "X": "#f4f4f4", "": "#ffffff"}
 
 
@@ -49,7 +51,8 @@ class Album:
         columns = min(columns, len(images))
         rows = -(-len(images) // columns)
         ratio = max(image.shape[0] / image.shape[1] for _, image in images)
-        figure, axes = plt.subplots(rows, columns, squeeze=False, figsize=(each * columns, rows * (each * ratio + 0.28)))
+        figure, axes = plt.subplots(rows, columns, squeeze=False, figsize=(each * columns,
+                                                                           rows * (each * ratio + 0.28)))
         for ax in axes.flat:
             ax.axis("off")
         for ax, (title, image) in zip(axes.flat, images):

@@ -108,7 +108,8 @@ class Site:
                 rows.append(f'<tr id="{name}"><td><code>{shown}</code></td><td>{html.escape(value[:20])}</td>'
                             f"<td>{said}</td></tr>")
         if rows:
-            parts += ["## Names and numbers\n", raw(f'<div class="wide" tabindex="0"><table>{"".join(rows)}</table></div>')]
+            parts += ["## Names and numbers\n",
+                      raw(f'<div class="wide" tabindex="0"><table>{"".join(rows)}</table></div>')]
         return parts
 
     def family(self, group):
@@ -189,14 +190,19 @@ class Site:
                     if said:
                         rows.append(f"<tr><td><code>{shown}</code></td><td>{said}</td></tr>")
                 parts += [f"### {title.replace('<', '‹').replace('>', '›')}\n",
-                          raw(reference.html(root.find("briefdescription")), reference.html(root.find("detaileddescription")),
+                          raw(reference.html(root.find("briefdescription")),
+                              reference.html(root.find("detaileddescription")),
                               f'<div class="wide members" tabindex="0"><table>{"".join(rows)}</table></div>' if rows else "")]
             rows = []
-            for m in group.others + []:
+            for m in group.others:
                 said = reference.html(m.find("briefdescription")) + reference.html(m.find("detaileddescription"))
                 if m.get("kind") == "enum":
                     values = ", ".join(f"<code>{v.findtext('name')}</code>" for v in m.findall("enumvalue"))
                     rows.append(f"<tr><td><code>enum class {m.findtext('name')}</code></td><td>{said}{values}</td></tr>")
+            for f in group.functions:
+                shown = html.escape(f"{f.returns} {f.name}({', '.join(f'{t} {n}' for t, n in f.parameters)})")
+                said = reference.html(f.brief) + reference.html(f.text)
+                rows.append(f"<tr><td><code>{shown.replace('VEK_INLINE ', '')}</code></td><td>{said}</td></tr>")
             if rows:
                 parts.append(raw(f'<div class="wide members" tabindex="0"><table>{"".join(rows)}</table></div>'))
         return "\n".join(parts)
@@ -247,12 +253,22 @@ def ratios(target):
 
 
 def guides(build, target):
+    known = {}
+    for listed in (target / "reference/pictures/pictures.json", target / "guide/pictures/shown.json"):
+        for name, shown in json.loads(listed.read_text()).items():
+            for p in shown if isinstance(shown, list) else [{**shown, "file": f"{name}.webp"}]:
+                known[p["file"]] = f'width="{p["width"]}" height="{p["height"]}" loading="lazy"'
+
+    def sized(match):
+        return f"{match[1]} {known.get(match[2], match[3])}>"
+
     for path in sorted((SOURCE / "site/guide").glob("*.md")):
         text = path.read_text()
         if "<!-- sizes -->" in text:
             text = text.replace("<!-- sizes -->", sizes(build))
         if "<!-- ratios -->" in text:
             text = text.replace("<!-- ratios -->", ratios(target))
+        text = re.sub(r'(<img src="[^"]*/([^"/]+)" alt="[^"]*") ([^>]*)>', sized, text)
         (target / "guide").mkdir(exist_ok=True)
         (target / "guide" / path.name).write_text(text)
 
@@ -281,7 +297,8 @@ def documents(target):
     shutil.copy(SOURCE / "site/conf.py", target)
     front = (SOURCE / "site/index.md").read_text()
     if (SOURCE / "out/playground/index.html").exists():
-        front = front.replace("<!-- playground -->", '\n<a class="button plain" href="playground/index.html">Playground</a>')
+        front = front.replace("<!-- playground -->",
+                              '\n<a class="button plain" href="playground/index.html">Playground</a>')
     (target / "index.md").write_text(front)
 
 

@@ -52,13 +52,16 @@ def camera():
         ax.axis("off")
     figure.subplots_adjust(0.01, 0.01, 0.99, 0.87, 0.08)
     album.save(figure, ["frontend", "vekiRawRegion"],
-               "The four Bayer orders, and the region that vekiRawRegion finds in 6 x 4 samples: it begins with a red one.",
+               "The four Bayer orders, and the region that vekiRawRegion finds in 6 x 4 samples: it begins with a red "
+               "one.",
                "Four Bayer orders of 6 x 4 samples, each with a frame around the region")
 
     samples = np.arange(1, 9, dtype=np.uint16) * 100
-    packed = {vek.Raw.csi2_10: pack(samples, 10), vek.Raw.csi2_12: pack(samples, 12), vek.Raw.csi2_14: pack(samples, 14)}
+    packed = {vek.Raw.csi2_10: pack(samples, 10), vek.Raw.csi2_12: pack(samples, 12),
+              vek.Raw.csi2_14: pack(samples, 14)}
     blocks = []
-    for format_, (bits, names) in {vek.Raw.csi2_10: (10, 5), vek.Raw.csi2_12: (12, 3), vek.Raw.csi2_14: (14, 7)}.items():
+    for format_, (bits, names) in {vek.Raw.csi2_10: (10, 5), vek.Raw.csi2_12: (12, 3), vek.Raw.csi2_14: (14,
+                                                                                                         7)}.items():
         count = {5: 4, 3: 2, 7: 4}[names]
         data = np.tile(packed[format_], (2, 1))
         out = vek.raw_to_10rggb(data, (8, 2), format_, bits=bits)
@@ -68,9 +71,12 @@ def camera():
                        [tops + [f"low{i}" if names - count > 1 else "low" for i in range(names - count)]]))
     album.memory("vekiRawTo10RGGB_8u16u_C1R", "The packed formats: bytes in the order of memory.", blocks, 0.5)
     words = np.ascontiguousarray(frame)
-    whole = vek.raw_to_10rggb(words, (1280, 720), vek.Raw.plain16, bits=10, black=(16,) * 4, gain=(8000, 4370, 4370, 7400))
-    album.strip("vekiRawTo10RGGB_8u16u_C1R", "A part of a raw frame before and after black level and gains; every pixel is "
-                "one sample.", [(title, np.minimum(image[56:116, 48:168] >> 1, 255).astype(np.uint8)) for title, image in
+    whole = vek.raw_to_10rggb(words, (1280, 720), vek.Raw.plain16, bits=10, black=(16,) * 4,
+                              gain=(8000, 4370, 4370, 7400))
+    album.strip("vekiRawTo10RGGB_8u16u_C1R",
+                "A part of a raw frame before and after black level and gains; every pixel is "
+                "one sample.", [(title, np.minimum(image[56:116, 48:168] >> 1, 255).astype(np.uint8)) for title,
+                                image in
                                 (("samples of the sensor", words), ("black subtracted, gains applied", whole))],
                 interpolation="nearest")
 
@@ -79,11 +85,13 @@ def camera():
         with vek.Isp((1280, 720), vek.Raw.plain16, black=0, bits=10, output=(640, 360), matrix=matrix.tolist()) as isp:
             isp.process(words)  # finds the white balance
             pictures.append((title, isp.process(words)))
-    album.strip("vekiColorMatrix_10Bayer_16u_C1R", "A frame developed without the matrix, and with one that makes its rows "
+    album.strip("vekiColorMatrix_10Bayer_16u_C1R",
+                "A frame developed without the matrix, and with one that makes its rows "
                 "sum to 1 and its colours stronger.", pictures)
     with vek.RawPipeline((1280, 720), size=(640, 360)) as pipeline:
         y, cb, cr = pipeline.process(whole.copy())
-    album.strip(["raw", "veki10RGGBtoYCbCr_RotRsz_8u_P3R"], "A raw frame, and the planes that one call makes of it at half the "
+    album.strip(["raw", "veki10RGGBtoYCbCr_RotRsz_8u_P3R"],
+                "A raw frame, and the planes that one call makes of it at half the "
                 "size.", [("raw", (whole[::4, ::4] >> 2).astype(np.uint8)), ("Y", y), ("Cb", cb), ("Cr", cr)])
     curves = []
     for curve in vek.GammaCurve:
@@ -93,7 +101,8 @@ def camera():
             with vek.RawPipeline((8, 8), curve=curve) as pipeline:
                 lumas.append(int(pipeline.process(flat)[0][4, 4]))
         curves.append((curve.name, lumas, list(range(0, 1024, 8))))
-    album.curves("vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R", "Y of a grey frame over its samples, with the two built-in curves.",
+    album.curves("vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R",
+                 "Y of a grey frame over its samples, with the two built-in curves.",
                  curves, "raw sample", "Y")
     turned = []
     for rotation in (vek.Rotation.none, vek.Rotation.cw90, vek.Rotation.half, vek.Rotation.ccw90):
@@ -139,22 +148,25 @@ def control():
     lower.legend(loc="upper right", ncol=2)
     figure.tight_layout(pad=0.4)
     album.save(figure, ["exposure", "vekiAE_10RGGB_8u_C1R"],
-               "vekiAE_10RGGB_8u_C1R in a loop, once a frame: the light jumps at frames 15 and 30, and the scale-controlled "
-               "value follows until the brightness is within the band.",
+               "vekiAE_10RGGB_8u_C1R in a loop, once a frame: the light jumps at frames 15 and 30, and the "
+               "scale-controlled value follows until the brightness is within the band.",
                "Brightness and the control value over 50 frames")
 
     gains, course = (256, 256, 256), []
     windows = [(x, y, 160, 120) for y in (0, 120) for x in (0, 160)]
-    with vek.AutoWhiteBalance(windows=windows, weights=[64] * 4, max_gain_step=24, gain_min=64, gain_max=1024) as balance:
+    with vek.AutoWhiteBalance(windows=windows, weights=[64] * 4, max_gain_step=24, gain_min=64,
+                              gain_max=1024) as balance:
         for n in range(40):
             red, blue = ((0.5, 0.8), (0.9, 0.35))[n >= 20]
             mosaic = np.full((240, 320), 500, np.uint16)
             mosaic[::2, ::2], mosaic[1::2, 1::2] = int(500 * red * gains[0] / 256), int(500 * blue * gains[2] / 256)
             course.append(gains)
             gains = balance.measure(mosaic, gains)[:3]
-    album.curves(["whitebalance", "vekiAWB_10RGGB_8u_C1R"], "vekiAWB_10RGGB_8u_C1R once a frame: the light turns from cold to warm "
+    album.curves(["whitebalance", "vekiAWB_10RGGB_8u_C1R"],
+                 "vekiAWB_10RGGB_8u_C1R once a frame: the light turns from cold to warm "
                  "at frame 20, and each gain moves by at most its largest step until grey is grey.",
-                 [(name, [c[i] for c in course]) for i, name in enumerate(("red", "green", "blue"))], "frame", "gain, in 1/256")
+                 [(name, [c[i] for c in course]) for i, name in enumerate(("red", "green", "blue"))], "frame",
+                 "gain, in 1/256")
 
 
 def preview():
@@ -172,7 +184,8 @@ def preview():
         s[:] = p
     enlarged = [(i.name, vek.yuv_to_rgb(vek.resize(small, (320, 184), interpolation=i)))
                 for i in (vek.Interpolation.nearest, vek.Interpolation.linear)]
-    album.strip(["vekiYCbCr420RszRot_8u_P3R", "vekiYCbCr422RszRot_8u_P3R"], "80 x 46 pixels enlarged four times.", enlarged)
+    album.strip(["vekiYCbCr420RszRot_8u_P3R", "vekiYCbCr422RszRot_8u_P3R"], "80 x 46 pixels enlarged four times.",
+                enlarged)
     shown = []
     for f in (vek.Format.rgb565, vek.Format.rgb444):
         pixels = vek.resize(aligned, (320, 180), format=f)
@@ -209,14 +222,18 @@ def colour():
         first, second, third = ("Y", "Cb", "Cr") if name == "ycbcr" else ("Y", "U", "V")
         album.strip({"ycbcr": ["vekiRGBToYCbCr_8u_C3R"], "yuv": ["vekiRGBToYUV_8u_C3R"]}[name],
                     "Studio range: Y is 16..235." if name == "ycbcr" else "Full range: Y is 0..255.",
-                    [("RGB", scene)] + [(n, np.ascontiguousarray(three[:, :, i])) for i, n in enumerate((first, second, third))])
+                    [("RGB", scene)] + [(n, np.ascontiguousarray(three[:, :, i])) for i,
+                                        n in enumerate((first, second, third))])
     wide = np.tile(np.linspace(16, 235, 640).astype(np.uint8), (40, 1))
     neutral = np.full_like(wide, 128)
     half = np.full((20, 320), 128, np.uint8)
-    for group, planes in (("vekiYCbCr420ToRGB565_8u16u_P3C3R", (wide, half, half)), ("vekiYCbCrToRGB565_8u16u_P3C3R", (wide, neutral, neutral))):
+    for group, planes in (("vekiYCbCr420ToRGB565_8u16u_P3C3R", (wide, half, half)), ("vekiYCbCrToRGB565_8u16u_P3C3R",
+                                                                                     (wide, neutral, neutral))):
         album.strip(group, "A ramp of Y in the fields of each format: low bits are dropped.", [
-            (f.name, fields(vek.ycbcr_to_rgb(planes, f), f)) for f in (vek.Format.rgb565, vek.Format.rgb555, vek.Format.rgb444)], 1)
-    bits = [("rgb565", "R" * 5 + "G" * 6 + "B" * 5), ("rgb555", "X" + "R" * 5 + "G" * 5 + "B" * 5), ("rgb444", "XXXX" + "R" * 4 + "G" * 4 + "B" * 4),
+            (f.name, fields(vek.ycbcr_to_rgb(planes, f), f)) for f in (vek.Format.rgb565, vek.Format.rgb555,
+                                                                       vek.Format.rgb444)], 1)
+    bits = [("rgb565", "R" * 5 + "G" * 6 + "B" * 5), ("rgb555", "X" + "R" * 5 + "G" * 5 + "B" * 5),
+            ("rgb444", "XXXX" + "R" * 4 + "G" * 4 + "B" * 4),
             ("bgr565", "B" * 5 + "G" * 6 + "R" * 5)]
     album.memory(["vekiYCbCr420ToRGB565_8u16u_P3C3R", "vekiYCbCr422ToRGB565_8u16u_C2C3R"],
                  "Bits 15 to 0 of a pixel. X is 0.", [(n, [list(b)]) for n, b in bits])
@@ -224,13 +241,15 @@ def colour():
     album.memory(["ycbcr"], "Where samples lie: 4 x 2 pixels in each layout.", [
         ("I420: planes Y, Cb, Cr", [ys[0] + ["", "Cb0", "Cb1"] + ["", "Cr0", "Cr1"], ys[1]]),
         ("I422", [ys[0] + ["", "Cb0", "Cb1", "", "Cr0", "Cr1"], ys[1] + ["", "Cb2", "Cb3", "", "Cr2", "Cr3"]]),
-        ("YUY2: one plane", [["Y0", "Cb0", "Y1", "Cr0", "Y2", "Cb1", "Y3", "Cr1"], ["Y4", "Cb2", "Y5", "Cr2", "Y6", "Cb3", "Y7", "Cr3"]]),
+        ("YUY2: one plane", [["Y0", "Cb0", "Y1", "Cr0", "Y2", "Cb1", "Y3", "Cr1"], ["Y4", "Cb2", "Y5", "Cr2", "Y6",
+                                                                                    "Cb3", "Y7", "Cr3"]]),
     ])
     there_back = []
     for format_, name in ((vek.Format.i444, "4:4:4"), (vek.Format.i422, "4:2:2"), (vek.Format.i420, "4:2:0")):
         part = np.ascontiguousarray(scene[250:330, 510:620])
         there_back.append((name, vek.yuv_to_rgb(vek.rgb_to_yuv(part, format_))))
-    album.strip(["vekiRGBToYUV420_8u_C3P3R", "vekiYUV420ToRGB_8u_P3C3R", "vekiRGBToYUV420_8u_C3P3", "vekiRGBToYUV_8u_C3P3R",
+    album.strip(["vekiRGBToYUV420_8u_C3P3R", "vekiYUV420ToRGB_8u_P3C3R", "vekiRGBToYUV420_8u_C3P3",
+                 "vekiRGBToYUV_8u_C3P3R",
                  "vekiYUVToRGB_8u_P3C3R"],
                 "There and back: what sharing chroma does to fine coloured detail.", there_back)
 
@@ -244,7 +263,8 @@ def colour():
         names.update({int(v): f"{label}{i}" for i, v in enumerate(values)})
         planes.append(values.reshape((2, 4) if plane == 0 else (1, 2)))
     y, c = vek.to_nv12(tuple(planes))
-    album.memory(["channels", "vekiYCbCr420ToNV12_8u_P3P2R"], "I420 and what vekiYCbCr420ToNV12_8u_P3P2R makes of it.", [
+    album.memory(["channels", "vekiYCbCr420ToNV12_8u_P3P2R"], "I420 and what vekiYCbCr420ToNV12_8u_P3P2R makes of it.",
+                 [
         ("I420", [[names[int(v)] for v in r] for p in planes for r in p]),
         ("NV12", [[names[int(v)] for v in r] for r in y] + [[names[int(v)] for v in c.reshape(-1)]])])
 
@@ -257,23 +277,29 @@ def colour():
     album.strip("vekiColorTwistQ14_8u_C3R", "Two matrices: sepia, and half the saturation.", [
         ("source", scene), ("sepia", vek.color_twist(scene, sepia)), ("less saturated", vek.color_twist(scene, less))])
     for keys, f, channels in (
-            (["vekiRGBToXYZ_8u_C3R"], vek.rgb_to_xyz, "XYZ"), (["vekiRGBToYCC_8u_C3R"], vek.rgb_to_ycc, ("Y", "C1", "C2")),
+            (["vekiRGBToXYZ_8u_C3R"], vek.rgb_to_xyz, "XYZ"),
+            (["vekiRGBToYCC_8u_C3R"], vek.rgb_to_ycc, ("Y", "C1", "C2")),
             (["vekiRGBToLUV_8u_C3R"], vek.rgb_to_luv, "LUV"), (["vekiRGBToHLS_8u_C3R"], vek.rgb_to_hls, "HLS"),
             (["vekiRGBToHSV_8u_C3R"], vek.rgb_to_hsv, "HSV")):
         three = f(scene)
         album.strip(keys, "The three channels of the result.", [("RGB", scene)] + [
             (n, np.ascontiguousarray(three[:, :, i])) for i, n in enumerate(channels)])
     hue = np.stack([across, np.full_like(across, 255), 255 - down], -1)
-    album.strip(["vekiHSVToRGB_8u_C3R"], "Hue to the right, value downwards, through vekiHSVToRGB_8u_C3R at two saturations.", [
+    album.strip(["vekiHSVToRGB_8u_C3R"],
+                "Hue to the right, value downwards, through vekiHSVToRGB_8u_C3R at two saturations.", [
         ("S = 255", vek.hsv_to_rgb(np.ascontiguousarray(hue))),
-        ("S = 128", vek.hsv_to_rgb(np.ascontiguousarray(np.stack([across, np.full_like(across, 128), 255 - down], -1))))], 4)
+        ("S = 128", vek.hsv_to_rgb(np.ascontiguousarray(np.stack([across, np.full_like(across, 128), 255 - down],
+                                                                 -1))))], 4)
     lightness = np.ascontiguousarray(np.stack([across, 255 - down, np.full_like(across, 255)], -1))
-    album.strip(["vekiHLSToRGB_8u_C3R"], "Hue to the right, lightness downwards.", [("S = 255", vek.hls_to_rgb(lightness))], 4)
+    album.strip(["vekiHLSToRGB_8u_C3R"], "Hue to the right, lightness downwards.",
+                [("S = 255", vek.hls_to_rgb(lightness))], 4)
 
 
 def pointwise():
-    tables = [("add", ["vekiAdd_8u_C1RSfs"], [("a + b", vek.add(across, down)), ("(a + b) / 2", vek.add(across, down, 1))]),
-              ("sub", ["vekiSub_8u_C1RSfs"], [("a - b", vek.sub(across, down)), ("(a - b) / 2", vek.sub(across, down, 1))]),
+    tables = [("add", ["vekiAdd_8u_C1RSfs"], [("a + b", vek.add(across, down)), ("(a + b) / 2", vek.add(across, down,
+                                                                                                        1))]),
+              ("sub", ["vekiSub_8u_C1RSfs"], [("a - b", vek.sub(across, down)), ("(a - b) / 2", vek.sub(across, down,
+                                                                                                        1))]),
               ("mul", ["vekiMul_8u_C1RSfs"], [("a b", vek.mul(across, down)), ("a b / 256", vek.mul(across, down, 8))]),
               ("mul_scale", ["vekiMulScale_8u_C1R"], [("a b / 255", vek.mul_scale(across, down))]),
               ("and", ["vekiAnd_8u_C1R"], [("a & b", vek.bit_and(across, down)), ("a | b", vek.bit_or(across, down)),
@@ -292,7 +318,8 @@ def pointwise():
     album.curves("vekiSqr_8u_C1RSfs", "Squares with three scale factors: rounded, and saturated to 255.",
                  [(f"a² / 2^{s}", row(lambda x, s=s: vek.sqr(x, s))) for s in (4, 6, 8)], "a")
     album.curves("vekiNot_8u_C1R", "The negative.", [("~a", row(vek.bit_not))], "a", height=1.8)
-    album.curves("vekiRShiftC_8u_C1R", "Shifts right.", [(f"a >> {n}", row(lambda x, n=n: vek.shift_right(x, n))) for n in (1, 2, 4)], "a")
+    album.curves("vekiRShiftC_8u_C1R", "Shifts right.",
+                 [(f"a >> {n}", row(lambda x, n=n: vek.shift_right(x, n))) for n in (1, 2, 4)], "a")
     album.curves("vekiLShiftC_8u_C1R", "Shifts left: bits that leave the byte are lost.",
                  [(f"a << {n}", row(lambda x, n=n: vek.shift_left(x, n))) for n in (1, 2)], "a")
     album.curves("vekiThreshold_GT_8u_C1R", "Two thresholds, 80 and 170.", [
@@ -303,13 +330,16 @@ def pointwise():
         ("LTValGTVal 80, 20, 170, 255", row(lambda x: vek.replace_outside(x, 80, 20, 170, 255)))], "a")
     painted = scene[::4, ::4].copy()
     vek.set(painted[20:60, 30:90], (11, 92, 138))
-    album.strip(["logic", "vekiSet_8u_C1R"], "A colour set in a region: the pointer is that of its first pixel, the step that of the image.",
+    album.strip(["logic", "vekiSet_8u_C1R"],
+                "A colour set in a region: the pointer is that of its first pixel, the step that of the image.",
                 [("before", np.ascontiguousarray(scene[::4, ::4])), ("after", painted)], 3)
     whole = np.zeros((90, 160, 3), np.uint8)
     vek.copy(np.ascontiguousarray(scene[250:340:2, 0:240:2]), out=whole[20:65, 20:140])
     album.strip("vekiCopy_8u_C1R", "A picture copied into a region of a larger one.", [("destination", whole)], 3)
     multiplied = vek.mul_scale(scene, vek.add(scene, 40))
-    album.strip("arithmetic", "Pictures are numbers: one added to its mirror image, and multiplied with itself as fractions of 255.", [
+    album.strip("arithmetic",
+                "Pictures are numbers: one added to its mirror image, and multiplied with itself as fractions of 255.",
+                [
         ("picture", scene), ("average with its mirror", vek.add(scene, vek.mirror(scene, vek.MirrorAxis.vertical), 1)),
         ("multiplied", multiplied)])
 
@@ -320,14 +350,18 @@ def filters():
         (b.name, vek.pad(dots, (24, 24, 24, 24), b, 90)) for b in P], 4)
     album.strip(["filters", "vekiFilterBox_8u_C1R"], "Means of neighbourhoods.", [("source", detail)] + [
         (f"{n} x {n}", vek.filter_box(padded(detail, n // 2), (n, n))) for n in (5, 11)])
-    kernels = [("sharpened", [[0, -1, 0], [-1, 5, -1], [0, -1, 0]], 1), ("edges", [[-1, -1, -1], [-1, 8, -1], [-1, -1, -1]], 1),
-               ("Gauss 5 x 5", [[1, 4, 6, 4, 1], [4, 16, 24, 16, 4], [6, 24, 36, 24, 6], [4, 16, 24, 16, 4], [1, 4, 6, 4, 1]], 256)]
+    kernels = [("sharpened", [[0, -1, 0], [-1, 5, -1], [0, -1, 0]], 1),
+               ("edges", [[-1, -1, -1], [-1, 8, -1], [-1, -1, -1]], 1),
+               ("Gauss 5 x 5", [[1, 4, 6, 4, 1], [4, 16, 24, 16, 4], [6, 24, 36, 24, 6], [4, 16, 24, 16, 4], [1, 4, 6,
+                                                                                                              4,
+                                                                                                              1]], 256)]
     album.strip(["convolution", "vekiFilter_8u_C1R"], "Three kernels.", [("source", detail)] + [
         (n, vek.filter(padded(detail, len(k) // 2), k, d)) for n, k, d in kernels])
     taps = [1] * 15
     album.strip("vekiFilterRow_8u_C1R", "Fifteen equal taps along rows.", [("source", detail), ("rows", vek.filter_row(
         vek.pad(detail, (7, 0, 7, 0), P.replicate), taps, 15, 7))], 3)
-    album.strip("vekiFilterColumn_8u_C1R", "Fifteen equal taps along columns.", [("source", detail), ("columns", vek.filter_column(
+    album.strip("vekiFilterColumn_8u_C1R", "Fifteen equal taps along columns.",
+                [("source", detail), ("columns", vek.filter_column(
         vek.pad(detail, (0, 7, 0, 7), P.replicate), taps, 15, 7))], 3)
     noisy = letters.copy()
     spots = random.random(noisy.shape[:2])
@@ -335,14 +369,16 @@ def filters():
     album.strip(["vekiFilterMedian_8u_C1R"], "Salt and pepper: a median removes it, a mean spreads it.", [
         ("source", noisy), ("median 3 x 3", vek.filter_median(padded(noisy), (3, 3))),
         ("mean 3 x 3", vek.filter_box(padded(noisy), (3, 3)))])
-    album.strip("vekiFilterMedianColor_8u_C3R", "The vector median takes a colour that is there; medians of the channels mix new ones.", [
+    album.strip("vekiFilterMedianColor_8u_C3R",
+                "The vector median takes a colour that is there; medians of the channels mix new ones.", [
         ("source", noisy), ("vector median 3 x 3", vek.filter_median_color(padded(noisy), vek.MedianMask.square3)),
         ("5 x 5", vek.filter_median_color(padded(noisy, 2), vek.MedianMask.square5))])
     binary = vek.replace_outside(vek.rgb_to_gray(letters), 90, 255, 90, 0)
     album.strip(["neighbourhood", "vekiErode3x3_8u_C1R"], "Erosion and dilation, and one after the other (opening).", [
         ("source", binary), ("eroded", vek.erode(padded(binary))), ("dilated", vek.dilate(padded(binary))),
         ("opened", vek.dilate(padded(vek.erode(padded(binary)))))])
-    album.strip("vekiMirror_8u_C1R", "The three axes.", [("source", letters)] + [(a.name, vek.mirror(letters, a)) for a in vek.MirrorAxis])
+    album.strip("vekiMirror_8u_C1R", "The three axes.",
+                [("source", letters)] + [(a.name, vek.mirror(letters, a)) for a in vek.MirrorAxis])
     gray3 = np.repeat(ramp[None, :, None], 3, 2).copy()
     album.curves("vekiGammaFwd_8u_C3R", "Video gamma and its inverse.", [
         ("forward", vek.gamma_forward(gray3)[0, :, 0]), ("inverse", vek.gamma_inverse(gray3)[0, :, 0])], "sample")
@@ -350,15 +386,16 @@ def filters():
 
 def rest():
     ball = vek.rgb_to_gray(spheres)
-    for levels, key in ((2, "vekiDither_8u_C1R"),):
-        album.strip(["dither", key], "Two levels, and four.", [("source", ball)] + [
-            (f"{method.name}, {n} levels", vek.dither(ball, n, method)) for n in (levels, 4) for method in vek.Dither], 3, "nearest")
+    album.strip(["dither", "vekiDither_8u_C1R"], "Two levels, and four.", [("source", ball)] + [
+        (f"{method.name}, {n} levels", vek.dither(ball, n, method)) for n in (2, 4) for method in vek.Dither], 3, "nearest")
     packed = vek.dither_packed(ball, 1, vek.Dither.diffusion)
     bits = np.unpackbits(packed, axis=1)[:, :ball.shape[1]] * np.uint8(255)
-    album.strip("vekiDitherPacked_8u_C1R", f"{ball.shape[1]} x {ball.shape[0]} pixels of one bit in {packed.size} bytes.",
+    album.strip("vekiDitherPacked_8u_C1R",
+                f"{ball.shape[1]} x {ball.shape[0]} pixels of one bit in {packed.size} bytes.",
                 [("8 bits", ball), ("1 bit", bits)], 3, "nearest")
     album.strip("vekiDitherRGB565_8u16u_C3R", "12 bits a pixel.", [("source", spheres)] + [
-        (f"rgb444, {m.name}", fields(vek.dither_rgb(spheres, m, vek.Format.rgb444), vek.Format.rgb444)) for m in vek.Dither], 3, "nearest")
+        (f"rgb444, {m.name}", fields(vek.dither_rgb(spheres, m, vek.Format.rgb444),
+                                     vek.Format.rgb444)) for m in vek.Dither], 3, "nearest")
 
     shape = np.zeros((150, 200), np.uint8)
     yy, xx = np.mgrid[0:150, 0:200]
@@ -372,12 +409,13 @@ def rest():
     figure, ax = plt.subplots(figsize=(WIDTH * 0.42, WIDTH * 0.32))
     ax.imshow(shape, cmap="gray")
     for length, t in ((70, theta), (26, theta + np.pi / 2)):
-        ax.plot([cx - length * np.cos(t), cx + length * np.cos(t)], [cy - length * np.sin(t), cy + length * np.sin(t)], color="#f59e0b")
+        ax.plot([cx - length * np.cos(t), cx + length * np.cos(t)], [cy - length * np.sin(t), cy + length * np.sin(t)],
+                color="#f59e0b")
     ax.axis("off")
     figure.subplots_adjust(0, 0, 1, 1)
     album.save(figure, ["moments", "vekiMoments_8u_C1R", "vekiCentralMoments_64f"],
-               f"Centroid ({cx:.1f}, {cy:.1f}) from the spatial moments and axes at {np.degrees(theta):.1f} degrees from the central "
-               "ones of a shape that was drawn at (90, 70) and 28 degrees.", "An ellipse with its axes")
+               f"Centroid ({cx:.1f}, {cy:.1f}) from the spatial moments and axes at {np.degrees(theta):.1f} degrees from "
+               "the central ones of a shape that was drawn at (90, 70) and 28 degrees.", "An ellipse with its axes")
     hu = []
     for degrees in range(0, 181, 15):
         t = np.radians(degrees)
@@ -386,34 +424,40 @@ def rest():
         with vek.Moments(turned) as moments:
             hu.append([np.log10(abs(h) + 1e-30) for h in moments.hu()[:3]])
     album.curves(["vekiHuMoments_64f", "vekiNormalizedMoments_64f"], "Hu moments of the shape while it is rotated.",
-                 [(f"Hu {i + 1}", [h[i] for h in hu], list(range(0, 181, 15))) for i in range(3)], "degrees", "log10", (-8, 0))
+                 [(f"Hu {i + 1}", [h[i] for h in hu], list(range(0, 181, 15))) for i in range(3)], "degrees", "log10",
+                 (-8, 0))
 
     a = gray
     ts = list(range(0, 65, 4))
     noise = random.normal(0, 1, a.shape)
     noisy = [np.clip(a + t * noise, 0, 255).astype(np.uint8) for t in ts]
     n = a.size
-    for key, f, said in (("vekiNormDiff_Inf_8u_C1RSfs", (vek.norm_diff_inf, vek.norm_diff_l1, vek.norm_diff_l2), "Differences"),):
-        album.curves(key, f"{said} of a picture with noise of growing strength: Inf is the largest one, L1 and L2 are shown a pixel.", [
-            ("Inf", [f[0](a, b) for b in noisy], ts), ("L1 / n", [f[1](a, b) / n for b in noisy], ts),
-            ("L2 / √n", [f[2](a, b) / n ** 0.5 for b in noisy], ts)], "strength of the noise", "norm", (0, 260))
-    album.curves("vekiNorm_Inf_8u_C1RSfs", "Norms of a picture that is made darker: Inf is its largest sample, L1 and L2 are shown a pixel.", [
+    album.curves("vekiNormDiff_Inf_8u_C1RSfs", "Differences of a picture with noise of growing strength: Inf is the largest "
+                 "one, L1 and L2 are shown a pixel.", [
+                     ("Inf", [vek.norm_diff_inf(a, b) for b in noisy], ts),
+                     ("L1 / n", [vek.norm_diff_l1(a, b) / n for b in noisy], ts),
+                     ("L2 / √n", [vek.norm_diff_l2(a, b) / n ** 0.5 for b in noisy], ts)],
+                 "strength of the noise", "norm", (0, 260))
+    album.curves("vekiNorm_Inf_8u_C1RSfs",
+                 "Norms of a picture that is made darker: Inf is its largest sample, L1 and L2 are shown a pixel.", [
         (name, [f(vek.mul_scale(a, v)) / d for v in range(0, 256, 15)], list(range(0, 256, 15)))
         for name, f, d in (("Inf", vek.norm_inf, 1), ("L1 / n", vek.norm_l1, n), ("L2 / √n", vek.norm_l2, n ** 0.5))],
         "factor, in 1/255", "norm")
-    scale = 16
-    album.curves(["norms", "vekiNormRel_Inf_8u_C1RSfs"], "Relative norms of a picture with noise, with the scale factor 0: in 1/1.", [
+    scale = 16  # relative norms are numbers of about 1: in 1/65536 here
+    album.curves(["norms", "vekiNormRel_Inf_8u_C1RSfs"], "Relative norms of a picture with noise.", [
         (name, [f(b, a, -scale) / 2 ** scale for b in noisy], ts) for name, f in
-        (("Inf", vek.norm_rel_inf), ("L1", vek.norm_rel_l1), ("L2", vek.norm_rel_l2))], "strength of the noise", "relative norm")
+        (("Inf", vek.norm_rel_inf), ("L1", vek.norm_rel_l1), ("L2", vek.norm_rel_l2))],
+        "strength of the noise", "relative norm")
 
     turn = (0.94, -0.34, 90, 0.34, 0.94, -60)
     small = np.ascontiguousarray(scene[244:308, 240:340])
     album.strip(["vekiAffineWarp_8u_C1R"], "A rotation, and a part of it enlarged with each interpolation.", [
         ("source", scene), ("rotated", vek.warp(scene, turn))] + [
-        (i.name, vek.warp(small, (5.6, -2, 40, 2, 5.6, -60), (400, 260), interpolation=i)) for i in vek.Interpolation], 3)
+        (i.name, vek.warp(small, (5.6, -2, 40, 2, 5.6, -60), (400, 260),
+                          interpolation=i)) for i in vek.Interpolation], 3)
+    side = (1, 0.25, 20, 0.12, 0.9, 20, 0.0003, 0.0012, 1)
     album.strip(["warps", "vekiPerspectiveWarp_8u_C1R"], "The plane of the picture seen from the side, with each border.", [
-        (b.name, vek.warp(scene, (1, 0.25, 20, 0.12, 0.9, 20, 0.0003, 0.0012, 1), border=b, value=230,
-                          **({"out": np.full_like(scene, 60)} if b == vek.WarpBorder.transparent else {}))) for b in vek.WarpBorder])
+        (b.name, vek.warp(scene, side, border=b, value=230, out=np.full_like(scene, 60))) for b in vek.WarpBorder])
 
     crop = np.ascontiguousarray(gray[100:228, 300:556])
     with vek.RealFft((256, 128)) as fft:
@@ -422,19 +466,23 @@ def rest():
         full = np.concatenate([np.roll(amplitude, 64, 0)[::-1, :0:-1][:, :-1], np.roll(amplitude, 64, 0)], 1)
         restored = fft.inverse(spectrum, 15)
     album.strip(["transforms", "vekiRealFFTFwd_8u32s_C1RSfs", "vekiRealFFTFwd_32s_C1RSfs"],
-                "A picture, its spectrum (logarithms of the amplitudes, frequency 0 in the middle), and the picture from the spectrum.",
+                "A picture, its spectrum (logarithms of the amplitudes, frequency 0 in the middle), and the picture from the "
+                "spectrum.",
                 [("picture", crop), ("spectrum", (full / full.max() * 255).astype(np.uint8)), ("inverse", restored)])
     block = np.ascontiguousarray(gray[262:270, 246:254].astype(np.int16)) - 128
     coefficients = vek.dct_forward(block)
     images = [("block", (block + 128).astype(np.uint8)),
               ("coefficients", np.clip(128 + coefficients // 4, 0, 255).astype(np.uint8))]
     for keep in (3, 10):
-        kept = np.where(np.abs(coefficients) >= np.sort(np.abs(coefficients), None)[-keep], coefficients, 0).astype(np.int16)
+        kept = np.where(np.abs(coefficients) >= np.sort(np.abs(coefficients), None)[-keep], coefficients,
+                        0).astype(np.int16)
         images.append((f"of the largest {keep}", np.clip(vek.dct_inverse(kept) + 128, 0, 255).astype(np.uint8)))
-    album.strip("vekiBlockDCTFwd_16s_C1", "A block of 8 x 8 samples, its coefficients (grey is 0), and blocks of a few of them.", images)
-    album.memory("types", "An image of three columns and two rows in memory with a step of 8 bytes: pixel (x, y) of one channel is "
-                 "at y * step + x. What is after the row is neither read nor written.", [
-                     ("step = 8", [["0,0", "1,0", "2,0", "X", "X", "X", "X", "X"], ["0,1", "1,1", "2,1", "X", "X", "X", "X", "X"]])])
+    album.strip("vekiBlockDCTFwd_16s_C1",
+                "A block of 8 x 8 samples, its coefficients (grey is 0), and blocks of a few of them.", images)
+    rest_of_row = ["X"] * 5
+    album.memory("types", "An image of three columns and two rows in memory with a step of 8 bytes: pixel (x, y) of one "
+                 "channel is at y * step + x. What is after the row is neither read nor written.", [
+                     ("step = 8", [[f"{x},{y}" for x in range(3)] + rest_of_row for y in range(2)])])
     album.curves(["division", "_vekDiv_8u"], "Quotients of 0..255.", [
         (f"n / {d}", [vek.divide(n, d, 8).quotient for n in range(256)]) for d in (3, 10, 40)], "n", "quotient")
 

@@ -26,7 +26,8 @@ def simulation(scene, album):
 
     def axes(ax, label):
         for i, light in enumerate(lights):
-            ax.axvspan(light["first"], light["first"] + light["count"], color="#f3f4f6" if i % 2 else "#ffffff", zorder=0)
+            ax.axvspan(light["first"], light["first"] + light["count"], color="#f3f4f6" if i % 2 else "#ffffff",
+                       zorder=0)
         ax.set_xlim(0, len(run["brightness"]) - 1)
         ax.set_ylabel(label)
 
@@ -87,7 +88,8 @@ def benchmarks(ratios, levels, album):
     for i, name in enumerate(names):
         gains = [np.exp(np.mean([np.log(r["us"]["portable"] / r["us"][name]) for r in rows
                                  if r["family"] == f and r["us"][name] > 0.05])) for f in families]
-        ax.barh(np.arange(len(families)) + (i - (len(names) - 1) / 2) * 0.8 / len(names), gains, 0.8 / len(names), label=name)
+        ax.barh(np.arange(len(families)) + (i - (len(names) - 1) / 2) * 0.8 / len(names), gains, 0.8 / len(names),
+                label=name)
     ax.set_yticks(range(len(families)), [FAMILIES[f] for f in families])
     ax.invert_yaxis()
     ax.set_xlabel(f"times as fast as the portable level, {levels['size']}, geometric means")

@@ -44,7 +44,8 @@ int main() {{
 def blocks(page, language):
     """(line, text) of the blocks of a language."""
     text = (guides / page).read_text()
-    return [(text[:m.start()].count("\n") + 2, m[1]) for m in re.finditer(rf"^```{language}\n(.*?)^```", text, re.S | re.M)]
+    return [(text[:m.start()].count("\n") + 2, m[1]) for m in re.finditer(rf"^```{language}\n(.*?)^```", text,
+                                                                          re.S | re.M)]
 
 
 def run(*command, **options):
@@ -64,19 +65,20 @@ def main():
     if not (bin_directory / "vekcam").exists():
         (bin_directory / "vekcam").symlink_to(vekcam)
     os.environ["PATH"] = f"{bin_directory.resolve()}:{os.environ['PATH']}"
-    run("vekcam", "simulate", "--quiet", "--frames", 4, "--out", "scene", "--raw", "frames.raw", stdout=subprocess.DEVNULL)
+    run("vekcam", "simulate", "--quiet", "--frames", 4, "--out", "scene", "--raw", "frames.raw",
+        stdout=subprocess.DEVNULL)
     data = Path("frames.raw").read_bytes()
     Path("frame.raw").write_bytes(data[-1280 * 720 * 2:])
     Path("picture.png").write_bytes(Path("scene/frames/frame_0003.png").read_bytes())
     count = 0
 
     recipes = {f"recipeOfLine{line}": text for line, text in blocks("cookbook.md", "cpp")}
-    parameters = ("[[maybe_unused]] const vek::View<const vek::Rgb24>& picture, [[maybe_unused]] const vek::View<const Vek8u>& gray, "
-                  "[[maybe_unused]] const vek::View<const vek::RawByte>& frame")
-    # Types with templates are no types of a function.
-    structs = [re.findall(r"^struct .*?^};\n", text, re.S | re.M) for text in recipes.values()]
-    bodies = ["".join(s) + f"void {name}({parameters}) {{\n{re.sub(r'^struct .*?^};$', '', text, flags=re.S | re.M)}}}\n"
-              for s, (name, text) in zip(structs, recipes.items())]
+    parameters = ", ".join(f"[[maybe_unused]] const vek::View<const {pixel}>& {name}" for pixel, name in
+                           (("vek::Rgb24", "picture"), ("Vek8u", "gray"), ("vek::RawByte", "frame")))
+    # Types with member templates stand outside of functions.
+    struct = re.compile(r"^struct .*?^};\n", re.S | re.M)
+    bodies = ["".join(struct.findall(text)) + f"void {name}({parameters}) {{\n{struct.sub('', text)}}}\n"
+              for name, text in recipes.items()]
     Path("recipes.cc").write_text(START.format(list=" ".join(f"f({n})" for n in recipes), recipes="\n".join(bodies)))
     run(compiled(cxx, "recipes.cc", "-std=c++17", "-O0", "-Wno-unused-variable", "-Wno-unused-but-set-variable"))
     count += len(recipes)
