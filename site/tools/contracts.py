@@ -95,9 +95,20 @@ class Contracts:
         step = _multiple(drawn)
         if step > 1 and changing:
             said.append(f"multiples of {step}")
-        if changing and not (step > 1 and len(changing) < 3):
+        if _is_step(self.names[argument][1]) and self._no_shorter(record, argument):
+            said = ["not shorter than a row"] + said[1:]
+        elif changing and not (step > 1 and len(changing) < 3):
             said.append("bounded by other arguments")
         return ", ".join(said) if said else "any"
+
+    def _no_shorter(self, record, argument):
+        """Whether in every case the largest step that is refused is just too short for the rows before it."""
+        for case in record["cases"]:
+            for place, cell in enumerate(case["arguments"][argument]["cells"]):
+                block = _block(case, argument - 1, place)
+                if block is None or not 0 < block["bytes"] - cell["refused"] <= 8:
+                    return False
+        return True
 
     def _others(self, record):
         said = []

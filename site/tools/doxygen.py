@@ -36,7 +36,7 @@ class Group:
 
     def __init__(self, root):
         self.name, self.title = root.findtext("compoundname"), root.findtext("title")
-        self.text = root.find("detaileddescription")
+        self.brief, self.text = root.find("briefdescription"), root.find("detaileddescription")
         self.functions, self.others = [], []
         for section in root.findall("sectiondef"):
             header = section.findtext("header")
@@ -72,6 +72,8 @@ class Reference:
         for group in self.c_groups:
             for member in self.roots[f"group__{group.name}"].iter("memberdef"):
                 self.places[member.get("id")] = f"{group.name}.html#{member.findtext('name')}"
+                if member.get("kind") == "function":
+                    self.named[member.findtext("name")] = self.places[member.get("id")]
                 for value in member.findall("enumvalue"):
                     self.named[value.findtext("name")] = f"{group.name}.html#{value.findtext('name')}"
                     self.places[value.get("id")] = f"{group.name}.html#{value.findtext('name')}"

@@ -114,7 +114,8 @@ class Site:
 
     def family(self, group):
         reference = self.reference
-        parts = [f"# {group.title}\n", raw(self.picture(group.name), reference.html(group.text))]
+        parts = [f"# {group.title}\n",
+                 raw(self.picture(group.name), reference.html(group.brief), reference.html(group.text))]
 
         def texts(function):
             return function.section, reference.html(function.brief), reference.html(function.text)
@@ -175,7 +176,8 @@ class Site:
                  "here is what they take, and the camera path as one object.\n"]
         for name in ("isp", "cppviews", "cpptypes", "cpperrors", "cpphelpers"):
             group = next(g for g in reference.cpp_groups if g.name == name)
-            parts += [f"## {group.title.replace('C++: ', '').capitalize()}\n", raw(reference.html(group.text))]
+            parts += [f"## {group.title.replace('C++: ', '').capitalize()}\n",
+                      raw(reference.html(group.brief), reference.html(group.text))]
             for record in group.records:
                 root = reference.roots[record]
                 title = re.sub(r"\bv0::", "", root.findtext("compoundname"))

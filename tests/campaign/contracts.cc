@@ -25,16 +25,31 @@ struct CaseReader {
     return -1;
   }
 
+  /// The largest number below that of a cell that is refused there.
+  int64_t refusedBelow(size_t argument, size_t cell) const {
+    const int64_t number = c.arguments_[argument].cells[cell].number;
+    int64_t most = INT64_MIN;
+    for (const Case::Fault& f : c.faults()) {
+      const bool here = f.block < 0 && f.argument == static_cast<int>(argument) &&
+                        f.cell == static_cast<int>(cell) && !f.null && f.shift == 0;
+      if (here && f.number < number) most = std::max(most, f.number);
+    }
+    return most;
+  }
+
   void print() const {
     printf("{\"arguments\": [");
     const char* comma = "";
-    for (const Case::Argument& a : c.arguments_) {
+    for (size_t i = 0; i < c.arguments_.size(); ++i) {
+      const Case::Argument& a = c.arguments_[i];
       printf("%s{\"array\": %s, \"state\": %s, \"cells\": [", comma, a.array ? "true" : "false",
              a.made != nullptr ? "true" : "false");
       const char* next = "";
-      for (const Case::Cell& cell : a.cells) {
+      for (size_t k = 0; k < a.cells.size(); ++k) {
+        const Case::Cell& cell = a.cells[k];
         if (cell.isNumber) {
-          printf("%s{\"number\": %" PRId64 "}", next, cell.number);
+          printf("%s{\"number\": %" PRId64 ", \"refused\": %" PRId64 "}", next, cell.number,
+                 refusedBelow(i, k));
         } else {
           printf("%s{\"block\": %d, \"alignment\": %d, \"offset\": %td}", next, cell.block,
                  cell.alignment, cell.offset);
