@@ -180,4 +180,3 @@ def main():
 
 if __name__ == "__main__":
     main()
-
