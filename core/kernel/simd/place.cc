@@ -100,6 +100,13 @@ void transposeBytes(const Transposition& t) {
   if (transposeRows(u8, t, 0) < t.rows) transposeRows(block128, t, t.rows - side);
 }
 
+#if HWY_ARCH_ARM
+inline V8u reversedBytes(V8u v) {
+  const uint8x16_t halves = vrev64q_u8(v.raw);
+  return V8u{vcombine_u8(vget_high_u8(halves), vget_low_u8(halves))};
+}
+#endif
+
 /// Puts pixels of `size` bytes, as many as fit behind a vector's first `spare` bytes, in descending
 /// order at its beginning. Five pixels of three bytes in 16, for example, leave one byte over: bytes 1
 /// to 15, which are the pixels a b c d e, become e d c b a in bytes 0 to 14.
@@ -131,6 +138,9 @@ struct Reversal {
 #if defined(__AVX512VBMI__)
     if constexpr (anywhere) return hn::Vec<D>{_mm512_permutexvar_epi8(order.raw, v.raw)};
 #endif
+#if HWY_ARCH_ARM
+    if constexpr (size == 1) return reversedBytes(v);
+#endif
     return hn::ReverseBlocks(D(), hn::TableLookupBytes(v, order));
   }
 };
@@ -152,7 +162,16 @@ ptrdiff_t reverseVectors(D d, const Vek8u* src, ptrdiff_t i, ptrdiff_t n, Vek8u*
   return i;
 }
 
-#if !defined(__AVX512VBMI__)
+#if HWY_ARCH_ARM
+
+/// dst[k] = src[15 - k] for 16 pixels of three bytes.
+void reverseThrees(const Vek8u* src, Vek8u* dst) {
+  V8u c0, c1, c2;
+  hn::LoadInterleaved3(u8, src, c0, c1, c2);
+  hn::StoreInterleaved3(reversedBytes(c0), reversedBytes(c1), reversedBytes(c2), u8, dst);
+}
+
+#elif !defined(__AVX512VBMI__)
 
 /// The byte of vector `from` of a block that each byte of vector `to` comes from when the block's 16
 /// pixels of three bytes are reversed; noByte for those that come from another one. Byte 16 of the
