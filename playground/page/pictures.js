@@ -138,7 +138,7 @@ function showApplied(now) {
   show(outputCanvas, result.rgba, result.width, result.height);
   drawHistogram(element('histogram', HTMLCanvasElement), result.histogram, result.channels === 1);
   element('output-size', HTMLElement).textContent = sizeText(result);
-  element('time', HTMLElement).textContent = `${ms.toFixed(ms < 10 ? 2 : 1)} ms`;
+  element('time', HTMLElement).textContent = ms < 0.05 ? '< 0.1 ms' : `${ms.toFixed(ms < 10 ? 2 : 1)} ms`;
   element('digest', HTMLElement).textContent = digest;
   element('figures', HTMLElement).replaceChildren(...figures.map((one) => {
     const rows = one.labels.map((label, i) => made('tr', {}, made('th', { scope: 'row' }, label),

@@ -27,7 +27,7 @@ const drawings = {
     height: 512,
     isGray: true,
     at: (x, y) => {
-      const phase = (((x - 256) ** 2 + (y - 256) ** 2) >> 1) & 255;
+      const phase = (((x - 256) ** 2 + (y - 256) ** 2) >> 3) & 255;
       const value = phase < 128 ? 2 * phase : 510 - 2 * phase;
       return [value, value, value];
     },

@@ -144,7 +144,6 @@ constexpr Text helpers[] = {
     width, height = map(int, size.split())
     return np.frombuffer(pixels, np.uint8).reshape((height, width, 3) if kind == b"P6" else (height, width))
 
-
 )"},
     {"write", R"(def write(path, picture):
     height, width = picture.shape[:2]
@@ -152,13 +151,11 @@ constexpr Text helpers[] = {
         file.write(b"P%d\n%d %d\n255\n" % (5 if picture.ndim == 2 else 6, width, height))
         file.write(np.ascontiguousarray(picture).tobytes())
 
-
 )"},
     {"per_channel", R"(def per_channel(picture, f):
     if picture.ndim == 2:
         return f(picture)
     return np.stack([f(np.ascontiguousarray(picture[..., c])) for c in range(3)], axis=2)
-
 
 )"},
     {"expanded", R"(def expanded(pixels, fields):
@@ -170,14 +167,12 @@ constexpr Text helpers[] = {
         channels.append(((pixels.astype(int) >> at & most) * 510 + most) // (2 * most))
     return np.stack(channels, axis=2).astype(np.uint8)
 
-
 )"},
     {"dithered_to_bits", R"(def dithered_to_bits(src, bits, method):
     packed = vek.dither_packed(src, bits, method).astype(int)
     most = (1 << bits) - 1
     samples = packed[..., None] >> np.arange(8 - bits, -1, -bits) & most
     return (samples.reshape(src.shape[0], -1)[:, :src.shape[1]] * 255 // most).astype(np.uint8)
-
 
 )"},
     {"logarithm", R"(def logarithm(values):
@@ -192,7 +187,6 @@ constexpr Text helpers[] = {
         result = result * np.uint64(2) + is_set
     return result.astype(int)
 
-
 )"},
     {"spectrum", R"(def spectrum(src):
     """The logarithm of the spectrum of the middle, frequency 0 in its middle."""
@@ -204,7 +198,6 @@ constexpr Text helpers[] = {
     ky, kx = np.arange(height)[:, None] - height // 2, np.arange(width) - width // 2
     rows = np.where(kx < 0, -ky, ky) & (height - 1)
     return np.minimum(255, 255 * logs[rows, abs(kx)] // max(1, logs.max())).astype(np.uint8)
-
 
 )"},
     {"band_pass", R"(def band_pass(src, periods, is_low):
@@ -221,7 +214,6 @@ constexpr Text helpers[] = {
             numbers[0, 0, 0] = 128 * width * height
         return vek.copy(fft.inverse(numbers, width.bit_length() + height.bit_length() - 2)[:rows, :columns])
 
-
 )"},
     {"block_cosines", R"(def block_cosines(src, count):
     """Blocks of 8 x 8 with their first coefficients, in the order of JPEG; with a count of 0 the logarithms of
@@ -237,7 +229,6 @@ constexpr Text helpers[] = {
         kept[tuple(zip(*order[:count]))] = 1
         values = vek.dct_inverse(blocks * np.tile(kept, (whole.shape[0] // 8, whole.shape[1] // 8))).astype(int) + 128
     return np.clip(values, 0, 255).astype(np.uint8)[:rows, :columns].copy()
-
 
 )"},
 };
