@@ -67,7 +67,7 @@ int bitsTaken(const FrameInfo& info, const std::vector<Vek8u>& bytes) {
     const Vek8u* const row = frame.row(y);
     for (int x = 0; x < info.size.width; ++x) ones |= row[2 * x] | row[2 * x + 1] * 256U;
   }
-  return std::bit_width(ones);
+  return static_cast<int>(std::bit_width(ones));
 }
 
 }  // namespace

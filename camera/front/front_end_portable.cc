@@ -24,7 +24,7 @@ constexpr ptrdiff_t lanes = 8;
 /// A group of 10-bit samples in a word. The bytes 0 to 3 are moved to the tops of its quarters; the product
 /// puts two bits of byte 4 at bits 6 and 7 of each, and nothing overlaps: it is the sum of the byte << 6,
 /// << 20, << 34 and << 48.
-inline uint64_t unpackTenBits(const Vek8u* group) {
+[[maybe_unused]] inline uint64_t unpackTenBits(const Vek8u* group) {
   uint64_t high = loadWord<Vek32u>(group);
   high = (high | high << 16) & 0x0000FFFF0000FFFF;
   high = (high | high << 8) & 0x00FF00FF00FF00FF;

@@ -119,6 +119,9 @@ def cpp_forms(names):
             reached |= set().union(*(inner[n] for n in reached if n in inner and n != chunk.name))
         for name in reached & names:
             forms.setdefault(name, []).append((chunk, name in chunk.names, name in " ".join(chunk.comment)))
+    for chunk in public:  # where a helper of the same name stands between, the comment says it
+        for name in (names - forms.keys()) & set(re.findall(r"\w+", " ".join(chunk.comment))):
+            forms[name] = [(chunk, False, True)]
     chosen = {}
     for name, found in forms.items():
         calls = [f for f in found if not f[0].declaration.startswith("class ")]
