@@ -14,8 +14,8 @@ namespace {
 constexpr ptrdiff_t wordBytes = 8;
 
 /// The entries of every `period`-th sample, of which there are eight.
-inline uint64_t entriesInWord(const Vek16u* __restrict src, ptrdiff_t period,
-                              const Vek8u* __restrict gamma) {
+[[maybe_unused]] inline uint64_t entriesInWord(const Vek16u* __restrict src, ptrdiff_t period,
+                                               const Vek8u* __restrict gamma) {
   uint64_t word = 0;
   for (ptrdiff_t k = 0; k < wordBytes; ++k) {
     word |= uint64_t{gamma[src[k * period] & rawCodeMask]} << (8 * k);
