@@ -18,7 +18,6 @@ constexpr std::array orderNames = {"RGGB", "GRBG", "GBRG", "BGGR"};
 struct Cells {
   int64_t offDiagonal = 0;  ///< how far top right and bottom left are apart
   int64_t diagonal = 0;     ///< and top left and bottom right
-  int64_t all = 0;          ///< of all samples
   int64_t counted = 0;      ///< cells without a dark or saturated sample
   int64_t yellow = 0;       ///< of those: red and green far above blue
   int64_t cyan = 0;         ///< blue and green far above red
