@@ -17,8 +17,9 @@
  *  chroma is not shared between their pixels.
  *
  *  All of that happens in bands of a few rows that stay in the cache from the raw frame to the
- *  pixels; the output does not depend on their height. Every n-th pair of rows is kept for the
- *  automatic exposure and the automatic white balance, which then decide about the next frame.
+ *  pixels; the output does not depend on their height. Only a picture that is resized by other ratios
+ *  than those of IspSettings::output needs the whole planes in between. Every n-th pair of rows is kept
+ *  for the automatic exposure and the automatic white balance, which then decide about the next frame.
  *
  *  `docs/colour.md` says what makes the colours right, and measures how right they are. */
 #ifndef VEK_ISP_HPP
@@ -73,7 +74,9 @@ struct IspSettings {
   /// width it is the largest such part.
   Rect crop = {0, 0, 0, 0};
   int scale = 1;  ///< 1, 2 or 4: blocks of so many samples a side become one pixel
-  /// The picture is resized to this, before it is rotated. Without a width it is not.
+  /// The picture is resized to this, before it is rotated. Without a width it is not. In bands, and in
+  /// as many jobs as there are, where it becomes lower by a ratio of small numbers whose second one is a
+  /// power of two, such as 3:1, 9:4 or 15:8, and has an even height; otherwise in one job at the end.
   Size output = {0, 0};
   Rotation rotation = Rotation::none;          ///< of the picture
   Range range = Range::studio;                 ///< of I420, NV12 and I422
@@ -294,7 +297,7 @@ class Isp {
     executor(jobs, [&](int i) {
       makeBands(frame, target, path, workers_[static_cast<std::size_t>(i)], i, jobs);
     });
-    if (isResized()) finishWhole(target);
+    if (!inBands_) finishWhole(target);
     control_->decide(settings_.whiteBalance);
     return onError.success();
   }
@@ -316,7 +319,7 @@ class Isp {
   struct Worker {
     Image<Vek16u> samples;   ///< the band's rows of 10-bit RGGB, `border` more above and below
     Image<Vek16u> mixed;     ///< the same after the linear matrix
-    Image<Vek8u> planes[3];  ///< what the raw pipeline makes of them; empty if resized
+    Image<Vek8u> planes[3];  ///< what the raw pipeline makes of them, if in bands
     detail::Memory scratch;
   };
 
@@ -418,17 +421,33 @@ class Isp {
     }
     if (settings_.bandRows < 1)
       OnError().failure(bad, "Isp", "bandRows", "is %d", settings_.bandRows);
-    // Whole blocks, and columns of a rotated band that begin at aligned addresses.
+    inBands_ = bandUnit() != 0;
     const int rows = std::min(settings_.bandRows, region_.height);
-    bandRows_ = std::min(detail::roundUp(rows, 8 * settings_.scale), region_.height);
+    const int unit = (inBands_ ? bandUnit() : 8) * settings_.scale;
+    bandRows_ = std::min(detail::roundUp(rows, unit), region_.height);
     bands_ = (region_.height + bandRows_ - 1) / bandRows_;
+  }
+
+  /// Rows of planes that bands are made of: whole blocks, and 8 n rows of the picture, which begin at
+  /// aligned addresses where they become columns. 0 if no band can be resized by itself.
+  int bandUnit() const {
+    if (!isResized()) return 8;
+    const std::int64_t from = planeSize_.height, to = output_.height;
+    // The rows below a band are not there for its last rows; and where a band begins, its sampling
+    // begins anew, which is right if the steps of a band add up to its height exactly.
+    const std::int64_t step = samplingSteps(planeSize_, output_).y;
+    if (from <= to || to % 2 != 0 || step * to != from * 65536) return 0;
+    for (int rows = 8; rows <= 128; rows += 8) {
+      if (rows * to % (8 * from) == 0) return rows;
+    }
+    return 0;
   }
 
   void makeBuffers() {
     const int rows = bandRows_ + 2 * border;
     const Size samples = {lead + region_.width + trail, rows};
     const std::size_t jobs = static_cast<std::size_t>(std::min(settings_.jobs, bands_));
-    if (isResized()) makePlanes(planes_, planeSize_.height);
+    if (!inBands_) makePlanes(planes_, planeSize_.height);
     workers_.resize(jobs);
     for (Worker& worker : workers_) {
       for (Image<Vek16u>* buffer : {&worker.samples, &worker.mixed}) {
@@ -436,10 +455,11 @@ class Isp {
         std::memset(buffer->data(), 0,
                     static_cast<std::size_t>(buffer->stepBytes()) * static_cast<std::size_t>(rows));
       }
-      if (!isResized()) makePlanes(worker.planes, bandRows_ / settings_.scale);
-      if (!isResized()) worker.scratch = memory(bandFinish(bandRows_).scratchBytes());
+      if (!inBands_) continue;
+      makePlanes(worker.planes, bandRows_ / settings_.scale);
+      worker.scratch = memory(finish(bandRows_ / settings_.scale).scratchBytes());
     }
-    if (isResized()) workers_[0].scratch = memory(wholeFinish().scratchBytes());
+    if (!inBands_) workers_[0].scratch = memory(finish(planeSize_.height).scratchBytes());
   }
 
   /// Chroma planes are as high as luma for 4:2:2.
@@ -486,7 +506,7 @@ class Isp {
     color.gammaMode = vekiGammaModeTable;
     color.gammaTable[0] = values.table.data();
     color.colorMatrix = values.matrix.data();
-    const Image<Vek8u>* const planes = isResized() ? planes_ : workers_[0].planes;
+    const Image<Vek8u>* const planes = inBands_ ? workers_[0].planes : planes_;
     VekiRggbGeometry geometry = {};
     geometry.srcStep = workers_[0].samples.stepBytes();
     geometry.srcWidth = region_.width;
@@ -512,12 +532,17 @@ class Isp {
     return output_.width != planeSize_.width || output_.height != planeSize_.height;
   }
 
-  detail::Finish bandFinish(int rows) const {
-    const Size size = {planeSize_.width, rows / settings_.scale};
-    return {size, size, settings_.rotation, Interpolation::nearest};
+  /// Rows of the resized picture, before it is rotated, that `rows` rows of planes become.
+  int resizedRows(int rows) const {
+    return static_cast<int>(std::int64_t{rows} * output_.height / planeSize_.height);
   }
-  detail::Finish wholeFinish() const {
-    return {planeSize_, output_, settings_.rotation, Interpolation::linear};
+
+  /// What `rows` rows of planes go through.
+  detail::Finish finish(int rows) const {
+    return {{planeSize_.width, rows},
+            {output_.width, resizedRows(rows)},
+            settings_.rotation,
+            isResized() ? Interpolation::linear : Interpolation::nearest};
   }
 
   /// Samples of the frame beside the region that are there; where they are not, the region is mirrored.
@@ -562,14 +587,13 @@ class Isp {
       }
       Vek8u* planes[3];
       for (int i = 0; i < 3; ++i) {
-        const int row = !isResized() ? 0
-                                     : y / settings_.scale /
-                                           (i > 0 && target.pixels != detail::Pixels::i422 ? 2 : 1);
-        planes[i] = (isResized() ? planes_ : worker.planes)[i].row(row);
+        const int rowsPerRow = i > 0 && target.pixels != detail::Pixels::i422 ? 2 : 1;
+        planes[i] =
+            inBands_ ? worker.planes[i].data() : planes_[i].row(y / settings_.scale / rowsPerRow);
       }
       veki10RGGBtoYCbCr_RotRsz_8u_P3R(at(source, 0), planes,
                                       (band == bands_ - 1 ? path.last : path.band).get());
-      if (!isResized()) finishBand(target, worker, y, rows);
+      if (inBands_) finishBand(target, worker, y, rows);
     }
   }
 
@@ -658,8 +682,9 @@ class Isp {
   }
 
   void finishBand(const detail::Target& target, Worker& worker, int y, int rows) {
-    const detail::Finish finish = bandFinish(rows);
-    const int top = y / settings_.scale, below = planeSize_.height - top - finish.to.height;
+    const detail::Finish finish = this->finish(rows / settings_.scale);
+    const int top = resizedRows(y / settings_.scale);
+    const int below = output_.height - top - finish.to.height;
     int column = 0, row = 0;
     switch (settings_.rotation) {
       case Rotation::none:
@@ -682,7 +707,8 @@ class Isp {
   }
 
   void finishWhole(const detail::Target& target) {
-    wholeFinish().run(source(planes_), target, static_cast<Vek8u*>(workers_[0].scratch.data()));
+    finish(planeSize_.height)
+        .run(source(planes_), target, static_cast<Vek8u*>(workers_[0].scratch.data()));
   }
 
   static detail::SourcePlanes source(const Image<Vek8u>* planes) {
@@ -727,6 +753,7 @@ class Isp {
   Size planeSize_ = {};  ///< of what the raw pipeline makes of the region
   Size output_ = {};     ///< before rotation
   int bandRows_ = 0, bands_ = 0;
+  bool inBands_ = true;  ///< bands become rows of the picture; if not, they are put together first
   VekiRawFrontEnd frontEnd_ = {};
   std::vector<detail::DeadSample> dead_;
   ToneTable curve_ = {};
@@ -736,7 +763,7 @@ class Isp {
   bool isMixed_ = false;
   std::array<Path, 3> paths_;
   std::vector<Worker> workers_;
-  Image<Vek8u> planes_[3];  ///< of the whole picture if it is resized
+  Image<Vek8u> planes_[3];  ///< of the whole picture if not in bands
 
   std::unique_ptr<detail::FrameControl> control_;
   double digitalGain_ = 1;

@@ -223,7 +223,7 @@ VekStatus run(Isp& isp, const View<const RawByte>& frame, Output& o) {
 TEST(Isp, GivesWhatTheCallsOnWholeFramesGive) {
   Random random(1);
   for (int i = 0; i < 400; ++i) {
-    IspSettings settings = plain({random.in(20, 150), random.in(20, 110)});
+    IspSettings settings = plain({random.in(20, 150), random.in(20, 150)});
     const int order = random.in(0, 3);
     settings.order = static_cast<Bayer>(order);
     settings.scale = 1 << random.in(0, 2);
@@ -238,13 +238,22 @@ TEST(Isp, GivesWhatTheCallsOnWholeFramesGive) {
     }
     const auto pixels = static_cast<detail::Pixels>(random.in(0, 9));
     const bool isPlanar = detail::isPlanar(pixels);
-    if (random.chance(30)) {
+    if (random.chance(40)) {
       settings.output = {random.in(2, 200), random.in(2, 200)};
       if (isPlanar) settings.output = {settings.output.width & ~1, settings.output.height & ~1};
     }
     settings.bandRows = random.in(1, 120);
     settings.jobs = random.in(1, 3);
     const std::string what = "case " + std::to_string(i);
+    if (settings.output.height != 0 && random.chance(60)) {  // by a ratio that bands are resized by
+      constexpr Size ratios[] = {{2, 1}, {3, 1}, {4, 1}, {3, 2}, {5, 4}, {9, 4}};
+      const Size ratio = ratios[random.in(0, 5)];
+      const int x = order & 1, y = order >> 1, unit = 2 * ratio.width * settings.scale;
+      settings.size.height = std::max(settings.size.height, y + unit);
+      settings.crop = {x, y, (settings.size.width - x) & ~1,
+                       (settings.size.height - y) / unit * unit};
+      settings.output.height = settings.crop.height / settings.scale / ratio.width * ratio.height;
+    }
     try {
       Isp isp(settings);
       const std::vector<Vek16u> frame = noise(settings.size, static_cast<uint64_t>(i));
