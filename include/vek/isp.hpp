@@ -88,7 +88,7 @@ struct IspSettings {
   ExposureSettings exposure = {};              ///< the automatic exposure
   bool whiteBalance = true;                    ///< the automatic white balance
   int jobs = 1;  ///< how many bands are worked on at once; see Isp::process()
-  int bandRows = recommended::bandRows;  ///< rows of a band, at least 1
+  int bandRows = recommended::bandRows;  ///< rows of a band, at least 1; about so many are taken
 };
 
 /// @cond
@@ -422,10 +422,25 @@ class Isp {
     if (settings_.bandRows < 1)
       OnError().failure(bad, "Isp", "bandRows", "is %d", settings_.bandRows);
     inBands_ = bandUnit() != 0;
-    const int rows = std::min(settings_.bandRows, region_.height);
+    chooseBands();
+  }
+
+  /// Bands of as many rows as the settings say, or, in several jobs, of up to a third more or less where the
+  /// job with most rows then has fewer: of 1080 rows two jobs have 23 and 22 bands of 24, but each 17 of 32.
+  void chooseBands() {
     const int unit = (inBands_ ? bandUnit() : 8) * settings_.scale;
-    bandRows_ = std::min(detail::roundUp(rows, unit), region_.height);
-    bands_ = (region_.height + bandRows_ - 1) / bandRows_;
+    const int wanted = detail::roundUp(std::min(settings_.bandRows, region_.height), unit);
+    const auto bandsOf = [&](int rows) { return (region_.height + rows - 1) / rows; };
+    const auto mostRows = [&](int rows) {
+      return std::int64_t{rows} * ((bandsOf(rows) + settings_.jobs - 1) / settings_.jobs);
+    };
+    int best = wanted;
+    const int third = settings_.jobs > 1 ? wanted / 3 / unit : 0;
+    for (int n = third; n >= -third; --n) {
+      if (mostRows(wanted + n * unit) < mostRows(best)) best = wanted + n * unit;
+    }
+    bandRows_ = std::min(best, region_.height);
+    bands_ = bandsOf(bandRows_);
   }
 
   /// Rows of planes that bands are made of: whole blocks, and 8 n rows of the picture, which begin at
