@@ -59,6 +59,13 @@ struct PreviewCall {
     return dstStep[0] < width || dstStep[1] < width / 2 || dstStep[2] < width / 2;
   }
 
+  /// Of the scaled image. An odd last row repeats the one above it, and goes with it.
+  bool hasWrongRows(int first, int count) const {
+    const Vek64s end = Vek64s{first} + count;
+    return first < 0 || isOdd(first) || count < 1 || end > dstHeight ||
+           (end == dstHeight ? first >= (dstHeight & ~1) : isOdd(count));
+  }
+
   bool hasUnknownInterpolation() const {
     return interpolation < vekiInterpolateNearest || interpolation > vekiInterpolateLinear;
   }

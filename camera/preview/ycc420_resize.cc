@@ -27,6 +27,11 @@ VekiSize scaledSize(const PreviewCall& call, int plane) {
   return {call.dstWidth / 2, call.dstHeight / 2};
 }
 
+/// The rows of a plane that rows of the image have.
+RowRange rowsOfPlane(RowRange rows, int plane) {
+  return plane == 0 ? rows : RowRange{rows.first / 2, rows.end / 2};
+}
+
 /// The factor, 2 or 4, of an exact reduction; 0 for every other resize.
 int exactReduction(const PreviewCall& call) {
   if (call.rotation != vekiRotNone) return 0;
@@ -40,42 +45,44 @@ int exactReduction(const PreviewCall& call) {
 
 /// Averages of 2 x 2 samples, from the middle of each block where the factor is 4.
 void averagePlane(const ReduceKernels& kernels, Plane<const Vek8u> src, Plane<Vek8u> dst,
-                  int factor, VekiSize size) {
+                  int factor, ptrdiff_t width, RowRange rows) {
   const auto sumBlocks = kernels.sumBlocks(factor);
   const ptrdiff_t inset = factor == 4 ? 1 : 0;
-  for (ptrdiff_t y = 0; y < size.height; ++y) {
+  for (ptrdiff_t y = rows.first; y < rows.end; ++y) {
     const Vek8u* top = src.row(factor * y + inset) + inset;
-    sumBlocks(top, top + src.step, size.width, dst.row(y));
+    sumBlocks(top, top + src.step, width, dst.row(y));
   }
 }
 
 /// The second column of each block, in its row `rowInset`.
 void pickPlane(const ReduceKernels& kernels, Plane<const Vek8u> src, Plane<Vek8u> dst, int factor,
-               ptrdiff_t rowInset, VekiSize size) {
+               ptrdiff_t rowInset, ptrdiff_t width, RowRange rows) {
   const auto pick = kernels.pick(factor);
-  for (ptrdiff_t y = 0; y < size.height; ++y) {
-    pick(src.row(factor * y + rowInset) + 1, size.width, dst.row(y));
+  for (ptrdiff_t y = rows.first; y < rows.end; ++y) {
+    pick(src.row(factor * y + rowInset) + 1, width, dst.row(y));
   }
 }
 
-void reduce(const PreviewCall& call, const ReduceKernels& kernels, int factor) {
+void reduce(const PreviewCall& call, RowRange rows, const ReduceKernels& kernels, int factor) {
   for (int i = 0; i < 3; ++i) {
-    const VekiSize size = scaledSize(call, i);
+    const int width = scaledSize(call, i).width;
+    const RowRange planeRows = rowsOfPlane(rows, i);
     if (call.isBilinear()) {
-      averagePlane(kernels, call.srcPlane(i), call.dstPlane(i), factor, size);
+      averagePlane(kernels, call.srcPlane(i), call.dstPlane(i), factor, width, planeRows);
     } else {
       // @quirk Cr is read with the row step of Cb, and from the first row of each block: callers have
       // equal chroma steps, and compare the bytes.
       const bool isCr = i == 2;
       const Plane<const Vek8u> src = {call.src[i], call.srcStep[isCr ? 1 : i]};
-      pickPlane(kernels, src, call.dstPlane(i), factor, factor == 4 && !isCr ? 1 : 0, size);
+      pickPlane(kernels, src, call.dstPlane(i), factor, factor == 4 && !isCr ? 1 : 0, width,
+                planeRows);
     }
   }
 }
 
-void resizeRotate(const PreviewCall& call, const PreviewKernels& kernels) {
+void resizeRotate(const PreviewCall& call, RowRange rows, const PreviewKernels& kernels) {
   if (const int factor = exactReduction(call); factor != 0) {
-    return reduce(call, kernels.reduce, factor);
+    return reduce(call, rows, kernels.reduce, factor);
   }
   const auto sourceRow = [&](ptrdiff_t y) {
     return (halfSample + static_cast<Vek32u>(y) * call.rowStep()) >> 16;
@@ -92,11 +99,11 @@ void resizeRotate(const PreviewCall& call, const PreviewKernels& kernels) {
     // @quirk Mirrored top-bottom, the rows of Cr are as far apart as those of Cb: callers have equal
     // chroma steps, or provide that memory.
     if (call.rotation == vekiMirrorTopBottom && i == 2) dst.dy = -ptrdiff_t{call.dstStep[1]};
-    const RowRange rows = {0, size.height};
+    const RowRange planeRows = rowsOfPlane(rows, i);
     if (i == 0 && call.isBilinear()) {
-      resizeBilinear(call, kernels, dst, rows, rowPhase);
+      resizeBilinear(call, kernels, dst, planeRows, rowPhase);
     } else {
-      resizeNearest(call, kernels, call.srcPlane(i), dst, size.width, rows, sourceRow);
+      resizeNearest(call, kernels, call.srcPlane(i), dst, size.width, planeRows, sourceRow);
     }
   }
 }
@@ -104,11 +111,22 @@ void resizeRotate(const PreviewCall& call, const PreviewKernels& kernels) {
 }  // namespace
 }  // namespace vek
 
-extern "C" VekStatus vekiYCbCr420RszRot_8u_P3R(const Vek8u* const pSrc[3], const int srcStep[3],
-                                               int srcWidth, int srcHeight, Vek8u* const pDst[3],
-                                               const int dstStep[3], int dstWidth, int dstHeight,
-                                               int interpolation, int rotation, int xStep,
-                                               int yStep) {
+extern "C" {
+
+VekStatus vekiYCbCr420RszRot_8u_P3R(const Vek8u* const pSrc[3], const int srcStep[3], int srcWidth,
+                                    int srcHeight, Vek8u* const pDst[3], const int dstStep[3],
+                                    int dstWidth, int dstHeight, int interpolation, int rotation,
+                                    int xStep, int yStep) {
+  return vekiYCbCr420RszRotRows_8u_P3R(pSrc, srcStep, srcWidth, srcHeight, pDst, dstStep, dstWidth,
+                                       dstHeight, interpolation, rotation, xStep, yStep, 0,
+                                       dstHeight);
+}
+
+VekStatus vekiYCbCr420RszRotRows_8u_P3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                        int srcWidth, int srcHeight, Vek8u* const pDst[3],
+                                        const int dstStep[3], int dstWidth, int dstHeight,
+                                        int interpolation, int rotation, int xStep, int yStep,
+                                        int firstRow, int rowCount) {
   const vek::PreviewCall call = {.src = pSrc,
                                  .srcStep = srcStep,
                                  .srcWidth = srcWidth,
@@ -121,7 +139,10 @@ extern "C" VekStatus vekiYCbCr420RszRot_8u_P3R(const Vek8u* const pSrc[3], const
                                  .rotation = rotation,
                                  .xStep = xStep,
                                  .yStep = yStep};
-  if (vek::isRefused(call)) return vekStsBadArgErr;
-  vek::resizeRotate(call, vek::previewKernels(vek::cpuLevel()));
+  if (vek::isRefused(call) || call.hasWrongRows(firstRow, rowCount)) return vekStsBadArgErr;
+  const vek::RowRange rows = {firstRow, ptrdiff_t{firstRow} + rowCount};
+  vek::resizeRotate(call, rows, vek::previewKernels(vek::cpuLevel()));
   return vekStsNoErr;
 }
+
+}  // extern "C"

@@ -30,20 +30,22 @@ bool isRefused(const PreviewCall& c) {
 }
 
 /// With an odd size the last column repeats its left neighbour and the last row the one before it.
-void repeatOddEdges(const PreviewCall& call, const OrientedPlane& dst) {
+void repeatOddEdges(const PreviewCall& call, const OrientedPlane& dst, RowRange rows) {
   const size_t bytes = static_cast<size_t>(pixelBytes(call.dstFormat));
   if (isOdd(call.dstWidth)) {
     const int x = call.dstWidth - 1;
-    for (int y = 0; y < (call.dstHeight & ~1); ++y) memcpy(dst.at(x, y), dst.at(x - 1, y), bytes);
+    for (ptrdiff_t y = rows.first; y < (rows.end & ~1); ++y) {
+      memcpy(dst.at(x, y), dst.at(x - 1, y), bytes);
+    }
   }
-  if (isOdd(call.dstHeight)) {
-    const int y = call.dstHeight - 1;
+  if (isOdd(static_cast<int>(rows.end))) {
+    const ptrdiff_t y = rows.end - 1;
     for (int x = 0; x < call.dstWidth; ++x) memcpy(dst.at(x, y), dst.at(x, y - 1), bytes);
   }
 }
 
 /// Rows are made in pairs that share their chroma row.
-void resizeRotateConvert(const PreviewCall& call, const PreviewKernels& kernels) {
+void resizeRotateConvert(const PreviewCall& call, RowRange rows, const PreviewKernels& kernels) {
   const int format = call.dstFormat - vekiCsc420RGB565;
   const PixelConversion convert = {.paired = kernels.csc.paired.of(format),
                                    .single = kernels.csc.single.of(format),
@@ -96,20 +98,30 @@ void resizeRotateConvert(const PreviewCall& call, const PreviewKernels& kernels)
     }
     return {{buffer.y, step}, {buffer.cb, chromaStep}, {buffer.cr, chromaStep}, 1};
   };
-  walkPixels(dst, convert, kernels.place, call.dstWidth & ~1, {0, call.dstHeight & ~1},
+  walkPixels(dst, convert, kernels.place, call.dstWidth & ~1, {rows.first, rows.end & ~1},
              unscaled ? tallTile : wideTile, makeSamples);
-  repeatOddEdges(call, dst);
+  repeatOddEdges(call, dst, rows);
 }
 
 }  // namespace
 }  // namespace vek
 
-extern "C" VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3],
-                                                       const int srcStep[3], int srcWidth,
-                                                       int srcHeight, Vek8u* pDst, int dstStep,
-                                                       int dstWidth, int dstHeight, int dstFormat,
-                                                       int interpolation, int rotation, int xStep,
-                                                       int yStep) {
+extern "C" {
+
+VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                            int srcWidth, int srcHeight, Vek8u* pDst, int dstStep,
+                                            int dstWidth, int dstHeight, int dstFormat,
+                                            int interpolation, int rotation, int xStep, int yStep) {
+  return vekiYCbCr420RszCscRotRGBRows_8u_P3C3R(pSrc, srcStep, srcWidth, srcHeight, pDst, dstStep,
+                                               dstWidth, dstHeight, dstFormat, interpolation,
+                                               rotation, xStep, yStep, 0, dstHeight);
+}
+
+VekStatus vekiYCbCr420RszCscRotRGBRows_8u_P3C3R(const Vek8u* const pSrc[3], const int srcStep[3],
+                                                int srcWidth, int srcHeight, Vek8u* pDst,
+                                                int dstStep, int dstWidth, int dstHeight,
+                                                int dstFormat, int interpolation, int rotation,
+                                                int xStep, int yStep, int firstRow, int rowCount) {
   const vek::PreviewCall call = {.src = pSrc,
                                  .srcStep = srcStep,
                                  .srcWidth = srcWidth,
@@ -123,7 +135,10 @@ extern "C" VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(const Vek8u* const pSrc[3
                                  .rotation = rotation,
                                  .xStep = xStep,
                                  .yStep = yStep};
-  if (vek::isRefused(call)) return vekStsBadArgErr;
-  vek::resizeRotateConvert(call, vek::previewKernels(vek::cpuLevel()));
+  if (vek::isRefused(call) || call.hasWrongRows(firstRow, rowCount)) return vekStsBadArgErr;
+  const vek::RowRange rows = {firstRow, ptrdiff_t{firstRow} + rowCount};
+  vek::resizeRotateConvert(call, rows, vek::previewKernels(vek::cpuLevel()));
   return vekStsNoErr;
 }
+
+}  // extern "C"

@@ -716,6 +716,23 @@ VEK_API VekStatus vekiYCbCr420RszRot_8u_P3R(VekConstPlanes pSrc, const int srcSt
                                             const int dstStep[3], int dstWidth, int dstHeight,
                                             int interpolation, int rotation, int xStep, int yStep);
 
+/** Makes some rows of what vekiYCbCr420RszRot_8u_P3R makes, so that several threads can share an image.
+ *
+ *  All arguments but the last two are those of the whole image, whose rows firstRow to firstRow +
+ *  rowCount - 1, as the source is oriented, are written where that function puts them, the same bytes,
+ *  and nothing else; chroma has half as many. Calls for different rows may run at the same time.
+ *
+ *  Alignment is as there.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if one of these is found, in this order: what
+ *  vekiYCbCr420RszRot_8u_P3R refuses; firstRow is below 0 or odd; rowCount is below 1 or odd, or reaches
+ *  beyond dstHeight. */
+VEK_API VekStatus vekiYCbCr420RszRotRows_8u_P3R(VekConstPlanes pSrc, const int srcStep[3],
+                                                int srcWidth, int srcHeight, Vek8u* const pDst[3],
+                                                const int dstStep[3], int dstWidth, int dstHeight,
+                                                int interpolation, int rotation, int xStep,
+                                                int yStep, int firstRow, int rowCount);
+
 /** Resizes and rotates a planar YCbCr 4:2:2 image (I422) to planar YCbCr 4:2:2.
  *
  *  Scaled chroma is dstWidth/2 x dstHeight samples. dstWidth is even. After a quarter turn the
@@ -795,6 +812,26 @@ VEK_API VekStatus vekiYCbCr420RszCscRotRGB_8u_P3C3R(VekConstPlanes pSrc, const i
                                                     int dstStep, int dstWidth, int dstHeight,
                                                     int dstFormat, int interpolation, int rotation,
                                                     int xStep, int yStep);
+
+/** Makes some rows of what vekiYCbCr420RszCscRotRGB_8u_P3C3R makes, so that several threads can share an
+ *  image.
+ *
+ *  All arguments but the last two are those of the whole image, whose rows firstRow to firstRow +
+ *  rowCount - 1, as the source is oriented, are written where that function puts them, the same bytes,
+ *  and nothing else. An odd last row, which repeats the one above it, is made together with it. Calls for
+ *  different rows may run at the same time.
+ *
+ *  Alignment is as there.
+ *
+ *  Returns vekStsNoErr, or vekStsBadArgErr if one of these is found, in this order: what
+ *  vekiYCbCr420RszCscRotRGB_8u_P3C3R refuses; firstRow is below 0 or odd; rowCount is below 1 or reaches
+ *  beyond dstHeight; it is odd and not up to the last row, or an odd last row alone. */
+VEK_API VekStatus vekiYCbCr420RszCscRotRGBRows_8u_P3C3R(VekConstPlanes pSrc, const int srcStep[3],
+                                                        int srcWidth, int srcHeight, Vek8u* pDst,
+                                                        int dstStep, int dstWidth, int dstHeight,
+                                                        int dstFormat, int interpolation,
+                                                        int rotation, int xStep, int yStep,
+                                                        int firstRow, int rowCount);
 
 /** Destination formats of vekiYCbCr422RszCscRotRGB_8u_P3C3R; the layouts are those of
  *  VekiCsc420Format. */

@@ -74,9 +74,9 @@ struct IspSettings {
   /// width it is the largest such part.
   Rect crop = {0, 0, 0, 0};
   int scale = 1;  ///< 1, 2 or 4: blocks of so many samples a side become one pixel
-  /// The picture is resized to this, before it is rotated. Without a width it is not. In bands, and in
-  /// as many jobs as there are, where it becomes lower by a ratio of small numbers whose second one is a
-  /// power of two, such as 3:1, 9:4 or 15:8, and has an even height; otherwise in one job at the end.
+  /// The picture is resized to this, before it is rotated. Without a width it is not. It is resized in bands
+  /// where it becomes lower by a ratio of small numbers whose second one is a power of two, such as 3:1,
+  /// 9:4 or 15:8, and has an even height; otherwise once the whole of it is there.
   Size output = {0, 0};
   Rotation rotation = Rotation::none;          ///< of the picture
   Range range = Range::studio;                 ///< of I420, NV12 and I422
@@ -282,7 +282,7 @@ class Isp {
 
   /// The same in as many jobs as the settings say. `executor(n, job)` calls job(0) to job(n - 1), in
   /// any order and at the same time if it likes, and returns when all have returned. The picture does
-  /// not depend on it.
+  /// not depend on it. Where a picture is not resized in bands it is called twice.
   template <class Out, class Executor,
             std::enable_if_t<!std::is_convertible_v<Executor, OnError>, int> = 0>
   VekStatus process(const View<const RawByte>& frame, Out&& out, Executor&& executor,
@@ -297,7 +297,10 @@ class Isp {
     executor(jobs, [&](int i) {
       makeBands(frame, target, path, workers_[static_cast<std::size_t>(i)], i, jobs);
     });
-    if (!inBands_) finishWhole(target);
+    if (!inBands_) {
+      const int parts = target.pixels == detail::Pixels::i422 ? 1 : jobs;
+      executor(parts, [&](int i) { finishRows(target, i, parts); });
+    }
     control_->decide(settings_.whiteBalance);
     return onError.success();
   }
@@ -698,32 +701,22 @@ class Isp {
 
   void finishBand(const detail::Target& target, Worker& worker, int y, int rows) {
     const detail::Finish finish = this->finish(rows / settings_.scale);
-    const int top = resizedRows(y / settings_.scale);
-    const int below = output_.height - top - finish.to.height;
-    int column = 0, row = 0;
-    switch (settings_.rotation) {
-      case Rotation::none:
-      case Rotation::mirrorLeftRight:
-        row = top;
-        break;
-      case Rotation::half:
-      case Rotation::mirrorTopBottom:
-        row = below;
-        break;
-      case Rotation::ccw90:
-        column = top;
-        break;
-      case Rotation::cw90:
-        column = below;
-        break;
-    }
-    finish.run(source(worker.planes), target.at(column, row),
-               static_cast<Vek8u*>(worker.scratch.data()));
+    const int first = resizedRows(y / settings_.scale), count = finish.to.height;
+    const Rect part = this->finish(planeSize_.height).place({first, count});
+    finish.run(source(worker.planes), target.at(part.x, part.y),
+               static_cast<Vek8u*>(worker.scratch.data()), {0, count});
   }
 
-  void finishWhole(const detail::Target& target) {
+  /// Resizes what job `i` of `jobs` has of the whole planes, in pairs of rows.
+  void finishRows(const detail::Target& target, int i, int jobs) {
+    const auto first = [&](int j) {
+      return j == jobs ? output_.height
+                       : static_cast<int>(std::int64_t{output_.height / 2} * j / jobs) * 2;
+    };
+    if (first(i) == first(i + 1)) return;
     finish(planeSize_.height)
-        .run(source(planes_), target, static_cast<Vek8u*>(workers_[0].scratch.data()));
+        .run(source(planes_), target, static_cast<Vek8u*>(workers_[0].scratch.data()),
+             {first(i), first(i + 1) - first(i)});
   }
 
   static detail::SourcePlanes source(const Image<Vek8u>* planes) {

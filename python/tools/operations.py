@@ -232,4 +232,6 @@ ELSEWHERE = {
     # Memory of the caller's: Python's own objects have that of the library.
     "vekMalloc": None, "vekFree": None, "vekiMalloc": None, "vekiFree": None, "vekiGetSpecSize_Moments_8u": None,
     "vekiInit_Moments_8u": None, "vekiInit_RealFFT_32s": None,
+    # Rows for threads: an array is resized whole.
+    "vekiYCbCr420RszRotRows_8u_P3R": None, "vekiYCbCr420RszCscRotRGBRows_8u_P3C3R": None,
 }

@@ -112,7 +112,16 @@ void makeExact(Resize& a, Random& random) {
   if (random.chance(70)) a.rotation = 0;
 }
 
-void drawPlanarResize(Case& c, bool is420, Aligned srcUnits, Aligned dstUnits) {
+/// Some rows of the scaled image: pairs, with an odd last one.
+void drawRowRange(Case& c, int height) {
+  const int pairs = height / 2, first = 2 * c.random.in(0, pairs - 1);
+  const int count = 2 * c.random.in(1, pairs - first / 2);
+  const bool toEnd = first + count == 2 * pairs;
+  c.number(first, bad({-1, -2, 1, INT_MIN, INT_MAX, height + height % 2}));
+  c.number(toEnd ? height - first : count, bad({0, 1, -1, INT_MIN, INT_MAX, height - first + 1}));
+}
+
+Resize drawPlanarResize(Case& c, bool is420, Aligned srcUnits, Aligned dstUnits) {
   Random& random = c.random;
   Resize a = drawResize(c, 2, is420 ? 2 : 1, srcUnits);
   if (is420 && random.chance(40)) makeExact(a, random);
@@ -129,17 +138,22 @@ void drawPlanarResize(Case& c, bool is420, Aligned srcUnits, Aligned dstUnits) {
   c.number(a.dstHeight, belowOne);
   if (is420) c.alsoRefuse(0, a.dstHeight + 1);
   drawManner(c, a, true);
+  return a;
 }
 
 void draw420(Case& c) {
   drawPlanarResize(c, true, {8, 8, 8}, {4, 2, 2});
 }
 
+void draw420Rows(Case& c) {
+  drawRowRange(c, drawPlanarResize(c, true, {8, 8, 8}, {4, 2, 2}).dstHeight);
+}
+
 void draw422(Case& c) {
   drawPlanarResize(c, false, {4, 1, 1}, {4, 1, 1});
 }
 
-void draw420Rgb(Case& c) {
+Resize draw420Rgb(Case& c) {
   Random& random = c.random;
   const Resize a = drawResize(c, 1, 1, {4, 2, 2});
   const int format = random.in(4, 7), bytes = pixelBytes(format - 4), unit = format == 7 ? 2 : 8;
@@ -153,6 +167,11 @@ void draw420Rgb(Case& c) {
   c.number(a.dstHeight, belowOne);
   c.number(format, bad({3, 8, INT_MIN}));
   drawManner(c, a, true);
+  return a;
+}
+
+void draw420RgbRows(Case& c) {
+  drawRowRange(c, draw420Rgb(c).dstHeight);
 }
 
 void draw422Rgb(Case& c) {
@@ -336,10 +355,11 @@ void preparePlanar(Arguments& a, const PreviewCase& p) {
   a.number(usualStep(a.size.height, scaled.height));
 }
 
-std::vector<Typical> typicalPreviews(const std::string& function) {
+/// Of one variant, or of all.
+std::vector<Typical> typicalPreviews(const std::string& function, const std::string& variant = "") {
   std::vector<Typical> all;
   for (const PreviewCase& p : previewCases) {
-    if (p.function != function) continue;
+    if (p.function != function || (!variant.empty() && p.variant != variant)) continue;
     all.push_back({p.variant, [&p](Arguments& a) {
                      if (p.interleaved) {
                        prepareReduce(a, p);
@@ -360,6 +380,17 @@ Record preview(const char* name, F f, std::function<void(Case&)> draw, Define de
   return with({name, bind(f), drawCamera, {}, bind(define)}, typicalPreviews(name));
 }
 
+/// Programs make the second half of the rows in another thread.
+Record secondHalf(Record record, const std::vector<Typical>& whole) {
+  const Typical& of = whole[0];
+  record.typical = {{of.variant, [prepare = of.prepare](Arguments& a) {
+                       prepare(a);
+                       a.number(a.size.height / 6 * 2);
+                       a.number(a.size.height / 6 * 2);
+                     }}};
+  return record;
+}
+
 template <bool planar, class F, class Define>
 Record halved(const char* name, F f, Define define) {
   Record record = preview(name, f, drawHalved<planar>, define);
@@ -377,6 +408,11 @@ std::vector<Record> previewRecords() {
       preview(VEK_NAMED(vekiYCbCr420RszRot_8u_P3R), draw420, planarResize<true>),
       preview(VEK_NAMED(vekiYCbCr422RszRot_8u_P3R), draw422, planarResize<false>),
       preview(VEK_NAMED(vekiYCbCr420RszCscRotRGB_8u_P3C3R), draw420Rgb, planarRgb<true>),
+      secondHalf(preview(VEK_NAMED(vekiYCbCr420RszRotRows_8u_P3R), draw420Rows, planarRows<true>),
+                 typicalPreviews(resize420, "two-thirds")),
+      secondHalf(preview(VEK_NAMED(vekiYCbCr420RszCscRotRGBRows_8u_P3C3R), draw420RgbRows,
+                         planarRgbRows<true>),
+                 typicalPreviews(rgbOf420, "565-two-thirds")),
       preview(VEK_NAMED(vekiYCbCr422RszCscRotRGB_8u_P3C3R), draw422Rgb, planarRgb<false>),
       preview(VEK_NAMED(vekiResizeCscRotate_8u_C2R), draw422Reduce, reduce422),
       halved<false>(VEK_NAMED(vekiYCbCr422ToYCbCr420Rotate_8u_C2P3R), halvedGroups),

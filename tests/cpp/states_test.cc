@@ -356,6 +356,16 @@ TEST(Preview, ResizesLikeC) {
                 0);
       const Image420 actual = resize<Image420>(src420, to, rotation, interpolation);
       EXPECT_EQ(bytes(actual.view()), bytes(expected.view()));
+      const auto inRows = [&](auto&& made) {
+        forBands(
+            48, OneAfterAnother(),
+            [&](Band rows) {
+              EXPECT_EQ(resizeRows(src420, made, rows, rotation, interpolation), 0);
+            },
+            20);
+        return bytes(made.view());
+      };
+      EXPECT_EQ(inRows(Image420(turned)), bytes(expected.view()));
 
       Image422 expected2(turned);
       const Listed<Planes422<>> to422(expected2);
@@ -375,6 +385,7 @@ TEST(Preview, ResizesLikeC) {
                   0);
         EXPECT_EQ(bytes(resize<Image<Pixel>>(src420, to, rotation, interpolation).view()),
                   bytes(made.view()));
+        EXPECT_EQ(inRows(Image<Pixel>(turned)), bytes(made.view()));
       };
       packed(Rgb565(), vekiCsc420RGB565);
       packed(Rgb555(), vekiCsc420RGB555);
@@ -450,6 +461,9 @@ TEST(Preview, RefusesWhatWouldReachBeyondImages) {
               resize(src420, dst, {}, {}, {131073 * 2, 65536}, f);
             }),
             "steps");
+  for (const Band rows : {Band{-2, 4}, Band{1, 2}, Band{0, 3}, Band{0, 0}, Band{30, 4}}) {
+    EXPECT_EQ(argument([&](Failure& f) { resizeRows(src420, dst, rows, {}, {}, f); }), "rows");
+  }
   Image420 odd420({33, 32});
   EXPECT_EQ(argument([&](Failure& f) { resize(src420, odd420, {}, {}, f); }), "dst");
   EXPECT_EQ(argument([&](Failure& f) {

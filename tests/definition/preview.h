@@ -42,18 +42,18 @@ inline int reducedSample(const Vek8u* plane, const Resize& a, int i, int x, int 
   return (at[0] + at[1] + at[step] + at[step + 1] + 4) >> 2;
 }
 
-/// Row by row, as the source is oriented: what an odd 4:2:2 height makes too much comes last.
+/// Row by row, as the source is oriented.
 template <bool is420>
-void planarResize(const Vek8u* const* src, const int* s, int srcWidth, int srcHeight,
-                  Vek8u* const* dst, const int* dstStep, int w, int h, int interpolation,
-                  int rotation, int xStep, int yStep) {
+void planarRows(const Vek8u* const* src, const int* s, int srcWidth, int srcHeight,
+                Vek8u* const* dst, const int* dstStep, int w, int h, int interpolation,
+                int rotation, int xStep, int yStep, int first, int count) {
   const Resize a = {srcWidth, srcHeight, {s[0], s[1], s[2]}, w, h, interpolation, rotation,
                     xStep,    yStep};
   const auto put = [&](int i, Place to, int value) {
     dst[i][ptrdiff_t{to.row} * dstStep[i] + to.column] = static_cast<Vek8u>(value);
   };
   const bool exact = is420 && a.exactReduction() != 0;
-  for (int y = 0; y < (h + 1) / 2 * 2; ++y) {
+  for (int y = first; y < first + count; ++y) {
     for (int x = 0; x < w; ++x) {
       const auto p = (is420 ? footprint::ycc420Phases : footprint::ycc422Phases)(a, x, y);
       put(0, footprint::rotate(rotation, x, y, w, h),
@@ -75,6 +75,15 @@ void planarResize(const Vek8u* const* src, const int* s, int srcWidth, int srcHe
   }
 }
 
+/// What an odd 4:2:2 height makes too much comes last.
+template <bool is420>
+void planarResize(const Vek8u* const* src, const int* s, int srcWidth, int srcHeight,
+                  Vek8u* const* dst, const int* dstStep, int w, int h, int interpolation,
+                  int rotation, int xStep, int yStep) {
+  planarRows<is420>(src, s, srcWidth, srcHeight, dst, dstStep, w, h, interpolation, rotation, xStep,
+                    yStep, 0, (h + 1) / 2 * 2);
+}
+
 // ---- Planar to RGB ------------------------------------------------------------------------------
 
 /// One converted pixel in memory; formats are counted from 0.
@@ -92,16 +101,16 @@ inline void putPixel(int y, int cb, int cr, int format, Vek8u* to) {
 }
 
 template <bool is420>
-void planarRgb(const Vek8u* const* src, const int* s, int srcWidth, int srcHeight, Vek8u* dst,
-               int dstStep, int w, int h, int format, int interpolation, int rotation, int xStep,
-               int yStep) {
+void planarRgbRows(const Vek8u* const* src, const int* s, int srcWidth, int srcHeight, Vek8u* dst,
+                   int dstStep, int w, int h, int format, int interpolation, int rotation,
+                   int xStep, int yStep, int first, int count) {
   const int chroma = s[0] / 2;
   const Resize a = {srcWidth, srcHeight, {s[0], is420 ? s[1] : chroma, is420 ? s[2] : chroma},
                     w,        h,         interpolation,
                     rotation, xStep,     yStep};
   format -= is420 ? 4 : 0;
   if (!is420 && format == 3 && a.isQuarterTurn()) std::swap(w, h);
-  for (int y = 0; y < h; ++y) {
+  for (int y = first; y < std::min(first + count, h); ++y) {
     for (int x = 0; x < w; ++x) {
       const auto p = (is420 ? footprint::ycc420RgbPhases : footprint::ycc422RgbPhases)(a, x, y);
       const auto to = is420 ? footprint::rotate(rotation, x, y, w, h)
@@ -113,6 +122,14 @@ void planarRgb(const Vek8u* const* src, const int* s, int srcWidth, int srcHeigh
                dst + ptrdiff_t{to.row} * dstStep + to.column * pixelBytes(format));
     }
   }
+}
+
+template <bool is420>
+void planarRgb(const Vek8u* const* src, const int* s, int srcWidth, int srcHeight, Vek8u* dst,
+               int dstStep, int w, int h, int format, int interpolation, int rotation, int xStep,
+               int yStep) {
+  planarRgbRows<is420>(src, s, srcWidth, srcHeight, dst, dstStep, w, h, format, interpolation,
+                       rotation, xStep, yStep, 0, std::max(w, h));
 }
 
 // ---- Interleaved 4:2:2, reduced -----------------------------------------------------------------

@@ -65,23 +65,68 @@ template <Fields fields>
 inline constexpr bool redFirst =
     fields == Fields::rgb565 || fields == Fields::rgb555 || fields == Fields::rgb444;
 
-template <class Destination>
-VEK_INLINE VekStatus resize420(Call call, const Planes420<const Vek8u>& src, const Destination& dst,
-                               int format, int unit, Rotation rotation, Interpolation interpolation,
-                               Steps steps) {
+/// Whether rows are pairs of the scaled image; an odd last one goes with the pair above it.
+VEK_INLINE bool arePairs(Call call, Band rows, Size scaled) {
+  const std::int64_t end = std::int64_t{rows.first} + rows.count;
+  if (rows.first >= 0 && rows.first % 2 == 0 && rows.count >= 1 && end <= scaled.height &&
+      (end == scaled.height ? rows.first < (scaled.height & ~1) : rows.count % 2 == 0)) {
+    return true;
+  }
+  OnError::refuse(call.onError, vekStsBadArgErr, call.function, "rows",
+                  "are %d from row %d on, not pairs of the scaled image's %d", rows.count,
+                  rows.first, scaled.height);
+  return false;
+}
+
+/// f(planes, sizes, pixels, manner, rest...).
+template <class F, class Destination, class... Rest>
+VEK_INLINE VekStatus resize420(Call call, F f, const Planes420<const Vek8u>& src,
+                               const Destination& dst, int format, int unit, Rotation rotation,
+                               Interpolation interpolation, Steps steps, Rest... rest) {
   const Size scaled = rotated(dst.size(), rotation);
   const auto from = listed(src);
   return call.done(
-      vekiYCbCr420RszCscRotRGB_8u_P3C3R(
-          from.data, from.steps, src.width(), src.height(), reinterpret_cast<Vek8u*>(dst.data()),
-          dst.stepBytes(), scaled.width, scaled.height, format, static_cast<int>(interpolation),
-          static_cast<int>(rotation), steps.x, steps.y),
+      f(from.data, from.steps, src.width(), src.height(), reinterpret_cast<Vek8u*>(dst.data()),
+        dst.stepBytes(), scaled.width, scaled.height, format, static_cast<int>(interpolation),
+        static_cast<int>(rotation), steps.x, steps.y, rest...),
       [&](VekStatus) {
         const Placement images[] = {placed("src.y", src.y(), 4, 4),
                                     placed("src.cb", src.cb(), 2, 2),
                                     placed("src.cr", src.cr(), 2, 2), placed("dst", dst, 8, unit)};
         return refusePreview(call, images, src.size(), scaled, steps, false);
       });
+}
+
+/// The same to planes.
+template <class F, class... Rest>
+VEK_INLINE VekStatus resize420(Call call, F f, const Planes420<const Vek8u>& src,
+                               const Planes420<>& dst, Rotation rotation,
+                               Interpolation interpolation, Steps steps, Rest... rest) {
+  const Size scaled = rotated(dst.size(), rotation);
+  const auto from = listed(src);
+  const auto to = listed(dst);
+  // Reductions by 2 and 4 read Cr, and a mirror writes it, at the step of Cb.
+  if (from.steps[1] != from.steps[2] && interpolation == Interpolation::nearest &&
+      rotation == Rotation::none) {
+    return OnError::refuse(call.onError, vekStsBadArgErr, call.function, "src",
+                           "has chroma steps of %d and %d bytes, which must be equal here",
+                           from.steps[1], from.steps[2]);
+  }
+  if (to.steps[1] != to.steps[2] && rotation == Rotation::mirrorTopBottom) {
+    return OnError::refuse(call.onError, vekStsBadArgErr, call.function, "dst",
+                           "has chroma steps of %d and %d bytes, which must be equal here",
+                           to.steps[1], to.steps[2]);
+  }
+  return call.done(f(from.data, from.steps, src.width(), src.height(), to.data, to.steps,
+                     scaled.width, scaled.height, static_cast<int>(interpolation),
+                     static_cast<int>(rotation), steps.x, steps.y, rest...),
+                   [&](VekStatus) {
+                     const Placement images[] = {
+                         placed("src.y", src.y(), 8, 8),   placed("src.cb", src.cb(), 8, 8),
+                         placed("src.cr", src.cr(), 8, 8), placed("dst.y", dst.y(), 4, 4),
+                         placed("dst.cb", dst.cb(), 2, 2), placed("dst.cr", dst.cr(), 2, 2)};
+                     return refusePreview(call, images, src.size(), scaled, steps, true);
+                   });
 }
 
 /// Whether every even column is sampled inside the source; odd ones are kept there.
@@ -134,33 +179,8 @@ VEK_INLINE VekStatus resize422(Call call, const Planes422<const Vek8u>& src, con
 VEK_INLINE VekStatus resize(const Planes420<const Vek8u>& src, const Planes420<>& dst,
                             Rotation rotation, Interpolation interpolation, Steps steps,
                             OnError onError = {}) {
-  const detail::Call call{"resize", onError};
-  const Size scaled = rotated(dst.size(), rotation);
-  const auto from = detail::listed(src);
-  const auto to = detail::listed(dst);
-  // Reductions by 2 and 4 read Cr, and a mirror writes it, at the step of Cb.
-  if (from.steps[1] != from.steps[2] && interpolation == Interpolation::nearest &&
-      rotation == Rotation::none) {
-    return OnError::refuse(onError, vekStsBadArgErr, "resize", "src",
-                           "has chroma steps of %d and %d bytes, which must be equal here",
-                           from.steps[1], from.steps[2]);
-  }
-  if (to.steps[1] != to.steps[2] && rotation == Rotation::mirrorTopBottom) {
-    return OnError::refuse(onError, vekStsBadArgErr, "resize", "dst",
-                           "has chroma steps of %d and %d bytes, which must be equal here",
-                           to.steps[1], to.steps[2]);
-  }
-  return call.done(
-      vekiYCbCr420RszRot_8u_P3R(from.data, from.steps, src.width(), src.height(), to.data, to.steps,
-                                scaled.width, scaled.height, static_cast<int>(interpolation),
-                                static_cast<int>(rotation), steps.x, steps.y),
-      [&](VekStatus) {
-        const detail::Placement images[] = {
-            detail::placed("src.y", src.y(), 8, 8),   detail::placed("src.cb", src.cb(), 8, 8),
-            detail::placed("src.cr", src.cr(), 8, 8), detail::placed("dst.y", dst.y(), 4, 4),
-            detail::placed("dst.cb", dst.cb(), 2, 2), detail::placed("dst.cr", dst.cr(), 2, 2)};
-        return detail::refusePreview(call, images, src.size(), scaled, steps, true);
-      });
+  return detail::resize420(detail::Call{"resize", onError}, vekiYCbCr420RszRot_8u_P3R, src, dst,
+                           rotation, interpolation, steps);
 }
 /// Resizes and rotates 4:2:2 (vekiYCbCr422RszRot_8u_P3R). The scaled size is even.
 VEK_INLINE VekStatus resize(const Planes422<const Vek8u>& src, const Planes422<>& dst,
@@ -192,15 +212,15 @@ template <Fields fields>
 VEK_INLINE std::enable_if_t<detail::redFirst<fields>, VekStatus> resize(
     const Planes420<const Vek8u>& src, View<Pixel16<fields>> dst, Rotation rotation,
     Interpolation interpolation, Steps steps, OnError onError = {}) {
-  return detail::resize420(detail::Call{"resize", onError}, src, dst,
-                           vekiCsc420RGB565 + static_cast<int>(fields), 8, rotation, interpolation,
-                           steps);
+  return detail::resize420(detail::Call{"resize", onError}, vekiYCbCr420RszCscRotRGB_8u_P3C3R, src,
+                           dst, vekiCsc420RGB565 + static_cast<int>(fields), 8, rotation,
+                           interpolation, steps);
 }
 /// Resizes and rotates 4:2:0 and converts it to BGR24 (vekiYCbCr420RszCscRotRGB_8u_P3C3R).
 VEK_INLINE VekStatus resize(const Planes420<const Vek8u>& src, View<Bgr24> dst, Rotation rotation,
                             Interpolation interpolation, Steps steps, OnError onError = {}) {
-  return detail::resize420(detail::Call{"resize", onError}, src, dst, vekiCsc420BGR24, 2, rotation,
-                           interpolation, steps);
+  return detail::resize420(detail::Call{"resize", onError}, vekiYCbCr420RszCscRotRGB_8u_P3C3R, src,
+                           dst, vekiCsc420BGR24, 2, rotation, interpolation, steps);
 }
 /// Resizes and rotates 4:2:2 and converts it to 16-bit pixels with red in the high field
 /// (vekiYCbCr422RszCscRotRGB_8u_P3C3R). Chroma steps are half the luma's, as in an Image422, and quarter
@@ -240,6 +260,51 @@ Result resize(const Planes<const Vek8u, chroma>& src, Size scaled,
     return resize(src, dst.view(), rotation, interpolation, samplingSteps(src.size(), scaled),
                   onError);
   });
+}
+
+/// Makes some rows of what resize() makes of 4:2:0, for instance in several threads
+/// (vekiYCbCr420RszRotRows_8u_P3R). `dst` is the whole picture; `rows` are those of the scaled one, before
+/// its rotation, in pairs.
+VEK_INLINE VekStatus resizeRows(const Planes420<const Vek8u>& src, const Planes420<>& dst,
+                                Band rows, Rotation rotation, Interpolation interpolation,
+                                Steps steps, OnError onError = {}) {
+  const detail::Call call{"resizeRows", onError};
+  if (!detail::arePairs(call, rows, rotated(dst.size(), rotation))) return vekStsBadArgErr;
+  return detail::resize420(call, vekiYCbCr420RszRotRows_8u_P3R, src, dst, rotation, interpolation,
+                           steps, rows.first, rows.count);
+}
+/// The same to 16-bit pixels with red in the high field (vekiYCbCr420RszCscRotRGBRows_8u_P3C3R). An odd
+/// last row goes with the pair above it.
+template <Fields fields>
+VEK_INLINE std::enable_if_t<detail::redFirst<fields>, VekStatus> resizeRows(
+    const Planes420<const Vek8u>& src, View<Pixel16<fields>> dst, Band rows, Rotation rotation,
+    Interpolation interpolation, Steps steps, OnError onError = {}) {
+  const detail::Call call{"resizeRows", onError};
+  if (!detail::arePairs(call, rows, rotated(dst.size(), rotation))) return vekStsBadArgErr;
+  return detail::resize420(call, vekiYCbCr420RszCscRotRGBRows_8u_P3C3R, src, dst,
+                           vekiCsc420RGB565 + static_cast<int>(fields), 8, rotation, interpolation,
+                           steps, rows.first, rows.count);
+}
+/// The same to BGR24 (vekiYCbCr420RszCscRotRGBRows_8u_P3C3R).
+VEK_INLINE VekStatus resizeRows(const Planes420<const Vek8u>& src, View<Bgr24> dst, Band rows,
+                                Rotation rotation, Interpolation interpolation, Steps steps,
+                                OnError onError = {}) {
+  const detail::Call call{"resizeRows", onError};
+  if (!detail::arePairs(call, rows, rotated(dst.size(), rotation))) return vekStsBadArgErr;
+  return detail::resize420(call, vekiYCbCr420RszCscRotRGBRows_8u_P3C3R, src, dst, vekiCsc420BGR24,
+                           2, rotation, interpolation, steps, rows.first, rows.count);
+}
+
+/// Any of these with the sampling steps that fit the sizes, as forBands() calls it:
+/// `forBands(480, executor, [&](Band rows) { resizeRows(src, dst, rows); })`.
+template <class Destination>
+VEK_INLINE VekStatus resizeRows(const Planes420<const Vek8u>& src, Destination&& dst, Band rows,
+                                Rotation rotation = Rotation::none,
+                                Interpolation interpolation = Interpolation::linear,
+                                OnError onError = {}) {
+  const auto view = dst.view();
+  return resizeRows(src, view, rows, rotation, interpolation,
+                    samplingSteps(src.size(), rotated(view.size(), rotation)), onError);
 }
 
 /// Reduces interleaved 4:2:2 by 2, 4 or 8, converts it to RGB565 or RGB555 and rotates it by quarter turns

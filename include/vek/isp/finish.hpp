@@ -133,25 +133,44 @@ struct Finish {
            static_cast<std::size_t>(size().height);
   }
 
-  void run(const SourcePlanes& source, const Target& target, Vek8u* scratch) const {
+  /// Where rows of the resized picture are in the rotated one.
+  Rect place(Band rows) const {
+    const Size part = rotated({to.width, rows.count}, rotation);
+    const int below = to.height - rows.first - rows.count;
+    switch (rotation) {
+      case Rotation::ccw90:
+        return {rows.first, 0, part.width, part.height};
+      case Rotation::cw90:
+        return {below, 0, part.width, part.height};
+      case Rotation::half:
+      case Rotation::mirrorTopBottom:
+        return {0, below, part.width, part.height};
+      default:
+        return {0, rows.first, part.width, part.height};
+    }
+  }
+
+  /// Makes rows of the resized picture, in pairs; all of them for 4:2:2. Calls for different rows may run at
+  /// the same time, with the same scratch.
+  void run(const SourcePlanes& source, const Target& target, Vek8u* scratch, Band rows) const {
     switch (target.pixels) {
       case Pixels::i420:
       case Pixels::nv12:
       case Pixels::i422:
-        return planar(source, target, scratch);
+        return planar(source, target, scratch, rows);
       case Pixels::rgb565:
-        return packed(source, target, vekiCsc420RGB565, scratch);
+        return packed(source, target, vekiCsc420RGB565, scratch, rows);
       case Pixels::rgb555:
-        return packed(source, target, vekiCsc420RGB555, scratch);
+        return packed(source, target, vekiCsc420RGB555, scratch, rows);
       case Pixels::rgb444:
-        return packed(source, target, vekiCsc420RGB444, scratch);
+        return packed(source, target, vekiCsc420RGB444, scratch, rows);
       default:
-        return packed(source, target, vekiCsc420BGR24, scratch);
+        return packed(source, target, vekiCsc420BGR24, scratch, rows);
     }
   }
 
  private:
-  void planar(const SourcePlanes& source, const Target& target, Vek8u* scratch) const {
+  void planar(const SourcePlanes& source, const Target& target, Vek8u* scratch, Band rows) const {
     const bool is422 = target.pixels == Pixels::i422, isNv12 = target.pixels == Pixels::nv12;
     const Size size = this->size();
     const int chromaRows = is422 ? size.height : size.height / 2;
@@ -171,45 +190,63 @@ struct Finish {
         std::copy_n(target.steps, 3, steps);
       }
       const Steps sampling = samplingSteps(from, to);
-      const auto convert = is422 ? vekiYCbCr422RszRot_8u_P3R : vekiYCbCr420RszRot_8u_P3R;
-      convert(source.planes, source.steps, from.width, from.height, planes, steps, to.width,
-              to.height, static_cast<int>(interpolation), static_cast<int>(rotation), sampling.x,
-              sampling.y);
+      if (is422) {
+        vekiYCbCr422RszRot_8u_P3R(source.planes, source.steps, from.width, from.height, planes,
+                                  steps, to.width, to.height, static_cast<int>(interpolation),
+                                  static_cast<int>(rotation), sampling.x, sampling.y);
+      } else {
+        vekiYCbCr420RszRotRows_8u_P3R(source.planes, source.steps, from.width, from.height, planes,
+                                      steps, to.width, to.height, static_cast<int>(interpolation),
+                                      static_cast<int>(rotation), sampling.x, sampling.y,
+                                      rows.first, rows.count);
+      }
       if (isDirect) return;
       made = {{planes[0], planes[1], planes[2]}, {step, step, step}};
     }
+    const Rect part = place(rows);
+    const Target there = target.at(part.x, part.y);
+    const std::ptrdiff_t x = part.x, y = part.y, chromaY = is422 ? y : y / 2;
+    made.planes[0] += y * made.steps[0] + x;
+    for (int i : {1, 2}) made.planes[i] += chromaY * made.steps[i] + x / 2;
     if (isNv12) {
-      vekiYCbCr420ToNV12_8u_P3P2R(made.planes, made.steps, target.planes, target.steps, size);
+      vekiYCbCr420ToNV12_8u_P3P2R(made.planes, made.steps, there.planes, there.steps,
+                                  {part.width, part.height});
       return;
     }
     for (int i = 0; i < 3; ++i) {
-      copyRows(made.planes[i], made.steps[i], target.planes[i], target.steps[i],
-               i == 0 ? size.width : size.width / 2, i == 0 ? size.height : chromaRows);
+      copyRows(made.planes[i], made.steps[i], there.planes[i], there.steps[i],
+               i == 0 ? part.width : part.width / 2,
+               i == 0 || is422 ? part.height : part.height / 2);
     }
   }
 
-  void packed(const SourcePlanes& source, const Target& target, int format, Vek8u* scratch) const {
-    const Size size = this->size();
+  void packed(const SourcePlanes& source, const Target& target, int format, Vek8u* scratch,
+              Band rows) const {
     const bool is24 = format == vekiCsc420BGR24;
     const bool is32 = target.pixels == Pixels::bgrx32 || target.pixels == Pixels::rgbx32;
     const bool isDirect =
         !is32 && isAligned(target.planes[0], 8) && target.steps[0] % (is24 ? 2 : 8) == 0;
-    const int rowBytes = size.width * (is24 ? 3 : 2);
+    const int bytes = is24 ? 3 : 2;
     Vek8u* const made = isDirect ? target.planes[0] : scratch;
-    const int step = isDirect ? target.steps[0] : roundUp(rowBytes, 64);
+    const int step = isDirect ? target.steps[0] : roundUp(size().width * bytes, 64);
     const Steps sampling = samplingSteps(from, to);
-    vekiYCbCr420RszCscRotRGB_8u_P3C3R(source.planes, source.steps, from.width, from.height, made,
-                                      step, to.width, to.height, format,
-                                      static_cast<int>(interpolation), static_cast<int>(rotation),
-                                      sampling.x, sampling.y);
+    vekiYCbCr420RszCscRotRGBRows_8u_P3C3R(
+        source.planes, source.steps, from.width, from.height, made, step, to.width, to.height,
+        format, static_cast<int>(interpolation), static_cast<int>(rotation), sampling.x, sampling.y,
+        rows.first, rows.count);
+    const Rect part = place(rows);
+    const Size size = {part.width, part.height};
+    const Vek8u* const pixels =
+        made + std::ptrdiff_t{part.y} * step + std::ptrdiff_t{part.x} * bytes;
+    const Target there = target.at(part.x, part.y);
     constexpr int reversed[] = {2, 1, 0, 3}, kept[] = {0, 1, 2, 3};
     if (target.pixels == Pixels::rgb24) {
-      vekiPermuteChannels_8u_C3R(made, step, target.planes[0], target.steps[0], size, reversed);
+      vekiPermuteChannels_8u_C3R(pixels, step, there.planes[0], there.steps[0], size, reversed);
     } else if (is32) {
-      vekiPermuteChannels_8u_C3C4R(made, step, target.planes[0], target.steps[0], size,
+      vekiPermuteChannels_8u_C3C4R(pixels, step, there.planes[0], there.steps[0], size,
                                    target.pixels == Pixels::bgrx32 ? kept : reversed, 255);
     } else if (!isDirect) {
-      copyRows(made, step, target.planes[0], target.steps[0], rowBytes, size.height);
+      copyRows(pixels, step, there.planes[0], there.steps[0], size.width * bytes, size.height);
     }
   }
 };
