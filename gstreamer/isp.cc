@@ -47,6 +47,7 @@ enum Property {
   propStride,
   propFramerate,
   propBlackLevel,
+  propWhiteLevel,
   propGains,
   propDigitalGain,
   propCurve,
@@ -71,7 +72,7 @@ enum Property {
 /// What has been set since the last frame. All but the first are handed to the Isp that is there.
 enum Change : unsigned {
   changedShape = 1,  ///< another Isp is needed
-  changedBlack = 2,
+  changedLevels = 2,
   changedGains = 4,
   changedCurve = 8,
   changedColor = 16,
@@ -247,7 +248,11 @@ void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spe
       break;
     case propBlackLevel:
       isp.black = g_value_get_int(value);
-      changed = changedBlack;
+      changed = changedLevels;
+      break;
+    case propWhiteLevel:
+      isp.white = g_value_get_int(value);
+      changed = changedLevels;
       break;
     case propGains:
       if (!numbers(self, spec->name, value, read, 3)) break;
@@ -363,6 +368,8 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
       return gst_value_set_fraction(value, p.framesPer, p.seconds);
     case propBlackLevel:
       return g_value_set_int(value, isp.black.of[0]);
+    case propWhiteLevel:
+      return g_value_set_int(value, isp.white);
     case propGains:
       return gains(isp.gains);
     case propDigitalGain:
@@ -683,7 +690,7 @@ bool update(GstVekIsp* self, const Properties& properties) {
   Isp& isp = *state.isp;
   const IspSettings& settings = properties.isp;
   try {
-    if (changed & changedBlack) isp.setBlack(settings.black);
+    if (changed & changedLevels) isp.setLevels(settings.black, settings.white);
     if (changed & changedGains) isp.setGains(settings.gains, settings.digitalGain);
     if (changed & changedCurve) isp.setCurve(settings.curve);
     if (changed & changedColor) isp.setColor(settings.color);
@@ -860,6 +867,8 @@ void installProperties(GObjectClass* object) {
       gst_param_spec_fraction("framerate", nullptr, "Frame rate of untyped frames, which get times",
                               0, 1, G_MAXINT, 1, 0, 1, fixed));
   whole(propBlackLevel, "black-level", "Black level in the samples' units", 0, 65534, 0, live);
+  whole(propWhiteLevel, "white-level",
+        "Where samples saturate, in their units; 0: at their largest value", 0, 65535, 0, live);
   list(propGains, "gains", "Gains of red, green and blue; those that white balance begins with", 0);
   real(propDigitalGain, "digital-gain", "Gain on top of them", 1, 8, 1);
   add(propCurve, g_param_spec_enum("curve", nullptr, "Tone curve", curveType(),

@@ -64,7 +64,7 @@ CameraFile parseCamera(std::string_view text, const std::string& name) {
                                : std::optional(Member(*found, fmt::format("{}: {}", name, key)));
   };
   for (const auto& [key, value] : json.items()) {
-    constexpr std::array known = {"format", "size", "black", "dead", "matrix", "gains"};
+    constexpr std::array known = {"format", "size", "black", "white", "dead", "matrix", "gains"};
     if (std::ranges::find(known, key) == known.end())
       throw Failure(fmt::format("{}: a camera's file has no {}", name, key));
   }
@@ -84,6 +84,7 @@ CameraFile parseCamera(std::string_view text, const std::string& name) {
     camera.black.emplace();
     for (size_t i = 0; i < 4; ++i) (*camera.black)[i] = black->at(i).integer(0, 65534);
   }
+  if (const auto white = member("white")) camera.white = white->integer(1, 65535);
   if (const auto dead = member("dead")) {
     if (!dead->json().is_array()) dead->fail("an array");
     const vek::Size size = camera.size.value_or(vek::Size{largestSide, largestSide});
@@ -126,6 +127,7 @@ std::string toJson(const CameraFile& camera) {
   if (camera.format) json["format"] = nameOf(*camera.format);
   if (camera.size) json["size"] = {camera.size->width, camera.size->height};
   if (camera.black) json["black"] = *camera.black;
+  if (camera.white) json["white"] = *camera.white;
   if (camera.gains) json["gains"] = {rounded(camera.gains->red), 1, rounded(camera.gains->blue)};
   if (camera.matrix) {
     for (const auto& row : *camera.matrix)

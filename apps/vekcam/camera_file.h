@@ -16,6 +16,7 @@ struct CameraFile {
   std::optional<RawFormat> format;
   std::optional<vek::Size> size;            ///< of the frames; dead pixels lie within
   std::optional<std::array<int, 4>> black;  ///< of R, Gr, Gb, B, in the units of the samples
+  std::optional<int> white;                 ///< where samples saturate, in their units
   std::vector<VekiDeadPixel> dead;
   std::optional<vek::Matrix3> matrix;    ///< linear, from balanced colours to sRGB; rows sum to 1
   std::optional<vek::ColorGains> gains;  ///< of the light for which the matrix holds; green is 1

@@ -173,7 +173,7 @@ Outcome developFile(const Job& job, const DevelopSettings& settings, int threads
   Outcome outcome;
   try {
     RawImage image = readFrame(job.input, settings);
-    image.info = withBlack(image.info, settings.development);
+    image.info = withLevels(image.info, settings.development);
     const std::string file = developFrame(image, settings, job.kind, threads, outcome);
     const bool isBalanced =
         !settings.development.gains && (settings.development.balancesAnew || !image.info.asShot);

@@ -71,11 +71,16 @@ int bitsTaken(const FrameInfo& info, const std::vector<Vek8u>& bytes) {
 
 }  // namespace
 
-FrameInfo withBlack(FrameInfo info, const DevelopmentSettings& settings) {
+FrameInfo withLevels(FrameInfo info, const DevelopmentSettings& settings) {
   if (settings.black) {
     info.black = *settings.black;
   } else if (settings.camera.black) {
     info.black = *settings.camera.black;
+  }
+  if (settings.white) {
+    info.white = *settings.white;
+  } else if (settings.camera.white) {
+    info.white = *settings.camera.white;
   }
   const int most = std::ranges::max(info.black);
   const int white = info.white != 0 ? info.white : (1 << info.format.bits) - 1;

@@ -17,6 +17,7 @@ struct DevelopmentSettings {
   std::optional<vek::ColorGains> gains;  ///< fixed; otherwise as shot, or automatic
   bool balancesAnew = false;             ///< automatic even if the file has the gains as shot
   std::optional<std::array<int, 4>> black;
+  std::optional<int> white;            ///< where samples saturate
   std::optional<vek::Matrix3> matrix;  ///< for every light
   std::optional<vek::Rotation> rotation;
   std::vector<VekiDeadPixel> dead;  ///< besides the camera's
@@ -27,8 +28,8 @@ struct DevelopmentSettings {
   vek::Size resized = {0, 0};  ///< before the rotation; no width: not resized
 };
 
-/// The frame's black level, as the settings have it.
-FrameInfo withBlack(FrameInfo info, const DevelopmentSettings& settings);
+/// The frame's black and white levels, as the settings have them.
+FrameInfo withLevels(FrameInfo info, const DevelopmentSettings& settings);
 
 /// An Isp for frames of this kind that works in so many jobs. What does not fit them is a Failure.
 vek::Isp makeIsp(const FrameInfo& info, const DevelopmentSettings& settings, int jobs);

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 class StoredFrames : public FrameSource {
  public:
   StoredFrames(const FrameInfo& info, const DevelopmentSettings& settings)
-      : info_(withBlack(info, settings)),
+      : info_(withLevels(info, settings)),
         settings_(settings),
         bytes_(static_cast<size_t>(info.bytes())) {}
 

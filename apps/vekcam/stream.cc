@@ -86,7 +86,7 @@ class Stream {
   Stream(const StreamSettings& settings, const Console& console)
       : settings_(settings),
         console_(console),
-        info_(withBlack(settings.frame, settings.development)),
+        info_(withLevels(settings.frame, settings.development)),
         in_(settings.input, O_RDONLY, STDIN_FILENO),
         out_(settings.output, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO) {
     if (!settings.statistics.empty())

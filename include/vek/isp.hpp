@@ -158,11 +158,27 @@ class Isp {
   /// The gains that the next frame is balanced with; green is 1.
   ColorGains gains() const { return control_->gains(); }
 
-  /// Black levels, in the units of the samples.
+  /// Black levels, and where samples saturate, in their units; 0 is their largest value. A sample from there
+  /// on is as bright as can be. It is above the black levels by a sixteenth of the samples' range or more.
+  void setLevels(const BlackLevels& black, int white) {
+    const int least = 1 << (bits_ - 4), most = whiteOf(white);
+    if (most < least || most >= 1 << bits_) {
+      OnError().failure(vekStsBadArgErr, "Isp", "white", "is %d, not in %d..%d", white, least,
+                        (1 << bits_) - 1);
+    }
+    for (const int level : black.of) {
+      if (level < 0 || level > most - least) {
+        OnError().failure(vekStsBadArgErr, "Isp", "black", "is %d, not in 0..%d", level,
+                          most - least);
+      }
+    }
+    settings_.black = black;
+    settings_.white = white;
+    for (std::size_t i = 0; i < 4; ++i) frontEnd_.black[i] = static_cast<Vek16u>(black.of[i]);
+  }
+  /// Black levels alone.
   void setBlack(const BlackLevels& black) { setLevels(black, settings_.white); }
-
-  /// Where samples saturate, in their units; 0 is their largest value. A sample from there on is as bright as
-  /// can be. It is above the black levels by a sixteenth of the samples' range or more.
+  /// The white level alone.
   void setWhite(int white) { setLevels(settings_.black, white); }
 
   /// Gains of the colours, relative to green, and a gain on top of them. With the automatic white
@@ -352,23 +368,6 @@ class Isp {
   }
 
   int whiteOf(int white) const { return white == 0 ? (1 << bits_) - 1 : white; }
-
-  void setLevels(const BlackLevels& black, int white) {
-    const int least = 1 << (bits_ - 4), most = whiteOf(white);
-    if (most < least || most >= 1 << bits_) {
-      OnError().failure(vekStsBadArgErr, "Isp", "white", "is %d, not in %d..%d", white, least,
-                        (1 << bits_) - 1);
-    }
-    for (const int level : black.of) {
-      if (level < 0 || level > most - least) {
-        OnError().failure(vekStsBadArgErr, "Isp", "black", "is %d, not in 0..%d", level,
-                          most - least);
-      }
-    }
-    settings_.black = black;
-    settings_.white = white;
-    for (std::size_t i = 0; i < 4; ++i) frontEnd_.black[i] = static_cast<Vek16u>(black.of[i]);
-  }
 
   void checkRegion() {
     const auto bad = vekStsBadArgErr;

@@ -62,18 +62,20 @@ vek::ToneTable tableOf(const py::object& object) {
   return table;
 }
 
+/// One level, or those of R, Gr, Gb and B.
+vek::BlackLevels blackOf(const py::object& object) {
+  if (PySequence_Check(object.ptr()) == 0) return integer("black", object.ptr());
+  const std::vector<int> b = integersOf("black", object, 4);
+  return {b[0], b[1], b[2], b[3]};
+}
+
 std::unique_ptr<Isp> make(const py::dict& s) {
   vek::IspSettings settings;
   const auto number = [&](const char* name) { return integer(name, py::object(s[name]).ptr()); };
   settings.size = sizeOf("size", s["size"]);
   settings.format = static_cast<vek::Raw>(number("format"));
   settings.order = static_cast<vek::Bayer>(number("order"));
-  if (PySequence_Check(py::object(s["black"]).ptr()) != 0) {
-    const std::vector<int> b = integersOf("black", s["black"], 4);
-    settings.black = {b[0], b[1], b[2], b[3]};
-  } else {
-    settings.black = number("black");
-  }
+  settings.black = blackOf(py::object(s["black"]));
   settings.white = number("white");
   settings.bits = number("bits");
   if (!s["crop"].is_none()) {
@@ -215,11 +217,8 @@ void defineIsp(py::module_& module) {
                             r.balanceHeld, r.balanceAtLimit, r.balanceHasData);
     });
   });
-  type.def("set_black", [](Isp& self, const py::object& black) {
-    changing(self, [&](vek::Isp& isp) {
-      const std::vector<int> b = integersOf("black", black, 4);
-      isp.setBlack({b[0], b[1], b[2], b[3]});
-    });
+  type.def("set_levels", [](Isp& self, const py::object& black, int white) {
+    changing(self, [&](vek::Isp& isp) { isp.setLevels(blackOf(black), white); });
   });
   type.def("set_gains", [](Isp& self, const py::object& gains, double digitalGain) {
     changing(self, [&](vek::Isp& isp) { isp.setGains(gainsOf("gains", gains), digitalGain); });

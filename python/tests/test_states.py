@@ -46,8 +46,11 @@ def test_isp():
         isp.set_gains((2, 1, 2))
         isp.set_color(np.eye(3), (1, 1, 1))
         isp.set_curve(np.linspace(0, 1, 1024))
+        isp.set_levels(64, 1000)
         with pytest.raises(vek.Error, match="black is -1"):
-            isp.set_black((-1, 0, 0, 0))
+            isp.set_levels((-1, 0, 0, 0))
+        with pytest.raises(vek.Error, match="white is 2000"):
+            isp.set_levels(64, 2000)
     with pytest.raises(vek.Error, match="self is closed"):
         isp.process(frame)
     with pytest.raises(vek.Error, match="crop"):

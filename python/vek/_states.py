@@ -269,9 +269,9 @@ class Isp(State):
         bgr24, rgbx32, bgrx32, rgb565, rgb555, rgb444, i420, i422 or nv12."""
         return self._held.process(frame, out, format)
 
-    def set_black(self, black: Sequence[int]) -> None:
-        """Black levels of R, Gr, Gb, B."""
-        self._held.set_black(black)
+    def set_levels(self, black: Union[int, Sequence[int]], white: int = 0) -> None:
+        """Black level, one or of R, Gr, Gb and B, and where samples saturate; 0 is their largest value."""
+        self._held.set_levels(black, white)
 
     def set_gains(self, gains: Sequence[float], digital_gain: float = 1) -> None:
         """Gains of red, green and blue, and one on top of them."""

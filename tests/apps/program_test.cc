@@ -82,6 +82,8 @@ TEST_F(Program, AnswersBadInputWithOneLine) {
       {good + "--gains 1,9", "9 is outside"},
       {good + "--matrix 1,2", "9 numbers"},
       {good + "--black 1023", "black level 1023"},
+      {good + "--black 64 --white 60", "64 is not below 60"},
+      {good + "--white 1024", "white is 1024, not in 64..1023"},
       {good + "--camera dead.csv", "is not JSON"},
       {good + "--level best", "the highest is"},
       {"develop ok.raw ok.raw -o out.png" + size, "a directory"},

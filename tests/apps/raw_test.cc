@@ -186,7 +186,7 @@ TEST(CameraRaw, TellsWhatADngSays) {
 
   DevelopmentSettings settings;
   settings.curve = vek::ToneCurve::linear;
-  vek::Isp isp = makeIsp(withBlack(info, settings), settings, 1);
+  vek::Isp isp = makeIsp(withLevels(info, settings), settings, 1);
   vek::Image<vek::Rgb24> picture(isp.outputSize());
   isp.process(info.view(image.bytes), picture);
   // The part that begins on red, turned by a quarter.

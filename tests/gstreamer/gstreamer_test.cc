@@ -304,7 +304,9 @@ TEST(VekIsp, ControlAndChangesWhileItRuns) {
   vek::Image<vek::Rgb24> image(isp.outputSize());
   const auto change = [](GstElement* pipeline, std::size_t i, GstBuffer*) {
     const Element element(gst_bin_get_by_name(GST_BIN(pipeline), "isp"));
-    if (i == 2) g_object_set(element.get(), "black-level", 40, "exposure-time", 7., nullptr);
+    if (i == 2)
+      g_object_set(element.get(), "black-level", 40, "white-level", 900, "exposure-time", 7.,
+                   nullptr);
     if (i == 3) gst_util_set_object_arg(G_OBJECT(element.get()), "rotation", "half");
     if (i == 4) gst_util_set_object_arg(G_OBJECT(element.get()), "rotation", "ccw90");
   };
@@ -317,11 +319,12 @@ TEST(VekIsp, ControlAndChangesWhileItRuns) {
   for (std::size_t i = 0; i < 5; ++i) {
     SCOPED_TRACE(i);
     if (i == 2) {
-      isp.setBlack({40, 40, 40, 40});
+      isp.setLevels(40, 900);
       isp.setExposure({7, 1});
     }
     if (i >= 3) {  // another Isp goes on with what the last one had found
       settings.black = 40;
+      settings.white = 900;
       settings.gains = isp.gains();
       settings.rotation = i == 3 ? vek::Rotation::half : vek::Rotation::ccw90;
       const vek::Exposure exposure = isp.results().exposure;

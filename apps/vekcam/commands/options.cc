@@ -154,6 +154,10 @@ void addDevelopment(CLI::App& command, DevelopmentSettings& settings, Developmen
               settings.gains = vek::ColorGains{gains[0], 1, gains[1]};
             });
   addBlack(command, settings.black);
+  addParsed(command, "--white", "N", "Where samples saturate, in their units",
+            [&settings](const std::string& text) {
+              settings.white = parseNumbers<1, int>(text, 1, 65535)[0];
+            });
   addParsed(command, "--matrix", "9 NUMBERS",
             "Rows of the matrix from the camera's balanced colors to linear sRGB, with commas",
             [&settings](const std::string& text) {

@@ -38,7 +38,7 @@ struct DevelopmentFiles {
   std::string camera, dead;  ///< may be empty
 };
 
-/// --gains, --black, --matrix, --camera, --dead, --curve, --scale, --rotate, --resize.
+/// --gains, --black, --white, --matrix, --camera, --dead, --curve, --scale, --rotate, --resize.
 void addDevelopment(CLI::App& command, DevelopmentSettings& settings, DevelopmentFiles& files);
 
 /// Reads the files; where the user does not say what frames are like, the camera's file may.
