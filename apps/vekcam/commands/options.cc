@@ -154,10 +154,9 @@ void addDevelopment(CLI::App& command, DevelopmentSettings& settings, Developmen
               settings.gains = vek::ColorGains{gains[0], 1, gains[1]};
             });
   addBlack(command, settings.black);
-  addParsed(command, "--white", "N", "Where samples saturate, in their units",
-            [&settings](const std::string& text) {
-              settings.white = parseNumbers<1, int>(text, 1, 65535)[0];
-            });
+  command.add_option("--white", settings.white, "Where samples saturate, in their units")
+      ->check(CLI::Range(1, 65535))
+      ->type_name("N");
   addParsed(command, "--matrix", "9 NUMBERS",
             "Rows of the matrix from the camera's balanced colors to linear sRGB, with commas",
             [&settings](const std::string& text) {
