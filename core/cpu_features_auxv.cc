@@ -22,9 +22,7 @@ bool cpuHas(Level level) {
 }
 
 Level highestLevel() {
-  size_t i = levelCount - 1;
-  while (i > 0 && !cpuHas(static_cast<Level>(i))) --i;
-  return static_cast<Level>(i);
+  return highestOf(cpuHas);
 }
 
 }  // namespace vek

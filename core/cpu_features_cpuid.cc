@@ -33,10 +33,9 @@ Level highestLevel() {
     return static_cast<Level>(known - 1);
   }
   const cpuid::Answers answers = cpuid::ask();
-  int i = static_cast<int>(levelCount) - 1;
-  while (i > 0 && !has(answers, static_cast<Level>(i))) --i;
-  __atomic_store_n(&rememberedLevel, i + 1, __ATOMIC_RELAXED);
-  return static_cast<Level>(i);
+  const Level highest = highestOf([&](Level level) { return has(answers, level); });
+  __atomic_store_n(&rememberedLevel, static_cast<int>(highest) + 1, __ATOMIC_RELAXED);
+  return highest;
 }
 
 }  // namespace vek

@@ -27,6 +27,14 @@ bool cpuHas(Level level);
 /// The highest level of this build that the processor runs.
 Level highestLevel();
 
+/// The highest level of those that has() answers for; of portable nobody asks.
+template <class Has>
+Level highestOf(Has has) {
+  size_t i = levelCount - 1;
+  while (i > 0 && !has(static_cast<Level>(i))) --i;
+  return static_cast<Level>(i);
+}
+
 /// The level to run at now: the highest, or vekLevelLimit() where that is lower. It takes longer to
 /// find than a small kernel takes, so an exported function asks once and hands the level, or the
 /// tables that it selects, to what it calls.
