@@ -23,6 +23,11 @@ inline void orientPlane(const PlaceKernels& place, Plane<const Vek8u> src, const
     memcpy(dst.at(0, rows.first), src.row(rows.first), bytes);
     return;
   }
+  if (!dst.transposed) {
+    place.bytes1(src.row(rows.first), src.step, width, rows.end - rows.first, dst.at(0, rows.first),
+                 dst.dx, dst.dy);
+    return;
+  }
   forEachTile(dst, 1, width, rows, planeTile, [&](const Tile& tile) {
     place.bytes1(src.row(tile.y) + tile.x, src.step, tile.columns, tile.rows,
                  dst.at(tile.x, tile.y), dst.dx, dst.dy);

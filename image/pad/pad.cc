@@ -65,8 +65,13 @@ void padRow(const Frame& frame, ptrdiff_t y, int border, const Vek8u* value, Pla
     const auto copy = [&](const Vek8u* src, int count, Vek8u* dst, bool reversed) {
       if (!reversed) {
         copyBytes(dst, src, ptrdiff_t{count} * channels);
-      } else {
+      } else if (count > 16) {
         place(src, 0, count, 1, dst + ptrdiff_t{count - 1} * channels, -channels, 0);
+      } else {  // few are moved by the time that the call takes
+        for (int i = 0; i < count; ++i) {
+          memcpy(dst + ptrdiff_t{count - 1 - i} * channels, src + ptrdiff_t{i} * channels,
+                 channels);
+        }
       }
     };
     mirrorRuns(left, width, [&](int done, int count, bool reversed) {

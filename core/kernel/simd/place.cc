@@ -6,6 +6,7 @@
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
 #include "core/kernel/place_kernels.h"
+#include "core/kernel/unroll.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -145,13 +146,38 @@ struct Reversal {
   }
 };
 
+/// dst[n - 1 - k] = src[k] for n >= vectors * count pixels that fill vectors, in blocks of `vectors`
+/// vectors. The source is read upwards, as the rows are: that is how processors fetch ahead.
+template <int size, int vectors, class D>
+void reverseBlocks(D d, const Reversal<size, D>& reversal, const Vek8u* src, ptrdiff_t n,
+                   Vek8u* dst) {
+  constexpr ptrdiff_t count = Reversal<size, D>::count, block = vectors * count;
+  overlappingBlocks(n, block, [&](ptrdiff_t i) {
+    hn::Vec<D> pixels[vectors];
+    unrolled<vectors>([&](auto k) { pixels[k] = hn::LoadU(d, src + (i + k * count) * size); });
+    unrolled<vectors>([&](auto k) {
+      hn::StoreU(reversal.of(pixels[k]), d, dst + (n - i - (k + 1) * count) * size);
+    });
+  });
+}
+
 /// dst[k] = src[n - 1 - k] from pixel i on, as far as vectors go; returns where that is. Where the
 /// pixels leave bytes over, the load begins that much early, and the store's last bytes are the
 /// next one's first, so that the policies, whose blocks are whole vectors, do not serve.
 template <int size, class D>
 ptrdiff_t reverseVectors(D d, const Vek8u* src, ptrdiff_t i, ptrdiff_t n, Vek8u* dst) {
   using R = Reversal<size, D>;
-  if constexpr (R::possible) {
+  if constexpr (R::possible && R::spare == 0) {
+    const R reversal;
+    if (i == 0 && n >= 4 * R::count) {
+      reverseBlocks<size, 4>(d, reversal, src, n, dst);
+      return n;
+    }
+    if (i == 0 && n >= R::count) {
+      reverseBlocks<size, 1>(d, reversal, src, n, dst);
+      return n;
+    }
+  } else if constexpr (R::possible) {
     const R reversal;
     constexpr ptrdiff_t early = (R::spare + size - 1) / size;  // pixels that are touched besides
     for (; i + R::count + early <= n; i += R::count) {
@@ -240,13 +266,13 @@ void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
 #if defined(__AVX2__)
     if (n >= 2 * side) {
       return overlappingBlocks(n, 2 * side, [&](ptrdiff_t i) {
-        reverseThreesTwice(src + (n - 2 * side - i) * size, dst + i * size);
+        reverseThreesTwice(src + i * size, dst + (n - 2 * side - i) * size);
       });
     }
 #endif
     if (n >= side) {
       return overlappingBlocks(n, side, [&](ptrdiff_t i) {
-        reverseThrees(src + (n - side - i) * size, dst + i * size);
+        reverseThrees(src + i * size, dst + (n - side - i) * size);
       });
     }
   }
