@@ -26,11 +26,19 @@ inline Vek32u lastRowPhase(int srcHeight) {
   return static_cast<Vek32u>(srcHeight - 1) << 16;
 }
 
-/// The columns of a strip that begins with sample x of the scaled row, for nearest samples.
+/// The tiles of a column of tiles have the same columns, which one of them has prepared.
+inline bool arePrepared(const Columns& columns, Vek32u phase, Vek32u step, ptrdiff_t n) {
+  return columns.n == n && columns.phase == phase && columns.step == step;
+}
+
+/// The columns of a strip that begins with sample x of the scaled row, for nearest samples. A walk has
+/// Columns for one kind of samples and one source.
 inline void nearestColumns(const ResampleKernels& kernels, Vek32u step, ptrdiff_t x, ptrdiff_t n,
                            Columns& columns) {
   VEK_ASSERT(n <= Columns::maxCount);
-  columns.phase = halfSample + static_cast<Vek32u>(x) * step;
+  const Vek32u phase = halfSample + static_cast<Vek32u>(x) * step;
+  if (arePrepared(columns, phase, step, n)) return;
+  columns.phase = phase;
   columns.step = step;
   columns.n = n;
   if (step != oneSample) kernels.prepare(columns, false);
@@ -40,7 +48,9 @@ inline void nearestColumns(const ResampleKernels& kernels, Vek32u step, ptrdiff_
 inline void blendedColumns(const ResampleKernels& kernels, Vek32u step, ptrdiff_t x, ptrdiff_t n,
                            ptrdiff_t lastColumn, Columns& columns) {
   VEK_ASSERT(n <= Columns::maxCount);
-  columns.phase = static_cast<Vek32u>(x) * step;
+  const Vek32u phase = static_cast<Vek32u>(x) * step;
+  if (arePrepared(columns, phase, step, n)) return;
+  columns.phase = phase;
   columns.step = step;
   columns.n = n;
   columns.lastColumn = lastColumn;

@@ -7,6 +7,7 @@
 
 #include "camera/preview/resample_kernels.h"
 #include "core/assert.h"
+#include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -240,14 +241,14 @@ void storeFirst(D d, hn::Vec<D> v, ptrdiff_t count, Vek8u* dst) {
 #endif
 }
 
-/// Stores block(k) for all blocks k. This is the policy of overlapping blocks, by a loop of its own
-/// because a block can be shorter than the vector that is stored: the next block overwrites what is
-/// too much. The last ones, which have none behind them, are stored in part.
+/// Stores block(k) for all blocks k from `first` on. This is the policy of overlapping blocks, by a loop
+/// of its own because a block can be shorter than the vector that is stored: the next block overwrites
+/// what is too much. The last ones, which have none behind them, are stored in part.
 template <class D, class Block>
-void forEachBlock(D d, const Columns& c, Vek8u* dst, Block block) {
+void forEachBlock(D d, const Columns& c, ptrdiff_t first, Vek8u* dst, Block block) {
   constexpr ptrdiff_t stored = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
   const ptrdiff_t n = c.n, blockSize = c.blockSize, blocks = c.blocks;
-  ptrdiff_t k = 0;
+  ptrdiff_t k = first;
   for (; k * blockSize + stored <= n; ++k) hn::StoreU(block(k), d, dst + k * blockSize);
   for (; k < blocks; ++k) {
     const ptrdiff_t i = startOf(c, k);
@@ -259,14 +260,25 @@ void forEachBlock(D d, const Columns& c, Vek8u* dst, Block block) {
   }
 }
 
+/// Stores the blocks that are every other sample of a stretch of the row, if they fill a vector; returns
+/// how many those are.
+ptrdiff_t pickEveryOther(const Vek8u* row, const Columns& c, Vek8u* dst) {
+  const ptrdiff_t blocks = everyOtherBlocks(c), n = blocks * c.blockSize;
+  if (n < vectorBytes) return 0;
+  const Vek8u* const from = row + c.windows[0];
+  overlappingBlocks(n, vectorBytes, [&](ptrdiff_t i) {
+    const V8u lower = hn::LoadU(u8, from + 2 * i),
+              upper = hn::LoadU(u8, from + 2 * i + vectorBytes);
+    hn::StoreU(hn::ConcatEven(u8, upper, lower), u8, dst + i);
+  });
+  return blocks;
+}
+
 void nearest(const Vek8u* row, const Columns& c, Vek8u* dst) {
   if (c.blockSize == 0) return portable::resampleKernels.nearest(row, c, dst);
   const LookUp<Vek8u> samples(c);
-  forEachBlock(u8, c, dst, [&](ptrdiff_t k) {
-    if (k >= samples.everyOther) return samples.block(row, k);
-    const Vek8u* const from = samples.start(row, k);
-    return hn::ConcatEven(u8, hn::LoadU(u8, from + vectorBytes), hn::LoadU(u8, from));
-  });
+  forEachBlock(u8, c, pickEveryOther(row, c, dst), dst,
+               [&](ptrdiff_t k) { return samples.block(row, k); });
 }
 
 /// a + (((b - a) * fraction) >> 16) for fractions of 0..65535. The high product takes a fraction as
@@ -284,7 +296,8 @@ void blendRows(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& 
   const Vek16u* const fractions = c.fractions;
   const ptrdiff_t blockSize = c.blockSize;
   const V16s rowFraction = hn::Set(s16, static_cast<Vek16s>(fy));
-  forEachBlock(halfU8, c, dst, [&](ptrdiff_t k) {
+  const ptrdiff_t picked = across || down ? 0 : pickEveryOther(top, c, dst);
+  forEachBlock(halfU8, c, picked, dst, [&](ptrdiff_t k) {
     const auto sampled = [&](const Vek8u* row) {
       const V8u pairs =
           k < samples.everyOther ? hn::LoadU(u8, samples.start(row, k)) : samples.block(row, k);
