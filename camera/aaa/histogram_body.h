@@ -12,12 +12,13 @@ namespace {
 
 /// ExposureKernels::measureGreens for rows before which pHist was counted: those counts help to
 /// populate bins but are not part of the sums. Each green of a group has bins of its own, since
-/// neighbours are often equal and an increment must not wait for the one before it.
+/// neighbours are often equal and an increment must not wait for the one before it. Nor may equal bins
+/// be multiples of 4096 bytes apart, which processors take for the same at first.
 GreenHistogram countAllGreens(const Vek16u* pSrc, int srcStep, int width, int height,
-                              Vek32u countThresh, const Vek32u* pHist) {
+                              Vek32u countThresh, Vek32u* pHist) {
   VEK_ASSERT(width >= 1 && height >= 1 && srcStep % 2 == 0);
   constexpr Vek16u sampleBits = histogramBins - 1;
-  Vek32u bins[4][histogramBins] = {};
+  Vek32u bins[4][histogramBins + 32] = {};
   const ptrdiff_t rowSamples = srcStep / 2;
   for (ptrdiff_t y = 0; y < height; y += 2) {
     const Vek16u* top = pSrc + y * rowSamples;
@@ -34,7 +35,8 @@ GreenHistogram countAllGreens(const Vek16u* pSrc, int srcStep, int width, int he
     const Vek32u count = bins[0][i] + bins[1][i] + bins[2][i] + bins[3][i];
     greens.samples += count;
     greens.sum += static_cast<Vek32u>(i) * count;
-    if (pHist[i] + count >= countThresh) {
+    pHist[i] += count;
+    if (pHist[i] >= countThresh) {
       greens.highest = i;
       greens.lowest = greens.lowest < i ? greens.lowest : i;
     }

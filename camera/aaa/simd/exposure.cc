@@ -8,17 +8,16 @@ namespace {
 
 constexpr ptrdiff_t blockSamples = static_cast<ptrdiff_t>(hn::MaxLanes(s16));
 
-/// The greens of `blockSamples` columns of two rows.
-V16s greensAt(const Vek16u* top, const Vek16u* bottom) {
-  const auto at = [](const Vek16u* row) {
-    return hn::LoadU(s16, reinterpret_cast<const Vek16s*>(row));
-  };
-  return hn::And(hn::OddEven(at(top), at(bottom)), hn::Set(s16, saturatedSample));
+/// The greens of `blockSamples` columns of two rows, each one more than it is: 1 to 1023, and 0 for
+/// saturated ones, which are none of those.
+V16u greensAt(const Vek16u* top, const Vek16u* bottom) {
+  const V16u samples = hn::OddEven(hn::LoadU(u16, top), hn::LoadU(u16, bottom));
+  return hn::And(hn::Add(samples, hn::Set(u16, 1)), hn::Set(u16, saturatedSample));
 }
 
 /// The last blocks of two rows, `n` samples and then saturated ones, which count for nothing. (The
 /// zeros that copiedBlocks() appends would be counted.)
-V16s lastGreens(const Vek16u* top, const Vek16u* bottom, ptrdiff_t n) {
+V16u lastGreens(const Vek16u* top, const Vek16u* bottom, ptrdiff_t n) {
   alignas(64) Vek16u rows[2][blockSamples];
   memset(rows, 0xFF, sizeof rows);
   memcpy(rows[0], top, static_cast<size_t>(n) * sizeof *top);
@@ -26,7 +25,7 @@ V16s lastGreens(const Vek16u* top, const Vek16u* bottom, ptrdiff_t n) {
   return greensAt(rows[0], rows[1]);
 }
 
-/// Whether the fullest bin of `counted` samples would reach the threshold with `most` of them.
+/// Whether the fullest bin of `counted` row pairs would reach the threshold with `most` of them.
 bool isPopulatedSoon(const Vek32u* hist, Vek32u countThresh, ptrdiff_t counted, ptrdiff_t most) {
   Vek32u fullest = 0;
   for (int i = 0; i < saturatedSample; ++i) fullest = fullest > hist[i] ? fullest : hist[i];
@@ -34,77 +33,116 @@ bool isPopulatedSoon(const Vek32u* hist, Vek32u countThresh, ptrdiff_t counted, 
          uint64_t{countThresh} * static_cast<uint64_t>(counted);
 }
 
-/// Only the lowest and the highest populated bin are wanted, so a sample between two bins that are
-/// already known to be populated need not be counted. In most frames this soon leaves next to none. A
-/// sample that is counted here takes longer than in a plain histogram; where they do not become few,
-/// or the fullest bin of the first ones tells that they will not, a plain histogram measures the rest
-/// of the frame.
-GreenHistogram measureGreens(const Vek16u* pSrc, int srcStep, int width, int height,
-                             Vek32u countThresh, Vek32u* pHist) {
-  VEK_ASSERT(width >= 1 && height >= 1 && srcStep % 2 == 0);
-  Vek32s lowest = countThresh == 0 ? 0 : saturatedSample;
-  Vek32s highest = countThresh == 0 ? saturatedSample - 1 : 0;
-  auto low = hn::Set(s16, static_cast<Vek16s>(lowest));
-  auto high = hn::Set(s16, static_cast<Vek16s>(highest));
-  auto sum = hn::Zero(s32), sum2 = hn::Zero(s32);
-  Vek32u saturatedCount = 0;
-  ptrdiff_t counted = 0;
-  const auto measure = [&](V16s greens) {
-    sum = hn::ReorderWidenMulAccumulate(s32, greens, hn::Set(s16, 1), sum, sum2);
-    const auto saturated = hn::Eq(greens, hn::Set(s16, saturatedSample));
-    saturatedCount += static_cast<Vek32u>(hn::CountTrue(s16, saturated));
-    const auto outside = hn::AndNot(saturated, hn::Or(hn::Lt(greens, low), hn::Gt(greens, high)));
-    if (HWY_LIKELY(hn::AllFalse(s16, outside))) return;
+/// Rows of groups of four columns.
+struct GreenRows {
+  const Vek16u* data;
+  ptrdiff_t step;            ///< in samples
+  ptrdiff_t columns, pairs;  ///< pairs of rows
+};
 
+/// Measures rows from pair `y` on, until all are or more than `most` samples had to be counted; returns
+/// the first pair that is left. Samples between bins that are already known to be populated need not
+/// be counted, nor saturated ones.
+ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek32u countThresh,
+                         Vek32u* pHist, GreenHistogram& greens) {
+  constexpr ptrdiff_t block = 2 * blockSamples;
+  const V16u one = hn::Set(u16, 1);
+  V32s sum = hn::Zero(s32), samples = hn::Zero(s32);
+  V16u low, high;  // the latter one more than it is
+  const auto setBounds = [&] {
+    low = hn::Set(u16, static_cast<Vek16u>(greens.lowest));
+    high = hn::Set(u16, static_cast<Vek16u>(greens.highest + 1));
+  };
+  setBounds();
+  ptrdiff_t counted = 0;
+  const auto count = [&](V16u v) {
+    const V16s more = hn::BitCast(s16, v), values = hn::Sub(more, hn::Set(s16, 1));
+    const auto isBelow =
+        hn::And(hn::Lt(values, hn::BitCast(s16, low)), hn::Gt(more, hn::Zero(s16)));
+    const auto outside = hn::Or(isBelow, hn::Gt(more, hn::BitCast(s16, high)));
     counted += static_cast<ptrdiff_t>(hn::CountTrue(s16, outside));
-    alignas(64) Vek16s values[blockSamples];
-    hn::Store(greens, s16, values);
+    alignas(64) Vek16s bins[blockSamples];
+    hn::Store(values, s16, bins);
     uint64_t uncounted = 0;
     hn::StoreMaskBits(s16, outside, reinterpret_cast<Vek8u*>(&uncounted));
     for (; uncounted != 0; uncounted &= uncounted - 1) {
-      const Vek32s value = values[__builtin_ctzll(uncounted)];
-      if (++pHist[value] < countThresh) continue;
-      lowest = lowest < value ? lowest : value;
-      highest = highest > value ? highest : value;
+      const Vek32s bin = bins[__builtin_ctzll(uncounted)];
+      if (++pHist[bin] < countThresh) continue;
+      greens.lowest = greens.lowest < bin ? greens.lowest : bin;
+      greens.highest = greens.highest > bin ? greens.highest : bin;
     }
-    low = hn::Set(s16, static_cast<Vek16s>(lowest));
-    high = hn::Set(s16, static_cast<Vek16s>(highest));
+  };
+  const auto plusLanes = [](V32s acc, V16u v) {
+    return plusDot(acc, hn::BitCast(s16, v), hn::Set(s16, 1));
+  };
+  // Less one, saturated samples are 65535 and not below `low`; as they are, 0 and not above `high`.
+  const auto measure = [&](V16u a, V16u b) {
+    sum = plusLanes(sum, hn::Add(a, b));
+    samples = plusLanes(samples, hn::Add(hn::Min(a, one), hn::Min(b, one)));
+    const V16u below = hn::SaturatedSub(low, hn::Min(hn::Sub(a, one), hn::Sub(b, one)));
+    const V16u above = hn::SaturatedSub(hn::Max(a, b), high);
+    const V8u outside = hn::BitCast(u8, hn::Or(below, above));
+    if (HWY_LIKELY(hn::AllTrue(u8, hn::Eq(outside, hn::Zero(u8))))) return;
+    count(a);
+    count(b);
+    setBounds();
   };
 
-  const ptrdiff_t columns = (ptrdiff_t{width} + 3) / 4 * 4;
-  const ptrdiff_t rowPairs = (ptrdiff_t{height} + 1) / 2;
-  const ptrdiff_t rowSamples = srcStep / 2;
-  const ptrdiff_t mostCounted = columns * rowPairs / 8 + 16384;
-  const ptrdiff_t fewCounted = columns * rowPairs / 128 + 512;
-  bool isForeseen = false;  // whether few have been counted, and the fullest bin looked at
-  ptrdiff_t y = 0;
-  for (; y < rowPairs && counted <= mostCounted; ++y) {
-    if (!isForeseen && counted >= fewCounted) {
-      isForeseen = true;
-      if (lowest > highest && !isPopulatedSoon(pHist, countThresh, counted, mostCounted)) break;
-    }
-    const Vek16u* top = pSrc + 2 * y * rowSamples;
-    const Vek16u* bottom = top + rowSamples;
+  for (; y < rows.pairs && counted <= most; ++y) {
+    const Vek16u* top = rows.data + 2 * y * rows.step;
+    const Vek16u* bottom = top + rows.step;
     ptrdiff_t x = 0;
     // The last sample of the lower row must not be read, so the last block is always a copy.
-    for (; x + blockSamples < columns; x += blockSamples) measure(greensAt(top + x, bottom + x));
-    measure(lastGreens(top + x, bottom + x, columns - x));
+    for (; x + block < rows.columns; x += block) {
+      measure(greensAt(top + x, bottom + x),
+              greensAt(top + x + blockSamples, bottom + x + blockSamples));
+    }
+    V16u last = hn::Zero(u16);
+    if (x + blockSamples < rows.columns) {
+      last = greensAt(top + x, bottom + x);
+      x += blockSamples;
+    }
+    measure(last, lastGreens(top + x, bottom + x, rows.columns - x));
   }
-  const Vek32u measured =
-      static_cast<Vek32u>(y * ((columns - 1) / blockSamples + 1) * blockSamples);
-  const auto total = hn::BitCast(u32, hn::Add(sum, sum2));
-  GreenHistogram greens = {measured - saturatedCount,
-                           sumOfLanes(u32, total) - Vek32u{saturatedSample} * saturatedCount,
-                           lowest, highest};
-  if (y < rowPairs) {
-    const GreenHistogram rest =
-        countAllGreens(pSrc + 2 * y * rowSamples, srcStep, width, static_cast<int>(height - 2 * y),
-                       countThresh, pHist);
-    greens.samples += rest.samples;
-    greens.sum += rest.sum;
-    greens.lowest = lowest < rest.lowest ? lowest : rest.lowest;
-    greens.highest = highest > rest.highest ? highest : rest.highest;
+  const Vek32u counts = sumOfLanes(u32, hn::BitCast(u32, samples));
+  greens.samples += counts;
+  greens.sum += sumOfLanes(u32, hn::BitCast(u32, sum)) - counts;
+  return y;
+}
+
+/// Only the lowest and the highest populated bin are wanted. The first rows are counted in a plain
+/// histogram until a bin is populated; if the fullest one tells that none will be, so is everything.
+/// From then on a sample is counted only if it lies outside of the populated bins, in most frames next
+/// to none. One that is takes longer than in a plain histogram, which measures the rest of a frame in
+/// which they do not become few.
+GreenHistogram measureGreens(const Vek16u* pSrc, int srcStep, int width, int height,
+                             Vek32u countThresh, Vek32u* pHist) {
+  VEK_ASSERT(width >= 1 && height >= 1 && srcStep % 2 == 0);
+  const GreenRows rows = {.data = pSrc,
+                          .step = srcStep / 2,
+                          .columns = (ptrdiff_t{width} + 3) / 4 * 4,
+                          .pairs = (ptrdiff_t{height} + 1) / 2};
+  GreenHistogram greens = {0, 0, saturatedSample, 0};
+  ptrdiff_t y = 0;
+  const auto countPlainly = [&](ptrdiff_t pairs) {
+    const ptrdiff_t wanted = 2 * pairs, left = height - 2 * y;
+    const GreenHistogram part =
+        countAllGreens(pSrc + 2 * y * rows.step, srcStep, width,
+                       static_cast<int>(wanted < left ? wanted : left), countThresh, pHist);
+    greens.samples += part.samples;
+    greens.sum += part.sum;
+    greens.lowest = greens.lowest < part.lowest ? greens.lowest : part.lowest;
+    greens.highest = greens.highest > part.highest ? greens.highest : part.highest;
+    y += pairs;
+  };
+  const ptrdiff_t few = 8192 / rows.columns + rows.pairs / 128 + 1;  // then twice as many
+  for (ptrdiff_t pairs = few; y < rows.pairs && greens.lowest > greens.highest; pairs = y) {
+    const bool isFutile = y > 0 && !isPopulatedSoon(pHist, countThresh, y, rows.pairs);
+    countPlainly(isFutile ? rows.pairs - y : pairs);
   }
+  const ptrdiff_t mostCounted = rows.columns * rows.pairs / 8 + 16384;
+  if (y < rows.pairs) y = measureOutside(rows, y, mostCounted, countThresh, pHist, greens);
+  if (y < rows.pairs) countPlainly(rows.pairs - y);
   return greens;
 }
 
