@@ -96,14 +96,14 @@ inline V8u shuffled(const ShuffleOrder& order, V8u v) {
   return hn::TableLookupBytesOr0(v, hn::LoadDup128(u8, order.at));
 }
 
-/// Stores the 128-bit blocks of v 48 bytes apart.
-inline void store128BitBlocks(V8u v, Vek8u* dst) {
+/// Stores the 128-bit blocks of v `distance` bytes apart.
+inline void store128BitBlocks(V8u v, Vek8u* dst, ptrdiff_t distance = 48) {
   if constexpr (vectorBytes == 16) {
     hn::StoreU(v, u8, dst);
   } else {
     const hn::Half<decltype(u8)> half;
     hn::StoreU(hn::LowerHalf(half, v), half, dst);
-    hn::StoreU(hn::UpperHalf(half, v), half, dst + 48);
+    hn::StoreU(hn::UpperHalf(half, v), half, dst + distance);
   }
 }
 
@@ -140,41 +140,84 @@ inline Channels separated(V8u first, V8u second, V8u third) {
   }
 }
 
+#if HWY_ARCH_X86
+
+// Byte 3 i + c of the 48 bytes of sixteen pixels is channel c of pixel i: lane (3 i + c) % 16 of one of the
+// three vectors in memory. No two samples of a channel share a lane, so that one shuffle and two blends
+// for each vector are all it takes.
+
+/// 0xFF in every third lane from `phase` on.
+template <int phase>
+constexpr ShuffleOrder thirdOf16Lanes = [] {
+  ShuffleOrder flags = {};
+  for (int i = phase; i < 16; i += 3) flags.at[i] = 0xFF;
+  return flags;
+}();
+
+/// Lanes 0, 3, ... of each 128 bits of a, lanes 1, 4, ... of b, lanes 2, 5, ... of c.
+HWY_INLINE V8u blendThirdsOf16(V8u a, V8u b, V8u c) {
+  const auto isFirst = hn::MaskFromVec(hn::LoadDup128(u8, thirdOf16Lanes<0>.at));
+  const auto isSecond = hn::MaskFromVec(hn::LoadDup128(u8, thirdOf16Lanes<1>.at));
+  return hn::IfThenElse(isFirst, a, hn::IfThenElse(isSecond, b, c));
+}
+
+/// For each pixel the lane in which its sample of a channel is.
+template <int channel>
+constexpr ShuffleOrder laneOfPixel = [] {
+  ShuffleOrder order = {};
+  for (int i = 0; i < 16; ++i) order.at[i] = static_cast<Vek8u>((3 * i + channel) % 16);
+  return order;
+}();
+
+inline Channels loadChannels(const Vek8u* src) {
+  const auto load = [src](int i) {
+    if constexpr (vectorBytes == 16) {
+      return hn::LoadU(u8, src + 16 * i);
+    } else {
+      const hn::Half<decltype(u8)> half;
+      return hn::Combine(u8, hn::LoadU(half, src + 48 + 16 * i), hn::LoadU(half, src + 16 * i));
+    }
+  };
+  const V8u a = load(0), b = load(1), c = load(2);
+  return {shuffled(laneOfPixel<0>, blendThirdsOf16(a, c, b)),
+          shuffled(laneOfPixel<1>, blendThirdsOf16(b, a, c)),
+          shuffled(laneOfPixel<2>, blendThirdsOf16(c, b, a))};
+}
+
+/// For each lane the pixel whose sample is in it. A block holds its 16 pixels in order, or (evenFirst)
+/// the eight even ones before the eight odd ones.
+template <int channel, bool evenFirst>
+constexpr ShuffleOrder pixelOfLane = [] {
+  ShuffleOrder order = {};
+  for (int i = 0; i < 16; ++i) {
+    const int at = evenFirst ? i % 2 * 8 + i / 2 : i;
+    order.at[(3 * i + channel) % 16] = static_cast<Vek8u>(at);
+  }
+  return order;
+}();
+
+/// Stores sixteen pixels of each 128-bit block of the channels, the blocks `distance` bytes apart.
+template <bool evenFirst = false>
+HWY_INLINE void storeChannels(const Channels& v, Vek8u* dst, ptrdiff_t distance = 48) {
+  const V8u x = shuffled(pixelOfLane<0, evenFirst>, v.c0);
+  const V8u y = shuffled(pixelOfLane<1, evenFirst>, v.c1);
+  const V8u z = shuffled(pixelOfLane<2, evenFirst>, v.c2);
+  store128BitBlocks(blendThirdsOf16(x, y, z), dst, distance);
+  store128BitBlocks(blendThirdsOf16(y, z, x), dst + 16, distance);
+  store128BitBlocks(blendThirdsOf16(z, x, y), dst + 32, distance);
+}
+
+#else
+
 inline Channels loadChannels(const Vek8u* src) {
   Channels v;
   hn::LoadInterleaved3(u8, src, v.c0, v.c1, v.c2);
   return v;
 }
 
-#if HWY_ARCH_X86
-
-/// Puts one channel's samples of a 128-bit block at their places in one third of the 48 bytes that the
-/// block's pixels take in memory, and 0 at the places of the other channels. The block holds its 16
-/// pixels in order, or (evenFirst) the eight even ones before the eight odd ones.
-template <int channel, int third, bool evenFirst>
-constexpr ShuffleOrder thirdOfPixels = [] {
-  ShuffleOrder order = {};
-  for (int j = 0; j < 16; ++j) {
-    const int pixel = (16 * third + j) / 3;
-    const int at = evenFirst ? pixel % 2 * 8 + pixel / 2 : pixel;
-    order.at[j] = (16 * third + j) % 3 == channel ? static_cast<Vek8u>(at) : noByte;
-  }
-  return order;
-}();
-
-template <bool evenFirst = false>
-void storeChannels(const Channels& v, Vek8u* dst) {
-  unrolled<3>([&](auto third) {
-    const V8u bytes = hn::Or(hn::Or(shuffled(thirdOfPixels<0, third, evenFirst>, v.c0),
-                                    shuffled(thirdOfPixels<1, third, evenFirst>, v.c1)),
-                             shuffled(thirdOfPixels<2, third, evenFirst>, v.c2));
-    store128BitBlocks(bytes, dst + 16 * third.value);
-  });
-}
-
-#else
-
-inline void storeChannels(const Channels& v, Vek8u* dst) {
+/// A vector has one block.
+inline void storeChannels(const Channels& v, Vek8u* dst, ptrdiff_t = 48) {
+  static_assert(vectorBytes == 16);
   hn::StoreInterleaved3(v.c0, v.c1, v.c2, u8, dst);
 }
 

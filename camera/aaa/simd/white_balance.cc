@@ -38,55 +38,45 @@ Columns loadColumns(const Vek8u* samples) {
           hn::OddEven(hn::BitCast(u16, b), hn::BitCast(u16, hn::ShiftRight<16>(a)))};
 }
 
-/// |a - b|, right if the difference fits 16 signed bits.
-V16s distance(V16u a, V16u b) {
-  return hn::Abs(hn::BitCast(s16, hn::Sub(a, b)));
+/// 0 in the lanes where the difference a - b, modulo 65536, is above -limit and below limit.
+V16u outside(V16u a, V16u b, Vek16u limit) {
+  const V16u shifted = hn::Add(hn::Sub(a, b), hn::Set(u16, static_cast<Vek16u>(limit - 1)));
+  return hn::SaturatedSub(shifted, hn::Set(u16, static_cast<Vek16u>(2 * limit - 2)));
 }
 
-/// sum += the products of lanes, in adjacent pairs.
-void accumulate(V32s& sum, V16s values, V16s counted) {
-  auto upper = hn::Zero(s32);
-  sum = hn::ReorderWidenMulAccumulate(s32, values, counted, sum, upper);
-  sum = hn::Add(sum, upper);
-}
-
-/// Signed 16-bit lanes are enough for samples of any value. A white point's four samples sum to less
-/// than 4092, so none of them, nor a difference between them, is larger. Any other quad fails the test
-/// of the saturated sum, which as a signed number is then either at least 4092 or negative.
+/// 16-bit lanes are enough for samples of any value. A white point's four samples sum to less than 4092,
+/// so none of them, nor a difference between them, is larger. Any other quad fails the test of the
+/// saturated sum. All tests give 0 where they are passed, which takes fewer instructions than
+/// comparisons; what is added up is multiplied by -1, the mask of the lanes that passed all.
 ColorSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
                          const WhitePointLimits& limits, Vek32u* pCount) {
   VEK_ASSERT(w % 2 == 0 && h % 2 == 0);
+  *pCount = 0;
+  if (limits.high4 < limits.low4 + 2) return {0, 0, 0};
   constexpr int block = static_cast<int>(hn::MaxLanes(s16));
-  const auto limit = [](Vek16u v) { return hn::Set(s16, static_cast<Vek16s>(v)); };
-  const auto redLimit = limit(limits.redLimit);
-  const auto blueLimit = limit(limits.blueLimit);
-  const auto greenLimit = limit(limits.greenLimit);
-  const auto low4 = limit(limits.low4);
-  const auto high4 = limit(limits.high4);
-  auto red = hn::Zero(s32);
-  auto green = hn::Zero(s32);
-  auto blue = hn::Zero(s32);
-  auto quads = hn::Zero(s32);
+  const V16u lowest = hn::Set(u16, static_cast<Vek16u>(limits.low4 + 1));
+  const V16u range = hn::Set(u16, static_cast<Vek16u>(limits.high4 - limits.low4 - 2));
+  V32s red = hn::Zero(s32), green = hn::Zero(s32), blue = hn::Zero(s32), quads = hn::Zero(s32);
   forEachQuadBlock<block>(pWin, srcStep, w, h, [&](const Vek8u* top, const Vek8u* bottom) {
     const Columns redGreen = loadColumns(top);
     const Columns greenBlue = loadColumns(bottom);
-    const auto greens = hn::SaturatedAdd(redGreen.second, greenBlue.first);
-    const auto average = hn::AverageRound(redGreen.second, greenBlue.first);
-    const auto redBlue = hn::SaturatedAdd(redGreen.first, greenBlue.second);
-    const auto all = hn::BitCast(s16, hn::SaturatedAdd(greens, redBlue));
-    const auto isNeutral = hn::And(hn::Lt(distance(redGreen.first, average), redLimit),
-                                   hn::Lt(distance(greenBlue.second, average), blueLimit));
-    const auto isModerate = hn::And(hn::Lt(low4, all), hn::Lt(all, high4));
-    const auto isWhite =
-        hn::And(hn::And(isNeutral, isModerate), hn::Lt(distance(greens, redBlue), greenLimit));
-    const auto counted = hn::IfThenElseZero(isWhite, hn::Set(s16, 1));
-    accumulate(red, hn::BitCast(s16, redGreen.first), counted);
-    accumulate(green, hn::BitCast(s16, greens), counted);
-    accumulate(blue, hn::BitCast(s16, greenBlue.second), counted);
-    accumulate(quads, counted, counted);
+    const V16u greens = hn::SaturatedAdd(redGreen.second, greenBlue.first);
+    const V16u average = hn::AverageRound(redGreen.second, greenBlue.first);
+    const V16u redBlue = hn::SaturatedAdd(redGreen.first, greenBlue.second);
+    const V16u all = hn::SaturatedAdd(greens, redBlue);
+    const V16u failed = hn::Or(hn::Or(outside(redGreen.first, average, limits.redLimit),
+                                      outside(greenBlue.second, average, limits.blueLimit)),
+                               hn::Or(outside(greens, redBlue, limits.greenLimit),
+                                      hn::SaturatedSub(hn::Sub(all, lowest), range)));
+    const V16s isWhite = hn::BitCast(s16, hn::VecFromMask(u16, hn::Eq(failed, hn::Zero(u16))));
+    red = plusDot(red, hn::BitCast(s16, redGreen.first), isWhite);
+    green = plusDot(green, hn::BitCast(s16, greens), isWhite);
+    blue = plusDot(blue, hn::BitCast(s16, greenBlue.second), isWhite);
+    quads = plusDot(quads, isWhite, isWhite);
   });
+  const auto minus = [](V32s v) { return 0 - sumOfLanes(u32, hn::BitCast(u32, v)); };
   *pCount = 4 * sumOfLanes(s32, quads);
-  return {sumOfLanes(s32, red), sumOfLanes(s32, green), sumOfLanes(s32, blue)};
+  return {minus(red), minus(green), minus(blue)};
 }
 
 }  // namespace
