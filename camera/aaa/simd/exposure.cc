@@ -8,8 +8,8 @@ namespace {
 
 constexpr ptrdiff_t blockSamples = static_cast<ptrdiff_t>(hn::MaxLanes(s16));
 
-/// The greens of `blockSamples` columns of two rows, each one more than it is: 1 to 1023, and 0 for
-/// saturated ones, which are none of those.
+/// The greens of `blockSamples` columns of two rows, each plus 1 modulo 1024: 1 to 1023, or 0 if it is
+/// saturated.
 V16u greensAt(const Vek16u* top, const Vek16u* bottom) {
   const V16u samples = hn::OddEven(hn::LoadU(u16, top), hn::LoadU(u16, bottom));
   return hn::And(hn::Add(samples, hn::Set(u16, 1)), hn::Set(u16, saturatedSample));
@@ -48,7 +48,7 @@ ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek
   constexpr ptrdiff_t block = 2 * blockSamples;
   const V16u one = hn::Set(u16, 1);
   V32s sum = hn::Zero(s32), samples = hn::Zero(s32);
-  V16u low, high;  // the latter one more than it is
+  V16u low, high;  // the latter plus 1
   const auto setBounds = [&] {
     low = hn::Set(u16, static_cast<Vek16u>(greens.lowest));
     high = hn::Set(u16, static_cast<Vek16u>(greens.highest + 1));
@@ -75,7 +75,8 @@ ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek
   const auto plusLanes = [](V32s acc, V16u v) {
     return plusDot(acc, hn::BitCast(s16, v), hn::Set(s16, 1));
   };
-  // Less one, saturated samples are 65535 and not below `low`; as they are, 0 and not above `high`.
+  // Neither comparison finds a saturated sample: minus 1 it is 65535, not below `low`, and as it is 0,
+  // not above `high`.
   const auto measure = [&](V16u a, V16u b) {
     sum = plusLanes(sum, hn::Add(a, b));
     samples = plusLanes(samples, hn::Add(hn::Min(a, one), hn::Min(b, one)));
@@ -104,9 +105,8 @@ ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek
     }
     measure(last, lastGreens(top + x, bottom + x, rows.columns - x));
   }
-  const Vek32u counts = sumOfLanes(u32, hn::BitCast(u32, samples));
-  greens.samples += counts;
-  greens.sum += sumOfLanes(u32, hn::BitCast(u32, sum)) - counts;
+  greens.samples += sumOfLanes(s32, samples);
+  greens.sum += sumOfLanes(s32, hn::Sub(sum, samples));
   return y;
 }
 

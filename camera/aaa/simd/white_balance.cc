@@ -74,9 +74,9 @@ ColorSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
     blue = plusDot(blue, hn::BitCast(s16, greenBlue.second), isWhite);
     quads = plusDot(quads, isWhite, isWhite);
   });
-  const auto minus = [](V32s v) { return 0 - sumOfLanes(u32, hn::BitCast(u32, v)); };
   *pCount = 4 * sumOfLanes(s32, quads);
-  return {minus(red), minus(green), minus(blue)};
+  return {sumOfLanes(s32, hn::Neg(red)), sumOfLanes(s32, hn::Neg(green)),
+          sumOfLanes(s32, hn::Neg(blue))};
 }
 
 }  // namespace
