@@ -57,9 +57,10 @@ ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek
   ptrdiff_t counted = 0;
   const auto count = [&](V16u v) {
     const V16s more = hn::BitCast(s16, v), values = hn::Sub(more, hn::Set(s16, 1));
-    const auto isBelow =
-        hn::And(hn::Lt(values, hn::BitCast(s16, low)), hn::Gt(more, hn::Zero(s16)));
-    const auto outside = hn::Or(isBelow, hn::Gt(more, hn::BitCast(s16, high)));
+    const auto isBelow = hn::And(hn::Lt(values, hn::Set(s16, static_cast<Vek16s>(greens.lowest))),
+                                 hn::Gt(more, hn::Zero(s16)));
+    const auto outside =
+        hn::Or(isBelow, hn::Gt(values, hn::Set(s16, static_cast<Vek16s>(greens.highest))));
     counted += static_cast<ptrdiff_t>(hn::CountTrue(s16, outside));
     alignas(64) Vek16s bins[blockSamples];
     hn::Store(values, s16, bins);
@@ -73,7 +74,7 @@ ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek
     }
   };
   const auto plusLanes = [](V32s acc, V16u v) {
-    return plusDot(acc, hn::BitCast(s16, v), hn::Set(s16, 1));
+    return plusProducts(acc, hn::BitCast(s16, v), hn::Set(s16, 1));
   };
   // Neither comparison finds a saturated sample: minus 1 it is 65535, not below `low`, and as it is 0,
   // not above `high`.

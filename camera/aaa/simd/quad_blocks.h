@@ -32,6 +32,17 @@ void forEachQuadBlock(const Vek16u* pWin, int srcStep, int w, int h, Body body) 
   }
 }
 
+/// acc + the products of lanes, added up in any order.
+inline V32s plusProducts(V32s acc, V16s a, V16s b) {
+#if HWY_ARCH_X86
+  return plusDot(acc, a, b);
+#else
+  V32s upper = hn::Zero(s32);
+  acc = hn::ReorderWidenMulAccumulate(s32, a, b, acc, upper);
+  return hn::Add(acc, upper);
+#endif
+}
+
 /// The sum of all lanes modulo 2^32. Highway's own sum may add signed numbers, which must not
 /// overflow.
 template <class D>

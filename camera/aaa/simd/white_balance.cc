@@ -69,10 +69,10 @@ ColorSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
                                hn::Or(outside(greens, redBlue, limits.greenLimit),
                                       hn::SaturatedSub(hn::Sub(all, lowest), range)));
     const V16s isWhite = hn::BitCast(s16, hn::VecFromMask(u16, hn::Eq(failed, hn::Zero(u16))));
-    red = plusDot(red, hn::BitCast(s16, redGreen.first), isWhite);
-    green = plusDot(green, hn::BitCast(s16, greens), isWhite);
-    blue = plusDot(blue, hn::BitCast(s16, greenBlue.second), isWhite);
-    quads = plusDot(quads, isWhite, isWhite);
+    red = plusProducts(red, hn::BitCast(s16, redGreen.first), isWhite);
+    green = plusProducts(green, hn::BitCast(s16, greens), isWhite);
+    blue = plusProducts(blue, hn::BitCast(s16, greenBlue.second), isWhite);
+    quads = plusProducts(quads, isWhite, isWhite);
   });
   *pCount = 4 * sumOfLanes(s32, quads);
   return {sumOfLanes(s32, hn::Neg(red)), sumOfLanes(s32, hn::Neg(green)),
