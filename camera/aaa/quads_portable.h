@@ -6,9 +6,14 @@
 #include <stddef.h>
 
 #include "core/assert.h"
+#include "core/kernel/words.h"
 
 namespace vek::portable {
 namespace {
+
+inline Vek32u pairAt(const Vek16u* samples) {
+  return loadWord<Vek32u>(reinterpret_cast<const Vek8u*>(samples));
+}
 
 /// Calls quad(red, top green, bottom green, blue) for every whole quad of a w x h window.
 template <class Quad>
@@ -19,7 +24,13 @@ void forEachQuad(const Vek16u* pWin, int srcStep, int w, int h, Quad quad) {
     const Vek16u* top = pWin + y * rowSamples;
     const Vek16u* bottom = top + rowSamples;
     for (ptrdiff_t x = 0; x + 1 < w; x += 2) {
-      quad(Vek32u{top[x]}, Vek32u{top[x + 1]}, Vek32u{bottom[x]}, Vek32u{bottom[x + 1]});
+      if constexpr (hasWords) {
+        // Two samples are a word each, whose halves vectors take in its place.
+        const Vek32u redGreen = pairAt(top + x), greenBlue = pairAt(bottom + x);
+        quad(redGreen & 0xFFFF, redGreen >> 16, greenBlue & 0xFFFF, greenBlue >> 16);
+      } else {
+        quad(Vek32u{top[x]}, Vek32u{top[x + 1]}, Vek32u{bottom[x]}, Vek32u{bottom[x + 1]});
+      }
     }
   }
 }

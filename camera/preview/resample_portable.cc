@@ -1,16 +1,29 @@
 // Sampled rows, sample by sample.
+#include <stdint.h>
+#include <string.h>
+
 #include "camera/preview/resample_kernels.h"
 #include "core/assert.h"
+#include "core/kernel/words.h"
 
 namespace vek::portable {
 namespace {
 
-/// The loops take each phase as it comes.
-void prepare(Columns& /*columns*/, bool /*blended*/) {}
-
 /// Whether the samples lie in every other column: loops that vectors can take.
 bool isByTwo(const Columns& columns) {
   return columns.step == 2 << 16;
+}
+
+/// For blends in vectors, the columns and fractions of the phases, which the rows of a tile share:
+/// blocks of one sample. Other levels come to these kernels with no blocks at all.
+void prepare(Columns& columns, bool blended) {
+  columns.blockSize = hasWords && blended && !isByTwo(columns) ? 1 : 0;
+  if (columns.blockSize == 0) return;
+  for (ptrdiff_t i = 0; i < columns.n; ++i) {
+    const Vek32u phase = columns.phase + static_cast<Vek32u>(i) * columns.step;
+    columns.windows[i] = static_cast<Vek32s>(phase >> 16);
+    columns.fractions[i] = static_cast<Vek16u>(phase & 0xFFFF);
+  }
 }
 
 void pickByTwo(const Vek8u* __restrict row, ptrdiff_t n, Vek8u* __restrict dst) {
@@ -37,8 +50,8 @@ struct Blend16 {
   Vek16s fraction, missing;
 
   explicit Blend16(Vek32s fullFraction)
-      : fraction(static_cast<Vek16s>(fullFraction < 32768 ? fullFraction : fullFraction - 65536)),
-        missing(static_cast<Vek16s>(fullFraction < 32768 ? 0 : -1)) {}
+      : fraction(static_cast<Vek16s>(fullFraction)),
+        missing(static_cast<Vek16s>(fraction < 0 ? -1 : 0)) {}
 
   Vek16s of(Vek16s a, Vek16s b) const {
     const Vek16s difference = static_cast<Vek16s>(b - a);
@@ -58,18 +71,63 @@ void bilinearByTwo(const Vek8u* __restrict top, const Vek8u* __restrict bottom, 
   }
 }
 
-void bilinear(const Vek8u* __restrict top, const Vek8u* __restrict bottom, Vek32s fy,
-              const Columns& columns, Vek8u* __restrict dst) {
+/// Samples and their right neighbours: pairs[i] is row[columns[i]] and 256 times the sample after it.
+/// Collected in words, since storing them one by one takes longer than loading.
+[[gnu::noinline]] void loadPairs(const Vek8u* row, const Vek32s* columns, ptrdiff_t n,
+                                 Vek16u* pairs) {
+  const auto pairAt = [&](ptrdiff_t i) { return loadWord<Vek16u>(row + columns[i]); };
+  ptrdiff_t i = 0;
+  for (; i <= n - 4; i += 4) {
+    const uint64_t four = pairAt(i) | Vek32u{pairAt(i + 1)} << 16 | uint64_t{pairAt(i + 2)} << 32 |
+                          uint64_t{pairAt(i + 3)} << 48;
+    memcpy(pairs + i, &four, sizeof four);
+  }
+  for (; i < n; ++i) pairs[i] = pairAt(i);
+}
+
+[[gnu::noinline]] void blendPairs(const Vek16u* __restrict top, const Vek16u* __restrict bottom,
+                                  const Vek16u* __restrict fractions, Vek32s fy, ptrdiff_t n,
+                                  Vek8u* __restrict dst) {
+  const Blend16 down(fy);
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const Blend16 across(fractions[i]);
+    const auto row = [&](Vek16u pair) {
+      return across.of(static_cast<Vek16s>(pair & 0xFF), static_cast<Vek16s>(pair >> 8));
+    };
+    dst[i] = static_cast<Vek8u>(down.of(row(top[i]), row(bottom[i])));
+  }
+}
+
+/// Blends the samples that have a right neighbour, and returns their number.
+ptrdiff_t bilinearPairs(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& columns,
+                        Vek8u* dst) {
+  constexpr ptrdiff_t block = 256;
+  alignas(16) Vek16u upper[block], lower[block];
+  ptrdiff_t n = columns.n;
+  while (n > 0 && columns.windows[n - 1] >= columns.lastColumn) --n;
+  for (ptrdiff_t x = 0; x < n; x += block) {
+    const ptrdiff_t count = n - x < block ? n - x : block;
+    loadPairs(top, columns.windows + x, count, upper);
+    loadPairs(bottom, columns.windows + x, count, lower);
+    blendPairs(upper, lower, columns.fractions + x, fy, count, dst + x);
+  }
+  return n;
+}
+
+void bilinear(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& columns,
+              Vek8u* __restrict dst) {
   VEK_ASSERT(columns.n <= Columns::maxCount && fy >= 0 && fy <= 0xFFFF);
   if (fy == 0) bottom = top;
   Vek32u phase = columns.phase;
+  if (((phase | columns.step) & 0xFFFF) == 0 && fy == 0) return nearest(top, columns, dst);
   const ptrdiff_t first = phase >> 16;
   const Vek32s firstFx = static_cast<Vek32s>(phase & 0xFFFF);
-  if (isByTwo(columns) && (firstFx | fy) == 0) return pickByTwo(top + first, columns.n, dst);
   if (isByTwo(columns) && first + 2 * columns.n - 1 <= columns.lastColumn) {
     return bilinearByTwo(top + first, bottom + first, firstFx, fy, columns.n, dst);
   }
-  for (ptrdiff_t i = 0; i < columns.n; ++i) {
+  ptrdiff_t i = columns.blockSize == 1 ? bilinearPairs(top, bottom, fy, columns, dst) : 0;
+  phase += static_cast<Vek32u>(i) * columns.step;
+  for (; i < columns.n; ++i) {
     const ptrdiff_t left = phase >> 16;
     const ptrdiff_t right = left < columns.lastColumn ? left + 1 : left;
     const Vek32s fx = static_cast<Vek32s>(phase & 0xFFFF);

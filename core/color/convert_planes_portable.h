@@ -6,34 +6,67 @@
 #include "core/color/color_matrix.h"
 #include "core/color/convert_planes.h"
 #include "core/color/pixel_block.h"
+#include "core/color/weighted_bytes.h"
+#include "core/kernel/words.h"
 
 namespace vek::portable {
 namespace {
+
+/// What output k is before it is clamped, without centres.
+template <const Matrix& m, int k>
+constexpr ByteWeights weightsOf = {.weight = {m.factor[k][0], m.factor[k][1], m.factor[k][2]},
+                                   .offset = m.offset[k] - m.factor[k][0] * m.centre[0] -
+                                             m.factor[k][1] * m.centre[1] -
+                                             m.factor[k][2] * m.centre[2]};
 
 /// Output k of the matrix for n pixels.
 template <const Matrix& m, int k>
 [[gnu::noinline]] void convertComponent(const Vek8u* __restrict a, const Vek8u* __restrict b,
                                         const Vek8u* __restrict c, ptrdiff_t n,
                                         Vek8u* __restrict dst) {
-  for (ptrdiff_t i = 0; i < n; ++i) dst[i] = static_cast<Vek8u>(component<m, k>(a[i], b[i], c[i]));
+  ptrdiff_t i = weighVectors<m.fractionBits, 1>(a, b, c, n, {weightsOf<m, k>}, {dst});
+  for (; i < n; ++i) dst[i] = static_cast<Vek8u>(component<m, k>(a[i], b[i], c[i]));
+}
+
+/// All outputs of the matrix for n pixels.
+template <const Matrix& m>
+[[gnu::noinline]] void convertComponents(const Vek8u* a, const Vek8u* b, const Vek8u* c,
+                                         ptrdiff_t n, Vek8u* dst0, Vek8u* dst1, Vek8u* dst2) {
+  const ptrdiff_t i = weighVectors<m.fractionBits, 3>(
+      a, b, c, n, {weightsOf<m, 0>, weightsOf<m, 1>, weightsOf<m, 2>}, {dst0, dst1, dst2});
+  if (i == n) return;
+  convertComponent<m, 0>(a + i, b + i, c + i, n - i, dst0 + i);
+  convertComponent<m, 1>(a + i, b + i, c + i, n - i, dst1 + i);
+  convertComponent<m, 2>(a + i, b + i, c + i, n - i, dst2 + i);
 }
 
 /// `Format` is a packed format, or Rgb24 for the three outputs in order, whatever they are.
 template <const Matrix& m, class Format>
 [[gnu::noinline]] void convertBlock(const Vek8u* __restrict a, const Vek8u* __restrict b,
                                     const Vek8u* __restrict c, ptrdiff_t n, Vek8u* __restrict dst) {
-  if constexpr (Format::bytes == 2) {
+  if constexpr (Format::bytes == 3) {
+    PixelBlock out;
+    convertComponents<m>(a, b, c, n, out.channel[Format::rPos], out.channel[Format::gPos],
+                         out.channel[Format::bPos]);
+    join(out, n, dst);
+  } else if constexpr (weighsVectors) {
+    PixelBlock out;
+    convertComponents<m>(a, b, c, n, out.channel[0], out.channel[1], out.channel[2]);
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      const auto field = [i](const Vek8u* bytes, int bits, int position) {
+        return static_cast<Vek16u>(bytes[i] >> (8 - bits) << position);
+      };
+      const int word = field(out.channel[0], Format::rBits, Format::rPos) |
+                       field(out.channel[1], Format::gBits, Format::gPos) |
+                       field(out.channel[2], Format::bBits, Format::bPos);
+      storeWord(static_cast<Vek16u>(word), dst + 2 * i);
+    }
+  } else {
     for (ptrdiff_t i = 0; i < n; ++i) {
       Format::store(dst + 2 * i, component<m, 0, Format::rBits>(a[i], b[i], c[i]),
                     component<m, 1, Format::gBits>(a[i], b[i], c[i]),
                     component<m, 2, Format::bBits>(a[i], b[i], c[i]));
     }
-  } else {
-    PixelBlock out;
-    convertComponent<m, 0>(a, b, c, n, out.channel[Format::rPos]);
-    convertComponent<m, 1>(a, b, c, n, out.channel[Format::gPos]);
-    convertComponent<m, 2>(a, b, c, n, out.channel[Format::bPos]);
-    join(out, n, dst);
   }
 }
 

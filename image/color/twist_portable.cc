@@ -3,26 +3,46 @@
 
 #include "core/assert.h"
 #include "core/color/pixel_block.h"
+#include "core/color/weighted_bytes.h"
 #include "image/color/twist_kernels.h"
 
 namespace vek::portable {
 namespace {
 
 /// `Sum` is wide enough for the weights: 32 bits for a combination that fits16Bits(), else 64. It is
-/// made of weights of half its bits, which compilers multiply in vectors.
+/// made of weights of half its bits, which compilers multiply in vectors. From sample `first` on.
 template <class Sum, int shift>
-[[gnu::noinline]] void combine(const PixelBlock& p, ptrdiff_t n, const Combination& c,
-                               Vek8u* __restrict dst) {
+[[gnu::noinline]] void combine(const PixelBlock& p, ptrdiff_t first, ptrdiff_t n,
+                               const Combination& c, Vek8u* __restrict dst) {
   using Weight = std::conditional_t<sizeof(Sum) == 4, Vek16s, Vek32s>;
   const Weight w0 = static_cast<Weight>(c.weight[0]), w1 = static_cast<Weight>(c.weight[1]),
                w2 = static_cast<Weight>(c.weight[2]);
   const Sum offset = Sum{c.offset} + (Sum{1} << (shift - 1));
-  for (ptrdiff_t i = 0; i < n; ++i) {
+  for (ptrdiff_t i = first; i < n; ++i) {
     const Sum sum =
         Sum{w0} * p.channel[0][i] + Sum{w1} * p.channel[1][i] + Sum{w2} * p.channel[2][i] + offset;
     const Sum value = sum >> shift;
     dst[i] = static_cast<Vek8u>(value < 0 ? 0 : value > 255 ? 255 : value);
   }
+}
+
+/// With sums of 32 bits, as far as vectors take them.
+template <class Sum, int shift, int outputs>
+void combineAll(const PixelBlock& p, ptrdiff_t n, const Combination* channels,
+                Vek8u* const (&dst)[outputs]) {
+  ptrdiff_t done = 0;
+  if constexpr (sizeof(Sum) == 4) {
+    ByteWeights weights[outputs];
+    for (int k = 0; k < outputs; ++k) {
+      for (int c = 0; c < 3; ++c) {
+        weights[k].weight[c] = static_cast<Vek16s>(channels[k].weight[c]);
+      }
+      weights[k].offset = channels[k].offset + (1 << (shift - 1));
+    }
+    done = weighVectors<shift, outputs>(p.channel[0], p.channel[1], p.channel[2], n, weights, dst);
+  }
+  if (done == n) return;
+  for (int k = 0; k < outputs; ++k) combine<Sum, shift>(p, done, n, channels[k], dst[k]);
 }
 
 template <class Sum, int shift>
@@ -31,7 +51,7 @@ void combineRow(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& c)
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in;
     separate(src + 3 * x, count, in);
-    combine<Sum, shift>(in, count, c, dst + x);
+    combineAll<Sum, shift, 1>(in, count, &c, {dst + x});
   });
 }
 
@@ -60,7 +80,7 @@ void twist(ptrdiff_t n, const Vek8u* src, Vek8u* __restrict dst, const Combinati
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in, out;
     separate(src + 3 * x, count, in);
-    for (int k = 0; k < 3; ++k) combine<Sum, 10>(in, count, channels[k], out.channel[k]);
+    combineAll<Sum, 10, 3>(in, count, channels, {out.channel[0], out.channel[1], out.channel[2]});
     join(out, count, dst + 3 * x);
   });
 }

@@ -50,9 +50,7 @@ void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in;
     separate(rgb + 3 * x, count, in);
-    convertComponent<m, 0>(in.channel[0], in.channel[1], in.channel[2], count, y + x);
-    convertComponent<m, 1>(in.channel[0], in.channel[1], in.channel[2], count, u + x);
-    convertComponent<m, 2>(in.channel[0], in.channel[1], in.channel[2], count, v + x);
+    convertComponents<m>(in.channel[0], in.channel[1], in.channel[2], count, y + x, u + x, v + x);
   });
 }
 

@@ -1,66 +1,124 @@
 // The accumulation of norms sample by sample.
 #include <stddef.h>
 #include <stdint.h>
+#include <type_traits>
 
 #include "core/assert.h"
+#include "core/kernel/words.h"
 #include "image/stat/norm_kernels.h"
 
 namespace vek::portable {
 namespace {
 
 struct Image {
-  static Vek32u at(const Vek8u* a, const Vek8u*, ptrdiff_t i) { return a[i]; }
+  static Vek8u at(const Vek8u* a, const Vek8u*, ptrdiff_t i) { return a[i]; }
 };
 struct Difference {
-  static Vek32u at(const Vek8u* a, const Vek8u* b, ptrdiff_t i) {
-    return a[i] > b[i] ? static_cast<Vek32u>(a[i] - b[i]) : static_cast<Vek32u>(b[i] - a[i]);
+  static Vek8u at(const Vek8u* a, const Vek8u* b, ptrdiff_t i) {
+    return static_cast<Vek8u>((a[i] > b[i] ? a[i] : b[i]) - (a[i] > b[i] ? b[i] : a[i]));
   }
 };
 
+/// A total of type `Narrow` takes `most` values.
 struct Largest {
+  using Narrow = Vek8u;
+  static constexpr ptrdiff_t most = PTRDIFF_MAX;
   template <class Total>
   static void take(Total& total, Total v) {
     total = v > total ? v : total;
   }
-  static Vek32u of(Vek32u v) { return v; }
+  static Vek8u of(Vek8u v) { return v; }
 };
 struct Sum {
+  using Narrow = Vek16u;
+  static constexpr ptrdiff_t most = 257;  // 257 * 255 < 2^16
   template <class Total>
   static void take(Total& total, Total v) {
-    total += v;
+    total = static_cast<Total>(total + v);
   }
-  static Vek32u of(Vek32u v) { return v; }
+  static Vek16u of(Vek8u v) { return v; }
 };
 struct SumOfSquares : Sum {
-  static Vek32u of(Vek32u v) { return v * v; }
+  using Narrow = Vek32u;
+  static constexpr ptrdiff_t most = 65536;  // 65536 * 255 * 255 < 2^32
+  static Vek16u of(Vek8u v) { return static_cast<Vek16u>(v * v); }
 };
 
-/// Pixels whose squares a 32-bit sum holds: 65536 * 255 * 255 < 2^32.
-constexpr ptrdiff_t runPixels = 65536;
+/// The totals of the channels, in registers. A row comes in blocks of `bytes` bytes at most, and after
+/// `blocks` of them the totals are full.
+template <class Measure, int channels>
+class ChannelTotals {
+ public:
+  static constexpr ptrdiff_t bytes = SumOfSquares::most * channels, blocks = 1;
 
-template <class Measure, class Values, int channels>
-void accumulateRun(const Vek8u* a, const Vek8u* b, ptrdiff_t n, uint64_t* totals) {
-  Vek32u sums[channels] = {};
-  for (ptrdiff_t i = 0; i < n; i += channels) {
+  template <class Values>
+  void take(const Vek8u* a, const Vek8u* b, ptrdiff_t n) {
+    Vek32u totals[channels] = {};
+    for (ptrdiff_t i = 0; i < n; i += channels) {
+      for (int c = 0; c < channels; ++c) {
+        Measure::take(totals[c], Vek32u{Measure::of(Values::at(a, b, i + c))});
+      }
+    }
+    for (int c = 0; c < channels; ++c) totals_[c] = totals[c];
+  }
+  void moveTo(uint64_t* totals) {
     for (int c = 0; c < channels; ++c) {
-      Measure::take(sums[c], Measure::of(Values::at(a, b, i + c)));
+      Measure::take(totals[c], uint64_t{totals_[c]});
+      totals_[c] = 0;
     }
   }
-  for (int c = 0; c < channels; ++c) Measure::take(totals[c], uint64_t{sums[c]});
-}
+
+ private:
+  Vek32u totals_[channels] = {};
+};
+
+/// A total for each byte of a block. Vectors take them in narrow lanes, whatever the channels are.
+template <class Measure, int channels>
+class ByteTotals {
+ public:
+  static constexpr ptrdiff_t bytes = 384, blocks = Measure::most;  // whole pixels and vectors
+
+  template <class Values>
+  void take(const Vek8u* a, const Vek8u* b, ptrdiff_t n) {
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      Measure::take(totals_[i], typename Measure::Narrow{Measure::of(Values::at(a, b, i))});
+    }
+  }
+  void moveTo(uint64_t* totals) {
+    for (ptrdiff_t i = 0; i < bytes; ++i) {
+      Measure::take(totals[i % channels], uint64_t{totals_[i]});
+      totals_[i] = 0;
+    }
+  }
+
+ private:
+  typename Measure::Narrow totals_[bytes] = {};
+};
+
+/// Squares of one channel are added in registers, too: they need lanes of 32 bits either way.
+template <class Measure, int channels>
+using Totals =
+    std::conditional_t<!hasWords || (channels == 1 && std::is_same_v<Measure, SumOfSquares>),
+                       ChannelTotals<Measure, channels>, ByteTotals<Measure, channels>>;
 
 template <class Measure, class Values, int channels>
 void accumulate(const NormRegion& region, uint64_t* totals) {
   VEK_ASSERT(region.rows >= 1 && region.rowBytes >= channels && region.rowBytes % channels == 0);
+  using Block = Totals<Measure, channels>;
+  Block block;
+  ptrdiff_t room = Block::blocks;
   for (ptrdiff_t y = 0; y < region.rows; ++y) {
     const Vek8u* a = region.a + y * region.aStep;
     const Vek8u* b = region.b + y * region.bStep;
-    for (ptrdiff_t x = 0; x < region.rowBytes; x += runPixels * channels) {
+    for (ptrdiff_t x = 0; x < region.rowBytes; x += Block::bytes) {
       const ptrdiff_t rest = region.rowBytes - x;
-      const ptrdiff_t n = rest < runPixels * channels ? rest : runPixels * channels;
-      accumulateRun<Measure, Values, channels>(a + x, b + x, n, totals);
+      block.template take<Values>(a + x, b + x, rest < Block::bytes ? rest : Block::bytes);
+      if (--room > 0) continue;
+      block.moveTo(totals);
+      room = Block::blocks;
     }
   }
+  block.moveTo(totals);
 }
 
 template <class Measure, class Values>
