@@ -1,4 +1,5 @@
 // The arithmetic on single samples, as its definition reads.
+#include "core/kernel/words.h"
 #include "image/arith/arithmetic_body.h"
 #include "image/arith/pointwise_portable.h"
 
@@ -21,11 +22,35 @@ Vek16u exact(Product, Vek8u a, Vek8u b) {
   return static_cast<Vek16u>(a * b);
 }
 
+/// e >> (shift - 1) is the upper half of e times `power`, or of e times 2^16 for a shift of 1: then it
+/// is e & unshifted.
+struct RightShift {
+  Vek16u power, unshifted;
+};
+struct RightShifts {
+  RightShift by[17];
+};
+constexpr RightShifts rightShifts = [] {
+  RightShifts shifts = {};
+  shifts.by[1] = {0, 0xFFFF};
+  for (int i = 2; i <= 16; ++i) shifts.by[i] = {static_cast<Vek16u>(1 << (17 - i)), 0};
+  return shifts;
+}();
+
 /// (e + 2^(shift - 1)) >> shift without its sum, which may be too long: the bits that are shifted
-/// out first never carry. The mask tells the compiler that vectors of 16-bit lanes can shift so.
+/// out first never carry. Compilers shift lanes by a variable in 32 bits alone; they see that factors
+/// have 16 bits if they come from a table.
 Vek8u scaled(ShiftRight, Vek16u e, int shift) {
-  const Vek16u doubled = static_cast<Vek16u>(e >> ((shift - 1) & 15));
-  return clamped(static_cast<Vek16u>((doubled + 1) >> 1));
+  Vek16u doubled;
+  if constexpr (hasWords) {
+    const RightShift by = rightShifts.by[shift];
+    const Vek16u shifted = static_cast<Vek16u>((Vek32u{e} * by.power) >> 16);
+    doubled = static_cast<Vek16u>(shifted | (e & by.unshifted));
+  } else {
+    doubled = static_cast<Vek16u>(e >> (shift - 1));
+  }
+  const Vek16s rounded = static_cast<Vek16s>((doubled + 1) >> 1);
+  return static_cast<Vek8u>(rounded < 255 ? rounded : 255);
 }
 /// Shifts by at most 8, so that 16 bits hold 255 shifted. Lanes of 16 bits can multiply.
 Vek8u scaled(ShiftLeft, Vek16u e, int shift) {

@@ -8,6 +8,7 @@
 
 #include "core/assert.h"
 #include "image/filter/box/box_kernels.h"
+#include "image/filter/scale_sums.h"
 
 namespace vek::VEK_LEVEL {
 namespace {
@@ -31,7 +32,18 @@ void slideColumns(Vek16u* __restrict columns, const Vek8u* __restrict entering,
   }
 }
 
-/// Sums up a block of windows column by column.
+/// sums[i] += what follows at the distances step, 2 step, ... in `more` columns.
+template <int more, class Sum>
+void addFollowing(const Vek16u* __restrict columns, ptrdiff_t step, ptrdiff_t n,
+                  Sum* __restrict sums) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    Sum sum = sums[i];
+    for (int k = 1; k <= more; ++k) sum = static_cast<Sum>(sum + columns[i + k * step]);
+    sums[i] = sum;
+  }
+}
+
+/// Sums up a block of windows, some columns at a time: the sums are loaded and stored less often.
 template <class Sum>
 void averageColumns(const Vek16u* __restrict columns, ptrdiff_t width, ptrdiff_t pixelBytes,
                     ptrdiff_t n, const BoxScale& scale, Vek8u* __restrict dst) {
@@ -42,11 +54,21 @@ void averageColumns(const Vek16u* __restrict columns, ptrdiff_t width, ptrdiff_t
   for (ptrdiff_t x = 0; x < n; x += block) {
     const ptrdiff_t count = n - x < block ? n - x : block;
     for (ptrdiff_t i = 0; i < count; ++i) sums[i] = columns[x + i];
-    for (ptrdiff_t k = 1; k < width; ++k) {
-      const Vek16u* next = columns + x + k * pixelBytes;
-      for (ptrdiff_t i = 0; i < count; ++i) sums[i] = static_cast<Sum>(sums[i] + next[i]);
+    const Vek16u* last = columns + x;  // that has been added
+    ptrdiff_t left = width - 1;
+    for (; left >= 4; left -= 4, last += 4 * pixelBytes) {
+      addFollowing<4>(last, pixelBytes, count, sums);
     }
-    for (ptrdiff_t i = 0; i < count; ++i) dst[x + i] = boxMean(sums[i], scale.factor);
+    for (; left >= 2; left -= 2, last += 2 * pixelBytes) {
+      addFollowing<2>(last, pixelBytes, count, sums);
+    }
+    if (left > 0) addFollowing<1>(last, pixelBytes, count, sums);
+    if constexpr (sizeof(Sum) == 2 && sizeof(void*) == 8) {
+      scaleSums16(sums, count, static_cast<Vek16u>(scale.factor >> 16),
+                  static_cast<Vek16u>(scale.factor & 0xFFFF), dst + x);
+    } else {
+      for (ptrdiff_t i = 0; i < count; ++i) dst[x + i] = boxMean(sums[i], scale.factor);
+    }
   }
 }
 
