@@ -1,7 +1,9 @@
 #include <string.h>
 
 #include "core/assert.h"
+#include "core/color/pixel_block.h"
 #include "core/color/pixel_format.h"
+#include "core/kernel/words.h"
 #include "image/dither/dither_kernels.h"
 #include "image/dither/thresholds.h"
 
@@ -63,17 +65,72 @@ struct Pixels16 {
   }
 };
 
+/// k[i] = (samples[i] * steps + threshold[i]) / 255, whose numerator is at most 65278. For such numbers
+/// v / 255 is (v + 1 + (v >> 8)) >> 8.
+[[gnu::noinline]] void orderSamples(const Vek8u* __restrict samples,
+                                    const Vek8u* __restrict threshold, Vek16u steps, ptrdiff_t n,
+                                    Vek8u* __restrict k) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const Vek16u v = static_cast<Vek16u>(samples[i] * steps + threshold[i]);
+    k[i] = static_cast<Vek8u>((v + 1 + (v >> 8)) >> 8);
+  }
+}
+
+template <class Destination>
+void storeBlock(const Destination& destination, const PixelBlock& k, ptrdiff_t n,
+                Vek8u* __restrict row, int x) {
+  for (int i = 0; i < n; ++i) {
+    int pixel[Destination::channels];
+    for (int c = 0; c < Destination::channels; ++c) pixel[c] = k.channel[c][i];
+    destination.store(row, x + i, pixel);
+  }
+}
+/// The same in vectors, which store 16 bits at a time.
+template <class Format>
+void storeBlock(const Pixels16<Format>&, const PixelBlock& k, ptrdiff_t n, Vek8u* __restrict row,
+                int x) {
+  Vek8u* const to = row + ptrdiff_t{x} * Format::bytes;
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const Vek16u red = k.channel[0][i], green = k.channel[1][i], blue = k.channel[2][i];
+    const int word = red << Format::rPos | green << Format::gPos | blue << Format::bPos;
+    storeWord(static_cast<Vek16u>(word), to + 2 * i);
+  }
+}
+
+/// A row in vectors.
+template <class Destination>
+void orderInBlocks(const Destination& destination, const Vek8u* src, int width,
+                   const Vek8u* thresholdRow, int originX, Vek8u* dst) {
+  constexpr int channels = Destination::channels;
+  Vek8u threshold[blockPixels];
+  for (int x = 0; x < blockPixels; ++x) threshold[x] = thresholdRow[(x + originX) & 7];
+  forEachBlock(width, [&](ptrdiff_t x, ptrdiff_t n) {
+    PixelBlock in, k;
+    if constexpr (channels == 3) separate(src + 3 * x, n, in);
+    for (int c = 0; c < channels; ++c) {
+      orderSamples(channels == 3 ? in.channel[c] : src + x, threshold,
+                   static_cast<Vek16u>(destination.levels(c).count - 1), n, k.channel[c]);
+    }
+    storeBlock(destination, k, n, dst, static_cast<int>(x));
+  });
+}
+
 template <class Destination>
 void order(const Picture& picture, int levels, VekiPoint origin) {
   VEK_ASSERT(picture.width >= 1 && picture.height >= 1 && levels >= 2 && levels <= 256);
   constexpr int channels = Destination::channels;
   const Destination destination(levels);
+  const int originX = origin.x & 7;
   for (int y = 0; y < picture.height; ++y) {
     const Vek8u* const src = picture.src + y * picture.srcStep;
     Vek8u* const dst = picture.dst + y * picture.dstStep;
     const Vek8u* const row = thresholds.at[(y + (origin.y & 7)) & 7];
+    if constexpr (hasWords) {
+      orderInBlocks(destination, src, picture.width, row, originX, dst);
+      continue;
+    }
     for (int x = 0; x < picture.width; ++x) {
-      const int threshold = row[(x + (origin.x & 7)) & 7];
+      const int threshold = row[(x + originX) & 7];
       int k[channels];
       for (int c = 0; c < channels; ++c) {
         const int steps = destination.levels(c).count - 1;
