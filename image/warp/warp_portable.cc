@@ -128,11 +128,104 @@ void nearest(const WarpSource& src, const Vek32s* columns, const Vek32s* rows, i
   }
 }
 
+#if defined(__SSE2__)
+
+// Sums of two products again, for several samples at a time: a half of the time or less.
+
+/// Weights 128 - f and f in both halves of each lane.
+inline __m128i weightPair(__m128i f) {
+  return _mm_add_epi32(_mm_set1_epi32(128), _mm_sub_epi32(_mm_slli_epi32(f, 16), f));
+}
+
+/// The samples of pairs in rows and the weights of rows and columns become four linear() samples, in
+/// bytes 0 to 3.
+inline __m128i blended(__m128i top, __m128i bottom, __m128i columnWeights, __m128i rowWeights) {
+  const __m128i upper = _mm_madd_epi16(top, columnWeights);  // at most 32640
+  const __m128i lower = _mm_madd_epi16(bottom, columnWeights);
+  const __m128i both = _mm_or_si128(upper, _mm_slli_epi32(lower, 16));
+  const __m128i sum = _mm_add_epi32(_mm_madd_epi16(both, rowWeights), _mm_set1_epi32(8192));
+  const __m128i words = _mm_packs_epi32(_mm_srli_epi32(sum, 14), _mm_setzero_si128());
+  return _mm_packus_epi16(words, words);
+}
+
+template <class Word>
+Word wordAt(const Vek8u* src) {
+  Word word;
+  memcpy(&word, src, sizeof word);
+  return word;
+}
+
+inline __m128i lowerHalf(uint64_t bytes) {
+  return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&bytes));
+}
+
+/// Four pixels of one channel.
+inline void linearVector(const WarpSource& src, const Vek32s* columns, const Vek32s* rows,
+                         Vek8u* dst) {
+  const auto fractions = [](const Vek32s* positions) {
+    const __m128i all = _mm_loadu_si128(reinterpret_cast<const __m128i*>(positions));
+    return _mm_and_si128(all, _mm_set1_epi32(127));
+  };
+  const Vek8u* at[4];
+  for (int k = 0; k < 4; ++k) at[k] = sampleAt<1>(src, columns[k] >> 7, rows[k] >> 7);
+  const auto pairs = [&at](ptrdiff_t offset) {
+    const uint64_t all = wordAt<Vek16u>(at[0] + offset) |
+                         Vek32u{wordAt<Vek16u>(at[1] + offset)} << 16 |
+                         uint64_t{wordAt<Vek16u>(at[2] + offset)} << 32 |
+                         uint64_t{wordAt<Vek16u>(at[3] + offset)} << 48;
+    return _mm_unpacklo_epi8(lowerHalf(all), _mm_setzero_si128());
+  };
+  const __m128i bytes = blended(pairs(0), pairs(src.step), weightPair(fractions(columns)),
+                                weightPair(fractions(rows)));
+  const int four = _mm_cvtsi128_si32(bytes);
+  memcpy(dst, &four, sizeof four);
+}
+
+/// A pixel of three channels.
+inline void linearPixel(const WarpSource& src, Vek32s column, Vek32s row, Vek8u* dst) {
+  const Vek8u* const first = sampleAt<3>(src, column >> 7, row >> 7);
+  const auto pairs = [first](ptrdiff_t offset) {
+    const uint64_t six =
+        wordAt<Vek32u>(first + offset) | uint64_t{wordAt<Vek16u>(first + offset + 4)} << 32;
+    const __m128i bytes = lowerHalf(six);
+    const __m128i ordered = _mm_unpacklo_epi8(bytes, _mm_srli_epi64(bytes, 24));
+    return _mm_unpacklo_epi8(ordered, _mm_setzero_si128());
+  };
+  const __m128i bytes = blended(pairs(0), pairs(src.step), weightPair(_mm_set1_epi32(column & 127)),
+                                weightPair(_mm_set1_epi32(row & 127)));
+  const int four = _mm_cvtsi128_si32(bytes);
+  memcpy(dst, &four, 3);
+}
+
+/// Writes the first of n pixels, and returns how many.
+template <int channels>
+int linearVectors(const WarpSource& src, const Vek32s* columns, const Vek32s* rows, int n,
+                  Vek8u* dst) {
+  int k = 0;
+  if constexpr (channels == 1) {
+    for (; k <= n - 4; k += 4) linearVector(src, columns + k, rows + k, dst + k);
+  } else {
+    for (; k < n; ++k) linearPixel(src, columns[k], rows[k], dst + 3 * k);
+  }
+  return k;
+}
+
+#else
+
+template <int channels>
+int linearVectors(const WarpSource&, const Vek32s*, const Vek32s*, int, Vek8u*) {
+  return 0;
+}
+
+#endif
+
 template <int channels>
 void linearRow(const WarpSource& src, const Vek32s* columns, const Vek32s* rows, int n,
                Vek8u* dst) {
   VEK_ASSERT(n >= 1);
-  for (int k = 0; k < n; ++k) {
+  int k = linearVectors<channels>(src, columns, rows, n, dst);
+  dst += channels * k;
+  for (; k < n; ++k) {
     const Vek8u* const first = sampleAt<channels>(src, columns[k] >> 7, rows[k] >> 7);
     for (int c = 0; c < channels; ++c) {
       const auto at = [&](int a, int b) { return first[b * src.step + a * channels + c]; };
