@@ -70,9 +70,60 @@ template <const Matrix& m, class Format>
   }
 }
 
+// Without vectors, pixel by pixel from where they lie.
+
+/// Whether luma has the same factor in all outputs.
+template <const Matrix& m>
+constexpr bool hasCommonLuma = m.factor[0][0] == m.factor[1][0] && m.factor[0][0] == m.factor[2][0];
+
+/// Luma samples are `lumaStep` bytes apart and chroma samples `chromaStep`; each of these serves
+/// `pixels` (1 or 2) pixels, whose products with chroma are made once.
+template <int pixels, int lumaStep, int chromaStep, const Matrix& m, class Format>
+void convertPixels(const Vek8u* __restrict y, const Vek8u* __restrict cb,
+                   const Vek8u* __restrict cr, ptrdiff_t n, Vek8u* __restrict dst) {
+  static_assert(hasCommonLuma<m>);
+  for (ptrdiff_t i = 0; i < n; i += pixels, cb += chromaStep, cr += chromaStep) {
+    if constexpr (pixels == 1) {
+      Format::store(dst, component<m, 0, Format::rBits>(*y, *cb, *cr),
+                    component<m, 1, Format::gBits>(*y, *cb, *cr),
+                    component<m, 2, Format::bBits>(*y, *cb, *cr));
+      y += lumaStep;
+      dst += Format::bytes;
+      continue;
+    }
+    const auto part = [&]<int k>() {
+      constexpr ByteWeights w = weightsOf<m, k>;
+      return w.weight[1] * *cb + w.weight[2] * *cr + w.offset;
+    };
+    const Vek32s red = part.template operator()<0>(), green = part.template operator()<1>(),
+                 blue = part.template operator()<2>();
+    const auto store = [&] {
+      const Vek32s luma = m.factor[0][0] * *y;
+      const auto field = [luma]<int bits>(Vek32s chroma) {
+        return clampToBits<bits>((luma + chroma) >> (m.fractionBits + 8 - bits));
+      };
+      Format::store(dst, field.template operator()<Format::rBits>(red),
+                    field.template operator()<Format::gBits>(green),
+                    field.template operator()<Format::bBits>(blue));
+      y += lumaStep;
+      dst += Format::bytes;
+    };
+    store();
+    if (pixels == 2 && i + 1 < n) store();
+  }
+}
+
+/// Output k of n pixels of three bytes, whose samples become `dstStep` bytes apart.
+template <const Matrix& m, int k>
+void convertTriples(const Vek8u* pixels, ptrdiff_t n, Vek8u* dst, ptrdiff_t dstStep) {
+  constexpr ByteWeights w = weightsOf<m, k>;
+  weighTriples<m.fractionBits, !staysInBytes<m.fractionBits>(w)>(pixels, n, w, dst, dstStep);
+}
+
 /// Each chroma sample of a row serves `pixels` (1 or 2) pixels.
 template <int pixels, const Matrix& m, class Format>
 void convertRow(const Vek8u* y, const Vek8u* cb, const Vek8u* cr, ptrdiff_t n, Vek8u* dst) {
+  if constexpr (!hasWords) return convertPixels<pixels, 1, 1, m, Format>(y, cb, cr, n, dst);
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     Vek8u* const to = dst + x * Format::bytes;
     if constexpr (pixels == 1) {

@@ -20,6 +20,31 @@ struct ByteWeights {
   Vek32s offset;
 };
 
+/// Whether no output leaves 0..255 before it is clamped.
+template <int shift>
+constexpr bool staysInBytes(const ByteWeights& weights) {
+  Vek32s least = weights.offset, most = weights.offset;
+  for (Vek16s w : weights.weight) (w < 0 ? least : most) += 255 * w;
+  return least >= 0 && most >> shift <= 255;
+}
+
+/// For processors without vectors: the output of n pixels of three bytes, `dstStep` bytes apart.
+template <int shift, bool clamps>
+[[gnu::noinline]] void weighTriples(const Vek8u* __restrict pixels, ptrdiff_t n,
+                                    const ByteWeights& weights, Vek8u* __restrict dst,
+                                    ptrdiff_t dstStep) {
+  const ByteWeights* given = &weights;
+  // Where compilers know the weights, they multiply in several additions each.
+  asm("" : "+r"(given));
+  const ByteWeights w = *given;
+  for (ptrdiff_t i = 0; i < n; ++i, pixels += 3, dst += dstStep) {
+    const Vek32s v =
+        (w.offset + w.weight[0] * pixels[0] + w.weight[1] * pixels[1] + w.weight[2] * pixels[2]) >>
+        shift;
+    *dst = static_cast<Vek8u>(!clamps ? v : v < 0 ? 0 : v > 255 ? 255 : v);
+  }
+}
+
 #if defined(__SSE2__)
 
 constexpr bool weighsVectors = true;

@@ -4,6 +4,7 @@
 #include "core/assert.h"
 #include "core/color/pixel_block.h"
 #include "core/color/weighted_bytes.h"
+#include "core/kernel/words.h"
 #include "image/color/twist_kernels.h"
 
 namespace vek::portable {
@@ -26,6 +27,14 @@ template <class Sum, int shift>
   }
 }
 
+/// Of a combination that fits16Bits(), with what rounds it.
+template <int shift>
+constexpr ByteWeights byteWeights(const Combination& c) {
+  return {{static_cast<Vek16s>(c.weight[0]), static_cast<Vek16s>(c.weight[1]),
+           static_cast<Vek16s>(c.weight[2])},
+          c.offset + (1 << (shift - 1))};
+}
+
 /// With sums of 32 bits, as far as vectors take them.
 template <class Sum, int shift, int outputs>
 void combineAll(const PixelBlock& p, ptrdiff_t n, const Combination* channels,
@@ -33,12 +42,7 @@ void combineAll(const PixelBlock& p, ptrdiff_t n, const Combination* channels,
   ptrdiff_t done = 0;
   if constexpr (sizeof(Sum) == 4) {
     ByteWeights weights[outputs];
-    for (int k = 0; k < outputs; ++k) {
-      for (int c = 0; c < 3; ++c) {
-        weights[k].weight[c] = static_cast<Vek16s>(channels[k].weight[c]);
-      }
-      weights[k].offset = channels[k].offset + (1 << (shift - 1));
-    }
+    for (int k = 0; k < outputs; ++k) weights[k] = byteWeights<shift>(channels[k]);
     done = weighVectors<shift, outputs>(p.channel[0], p.channel[1], p.channel[2], n, weights, dst);
   }
   if (done == n) return;
@@ -48,6 +52,9 @@ void combineAll(const PixelBlock& p, ptrdiff_t n, const Combination* channels,
 template <class Sum, int shift>
 void combineRow(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& c) {
   VEK_ASSERT(n >= 1);
+  if constexpr (!hasWords && sizeof(Sum) == 4) {
+    return weighTriples<shift, true>(src, n, byteWeights<shift>(c), dst, 1);
+  }
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in;
     separate(src + 3 * x, count, in);
@@ -61,6 +68,10 @@ void luma(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   VEK_ASSERT(n >= 1);
   static_assert(lumaWeights.weight[0] == 4 * 76 + 2 && lumaWeights.weight[1] == 4 * 150 + 1 &&
                 lumaWeights.weight[2] == 4 * 29 + 1 && lumaWeights.offset == 0);
+  if constexpr (!hasWords) {
+    static_assert(staysInBytes<10>(byteWeights<10>(lumaWeights)));
+    return weighTriples<10, false>(src, n, byteWeights<10>(lumaWeights), dst, 1);
+  }
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in;
     separate(src + 3 * x, count, in);
@@ -77,6 +88,12 @@ void luma(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
 template <class Sum>
 void twist(ptrdiff_t n, const Vek8u* src, Vek8u* __restrict dst, const Combination* channels) {
   VEK_ASSERT(n >= 1);
+  if constexpr (!hasWords && sizeof(Sum) == 4) {
+    for (int k = 0; k < 3; ++k) {
+      weighTriples<10, true>(src, n, byteWeights<10>(channels[k]), dst + k, 3);
+    }
+    return;
+  }
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in, out;
     separate(src + 3 * x, count, in);

@@ -10,6 +10,16 @@ namespace {
 // Interleaved images, by blocks of pixels.
 
 struct Interleaved444 {
+  template <const Matrix& m, class Format>
+  static void convertPixels(ptrdiff_t n, const Vek8u* data, Vek8u* dst) {
+    if constexpr (hasCommonLuma<m>) {
+      portable::convertPixels<1, 3, 3, m, Format>(data, data + 1, data + 2, n, dst);
+    } else {
+      convertTriples<m, 0>(data, n, dst, 3);
+      convertTriples<m, 1>(data, n, dst + 1, 3);
+      convertTriples<m, 2>(data, n, dst + 2, 3);
+    }
+  }
   static void separate(const Vek8u* data, ptrdiff_t x, ptrdiff_t n, PixelBlock& __restrict to) {
     portable::separate(data + 3 * x, n, to);
   }
@@ -17,6 +27,10 @@ struct Interleaved444 {
 
 /// Two pixels are the bytes Y, Cb, Y, Cr; an odd last pixel has them all, too.
 struct Interleaved422 {
+  template <const Matrix& m, class Format>
+  static void convertPixels(ptrdiff_t n, const Vek8u* data, Vek8u* dst) {
+    portable::convertPixels<2, 2, 4, m, Format>(data, data + 1, data + 3, n, dst);
+  }
   static void separate(const Vek8u* __restrict data, ptrdiff_t x, ptrdiff_t n,
                        PixelBlock& __restrict to) {
     const Vek8u* const from = data + 2 * x;
@@ -36,6 +50,7 @@ struct Interleaved422 {
 template <class Source, const Matrix& m, class Format>
 void convertInterleaved(ptrdiff_t n, const Vek8u* data, Vek8u* dst) {
   VEK_ASSERT(n >= 1);
+  if constexpr (!hasWords) return Source::template convertPixels<m, Format>(n, data, dst);
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in;
     Source::separate(data, x, count, in);
@@ -47,6 +62,12 @@ void convertInterleaved(ptrdiff_t n, const Vek8u* data, Vek8u* dst) {
 template <const Matrix& m>
 void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
+  if constexpr (!hasWords) {
+    convertTriples<m, 0>(rgb, n, y, 1);
+    convertTriples<m, 1>(rgb, n, u, 1);
+    convertTriples<m, 2>(rgb, n, v, 1);
+    return;
+  }
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in;
     separate(rgb + 3 * x, count, in);
@@ -57,6 +78,7 @@ void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
 // Where pixels share chroma: luma of n pixels, chroma of the averages of several.
 
 struct SharedYcbcr {
+  static constexpr const Matrix& matrix = rgbToYcbcr;
   static void luma(const PixelBlock& p, ptrdiff_t n, Vek8u* y) { output<0>(p, n, y); }
   static void chroma(const PixelBlock& p, ptrdiff_t n, Vek8u* cb, Vek8u* cr) {
     output<1>(p, n, cb);
@@ -71,6 +93,7 @@ struct SharedYcbcr {
 };
 
 struct SharedYuv {
+  static constexpr const Matrix& matrix = rgbToYuv;
   static void luma(const PixelBlock& p, ptrdiff_t n, Vek8u* y) {
     convertComponent<rgbToYuv, 0>(p.channel[0], p.channel[1], p.channel[2], n, y);
   }
@@ -123,9 +146,55 @@ struct SharedYuv {
   }
 }
 
+// Without vectors, from pixels where they lie.
+
+/// Averages of pairs in one or two rows; of an odd last pixel there are no others.
+template <int rows>
+[[gnu::noinline]] void averageTriples(const Vek8u* __restrict top, const Vek8u* __restrict bottom,
+                                      ptrdiff_t n, PixelBlock& __restrict averages) {
+  const auto average = [&](ptrdiff_t at, ptrdiff_t next) {
+    const int sum = top[at] + top[next];
+    return static_cast<Vek8u>(rows == 1 ? (sum + 1) >> 1
+                                        : (sum + bottom[at] + bottom[next] + 2) >> 2);
+  };
+  for (ptrdiff_t i = 0; i < n / 2; ++i) {
+    for (int c = 0; c < 3; ++c) averages.channel[c][i] = average(6 * i + c, 6 * i + c + 3);
+  }
+  if (n % 2 == 0) return;
+  for (ptrdiff_t c = 0; c < 3; ++c) {
+    averages.channel[c][n / 2] = average(3 * (n - 1) + c, 3 * (n - 1) + c);
+  }
+}
+
+/// Calls convert(first pair, pairs, averages) for blocks of n pixels.
+template <int rows, class Convert>
+void shareChroma(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Convert convert) {
+  forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
+    PixelBlock shared;
+    averageTriples<rows>(top + 3 * x, bottom + 3 * x, count, shared);
+    convert(x / 2, (count + 1) / 2, shared);
+  });
+}
+
+template <class Space>
+void triplesToInterleaved422(ptrdiff_t n, const Vek8u* rgb, Vek8u* dst) {
+  convertTriples<Space::matrix, 0>(rgb, n, dst, 2);
+  if (n % 2 != 0) dst[2 * n] = dst[2 * n - 2];
+  shareChroma<1>(rgb, rgb, n, [&](ptrdiff_t first, ptrdiff_t pairs, const PixelBlock& p) {
+    Vek8u cb[blockPixels / 2], cr[blockPixels / 2];
+    Space::chroma(p, pairs, cb, cr);
+    Vek8u* const to = dst + 4 * first;
+    for (ptrdiff_t i = 0; i < pairs; ++i) {
+      to[4 * i + 1] = cb[i];
+      to[4 * i + 3] = cr[i];
+    }
+  });
+}
+
 template <class Space>
 void toInterleaved422(ptrdiff_t n, const Vek8u* rgb, Vek8u* __restrict dst) {
   VEK_ASSERT(n >= 1);
+  if constexpr (!hasWords) return triplesToInterleaved422<Space>(n, rgb, dst);
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in, shared, out;
     separate(rgb + 3 * x, count, in);
@@ -146,6 +215,12 @@ void toInterleaved422(ptrdiff_t n, const Vek8u* rgb, Vek8u* __restrict dst) {
 template <class Space>
 void toPlanes422(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
+  if constexpr (!hasWords) {
+    convertTriples<Space::matrix, 0>(rgb, n, y, 1);
+    return shareChroma<1>(rgb, rgb, n, [&](ptrdiff_t x, ptrdiff_t pairs, const PixelBlock& p) {
+      Space::chroma(p, pairs, u + x, v + x);
+    });
+  }
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock in, shared;
     separate(rgb + 3 * x, count, in);
@@ -160,6 +235,13 @@ template <class Space>
 void toPlanes420(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop, Vek8u* yBottom,
                  Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
+  if constexpr (!hasWords) {
+    convertTriples<Space::matrix, 0>(top, n, yTop, 1);
+    convertTriples<Space::matrix, 0>(bottom, n, yBottom, 1);
+    return shareChroma<2>(top, bottom, n, [&](ptrdiff_t x, ptrdiff_t pairs, const PixelBlock& p) {
+      Space::chroma(p, pairs, u + x, v + x);
+    });
+  }
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     PixelBlock upper, lower, shared;
     separate(top + 3 * x, count, upper);

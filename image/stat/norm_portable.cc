@@ -15,6 +15,7 @@ struct Image {
 };
 struct Difference {
   static Vek8u at(const Vek8u* a, const Vek8u* b, ptrdiff_t i) {
+    if constexpr (!hasWords) return static_cast<Vek8u>(a[i] > b[i] ? a[i] - b[i] : b[i] - a[i]);
     return static_cast<Vek8u>((a[i] > b[i] ? a[i] : b[i]) - (a[i] > b[i] ? b[i] : a[i]));
   }
 };
