@@ -123,7 +123,9 @@ void convertTriples(const Vek8u* pixels, ptrdiff_t n, Vek8u* dst, ptrdiff_t dstS
 /// Each chroma sample of a row serves `pixels` (1 or 2) pixels.
 template <int pixels, const Matrix& m, class Format>
 void convertRow(const Vek8u* y, const Vek8u* cb, const Vek8u* cr, ptrdiff_t n, Vek8u* dst) {
-  if constexpr (!hasWords) return convertPixels<pixels, 1, 1, m, Format>(y, cb, cr, n, dst);
+  if constexpr (!hasWords && (pixels == 2 || Format::bytes == 3)) {
+    return convertPixels<pixels, 1, 1, m, Format>(y, cb, cr, n, dst);
+  }
   forEachBlock(n, [&](ptrdiff_t x, ptrdiff_t count) {
     Vek8u* const to = dst + x * Format::bytes;
     if constexpr (pixels == 1) {

@@ -13,6 +13,9 @@ namespace {
 /// to eight bytes at any address. Others are faster byte by byte.
 constexpr bool hasWords = sizeof(void*) == 8 && std::endian::native == std::endian::little;
 
+/// Such processors of 32 bits, of which many have words at multiples of four bytes alone.
+constexpr bool hasAlignedWords = sizeof(void*) == 4 && std::endian::native == std::endian::little;
+
 template <class Word>
 Word loadWord(const Vek8u* src) {
   Word word;

@@ -10,13 +10,19 @@
 namespace vek::portable {
 namespace {
 
+// Bytes and their squares in types that suit vectors, or registers.
+using Sample = std::conditional_t<hasWords, Vek8u, Vek32u>;
+using Square = std::conditional_t<hasWords, Vek16u, Vek32u>;
+
 struct Image {
-  static Vek8u at(const Vek8u* a, const Vek8u*, ptrdiff_t i) { return a[i]; }
+  static Sample at(const Vek8u* a, const Vek8u*, ptrdiff_t i) { return a[i]; }
 };
 struct Difference {
-  static Vek8u at(const Vek8u* a, const Vek8u* b, ptrdiff_t i) {
-    if constexpr (!hasWords) return static_cast<Vek8u>(a[i] > b[i] ? a[i] - b[i] : b[i] - a[i]);
-    return static_cast<Vek8u>((a[i] > b[i] ? a[i] : b[i]) - (a[i] > b[i] ? b[i] : a[i]));
+  static Sample at(const Vek8u* a, const Vek8u* b, ptrdiff_t i) {
+    if constexpr (hasWords) {
+      return static_cast<Sample>((a[i] > b[i] ? a[i] : b[i]) - (a[i] > b[i] ? b[i] : a[i]));
+    }
+    return static_cast<Sample>(a[i] > b[i] ? a[i] - b[i] : b[i] - a[i]);
   }
 };
 
@@ -28,7 +34,7 @@ struct Largest {
   static void take(Total& total, Total v) {
     total = v > total ? v : total;
   }
-  static Vek8u of(Vek8u v) { return v; }
+  static Sample of(Sample v) { return v; }
 };
 struct Sum {
   using Narrow = Vek16u;
@@ -37,12 +43,12 @@ struct Sum {
   static void take(Total& total, Total v) {
     total = static_cast<Total>(total + v);
   }
-  static Vek16u of(Vek8u v) { return v; }
+  static Sample of(Sample v) { return v; }
 };
 struct SumOfSquares : Sum {
   using Narrow = Vek32u;
   static constexpr ptrdiff_t most = 65536;  // 65536 * 255 * 255 < 2^32
-  static Vek16u of(Vek8u v) { return static_cast<Vek16u>(v * v); }
+  static Square of(Sample v) { return static_cast<Square>(v * v); }
 };
 
 /// The totals of the channels, in registers. A row comes in blocks of `bytes` bytes at most, and after
@@ -82,7 +88,8 @@ class ByteTotals {
   template <class Values>
   void take(const Vek8u* a, const Vek8u* b, ptrdiff_t n) {
     for (ptrdiff_t i = 0; i < n; ++i) {
-      Measure::take(totals_[i], typename Measure::Narrow{Measure::of(Values::at(a, b, i))});
+      Measure::take(totals_[i],
+                    static_cast<typename Measure::Narrow>(Measure::of(Values::at(a, b, i))));
     }
   }
   void moveTo(uint64_t* totals) {
@@ -96,16 +103,20 @@ class ByteTotals {
   typename Measure::Narrow totals_[bytes] = {};
 };
 
-/// Squares of one channel are added in registers, too: they need lanes of 32 bits either way.
-template <class Measure, int channels>
-using Totals =
-    std::conditional_t<!hasWords || (channels == 1 && std::is_same_v<Measure, SumOfSquares>),
-                       ChannelTotals<Measure, channels>, ByteTotals<Measure, channels>>;
+/// Squares need lanes of 32 bits either way, and compilers add them up in registers, too, but for those
+/// of differences in three channels.
+template <class Measure, class Values, int channels>
+constexpr bool fitRegisters = std::is_same_v<Measure, SumOfSquares> &&
+                              (channels == 1 || std::is_same_v<Values, Image>);
+
+template <class Measure, class Values, int channels>
+using Totals = std::conditional_t<!hasWords || fitRegisters<Measure, Values, channels>,
+                                  ChannelTotals<Measure, channels>, ByteTotals<Measure, channels>>;
 
 template <class Measure, class Values, int channels>
 void accumulate(const NormRegion& region, uint64_t* totals) {
   VEK_ASSERT(region.rows >= 1 && region.rowBytes >= channels && region.rowBytes % channels == 0);
-  using Block = Totals<Measure, channels>;
+  using Block = Totals<Measure, Values, channels>;
   Block block;
   ptrdiff_t room = Block::blocks;
   for (ptrdiff_t y = 0; y < region.rows; ++y) {
