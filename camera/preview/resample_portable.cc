@@ -34,10 +34,18 @@ void nearest(const Vek8u* __restrict row, const Columns& columns, Vek8u* __restr
   VEK_ASSERT(columns.n <= Columns::maxCount);
   Vek32u phase = columns.phase;
   if (isByTwo(columns)) return pickByTwo(row + (phase >> 16), columns.n, dst);
-  for (ptrdiff_t i = 0; i < columns.n; ++i) {
-    dst[i] = row[phase >> 16];
+  const auto next = [&] {
+    const Vek8u sample = row[phase >> 16];
     phase += columns.step;
+    return sample;
+  };
+  ptrdiff_t i = 0;
+  for (; hasWords && i <= columns.n - 8; i += 8) {
+    uint64_t eight = 0;
+    for (int k = 0; k < 8; ++k) eight |= uint64_t{next()} << 8 * k;
+    storeWord(eight, dst + i);
   }
+  for (; i < columns.n; ++i) dst[i] = next();
 }
 
 /// `fraction` is 0..65535, so that the product stays within 255 * 65535.

@@ -78,7 +78,7 @@ void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
 // Where pixels share chroma: luma of n pixels, chroma of the averages of several.
 
 struct SharedYcbcr {
-  static constexpr const Matrix& matrix = rgbToYcbcr;
+  [[maybe_unused]] static constexpr const Matrix& matrix = rgbToYcbcr;
   static void luma(const PixelBlock& p, ptrdiff_t n, Vek8u* y) { output<0>(p, n, y); }
   static void chroma(const PixelBlock& p, ptrdiff_t n, Vek8u* cb, Vek8u* cr) {
     output<1>(p, n, cb);
@@ -93,7 +93,7 @@ struct SharedYcbcr {
 };
 
 struct SharedYuv {
-  static constexpr const Matrix& matrix = rgbToYuv;
+  [[maybe_unused]] static constexpr const Matrix& matrix = rgbToYuv;
   static void luma(const PixelBlock& p, ptrdiff_t n, Vek8u* y) {
     convertComponent<rgbToYuv, 0>(p.channel[0], p.channel[1], p.channel[2], n, y);
   }
