@@ -32,7 +32,8 @@ Vek32s average(Plane<const Vek8u> src, ptrdiff_t stride) {
 // The same averages in vectors, which have them as one instruction: rows are halved until a sample is
 // left of each block, then pairs of rows are averaged.
 
-[[gnu::noinline]] void halve(const Vek8u* __restrict samples, ptrdiff_t n, Vek8u* __restrict to) {
+[[gnu::noinline, maybe_unused]] void halve(const Vek8u* __restrict samples, ptrdiff_t n,
+                                           Vek8u* __restrict to) {
   for (ptrdiff_t i = 0; i < n; ++i) {
     to[i] = static_cast<Vek8u>(roundedAverage(samples[2 * i], samples[2 * i + 1]));
   }
@@ -70,9 +71,9 @@ struct BlockRows {
   }
 };
 
-[[gnu::noinline]] void separate422(const Vek8u* __restrict pixels, ptrdiff_t pairs,
-                                   Vek8u* __restrict y, Vek8u* __restrict cb,
-                                   Vek8u* __restrict cr) {
+[[gnu::noinline, maybe_unused]] void separate422(const Vek8u* __restrict pixels, ptrdiff_t pairs,
+                                                 Vek8u* __restrict y, Vek8u* __restrict cb,
+                                                 Vek8u* __restrict cr) {
   for (ptrdiff_t i = 0; i < 2 * pairs; ++i) y[i] = pixels[2 * i + 1];
   for (ptrdiff_t i = 0; i < pairs; ++i) {
     cb[i] = pixels[4 * i];
