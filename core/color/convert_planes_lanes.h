@@ -6,29 +6,51 @@
 #include "core/color/chroma_sums.h"
 #include "core/color/convert_planes.h"
 #include "core/kernel/blocks.h"
+#if HWY_ARCH_ARM
+#include "core/color/neon_sums.h"
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// Converts a block of luma with the sums of its even and of its odd pixels.
-template <class Sums, class Format>
-void convertBlock(const Vek8u* y, const Sums& even, const Sums& odd, Vek8u* out) {
-  const V8u luma = hn::LoadU(u8, y);
-  Sums::template store<Format>(Sums::template luma<false>(luma), Sums::template luma<true>(luma),
-                               even, odd, out);
-}
+/// A row's part in a block.
+struct BlockRow {
+  const Vek8u* luma;
+  Vek8u* out;
+};
 
-/// Calls convert(sums of the even pixels, sums of the odd pixels) with the chroma of one block.
-template <int pixels, class Sums, class Convert>
-void withChroma(const Vek8u* cb, const Vek8u* cr, Convert convert) {
+/// Converts a block in rows that share their chroma.
+template <int pixels, const Matrix& m, class Format, class... Rows>
+void convertBlock(const Vek8u* cb, const Vek8u* cr, Rows... rows) {
+#if HWY_ARCH_ARM
   if constexpr (pixels == 2) {
-    const Sums sums(loadChroma(cb), loadChroma(cr));
+    const NeonSums<m> sums(vld1_u8(cb), vld1_u8(cr));
+    (sums.template storePairs<Format>(vld2_u8(rows.luma), rows.out), ...);
+  } else {
+    for (ptrdiff_t x = 0; x < vectorBytes; x += vectorBytes / 2) {
+      const NeonSums<m> sums(vld1_u8(cb + x), vld1_u8(cr + x));
+      (sums.template store<Format>(vld1_u8(rows.luma + x), rows.out + x * Format::bytes), ...);
+    }
+  }
+#else
+  using S = Sums<m, Format>;
+  const auto convert = [&](const S& even, const S& odd) {
+    const auto convertRow = [&](const BlockRow& row) {
+      const V8u luma = hn::LoadU(u8, row.luma);
+      S::template store<Format>(S::template luma<false>(luma), S::template luma<true>(luma), even,
+                                odd, row.out);
+    };
+    (convertRow(rows), ...);
+  };
+  if constexpr (pixels == 2) {
+    const S sums(loadChroma(cb), loadChroma(cr));
     convert(sums, sums);
   } else {
     const V8u b = hn::LoadU(u8, cb), r = hn::LoadU(u8, cr);
-    convert(Sums(evenChroma(b), evenChroma(r)), Sums(oddChroma(b), oddChroma(r)));
+    convert(S(evenChroma(b), evenChroma(r)), S(oddChroma(b), oddChroma(r)));
   }
+#endif
 }
 
 /// Policy "overlapping", which is the faster one, for rows of at least a block whose pairs of pixels
@@ -49,7 +71,6 @@ template <int pixels, const Matrix& m, class Format>
 void convertPlanes(const YccPlanes& planes, ptrdiff_t n, ptrdiff_t rows, Vek8u* dst,
                    ptrdiff_t dstStep) {
   VEK_ASSERT(planes.chromaShift == 0 || planes.chromaShift == 1);
-  using S = Sums<m, Format>;
   using Pixel = Out<Format::bytes>;
   using ChromaIn = In<1, pixels>;
   ptrdiff_t y = 0;
@@ -57,10 +78,8 @@ void convertPlanes(const YccPlanes& planes, ptrdiff_t n, ptrdiff_t rows, Vek8u* 
   if (planes.chromaShift == 1 && apart) {
     const auto body = [](Vek8u* upper, Vek8u* lower, const Vek8u* upperLuma, const Vek8u* lowerLuma,
                          const Vek8u* cb, const Vek8u* cr) {
-      withChroma<pixels, S>(cb, cr, [=](const S& even, const S& odd) {
-        convertBlock<S, Format>(upperLuma, even, odd, upper);
-        convertBlock<S, Format>(lowerLuma, even, odd, lower);
-      });
+      convertBlock<pixels, m, Format>(cb, cr, BlockRow{upperLuma, upper},
+                                      BlockRow{lowerLuma, lower});
     };
     for (; y + 2 <= rows; y += 2, dst += 2 * dstStep) {
       forEachPixelBlock(n, body, Pixel{dst}, Pixel{dst + dstStep}, In<1>{planes.y.row(y)},
@@ -69,9 +88,7 @@ void convertPlanes(const YccPlanes& planes, ptrdiff_t n, ptrdiff_t rows, Vek8u* 
     }
   }
   const auto body = [](Vek8u* out, const Vek8u* luma, const Vek8u* cb, const Vek8u* cr) {
-    withChroma<pixels, S>(cb, cr, [=](const S& even, const S& odd) {
-      convertBlock<S, Format>(luma, even, odd, out);
-    });
+    convertBlock<pixels, m, Format>(cb, cr, BlockRow{luma, out});
   };
   for (; y < rows; ++y, dst += dstStep) {
     const ptrdiff_t chroma = y >> planes.chromaShift;

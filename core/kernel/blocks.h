@@ -75,7 +75,15 @@ struct LastBlock<block, Out<count, pixels>> {
 template <int block, class Body, class... Streams>
 [[gnu::noinline, gnu::flatten]] void copiedBlocks(ptrdiff_t n, Body body, Streams... streams) {
   ptrdiff_t x = 0;
+#if HWY_ARCH_ARM_V7
+  // Loads and stores that move their pointers on take no instruction for an address.
+  for (; n >= block; n -= block) {
+    body(streams.at(0)...);
+    ((streams = Streams{streams.at(block)}), ...);
+  }
+#else
   for (; x + block <= n; x += block) body(streams.at(x)...);
+#endif
   if (x == n) return;
   const auto runLast = [&](auto&&... last) {
     copiedBlocks<block>(block, body, Streams{last.data}...);

@@ -1,6 +1,9 @@
 #include "core/assert.h"
 #include "image/color/combination_lanes.h"
 #include "image/color/twist_kernels.h"
+#if HWY_ARCH_ARM
+#include "image/color/neon_combination.h"
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -16,9 +19,26 @@ void gray(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination& c) {
   copiedBlocks<vectorBytes>(n, body, Out<1>{dst}, In<3>{src});
 }
 
+#if HWY_ARCH_ARM
+
+constexpr Combination roundedLuma = {
+    {lumaWeights.weight[0], lumaWeights.weight[1], lumaWeights.weight[2]}, 512};
+
+void luma(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
+  VEK_ASSERT(n >= 1);
+  const auto body = [](Vek8u* out, const Vek8u* in) {
+    hn::StoreU(NeonCombination<roundedLuma>::of(loadChannels(in)), u8, out);
+  };
+  copiedBlocks<vectorBytes>(n, body, Out<1>{dst}, In<3>{src});
+}
+
+#else
+
 void luma(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   gray<10>(n, src, dst, lumaWeights);
 }
+
+#endif
 
 void twist(ptrdiff_t n, const Vek8u* src, Vek8u* dst, const Combination* channels) {
   VEK_ASSERT(n >= 1);

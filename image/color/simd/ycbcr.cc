@@ -5,6 +5,9 @@
 #include "image/color/combination_lanes.h"
 #include "image/color/ycbcr_kernels.h"
 #include "image/color/ycbcr_matrices.h"
+#if HWY_ARCH_ARM
+#include "image/color/neon_combination.h"
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -40,14 +43,29 @@ struct Interleaved444 {
   using Stream = In<3>;
 };
 
+#if HWY_ARCH_ARM
+
+struct Interleaved422 {
+  using Stream = In<4, 2>;
+
+  template <const Matrix& m, class Format>
+  static void convert(const Vek8u* src, Vek8u* dst) {
+    const uint8x8x4_t v = vld4_u8(src);  // Y0, Cb, Y1, Cr
+    NeonSums<m>(v.val[1], v.val[3]).template storePairs<Format>({{v.val[0], v.val[2]}}, dst);
+  }
+};
+
+#else
+
 struct Interleaved422 {
   using Stream = In<4, 2>;
 
   /// Converts a block, which is two vectors of groups. For 16-bit pixels each 128-bit block of the sums
   /// may hold pixels of both halves of the destination; else the 128-bit blocks are put in order
   /// first.
-  template <class Sums, class Format>
+  template <const Matrix& m, class Format>
   static void convert(const Vek8u* src, Vek8u* dst) {
+    using S = Sums<m, Format>;
     constexpr bool byHalves = Format::bytes == 2;
     const V8u first = hn::LoadU(u8, src), second = hn::LoadU(u8, src + vectorBytes);
     const V64u a =
@@ -56,9 +74,9 @@ struct Interleaved422 {
         hn::BitCast(u64, leftThenRight(byHalves ? second : odd128BitBlocks(first, second)));
     const V8u left = hn::BitCast(u8, hn::InterleaveLower(u64, a, b));   // Y0 and Cb
     const V8u right = hn::BitCast(u8, hn::InterleaveUpper(u64, a, b));  // Y1 and Cr
-    const Sums sums(oddChroma(left), oddChroma(right));
-    Sums::template store<Format, byHalves>(Sums::template luma<false>(left),
-                                           Sums::template luma<false>(right), sums, sums, dst);
+    const S sums(oddChroma(left), oddChroma(right));
+    S::template store<Format, byHalves>(S::template luma<false>(left),
+                                        S::template luma<false>(right), sums, sums, dst);
   }
 
  private:
@@ -90,6 +108,8 @@ struct Interleaved422 {
   }
 };
 
+#endif
+
 /// `Format` is a packed format, or Rgb24 for the three outputs in order, whatever they are.
 template <class Source, const Matrix& m, class Format>
 void convertInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
@@ -107,26 +127,139 @@ void convertInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
     copiedBlocks<vectorBytes>(n, body, Out<2>{dst}, In<3>{src});
   } else {
     const auto body = [](Vek8u* out, const Vek8u* in) {
-      Source::template convert<Sums<m, Format>, Format>(in, out);
+      Source::template convert<m, Format>(in, out);
     };
     copiedBlocks<vectorBytes>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
   }
 }
 
+#if HWY_ARCH_ARM
+
+/// 630 R - 527 G - 102 B is 8 (79 R - 66 G - 13 B) - 2 R + G + 2 B. A clamp follows the sum, so it may
+/// saturate where 128 is added.
+inline uint8x8_t clampedV(uint8x8_t red, uint8x8_t green, uint8x8_t blue) {
+  constexpr const auto& factor = rgbToYuv.factor[2];
+  static_assert(factor[0] == 630 && factor[1] == -527 && factor[2] == -102);
+  uint16x8_t sum = vmull_u8(red, vdup_n_u8(79));
+  sum = vmlsl_u8(vmlsl_u8(sum, green, vdup_n_u8(66)), blue, vdup_n_u8(13));
+  const uint16x8_t rest = vsubw_u8(vaddl_u8(vshr_n_u8(green, 1), blue), red);
+  const int16x8_t all = vsraq_n_s16(vreinterpretq_s16_u16(sum), vreinterpretq_s16_u16(rest), 2);
+  return vqshrun_n_s16(vqaddq_s16(all, vdupq_n_s16(128 << 7)), 7);
+}
+
+template <const Matrix& m>
+Channels outputs(const Vek8u* src) {
+  static_assert(&m == &rgbToYuv);
+  const Channels v = loadChannels(src);
+  const auto clamped = [&](auto half) {
+    return clampedV(half(v.c0.raw), half(v.c1.raw), half(v.c2.raw));
+  };
+  return {NeonCombination<combination<m, 0>>::of(v), NeonCombination<combination<m, 1>>::of(v),
+          V8u{vcombine_u8(clamped([](uint8x16_t c) { return vget_low_u8(c); }),
+                          clamped([](uint8x16_t c) { return vget_high_u8(c); }))}};
+}
+
+#else
+
+template <const Matrix& m>
+Channels outputs(const Vek8u* src) {
+  const Channels v = packedOutputs<m>(loadPairs(src));
+  return {inOrder(v.c0), inOrder(v.c1), inOrder(v.c2)};
+}
+
+#endif
+
 template <const Matrix& m>
 void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
   const auto body = [](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
-    const Channels outputs = packedOutputs<m>(loadPairs(in));
-    hn::StoreU(inOrder(outputs.c0), u8, a);
-    hn::StoreU(inOrder(outputs.c1), u8, b);
-    hn::StoreU(inOrder(outputs.c2), u8, c);
+    const Channels planes = outputs<m>(in);
+    hn::StoreU(planes.c0, u8, a);
+    hn::StoreU(planes.c1, u8, b);
+    hn::StoreU(planes.c2, u8, c);
   };
   copiedBlocks<vectorBytes>(n, body, In<3>{rgb}, Out<1>{y}, Out<1>{u}, Out<1>{v});
 }
 
 // Where pixels share chroma: luma() of every pixel of a block, and chroma() of averaged pixels, the
-// second and the third value in 16-bit lanes that are clamped to bytes later.
+// second and the third value as bytes.
+
+#if HWY_ARCH_ARM
+
+using RgbBlock = Channels;
+
+inline RgbBlock loadRgb(const Vek8u* src) {
+  return loadChannels(src);
+}
+
+struct SharedYcbcr {
+  static V8u luma(const Channels& rgb) {
+    return NeonCombination<combination<rgbToYcbcr, 0>>::of(rgb);
+  }
+  static uint8x8x2_t chroma(const HalfChannels& rgb) {
+    return {{NeonCombination<combination<rgbToYcbcr, 1>>::of(rgb),
+             NeonCombination<combination<rgbToYcbcr, 2>>::of(rgb)}};
+  }
+};
+
+struct SharedYuv {
+  static V8u luma(const Channels& rgb) {
+    return NeonCombination<combination<rgbToYuv, 0>>::of(rgb);
+  }
+  /// From B - Y and R - Y. U needs no clamp: it is 2 .. 253.
+  static uint8x8x2_t chroma(const HalfChannels& rgb) {
+    static_assert(uFactor % 4 == 0 && 32 * vFactor < 32768);
+    const uint8x8_t y = NeonCombination<combination<rgbToYuv, 0>>::of(rgb);
+    const uint8x8_t factor = vdup_n_u8(uFactor / 4);
+    const uint16x8_t u = vmlsl_u8(vmull_u8(rgb.c2, factor), y, factor);
+    const int16x8_t red = vreinterpretq_s16_u16(vsubl_u8(rgb.c0, y));
+    const int16x8_t v = vqdmulhq_s16(red, vdupq_n_s16(32 * vFactor));  // which doubles the product
+    return {{vaddhn_u16(u, vdupq_n_u16(0x8000)), vqmovun_s16(vaddq_s16(v, vdupq_n_s16(128)))}};
+  }
+};
+
+template <class Space>
+void storeLuma(const RgbBlock& p, Vek8u* dst) {
+  hn::StoreU(Space::luma(p), u8, dst);
+}
+
+using Averages = HalfChannels;
+
+/// The rounded averages of the pairs of one row.
+Averages average(const RgbBlock& row) {
+  const auto mean = [](V8u v) { return vrshrn_n_u16(vpaddlq_u8(v.raw), 1); };
+  return {mean(row.c0), mean(row.c1), mean(row.c2)};
+}
+
+/// The rounded averages of the 2 x 2 blocks of two rows.
+Averages average(const RgbBlock& top, const RgbBlock& bottom) {
+  const auto mean = [](V8u a, V8u b) {
+    return vrshrn_n_u16(vpadalq_u8(vpaddlq_u8(a.raw), b.raw), 2);
+  };
+  return {mean(top.c0, bottom.c0), mean(top.c1, bottom.c1), mean(top.c2, bottom.c2)};
+}
+
+/// The chroma of a block, two bytes for each pair.
+template <class Space>
+V8u packedChroma(const Averages& p) {
+  const uint8x8x2_t chroma = Space::chroma(p), both = vzip_u8(chroma.val[0], chroma.val[1]);
+  return V8u{vcombine_u8(both.val[0], both.val[1])};
+}
+
+template <class Space>
+void storeChroma(const Averages& p, Vek8u* second, Vek8u* third) {
+  const uint8x8x2_t chroma = Space::chroma(p);
+  vst1_u8(second, chroma.val[0]);
+  vst1_u8(third, chroma.val[1]);
+}
+
+#else
+
+using RgbBlock = BlockPairs;
+
+inline RgbBlock loadRgb(const Vek8u* src) {
+  return loadPairs(src);
+}
 
 struct SharedYcbcr {
   static V8u luma(const BlockPairs& rgb) { return packedOutput<rgbToYcbcr, 0>(rgb); }
@@ -141,18 +274,11 @@ struct SharedYuv {
   /// From d = B - Y and d = R - Y: factor * d >> 10 is the upper half of 32 factor * 2 d, whose factors
   /// fit 16 bits.
   static V16s chroma(const PixelPairs& rgb) {
-#if HWY_ARCH_ARM
-    const V16sHalf y = hn::DemoteTo(halfOfS16, output<rgbToYuv, 0>(rgb));
-    const V16sHalf blue = hn::Sub(rgb.c2, y), red = hn::Sub(rgb.c0, y);
-    const V16s d =
-        hn::Combine(s16, hn::InterleaveUpper(halfOfS16, blue, red), hn::InterleaveLower(blue, red));
-#else
     alignas(16) static constexpr Vek8u twice[16] = {0, 1, 0, 1, 4,  5,  4,  5,
                                                     8, 9, 8, 9, 12, 13, 12, 13};
     const V8u y =
         hn::TableLookupBytes(hn::BitCast(u8, output<rgbToYuv, 0>(rgb)), hn::LoadDup128(u8, twice));
     const V16s d = hn::Sub(rgb.c20, hn::BitCast(s16, y));
-#endif
     const V16s products = hn::MulHigh(hn::Add(d, d), pairOfFactors(uFactor * 32, vFactor * 32));
     return hn::Add(products, hn::Set(s16, 128));
   }
@@ -179,7 +305,7 @@ Averages averagePairs(const BlockPairs& p, Mean mean) {
 }
 
 /// The rounded averages of the pairs of one row.
-Averages average(const BlockPairs& row) {
+Averages average(const RgbBlock& row) {
   return averagePairs(row, [](auto a, auto b) {
     constexpr hn::DFromV<decltype(a)> d;
     constexpr hn::RebindToUnsigned<decltype(d)> unsignedLanes;
@@ -190,7 +316,7 @@ Averages average(const BlockPairs& row) {
 
 /// The rounded averages of the 2 x 2 blocks of two rows: (s + 2) >> 2 of a sum s is the rounding
 /// product of s and 2^13, whose unit is 2^15.
-Averages average(const BlockPairs& top, const BlockPairs& bottom) {
+Averages average(const RgbBlock& top, const RgbBlock& bottom) {
   BlockPairs sums;
   for (int g = 0; g < 4; ++g) {
     sums.group[g] =
@@ -215,6 +341,8 @@ void storeChroma(const Averages& p, Vek8u* second, Vek8u* third) {
   hn::StoreU(hn::UpperHalf(half, both), half, third);
 }
 
+#endif
+
 /// A row of RGB whose pixels share chroma in pairs.
 struct PairedRgb {
   const Vek8u* data;
@@ -238,7 +366,7 @@ template <class Space>
 void toInterleaved422(ptrdiff_t n, const Vek8u* rgb, Vek8u* dst) {
   VEK_ASSERT(n >= 1);
   const auto body = [](const Vek8u* in, Vek8u* out) {
-    const BlockPairs p = loadPairs(in);
+    const RgbBlock p = loadRgb(in);
     const V8u chroma = packedChroma<Space>(average(p));
     hn::StoreInterleaved2(inOrder(Space::luma(p)), inOrder(chroma), u8, out);
   };
@@ -249,7 +377,7 @@ template <class Space>
 void toPlanes422(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
   const auto body = [](const Vek8u* in, Vek8u* luma, Vek8u* second, Vek8u* third) {
-    const BlockPairs p = loadPairs(in);
+    const RgbBlock p = loadRgb(in);
     storeLuma<Space>(p, luma);
     storeChroma<Space>(average(p), second, third);
   };
@@ -262,7 +390,7 @@ void toPlanes420(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop
   VEK_ASSERT(n >= 1);
   const auto body = [](const Vek8u* upper, const Vek8u* lower, Vek8u* upperLuma, Vek8u* lowerLuma,
                        Vek8u* second, Vek8u* third) {
-    const BlockPairs a = loadPairs(upper), b = loadPairs(lower);
+    const RgbBlock a = loadRgb(upper), b = loadRgb(lower);
     storeLuma<Space>(a, upperLuma);
     storeLuma<Space>(b, lowerLuma);
     storeChroma<Space>(average(a, b), second, third);

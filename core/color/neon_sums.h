@@ -1,0 +1,185 @@
+// The sums of chroma_products.h in what NEON has: products and sums of bytes whose lanes are twice as
+// wide, shifts that clamp, and loads that separate the pixels of pairs. Included for ARM alone.
+#pragma once
+
+#include "core/color/chroma_products.h"
+#include "core/color/pixel_store.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace vek::VEK_LEVEL {
+namespace {
+
+/// The chroma parts of eight samples of Cb and Cr, for as many pixels or for as many pairs of pixels.
+/// Where luma has fractional bits the sums have 8 bits before and 7 behind the point, and the biases
+/// and the two steps of blue are those of byte_sums.h. Otherwise the sums are whole.
+template <const Matrix& m>
+class NeonSums {
+  using W = Weights<m>;
+  static constexpr bool hasFraction = W::luma > 1;
+  static_assert(W::fractionBits == (hasFraction ? 7 : 0));
+  static constexpr Vek32s bias = W::luma * 255 > 32767 ? W::luma * 255 - 32767 : 0;
+  template <int k>
+  static constexpr Vek32s start = W::template offset<k> + (bias << W::drop);
+
+  int16x8_t red_, green_, blue_, blueFirst_;
+
+ public:
+  NeonSums(uint8x8_t b, uint8x8_t r) {
+    if constexpr (hasFraction) {
+      red_ = product<W::red, start<0>>(r);
+      blueFirst_ = veorq_s16(vreinterpretq_s16_u16(vshll_n_u8(b, 8)), vdupq_n_s16(-32768));
+      blue_ = product<W::blue - (256 << W::drop), start<2>>(b);
+      green_ = greenProducts<start<1>>(b, r);
+    } else {
+      const int16x8_t b8 = centredTimes8(b), r8 = centredTimes8(r);
+      red_ = product8<W::red, start<0>>(r8);
+      blue_ = product8<W::blue, start<2>>(b8);
+      green_ = vcombine_s16(green8<start<1>>(vget_low_s16(b8), vget_low_s16(r8)),
+                            green8<start<1>>(vget_high_s16(b8), vget_high_s16(r8)));
+      blueFirst_ = blue_;  // not used
+    }
+  }
+
+  /// Stores eight pixels.
+  template <class Format>
+  void store(uint8x8_t y, Vek8u* dst) const {
+    const Components c = components(y);
+    if constexpr (Format::bytes == 2) {
+      hn::StoreU(hn::BitCast(u8, V16u{fields<Format>(c)}), u8, dst);
+    } else {
+      const uint8x8_t red = bytes(c.red), green = bytes(c.green), blue = bytes(c.blue);
+      vst3_u8(dst, Format::rPos == 0 ? uint8x8x3_t{{red, green, blue}}
+                                     : uint8x8x3_t{{blue, green, red}});
+    }
+  }
+
+  /// Stores the pixels of eight pairs.
+  template <class Format>
+  void storePairs(uint8x8x2_t y, Vek8u* dst) const {
+    const Components even = components(y.val[0]), odd = components(y.val[1]);
+    if constexpr (Format::bytes == 2) {
+      const V16u evenPixels{fields<Format>(even)}, oddPixels{fields<Format>(odd)};
+      storeAlternately(hn::BitCast(s16, evenPixels), hn::BitCast(s16, oddPixels), dst);
+    } else {
+      static_assert(Format::gPos == 1);
+      const V8u red = alternateBytes(even.red, odd.red);
+      const V8u green = alternateBytes(even.green, odd.green);
+      const V8u blue = alternateBytes(even.blue, odd.blue);
+      storeChannels(Format::rPos == 0 ? Channels{red, green, blue} : Channels{blue, green, red},
+                    dst);
+    }
+  }
+
+ private:
+  struct Components {
+    int16x8_t red, green, blue;
+  };
+
+  // ---- Chroma parts for sums with a fraction, modulo 2^16.
+
+  /// floor((factor * (c - 128) + offset) / 2^drop). What the factor leaves when it is divided by
+  /// 2^drop is 0 or a power of two.
+  template <Vek32s factor, Vek32s offset>
+  static int16x8_t product(uint8x8_t c) {
+    constexpr Vek32s unit = 1 << W::drop, total = offset - 128 * factor, rest = factor % unit;
+    static_assert(factor / unit < 256 && total % unit == 0 && (rest & (rest - 1)) == 0);
+    uint16x8_t sum = vmull_u8(c, vdup_n_u8(factor / unit));
+    if constexpr (rest != 0) {
+      constexpr int shift = W::drop - __builtin_ctz(static_cast<unsigned>(rest));
+      sum = vaddw_u8(sum, vshr_n_u8(c, shift));
+    }
+    return vaddq_s16(vreinterpretq_s16_u16(sum), vdupq_n_s16(static_cast<Vek16s>(total / unit)));
+  }
+
+  /// As greenProducts() of chroma_products.h.
+  template <Vek32s offset>
+  static int16x8_t greenProducts(uint8x8_t b, uint8x8_t r) {
+    constexpr Vek32s bFactor = -m.factor[1][1], rFactor = -m.factor[1][2], unit = 1 << W::drop;
+    constexpr Vek32s total = offset + 128 * (bFactor + rFactor), rest = bFactor % unit;
+    static_assert(rFactor % unit == rest && rest <= 1 && total % unit == 0);
+    uint16x8_t products = vmull_u8(b, vdup_n_u8(bFactor / unit));
+    products = vmlal_u8(products, r, vdup_n_u8(rFactor / unit));
+    if constexpr (rest != 0) {
+      const uint16x8_t sum = vaddq_u16(vaddl_u8(b, r), vdupq_n_u16(unit - 1));
+      products = vsraq_n_u16(products, sum, W::drop);
+    }
+    return vsubq_s16(vdupq_n_s16(static_cast<Vek16s>(total / unit)),
+                     vreinterpretq_s16_u16(products));
+  }
+
+  // ---- Chroma parts for whole sums, whose factors have 10 fractional bits: 8 (c - 128) times 8 factors
+  // has 16.
+
+  static int16x8_t centredTimes8(uint8x8_t c) {
+    return vsubq_s16(vreinterpretq_s16_u16(vshll_n_u8(c, 3)), vdupq_n_s16(8 * 128));
+  }
+
+  /// floor((factor * c8 / 8 + offset) / 2^10).
+  template <Vek32s factor, Vek32s offset>
+  static int16x8_t product8(int16x8_t c8) {
+    static_assert(W::drop == 10 && 8 * factor < 32768);
+    if constexpr (offset == 0) {
+      return vqdmulhq_n_s16(c8, 4 * factor);  // which doubles the product
+    } else {
+      const int16x4_t f = vdup_n_s16(8 * factor);
+      const int32x4_t start = vdupq_n_s32(64 * offset);
+      return vcombine_s16(vaddhn_s32(vmull_s16(vget_low_s16(c8), f), start),
+                          vaddhn_s32(vmull_s16(vget_high_s16(c8), f), start));
+    }
+  }
+
+  template <Vek32s offset>
+  static int16x4_t green8(int16x4_t b8, int16x4_t r8) {
+    const int32x4_t sum = vmlal_s16(vmull_s16(b8, vdup_n_s16(8 * m.factor[1][1])), r8,
+                                    vdup_n_s16(8 * m.factor[1][2]));
+    if constexpr (offset == 0) return vshrn_n_s32(sum, 16);
+    return vaddhn_s32(sum, vdupq_n_s32(64 * offset));
+  }
+
+  // ---- Pixels.
+
+  Components components(uint8x8_t y) const {
+    if constexpr (hasFraction) {
+      const int16x8_t luma =
+          vsubq_s16(vreinterpretq_s16_u16(vmull_u8(y, vdup_n_u8(W::luma))), vdupq_n_s16(bias));
+      return {vqaddq_s16(luma, red_), vqaddq_s16(luma, green_),
+              vqaddq_s16(vqaddq_s16(luma, blueFirst_), blue_)};
+    } else {
+      const auto sum = [y](int16x8_t chroma) {
+        return vreinterpretq_s16_u16(vaddw_u8(vreinterpretq_u16_s16(chroma), y));
+      };
+      return {sum(red_), sum(green_), sum(blue_)};
+    }
+  }
+
+  /// Clamped to 0 .. 255.
+  static uint8x8_t bytes(int16x8_t sum) {
+    if constexpr (hasFraction) return vqshrun_n_s16(sum, 7);
+    return vqmovun_s16(sum);
+  }
+
+  /// The same in the high bytes of the lanes, with the fraction below them.
+  static uint16x8_t highBytes(int16x8_t sum) {
+    return hasFraction ? vqshluq_n_s16(sum, 1) : vqshluq_n_s16(sum, 8);
+  }
+
+  static V8u alternateBytes(int16x8_t even, int16x8_t odd) {
+    return V8u{vreinterpretq_u8_u16(vsriq_n_u16(highBytes(odd), highBytes(even), 8))};
+  }
+
+  /// 16-bit pixels: a field's top bits are moved down, and the bits above them stay what they were.
+  template <class Format>
+  static uint16x8_t fields(const Components& c) {
+    constexpr bool redIsHigh = Format::rPos != 0;
+    constexpr int unused = 16 - Format::rBits - Format::gBits - Format::bBits;
+    uint16x8_t pixels = highBytes(redIsHigh ? c.red : c.blue);
+    if constexpr (unused != 0) pixels = vshrq_n_u16(pixels, unused != 0 ? unused : 1);
+    pixels = vsriq_n_u16(pixels, highBytes(c.green), 16 - Format::gPos - Format::gBits);
+    return vsriq_n_u16(pixels, highBytes(redIsHigh ? c.blue : c.red),
+                       redIsHigh ? 16 - Format::bBits : 16 - Format::rBits);
+  }
+};
+
+}  // namespace
+}  // namespace vek::VEK_LEVEL
+HWY_AFTER_NAMESPACE();
