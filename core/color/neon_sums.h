@@ -83,7 +83,7 @@ class NeonSums {
   static int16x8_t product(uint8x8_t c) {
     constexpr Vek32s unit = 1 << W::drop, total = offset - 128 * factor, rest = factor % unit;
     static_assert(factor / unit < 256 && total % unit == 0 && (rest & (rest - 1)) == 0);
-    uint16x8_t sum = vmull_u8(c, vdup_n_u8(factor / unit));
+    uint16x8_t sum = factor / unit == 2 ? vshll_n_u8(c, 1) : vmull_u8(c, vdup_n_u8(factor / unit));
     if constexpr (rest != 0) {
       constexpr int shift = W::drop - __builtin_ctz(static_cast<unsigned>(rest));
       sum = vaddw_u8(sum, vshr_n_u8(c, shift));
@@ -119,7 +119,7 @@ class NeonSums {
   static int16x8_t product8(int16x8_t c8) {
     static_assert(W::drop == 10 && 8 * factor < 32768);
     if constexpr (offset == 0) {
-      return vqdmulhq_n_s16(c8, 4 * factor);  // which doubles the product
+      return vqdmulhq_s16(c8, vdupq_n_s16(4 * factor));  // which doubles the product
     } else {
       const int16x4_t f = vdup_n_s16(8 * factor);
       const int32x4_t start = vdupq_n_s32(64 * offset);

@@ -67,6 +67,22 @@ struct LastBlock<block, Out<count, pixels>> {
   void finish() const { memcpy(dst, data, static_cast<size_t>(valid)); }
 };
 
+template <int block, class Body, class... Streams>
+void copiedBlocks(ptrdiff_t n, Body body, Streams... streams);
+
+/// The last block of copiedBlocks(), of fewer pixels than the others.
+template <int block, class Body, class... Streams>
+#if HWY_ARCH_ARM_V7
+[[gnu::noinline]]  // most rows have none, and its frame would cost them as much as some blocks
+#endif
+void lastCopiedBlock(ptrdiff_t n, Body body, Streams... streams) {
+  const auto run = [&](auto&&... last) {
+    copiedBlocks<block>(block, body, Streams{last.data}...);
+    (last.finish(), ...);
+  };
+  run(LastBlock<block, Streams>(streams, 0, n)...);
+}
+
 /// Policy "copied": runs body(pointers...) on successive blocks of exactly `block` pixels of the
 /// streams, the last, shorter one on copies. A body never sees a partial block, nothing outside the
 /// row is touched, and a destination may be its source if the body loads its block before it stores.
@@ -74,22 +90,18 @@ struct LastBlock<block, Out<count, pixels>> {
 /// own.
 template <int block, class Body, class... Streams>
 [[gnu::noinline, gnu::flatten]] void copiedBlocks(ptrdiff_t n, Body body, Streams... streams) {
-  ptrdiff_t x = 0;
 #if HWY_ARCH_ARM_V7
   // Loads and stores that move their pointers on take no instruction for an address.
   for (; n >= block; n -= block) {
     body(streams.at(0)...);
     ((streams = Streams{streams.at(block)}), ...);
   }
+  if (n != 0) lastCopiedBlock<block>(n, body, streams...);
 #else
+  ptrdiff_t x = 0;
   for (; x + block <= n; x += block) body(streams.at(x)...);
+  if (x != n) lastCopiedBlock<block>(n - x, body, Streams{streams.at(x)}...);
 #endif
-  if (x == n) return;
-  const auto runLast = [&](auto&&... last) {
-    copiedBlocks<block>(block, body, Streams{last.data}...);
-    (last.finish(), ...);
-  };
-  runLast(LastBlock<block, Streams>(streams, x, n - x)...);
 }
 
 /// Policy "overlapping": runs body(i) for blocks of `size` elements that cover 0 .. n - 1, n >= size;

@@ -13,6 +13,20 @@ void averageRows(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Vek8u* dst)
   copiedBlocks<vectorBytes>(n, body, In<1>{top}, In<1>{bottom}, Out<1>{dst});
 }
 
+#if HWY_ARCH_ARM
+
+/// As many groups as a vector has bytes.
+void splitGroups(const Vek8u* top, const Vek8u* bottom, Vek8u* topLuma, Vek8u* bottomLuma,
+                 Vek8u* cb, Vek8u* cr) {
+  const uint8x16x4_t upper = vld4q_u8(top), lower = vld4q_u8(bottom);  // Cb, Y0, Cr, Y1
+  vst2q_u8(topLuma, {{upper.val[1], upper.val[3]}});
+  vst2q_u8(bottomLuma, {{lower.val[1], lower.val[3]}});
+  vst1q_u8(cb, vrhaddq_u8(upper.val[0], lower.val[0]));
+  vst1q_u8(cr, vrhaddq_u8(upper.val[2], lower.val[2]));
+}
+
+#else
+
 /// The bytes at even and at odd places of two vectors that follow each other.
 V8u evenBytesOf(V8u first, V8u second) {
   return hn::ConcatEven(u8, second, first);
@@ -30,18 +44,25 @@ V8u splitVectors(const Vek8u* top, const Vek8u* bottom, Vek8u* topLuma, Vek8u* b
   return evenBytesOf(hn::AverageRound(top0, bottom0), hn::AverageRound(top1, bottom1));
 }
 
+/// As many groups as a vector has bytes.
+void splitGroups(const Vek8u* top, const Vek8u* bottom, Vek8u* topLuma, Vek8u* bottomLuma,
+                 Vek8u* cb, Vek8u* cr) {
+  constexpr ptrdiff_t half = vectorBytes;
+  const V8u first = splitVectors(top, bottom, topLuma, bottomLuma);
+  const V8u second =
+      splitVectors(top + 2 * half, bottom + 2 * half, topLuma + half, bottomLuma + half);
+  hn::StoreU(evenBytesOf(first, second), u8, cb);
+  hn::StoreU(oddBytesOf(first, second), u8, cr);
+}
+
+#endif
+
 void splitRows(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Vek8u* topLuma,
                Vek8u* bottomLuma, Vek8u* cb, Vek8u* cr) {
   VEK_ASSERT(n >= 2 && n % 2 == 0);
   const auto body = [](const Vek8u* upper, const Vek8u* lower, Vek8u* upperLuma, Vek8u* lowerLuma,
-                       Vek8u* b, Vek8u* r) {
-    constexpr ptrdiff_t half = vectorBytes;
-    const V8u first = splitVectors(upper, lower, upperLuma, lowerLuma);
-    const V8u second =
-        splitVectors(upper + 2 * half, lower + 2 * half, upperLuma + half, lowerLuma + half);
-    hn::StoreU(evenBytesOf(first, second), u8, b);
-    hn::StoreU(oddBytesOf(first, second), u8, r);
-  };
+                       Vek8u* b,
+                       Vek8u* r) { splitGroups(upper, lower, upperLuma, lowerLuma, b, r); };
   copiedBlocks<2 * vectorBytes>(n, body, In<2>{top}, In<2>{bottom}, Out<1>{topLuma},
                                 Out<1>{bottomLuma}, Out<1, 2>{cb}, Out<1, 2>{cr});
 }

@@ -9,6 +9,9 @@
 #include "core/assert.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
+#if HWY_ARCH_ARM
+#include "camera/preview/simd/neon_pick.h"
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -49,6 +52,34 @@ void fillOffsets(const Columns& c, ptrdiff_t sample, ptrdiff_t n, ptrdiff_t wind
   }
 }
 
+#if HWY_ARCH_ARM
+
+/// The same of bytes, by whole vectors: what lies behind the last ones is not used. A loop that the
+/// compiler makes of fillOffsets() takes twice as long for a few samples.
+void fillOffsetVectors(const Columns& c, ptrdiff_t sample, ptrdiff_t n, ptrdiff_t window,
+                       Vek8u* offsets) {
+  constexpr hn::Rebind<Vek8u, decltype(u32)> entries;
+  constexpr ptrdiff_t lanes = static_cast<ptrdiff_t>(hn::MaxLanes(u32));
+  const V32u steps = hn::Mul(hn::Iota(u32, 0), hn::Set(u32, c.step));
+  const V32u origin = hn::Set(u32, static_cast<Vek32u>(window));
+  for (ptrdiff_t i = 0; i < n; i += lanes) {
+    const Vek32u base = c.phase + static_cast<Vek32u>(sample + i) * c.step;
+    const V32u column = hn::ShiftRight<16>(hn::Add(hn::Set(u32, base), steps));
+    hn::StoreU(hn::TruncateTo(entries, hn::Sub(column, origin)), entries, offsets + i);
+  }
+}
+
+void fillFractions(Columns& c) {
+  const auto step = static_cast<Vek16u>(c.step);
+  const V16u steps = hn::Mul(hn::Iota(u16, 0), hn::Set(u16, step));
+  for (ptrdiff_t k = 0; k < c.blocks; ++k) {
+    const auto base = static_cast<Vek16u>(c.phase + static_cast<Vek32u>(startOf(c, k)) * c.step);
+    hn::Store(hn::Add(hn::Set(u16, base), steps), u16, c.fractions + k * c.blockSize);
+  }
+}
+
+#else
+
 void fillFractions(Columns& c) {
   for (ptrdiff_t k = 0; k < c.blocks; ++k) {
     const Vek32u base = c.phase + static_cast<Vek32u>(startOf(c, k)) * c.step, step = c.step;
@@ -58,6 +89,8 @@ void fillFractions(Columns& c) {
     }
   }
 }
+
+#endif
 
 void setBlockSize(Columns& c, ptrdiff_t blockSize) {
   c.blockSize = blockSize;
@@ -129,24 +162,33 @@ struct LookUp {
 
 #else
 
-constexpr ptrdiff_t windowBytes = 16;  // each 128 bits of a vector are permuted by themselves
+constexpr ptrdiff_t lookUpBytes = 16;  // each 128 bits of a vector are permuted by themselves
 constexpr Vek8u noByte = 0x80;         // an offset that gives 0
+
+/// NEON looks single bytes up in two vectors. For pairs, of which a vector takes half as many, one is
+/// better.
+template <class Entry>
+constexpr ptrdiff_t windowBytes = HWY_ARCH_ARM && !isPair<Entry> ? 32 : 16;
 
 /// A block is a vector of samples. Those of 128 bits of it lie in as many windows as there are passes,
 /// each of which looks up its share of the samples.
 template <class Entry>
 void fillTables(Columns& c) {
-  constexpr ptrdiff_t samples = windowBytes / static_cast<ptrdiff_t>(sizeof(Entry));
+  constexpr ptrdiff_t samples = lookUpBytes / static_cast<ptrdiff_t>(sizeof(Entry));
   constexpr ptrdiff_t fewest = 2;  // samples of a window that is worth while
   ptrdiff_t share = samples;
-  while (share >= fewest && reach<Entry>(c, share) >= windowBytes) share /= 2;
-  if (share < fewest || c.lastTouched < windowBytes - 1) return;
+  while (share >= fewest && reach<Entry>(c, share) >= windowBytes<Entry>) share /= 2;
+#if HWY_ARCH_ARM_V7
+  if (!isPair<Entry> && share < samples / 2) return;  // more than two passes are not worth while
+#endif
+  if (share < fewest || c.lastTouched < windowBytes<Entry> - 1) return;
   setBlockSize(c, entriesPerVector<Entry>);
   c.passes = static_cast<int>(samples / share);
   const ptrdiff_t windowsPerBlock = c.blockSize / share;
   Entry* const offsets = reinterpret_cast<Entry*>(c.offsets);
   if (c.passes > 1) {
-    memset(c.offsets, noByte, static_cast<size_t>(c.passes) * Columns::maxCount * sizeof(Entry));
+    const auto used = static_cast<size_t>(c.blocks * c.blockSize) * sizeof(Entry);
+    for (ptrdiff_t i = 0; i < c.passes; ++i) memset(offsets + i * Columns::maxCount, noByte, used);
   }
   for (ptrdiff_t k = 0; k < c.blocks; ++k) {
     for (ptrdiff_t w = 0; w < windowsPerBlock; ++w) {
@@ -154,12 +196,19 @@ void fillTables(Columns& c) {
       const ptrdiff_t sample = startOf(c, k) + w * share, rest = c.n - sample;
       const ptrdiff_t left = columnOf(c, rest > 0 ? sample : c.n - 1);
       const ptrdiff_t end = c.lastTouched + 1;
-      const ptrdiff_t window = left + windowBytes <= end ? left : end - windowBytes;
+      const ptrdiff_t window = left + windowBytes<Entry> <= end ? left : end - windowBytes<Entry>;
       c.windows[k * windowsPerBlock + w] = static_cast<Vek32s>(window);
-      if (rest > 0 && k >= everyOtherBlocks(c)) {
-        fillOffsets(c, sample, rest < share ? rest : share, window,
-                    offsets + w % c.passes * Columns::maxCount + k * c.blockSize + w * share);
+      if (rest <= 0 || k < everyOtherBlocks(c)) continue;
+      Entry* const to = offsets + w % c.passes * Columns::maxCount + k * c.blockSize + w * share;
+#if HWY_ARCH_ARM
+      if constexpr (!isPair<Entry>) {
+        if (share % 4 == 0) {
+          fillOffsetVectors(c, sample, rest < share ? rest : share, window, to);
+          continue;
+        }
       }
+#endif
+      fillOffsets(c, sample, rest < share ? rest : share, window, to);
     }
   }
 }
@@ -167,14 +216,33 @@ void fillTables(Columns& c) {
 /// One window for each 128 bits; their first columns are `distance` entries apart.
 template <class D>
 hn::Vec<D> loadWindows(D d, const Vek8u* row, const Vek32s* windows, ptrdiff_t distance) {
-  if constexpr (hn::MaxLanes(D()) == windowBytes) {
+  if constexpr (hn::MaxLanes(D()) == lookUpBytes) {
     return hn::LoadU(d, row + *windows);
   } else {
     constexpr hn::Half<D> half;
-    constexpr ptrdiff_t count = static_cast<ptrdiff_t>(hn::MaxLanes(half)) / windowBytes;
+    constexpr ptrdiff_t count = static_cast<ptrdiff_t>(hn::MaxLanes(half)) / lookUpBytes;
     return hn::Combine(d, loadWindows(half, row, windows + count * distance, distance),
                        loadWindows(half, row, windows, distance));
   }
+}
+
+/// The bytes of the windows that `order` names, 0 for noByte.
+template <class Entry>
+V8u lookUpWindows(const Vek8u* row, const Vek32s* windows, ptrdiff_t distance, V8u order) {
+#if HWY_ARCH_ARM
+  if constexpr (!isPair<Entry>) {
+    const Vek8u* const from = row + *windows;
+#if HWY_ARCH_ARM_A64
+    return V8u{vqtbl2q_u8({{vld1q_u8(from), vld1q_u8(from + 16)}}, order.raw)};
+#else
+    const uint8x8x4_t table = {
+        {vld1_u8(from), vld1_u8(from + 8), vld1_u8(from + 16), vld1_u8(from + 24)}};
+    return V8u{vcombine_u8(vtbl4_u8(table, vget_low_u8(order.raw)),
+                           vtbl4_u8(table, vget_high_u8(order.raw)))};
+#endif
+  }
+#endif
+  return hn::TableLookupBytesOr0(loadWindows(u8, row, windows, distance), order);
 }
 
 /// The look-up of blocks. It has copies of what it needs of the columns: a destination of bytes might
@@ -192,15 +260,15 @@ struct LookUp {
         everyOther(everyOtherBlocks(c)) {}
 
   const Vek32s* windowsOf(ptrdiff_t k) const {
-    return windows + k * (vectorBytes / windowBytes) * passes;
+    return windows + k * (vectorBytes / lookUpBytes) * passes;
   }
   const Vek8u* start(const Vek8u* row, ptrdiff_t k) const { return row + *windowsOf(k); }
 
   V8u block(const Vek8u* row, ptrdiff_t k) const {
     const auto lookUp = [&](ptrdiff_t pass) {
       const Entry* const order = offsets + pass * Columns::maxCount + k * entriesPerVector<Entry>;
-      return hn::TableLookupBytesOr0(loadWindows(u8, row, windowsOf(k) + pass, passes),
-                                     hn::LoadU(u8, reinterpret_cast<const Vek8u*>(order)));
+      return lookUpWindows<Entry>(row, windowsOf(k) + pass, passes,
+                                  hn::LoadU(u8, reinterpret_cast<const Vek8u*>(order)));
     };
     V8u result = lookUp(0);
     for (ptrdiff_t pass = 1; pass < passes; ++pass) result = hn::Or(result, lookUp(pass));
@@ -210,14 +278,37 @@ struct LookUp {
 
 #endif
 
+#if HWY_ARCH_ARM
+
+/// Whether pickColumns() serves nearest samples.
+bool picksColumns(const Columns& c) {
+  return (c.step & 0xFFFF) == 0 && c.step >= 2 << 16 && c.step <= 4 << 16 && c.n > vectorBytes;
+}
+
+/// Samples at a stride of two, three or four columns need no look-up.
+void pickColumns(const Vek8u* row, const Columns& c, Vek8u* dst) {
+  static constexpr decltype(&pickSeparated<2>) kernels[] = {pickSeparated<2>, pickSeparated<3>,
+                                                            pickSeparated<4>};
+  kernels[(c.step >> 16) - 2](row + columnOf(c, 0), c.n, dst);
+}
+
+#else
+
+constexpr bool picksColumns(const Columns&) {
+  return false;
+}
+void pickColumns(const Vek8u*, const Columns&, Vek8u*) {}
+
+#endif
+
 void prepare(Columns& c, bool blended) {
   VEK_ASSERT(c.n >= 0 && c.n <= Columns::maxCount);
   c.blockSize = 0;
-  if (c.n == 0) return;
+  c.hasFractions = blended && ((c.phase | c.step) & 0xFFFF) != 0;
+  if (c.n == 0 || (!c.hasFractions && picksColumns(c))) return;
   const ptrdiff_t lastLeft = columnOf(c, c.n - 1);
   c.lastTouched = blended && lastLeft < c.lastColumn ? lastLeft + 1 : lastLeft;
   c.everyOther = c.step == 2 << 16;
-  c.hasFractions = blended && ((c.phase | c.step) & 0xFFFF) != 0;
   if (!blended) return fillTables<Vek8u>(c);
   fillTables<Vek16u>(c);
   if (c.hasFractions && c.blockSize != 0) fillFractions(c);
@@ -274,11 +365,16 @@ ptrdiff_t pickEveryOther(const Vek8u* row, const Columns& c, Vek8u* dst) {
   return blocks;
 }
 
-void nearest(const Vek8u* row, const Columns& c, Vek8u* dst) {
-  if (c.blockSize == 0) return portable::resampleKernels.nearest(row, c, dst);
+[[gnu::noinline]] void lookUpNearest(const Vek8u* row, const Columns& c, Vek8u* dst) {
   const LookUp<Vek8u> samples(c);
   forEachBlock(u8, c, pickEveryOther(row, c, dst), dst,
                [&](ptrdiff_t k) { return samples.block(row, k); });
+}
+
+void nearest(const Vek8u* row, const Columns& c, Vek8u* dst) {
+  if (picksColumns(c)) return pickColumns(row, c, dst);
+  if (c.blockSize == 0) return portable::resampleKernels.nearest(row, c, dst);
+  lookUpNearest(row, c, dst);
 }
 
 /// a + (((b - a) * fraction) >> 16) for fractions of 0..65535. The high product takes a fraction as
@@ -312,8 +408,26 @@ void blendRows(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& 
   });
 }
 
+/// Blends two rows of whole columns that need no look-up.
+void blendPicked(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& c, Vek8u* dst) {
+  pickColumns(top, c, dst);
+  if (fy == 0) return;
+  Vek8u lower[Columns::maxCount];
+  pickColumns(bottom, c, lower);
+  const V16s fraction = hn::Set(s16, static_cast<Vek16s>(fy));
+  constexpr int size = vectorBytes / 2;
+  const auto body = [=](Vek8u* to, const Vek8u* a, const Vek8u* b) {
+    const V16s upper = hn::PromoteTo(s16, hn::LoadU(halfU8, a));
+    hn::StoreU(
+        hn::DemoteTo(halfU8, blend(upper, hn::PromoteTo(s16, hn::LoadU(halfU8, b)), fraction)),
+        halfU8, to);
+  };
+  copiedBlocks<size>(c.n, body, Out<1>{dst}, In<1>{dst}, In<1>{lower});
+}
+
 void bilinear(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& c, Vek8u* dst) {
   VEK_ASSERT(fy >= 0 && fy <= 0xFFFF);
+  if (!c.hasFractions && picksColumns(c)) return blendPicked(top, bottom, fy, c, dst);
   if (c.blockSize == 0) return portable::resampleKernels.bilinear(top, bottom, fy, c, dst);
   static constexpr decltype(&bilinear) kernels[2][2] = {
       {blendRows<false, false>, blendRows<false, true>},

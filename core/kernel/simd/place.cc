@@ -104,7 +104,7 @@ void transposeBytes(const Transposition& t) {
 #if HWY_ARCH_ARM
 inline V8u reversedBytes(V8u v) {
   const uint8x16_t halves = vrev64q_u8(v.raw);
-  return V8u{vcombine_u8(vget_high_u8(halves), vget_low_u8(halves))};
+  return V8u{vextq_u8(halves, halves, 8)};
 }
 #endif
 
@@ -197,6 +197,17 @@ void reverseThrees(const Vek8u* src, Vek8u* dst) {
   hn::StoreInterleaved3(reversedBytes(c0), reversedBytes(c1), reversedBytes(c2), u8, dst);
 }
 
+#if HWY_ARCH_ARM_V7
+
+/// dst[k] = src[63 - k] for 64 bytes, with half of the loads and stores of single vectors.
+void reverseFourVectors(const Vek8u* src, Vek8u* dst) {
+  const uint8x16x4_t v = vld4q_u8(src);
+  const auto reversed = [](uint8x16_t bytes) { return reversedBytes(V8u{bytes}).raw; };
+  vst4q_u8(dst, {{reversed(v.val[3]), reversed(v.val[2]), reversed(v.val[1]), reversed(v.val[0])}});
+}
+
+#endif
+
 #elif !defined(__AVX512VBMI__)
 
 /// The byte of vector `from` of a block that each byte of vector `to` comes from when the block's 16
@@ -261,6 +272,14 @@ void reverseThreesTwice(const Vek8u* src, Vek8u* dst) {
 
 template <int size>
 void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
+#if HWY_ARCH_ARM_V7
+  if constexpr (size == 1) {
+    if (n >= 4 * side) {
+      return overlappingBlocks(
+          n, 4 * side, [&](ptrdiff_t i) { reverseFourVectors(src + (n - 4 * side - i), dst + i); });
+    }
+  }
+#endif
 #if !defined(__AVX512VBMI__)
   if constexpr (size == 3) {
 #if defined(__AVX2__)

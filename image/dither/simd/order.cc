@@ -123,6 +123,68 @@ void orderBits(const Picture& picture, int, VekiPoint origin) {
   });
 }
 
+#if HWY_ARCH_ARM
+
+// In products of bytes: with s = (levels - 1) << (8 - bits) and T = (t + 1) << (8 - bits), the index (v
+// (levels - 1) + t) / 255 is in the top bits of x + (x >> 8), x = v s + T. Tried for every v and every t
+// of fields of 4, 5 and 6 bits; all of it fits 16 bits.
+
+/// What is added in each row of the matrix to eight pixels from column x on.
+template <int bits>
+class FieldOffsets {
+ public:
+  explicit FieldOffsets(int x) {
+    for (int y = 0; y < matrixSize; ++y) {
+      for (int i = 0; i < matrixSize; ++i) {
+        at_[y][i] = static_cast<Vek16u>((thresholds.at[y][(x + i) & 7] + 1) << (8 - bits));
+      }
+    }
+  }
+  uint16x8_t row(int y) const { return vld1q_u16(at_[y]); }
+
+ private:
+  Vek16u at_[matrixSize][matrixSize];
+};
+
+/// The index in the top bits of each lane.
+template <int bits>
+uint16x8_t topIndex(uint8x8_t v, uint16x8_t offset) {
+  const uint8x8_t factor = vdup_n_u8(((1 << bits) - 1) << (8 - bits));
+  const uint16x8_t x = vaddq_u16(vmull_u8(v, factor), offset);
+  return vsraq_n_u16(x, x, 8);
+}
+
+/// A field's index is moved down to its place, and the bits above it stay what they were.
+template <class Format>
+void orderPixels(const Picture& picture, int, VekiPoint origin) {
+  static_assert(Format::rBits == Format::bBits);
+  const FieldOffsets<Format::rBits> outer(origin.x & 7);
+  const FieldOffsets<Format::gBits> inner(origin.x & 7);
+  forEachRow<3, 2, 1>(picture, origin, [&](int row) {
+    const uint16x8_t outerOffset = outer.row(row), innerOffset = inner.row(row);
+    return [=](const Vek8u* src, Vek8u* dst) {
+      const auto pixels = [=](uint8x8_t red, uint8x8_t green, uint8x8_t blue) {
+        constexpr int unused = 16 - 2 * Format::rBits - Format::gBits;
+        const uint16x8_t high = topIndex<Format::rBits>(red, outerOffset);
+        uint16x8_t word = unused == 0 ? high : vshrq_n_u16(high, unused == 0 ? 1 : unused);
+        word = vsriq_n_u16(word, topIndex<Format::gBits>(green, innerOffset),
+                           16 - Format::gPos - Format::gBits);
+        return vsriq_n_u16(word, topIndex<Format::bBits>(blue, outerOffset), 16 - Format::bBits);
+      };
+      static_assert(Format::bPos == 0);
+      const uint8x16x3_t v = vld3q_u8(src);
+      const uint16x8_t lower =
+          pixels(vget_low_u8(v.val[0]), vget_low_u8(v.val[1]), vget_low_u8(v.val[2]));
+      const uint16x8_t upper =
+          pixels(vget_high_u8(v.val[0]), vget_high_u8(v.val[1]), vget_high_u8(v.val[2]));
+      hn::StoreU(hn::BitCast(u8, V16u{lower}), u8, dst);
+      hn::StoreU(hn::BitCast(u8, V16u{upper}), u8, dst + vectorBytes);
+    };
+  });
+}
+
+#else
+
 /// A field of a 16-bit pixel; those of high bits come out of the multiplication where they belong.
 template <int bits, int position>
 struct Field {
@@ -162,6 +224,8 @@ void orderPixels(const Picture& picture, int, VekiPoint origin) {
     };
   });
 }
+
+#endif
 
 }  // namespace
 
