@@ -14,8 +14,8 @@ namespace vek {
 struct Columns {
   static constexpr ptrdiff_t maxCount = 1024;
 
-  Vek32u phase, step;
-  ptrdiff_t n = -1;      ///< 0 to maxCount; below 0 before anything is prepared
+  Vek32u phase = 0, step = 0;
+  ptrdiff_t n = -1;      ///< 0 to maxCount; negative before they are prepared
   ptrdiff_t lastColumn;  ///< of the source; for bilinear() alone
 
   // What prepare() makes of these, each level as its kernels need it. A block is a number of samples

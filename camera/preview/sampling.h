@@ -26,35 +26,29 @@ inline Vek32u lastRowPhase(int srcHeight) {
   return static_cast<Vek32u>(srcHeight - 1) << 16;
 }
 
-/// The tiles of a column of tiles have the same columns, which one of them has prepared.
-inline bool arePrepared(const Columns& columns, Vek32u phase, Vek32u step, ptrdiff_t n) {
-  return columns.n == n && columns.phase == phase && columns.step == step;
-}
-
-/// The columns of a strip that begins with sample x of the scaled row, for nearest samples. A walk has
-/// Columns for one kind of samples and one source.
-inline void nearestColumns(const ResampleKernels& kernels, Vek32u step, ptrdiff_t x, ptrdiff_t n,
-                           Columns& columns) {
+/// Sets what columns are prepared from. False if they are the same as before, as in tiles below each
+/// other: an object serves one kind of sampling of one source.
+inline bool setColumns(Vek32u phase, Vek32u step, ptrdiff_t n, Columns& columns) {
   VEK_ASSERT(n <= Columns::maxCount);
-  const Vek32u phase = halfSample + static_cast<Vek32u>(x) * step;
-  if (arePrepared(columns, phase, step, n)) return;
+  if (columns.n == n && columns.phase == phase && columns.step == step) return false;
   columns.phase = phase;
   columns.step = step;
   columns.n = n;
-  if (step != oneSample) kernels.prepare(columns, false);
+  return true;
+}
+
+/// The columns of a strip that begins with sample x of the scaled row, for nearest samples.
+inline void nearestColumns(const ResampleKernels& kernels, Vek32u step, ptrdiff_t x, ptrdiff_t n,
+                           Columns& columns) {
+  const Vek32u phase = halfSample + static_cast<Vek32u>(x) * step;
+  if (setColumns(phase, step, n, columns) && step != oneSample) kernels.prepare(columns, false);
 }
 
 /// The same for blended samples.
 inline void blendedColumns(const ResampleKernels& kernels, Vek32u step, ptrdiff_t x, ptrdiff_t n,
                            ptrdiff_t lastColumn, Columns& columns) {
-  VEK_ASSERT(n <= Columns::maxCount);
-  const Vek32u phase = static_cast<Vek32u>(x) * step;
-  if (arePrepared(columns, phase, step, n)) return;
-  columns.phase = phase;
-  columns.step = step;
-  columns.n = n;
   columns.lastColumn = lastColumn;
-  kernels.prepare(columns, true);
+  if (setColumns(static_cast<Vek32u>(x) * step, step, n, columns)) kernels.prepare(columns, true);
 }
 
 /// The nearest samples of a row: made in the buffer, or where they lie if the row is not scaled.

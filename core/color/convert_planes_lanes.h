@@ -5,10 +5,8 @@
 #include "core/assert.h"
 #include "core/color/chroma_sums.h"
 #include "core/color/convert_planes.h"
-#include "core/kernel/blocks.h"
-#if HWY_ARCH_ARM
 #include "core/color/neon_sums.h"
-#endif
+#include "core/kernel/blocks.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {

@@ -1,9 +1,11 @@
 // The sums of chroma_products.h in what NEON has: products and sums of bytes whose lanes are twice as
-// wide, shifts that clamp, and loads that separate the pixels of pairs. Included for ARM alone.
+// wide, shifts that clamp, and loads that separate the pixels of pairs. Empty elsewhere.
 #pragma once
 
 #include "core/color/chroma_products.h"
 #include "core/color/pixel_store.h"
+
+#if HWY_ARCH_ARM
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -183,3 +185,5 @@ class NeonSums {
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
+
+#endif

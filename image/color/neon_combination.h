@@ -1,5 +1,5 @@
 // Linear combinations of bytes that are known when they are compiled, by NEON's products of bytes, whose
-// sums have 16 bits. Included for ARM alone.
+// sums have 16 bits. Empty elsewhere.
 //
 // A sum with 10 fractional bits takes 18 bits. Each weight is therefore split into 4 a + r: the sum of
 // the a's has 8 fractional bits and fits 16 bits, and what the r's give is floored to a quarter of it,
@@ -14,6 +14,8 @@
 #include "core/kernel/interleave.h"
 #include "core/kernel/lanes.h"
 #include "image/color/combination.h"
+
+#if HWY_ARCH_ARM
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -121,3 +123,5 @@ class NeonCombination {
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
+
+#endif

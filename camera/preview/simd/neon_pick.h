@@ -1,9 +1,10 @@
-// Samples at whole strides of up to four bytes by NEON's loads, which separate them. Included for ARM
-// alone.
+// Samples at whole strides of up to four bytes by NEON's loads, which separate them. Empty elsewhere.
 #pragma once
 
 #include "core/assert.h"
 #include "core/kernel/lanes.h"
+
+#if HWY_ARCH_ARM
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
@@ -33,3 +34,5 @@ void pickSeparated(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
 }  // namespace
 }  // namespace vek::VEK_LEVEL
 HWY_AFTER_NAMESPACE();
+
+#endif

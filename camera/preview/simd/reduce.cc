@@ -1,11 +1,9 @@
 // The reductions in vectors.
 #include "camera/preview/reduce_body.h"
 #include "camera/preview/reduce_kernels.h"
+#include "camera/preview/simd/neon_pick.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
-#if HWY_ARCH_ARM
-#include "camera/preview/simd/neon_pick.h"
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {

@@ -6,12 +6,10 @@
 #include <string.h>
 
 #include "camera/preview/resample_kernels.h"
+#include "camera/preview/simd/neon_pick.h"
 #include "core/assert.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
-#if HWY_ARCH_ARM
-#include "camera/preview/simd/neon_pick.h"
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {

@@ -139,9 +139,6 @@ struct Reversal {
 #if defined(__AVX512VBMI__)
     if constexpr (anywhere) return hn::Vec<D>{_mm512_permutexvar_epi8(order.raw, v.raw)};
 #endif
-#if HWY_ARCH_ARM
-    if constexpr (size == 1) return reversedBytes(v);
-#endif
     return hn::ReverseBlocks(D(), hn::TableLookupBytes(v, order));
   }
 };
@@ -272,11 +269,18 @@ void reverseThreesTwice(const Vek8u* src, Vek8u* dst) {
 
 template <int size>
 void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
-#if HWY_ARCH_ARM_V7
+#if HWY_ARCH_ARM
   if constexpr (size == 1) {
+#if HWY_ARCH_ARM_V7
     if (n >= 4 * side) {
       return overlappingBlocks(
           n, 4 * side, [&](ptrdiff_t i) { reverseFourVectors(src + (n - 4 * side - i), dst + i); });
+    }
+#endif
+    if (n >= side) {
+      return overlappingBlocks(n, side, [&](ptrdiff_t i) {
+        hn::StoreU(reversedBytes(hn::LoadU(u8, src + (n - side - i))), u8, dst + i);
+      });
     }
   }
 #endif

@@ -1,9 +1,7 @@
 #include "core/assert.h"
 #include "image/color/combination_lanes.h"
-#include "image/color/twist_kernels.h"
-#if HWY_ARCH_ARM
 #include "image/color/neon_combination.h"
-#endif
+#include "image/color/twist_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {

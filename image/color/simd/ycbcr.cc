@@ -3,11 +3,9 @@
 #include "core/assert.h"
 #include "core/color/convert_planes_lanes.h"
 #include "image/color/combination_lanes.h"
+#include "image/color/neon_combination.h"
 #include "image/color/ycbcr_kernels.h"
 #include "image/color/ycbcr_matrices.h"
-#if HWY_ARCH_ARM
-#include "image/color/neon_combination.h"
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
