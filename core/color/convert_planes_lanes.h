@@ -24,11 +24,17 @@ void convertBlock(const Vek8u* cb, const Vek8u* cr, Rows... rows) {
 #if HWY_ARCH_ARM
   if constexpr (pixels == 2) {
     const NeonSums<m> sums(vld1_u8(cb), vld1_u8(cr));
-    (sums.template storePairs<Format>(vld2_u8(rows.luma), rows.out), ...);
+    const auto convertRow = [&](const BlockRow& row) {
+      sums.template storePairs<Format>(vld2_u8(row.luma), row.out);
+    };
+    (convertRow(rows), ...);
   } else {
     for (ptrdiff_t x = 0; x < vectorBytes; x += vectorBytes / 2) {
       const NeonSums<m> sums(vld1_u8(cb + x), vld1_u8(cr + x));
-      (sums.template store<Format>(vld1_u8(rows.luma + x), rows.out + x * Format::bytes), ...);
+      const auto convertRow = [&](const BlockRow& row) {
+        sums.template store<Format>(vld1_u8(row.luma + x), row.out + x * Format::bytes);
+      };
+      (convertRow(rows), ...);
     }
   }
 #else

@@ -50,8 +50,8 @@ class NeonSums {
       hn::StoreU(hn::BitCast(u8, V16u{fields<Format>(c)}), u8, dst);
     } else {
       const uint8x8_t red = bytes(c.red), green = bytes(c.green), blue = bytes(c.blue);
-      vst3_u8(dst, Format::rPos == 0 ? uint8x8x3_t{{red, green, blue}}
-                                     : uint8x8x3_t{{blue, green, red}});
+      const uint8x8x3_t rgb = {{red, green, blue}}, bgr = {{blue, green, red}};
+      vst3_u8(dst, Format::rPos == 0 ? rgb : bgr);
     }
   }
 

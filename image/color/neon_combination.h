@@ -100,8 +100,8 @@ class NeonCombination {
 
   template <int i>
   static uint16x8_t plus(uint16x8_t sum, uint8x8_t v) {
-    if constexpr (factor(i) < 0) return vmlsl_u8(sum, v, vdup_n_u8(-factor(i)));
-    return vmlal_u8(sum, v, vdup_n_u8(factor(i)));
+    if constexpr (factor(i) < 0) return vmlsl_u8(sum, v, vdup_n_u8(static_cast<Vek8u>(-factor(i))));
+    return vmlal_u8(sum, v, vdup_n_u8(static_cast<Vek8u>(factor(i))));
   }
 
   /// Modulo 2^16.

@@ -19,8 +19,10 @@ void averageRows(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Vek8u* dst)
 void splitGroups(const Vek8u* top, const Vek8u* bottom, Vek8u* topLuma, Vek8u* bottomLuma,
                  Vek8u* cb, Vek8u* cr) {
   const uint8x16x4_t upper = vld4q_u8(top), lower = vld4q_u8(bottom);  // Cb, Y0, Cr, Y1
-  vst2q_u8(topLuma, {{upper.val[1], upper.val[3]}});
-  vst2q_u8(bottomLuma, {{lower.val[1], lower.val[3]}});
+  const uint8x16x2_t upperLuma = {{upper.val[1], upper.val[3]}};
+  const uint8x16x2_t lowerLuma = {{lower.val[1], lower.val[3]}};
+  vst2q_u8(topLuma, upperLuma);
+  vst2q_u8(bottomLuma, lowerLuma);
   vst1q_u8(cb, vrhaddq_u8(upper.val[0], lower.val[0]));
   vst1q_u8(cr, vrhaddq_u8(upper.val[2], lower.val[2]));
 }

@@ -231,7 +231,8 @@ V8u lookUpWindows(const Vek8u* row, const Vek32s* windows, ptrdiff_t distance, V
   if constexpr (!isPair<Entry>) {
     const Vek8u* const from = row + *windows;
 #if HWY_ARCH_ARM_A64
-    return V8u{vqtbl2q_u8({{vld1q_u8(from), vld1q_u8(from + 16)}}, order.raw)};
+    const uint8x16x2_t table = {{vld1q_u8(from), vld1q_u8(from + 16)}};
+    return V8u{vqtbl2q_u8(table, order.raw)};
 #else
     const uint8x8x4_t table = {
         {vld1_u8(from), vld1_u8(from + 8), vld1_u8(from + 16), vld1_u8(from + 24)}};

@@ -200,7 +200,9 @@ void reverseThrees(const Vek8u* src, Vek8u* dst) {
 void reverseFourVectors(const Vek8u* src, Vek8u* dst) {
   const uint8x16x4_t v = vld4q_u8(src);
   const auto reversed = [](uint8x16_t bytes) { return reversedBytes(V8u{bytes}).raw; };
-  vst4q_u8(dst, {{reversed(v.val[3]), reversed(v.val[2]), reversed(v.val[1]), reversed(v.val[0])}});
+  const uint8x16x4_t r = {
+      {reversed(v.val[3]), reversed(v.val[2]), reversed(v.val[1]), reversed(v.val[0])}};
+  vst4q_u8(dst, r);
 }
 
 #endif
