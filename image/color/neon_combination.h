@@ -27,10 +27,10 @@ struct HalfChannels {
 };
 
 // Bytes of whole and of half vectors.
-inline uint8x16_t average(uint8x16_t a, uint8x16_t b) {
+inline uint8x16_t averageDown(uint8x16_t a, uint8x16_t b) {
   return vhaddq_u8(a, b);
 }
-inline uint8x8_t average(uint8x8_t a, uint8x8_t b) {
+inline uint8x8_t averageDown(uint8x8_t a, uint8x8_t b) {
   return vhadd_u8(a, b);
 }
 inline uint8x16_t averageUp(uint8x16_t a, uint8x16_t b) {
@@ -45,10 +45,10 @@ inline uint8x16_t inverted(uint8x16_t v) {
 inline uint8x8_t inverted(uint8x8_t v) {
   return vmvn_u8(v);
 }
-inline uint8x16_t half(uint8x16_t v) {
+inline uint8x16_t halved(uint8x16_t v) {
   return vshrq_n_u8(v, 1);
 }
-inline uint8x8_t half(uint8x8_t v) {
+inline uint8x8_t halved(uint8x8_t v) {
   return vshr_n_u8(v, 1);
 }
 
@@ -87,14 +87,14 @@ class NeonCombination {
       static_assert(a == 2 && b == 3 && d == 3);
       return averageUp(c0, inverted(averageUp(c1, c2)));
     } else if constexpr (a == 2 && b == 1 && d == 1) {
-      return average(c0, average(c1, c2));
+      return averageDown(c0, averageDown(c1, c2));
     } else if constexpr (a == 3 && b == 0 && d == 0) {
-      return average(c0, half(c0));
+      return averageDown(c0, halved(c0));
     } else if constexpr (a == 1 && b == 0 && d == 2) {
-      return average(c2, half(c0));
+      return averageDown(c2, halved(c0));
     } else {
       static_assert(a == 0 && b == 2 && d == 2);
-      return average(c1, c2);
+      return averageDown(c1, c2);
     }
   }
 

@@ -62,9 +62,7 @@ void splitGroups(const Vek8u* top, const Vek8u* bottom, Vek8u* topLuma, Vek8u* b
 void splitRows(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Vek8u* topLuma,
                Vek8u* bottomLuma, Vek8u* cb, Vek8u* cr) {
   VEK_ASSERT(n >= 2 && n % 2 == 0);
-  const auto body = [](const Vek8u* upper, const Vek8u* lower, Vek8u* upperLuma, Vek8u* lowerLuma,
-                       Vek8u* b,
-                       Vek8u* r) { splitGroups(upper, lower, upperLuma, lowerLuma, b, r); };
+  const auto body = [](auto... streams) { splitGroups(streams...); };
   copiedBlocks<2 * vectorBytes>(n, body, In<2>{top}, In<2>{bottom}, Out<1>{topLuma},
                                 Out<1>{bottomLuma}, Out<1, 2>{cb}, Out<1, 2>{cr});
 }

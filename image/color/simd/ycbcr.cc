@@ -149,8 +149,8 @@ template <const Matrix& m>
 Channels outputs(const Vek8u* src) {
   static_assert(&m == &rgbToYuv);
   const Channels v = loadChannels(src);
-  const auto clamped = [&](auto half) {
-    return clampedV(half(v.c0.raw), half(v.c1.raw), half(v.c2.raw));
+  const auto clamped = [&](auto halfOf) {
+    return clampedV(halfOf(v.c0.raw), halfOf(v.c1.raw), halfOf(v.c2.raw));
   };
   return {NeonCombination<combination<m, 0>>::of(v), NeonCombination<combination<m, 1>>::of(v),
           V8u{vcombine_u8(clamped([](uint8x16_t c) { return vget_low_u8(c); }),
@@ -180,7 +180,7 @@ void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
 }
 
 // Where pixels share chroma: luma() of every pixel of a block, and chroma() of averaged pixels, the
-// second and the third value as bytes.
+// second and the third value, as bytes or in 16-bit lanes that are clamped to bytes later.
 
 #if HWY_ARCH_ARM
 
