@@ -51,7 +51,7 @@ ColorSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
 
 #if defined(__SSE2__)
 
-// In 16-bit lanes, with sums of products by 0 or 1, which compilers do not find: a third of the time.
+// In 16-bit lanes, with sums of products by 0 or 1, which compilers do not find: half of the time.
 
 /// The even and the odd ones of sixteen samples, at most 32767.
 struct Columns {

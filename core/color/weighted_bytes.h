@@ -50,7 +50,8 @@ template <int shift, bool clamps>
 constexpr bool weighsVectors = true;
 
 // Products of bytes by weights are summed in 32 bits two by two, by one instruction. Compilers multiply
-// them one by one instead, in four. Several outputs share the pairs. It takes a quarter of the time.
+// them one by one instead, in four. Several outputs share the pairs. Conversions take half of
+// the time.
 
 /// Sixteen samples of each output.
 template <int shift, int outputs>

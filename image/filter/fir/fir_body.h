@@ -43,7 +43,7 @@ void addProducts(const Vek8u* const* taps, const Vek16s* factors, ptrdiff_t n,
 template <>
 constexpr int tapsTogether<Vek32s> = 4;
 
-/// Sums of two products are one instruction, which compilers do not find: half of the time.
+/// Sums of two products are one instruction, which compilers do not find: two thirds of the time.
 inline void addProducts(const Vek8u* const* taps, const Vek16s* factors, ptrdiff_t n,
                         Vek32s* __restrict sums) {
   const __m128i zero = _mm_setzero_si128();
