@@ -85,9 +85,9 @@ struct BlockRows {
 template <int factor>
 void averagePairs(Plane<const Vek8u> src, ptrdiff_t pairs, Vek8u* y, Vek8u* cb, Vek8u* cr) {
   using Rows = BlockRows<factor>;
+  Rows luma = {}, blue = {}, red = {};
   for (ptrdiff_t first = 0; first < pairs; first += Rows::most / 2) {
     const ptrdiff_t n = pairs - first < Rows::most / 2 ? pairs - first : Rows::most / 2;
-    Rows luma, blue, red;
     for (int row = 0; row < factor; ++row) {
       const Vek8u* const from = src.row(row) + 4 * factor * first;
       separate422(from, factor * n, luma.samples, blue.samples, red.samples);
