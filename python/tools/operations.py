@@ -217,6 +217,8 @@ ELSEWHERE = {
     "vekiInitAlloc_10RGGBtoYCbCr_RotRsz_P3R": "RawPipeline", "vekiFree_10RGGBtoYCbCr_RotRsz_P3R": "RawPipeline",
     "veki10RGGBtoYCbCr_RotRsz_8u_P3R": "RawPipeline", "vekiYCbCr420RszRot_8u_P3R": "resize",
     "vekiYCbCr422RszRot_8u_P3R": "resize", "vekiYCbCr420RszCscRotRGB_8u_P3C3R": "resize",
+    # Arrays are resized whole.
+    "vekiYCbCr420RszRotRows_8u_P3R": "resize", "vekiYCbCr420RszCscRotRGBRows_8u_P3C3R": "resize",
     "vekiYCbCr422RszCscRotRGB_8u_P3C3R": "resize", "vekiYCbCr422ToYCbCr420Rotate_8u_C2P3R": "to_420",
     "vekiYCbCr422ToYCbCr420Rotate_8u_P3R": "to_420", "vekiResizeCscRotate_8u_C2R": "reduce",
     "vekiDemosaic_10RGGB_16u8u_C1C3R": "demosaic",
@@ -232,6 +234,4 @@ ELSEWHERE = {
     # Memory of the caller's: Python's own objects have that of the library.
     "vekMalloc": None, "vekFree": None, "vekiMalloc": None, "vekiFree": None, "vekiGetSpecSize_Moments_8u": None,
     "vekiInit_Moments_8u": None, "vekiInit_RealFFT_32s": None,
-    # Rows for threads: an array is resized whole.
-    "vekiYCbCr420RszRotRows_8u_P3R": None, "vekiYCbCr420RszCscRotRGBRows_8u_P3C3R": None,
 }
