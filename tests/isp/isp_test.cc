@@ -66,9 +66,19 @@ std::vector<Vek16u> noise(Size size, uint64_t seed) {
   return frame;
 }
 
-View<const RawByte> viewOf(const std::vector<Vek16u>& frame, Size size) {
-  return {reinterpret_cast<const Vek8u*>(frame.data()), {2 * size.width, size.height}};
-}
+/// The bytes of a frame, whose words begin with their lower byte on every processor.
+struct FrameBytes {
+  FrameBytes(const std::vector<Vek16u>& frame, Size size_) : size{2 * size_.width, size_.height} {
+    for (const Vek16u sample : frame) {
+      bytes.push_back(static_cast<Vek8u>(sample));
+      bytes.push_back(static_cast<Vek8u>(sample >> 8));
+    }
+  }
+  operator View<const RawByte>() const { return {bytes.data(), size}; }
+
+  Bytes8 bytes;
+  Size size;
+};
 
 IspSettings plain(Size size) {
   IspSettings settings;
@@ -260,7 +270,7 @@ TEST(Isp, GivesWhatTheCallsOnWholeFramesGive) {
       const bool isAligned = random.chance(50);
       Output made(pixels, isp.outputSize(), isAligned ? 0 : random.in(1, 7),
                   isAligned ? 0 : random.in(1, 9));
-      ASSERT_EQ(run(isp, viewOf(frame, settings.size), made), vekStsNoErr) << what;
+      ASSERT_EQ(run(isp, FrameBytes(frame, settings.size), made), vekStsNoErr) << what;
 
       const bool is422 = pixels == detail::Pixels::i422;
       const Whole whole(frame, settings, isp, is422,
@@ -370,8 +380,8 @@ TEST(Isp, GreysAreNeutralAndGoFromBlackToWhite) {
         int last = 0, lastY = 0;
         for (int s = 0; s < 1024; s += s < 64 ? 1 : 7) {
           const std::vector<Vek16u> frame = flat(size, s, s, s);
-          isp.process(viewOf(frame, size), ycc);
-          isp.process(viewOf(frame, size), bgr);
+          isp.process(FrameBytes(frame, size), ycc);
+          isp.process(FrameBytes(frame, size), bgr);
           const double tone = toneTable(curve)[static_cast<size_t>(s)];
           const Vek8u* const pixel = bgr.row(16) + 3 * 16;
           EXPECT_EQ(ycc.cb().row(16)[8], 128) << s;
@@ -398,13 +408,13 @@ TEST(Isp, TakesATableAndRefusesOneThatFalls) {
   for (float& value : table) value = value < .5F ? 0.F : 1.F;
   isp.setCurve(table);
   Image<Rgb24> out(isp.outputSize());
-  isp.process(viewOf(flat({32, 32}, 500, 500, 500), {32, 32}), out);
+  isp.process(FrameBytes(flat({32, 32}, 500, 500, 500), {32, 32}), out);
   EXPECT_EQ(out.row(16)[48], 0);
-  isp.process(viewOf(flat({32, 32}, 520, 520, 520), {32, 32}), out);
+  isp.process(FrameBytes(flat({32, 32}, 520, 520, 520), {32, 32}), out);
   EXPECT_GE(out.row(16)[48], 254);
   table[1000] = .2F;
   EXPECT_THROW(isp.setCurve(table), Error);
-  isp.process(viewOf(flat({32, 32}, 520, 520, 520), {32, 32}), out);
+  isp.process(FrameBytes(flat({32, 32}, 520, 520, 520), {32, 32}), out);
   EXPECT_GE(out.row(16)[48], 254);
 }
 
@@ -472,8 +482,8 @@ TEST(Isp, DeadSamplesLeaveNoTrace) {
     spoiled[static_cast<size_t>(p.row * size.width + p.column)] = 1023;
   Isp isp(settings);
   Image<Bgr24> a(isp.outputSize()), b(isp.outputSize());
-  isp.process(viewOf(clean, size), a);
-  isp.process(viewOf(spoiled, size), b);
+  isp.process(FrameBytes(clean, size), a);
+  isp.process(FrameBytes(spoiled, size), b);
   for (int y = 0; y < a.height(); ++y) {
     EXPECT_TRUE(std::equal(a.row(y), a.row(y) + 3 * a.width(), b.row(y))) << "row " << y;
   }
@@ -498,7 +508,7 @@ TEST(Isp, ExposureSettlesAtOnceAndDoesNotSwing) {
         waiting = isp.results().exposure;
         const int green = static_cast<int>(std::min(1023., light * taken.time * taken.gain));
         isp.setExposure(taken);
-        isp.process(viewOf(flat({64, 64}, green, green, green), {64, 64}), out);
+        isp.process(FrameBytes(flat({64, 64}, green, green, green), {64, 64}), out);
         EXPECT_EQ(isp.results().brightness, green);
         if (!isp.results().exposureHeld && !isp.results().exposureAtLimit) settled = i + 1;
       }
@@ -517,7 +527,7 @@ TEST(Isp, WhiteBalanceMakesTheFrameGrey) {
   Image<Rgb24> out(isp.outputSize());
   const auto show = [&](int red, int green, int blue) {
     for (int i = 0; i < 6; ++i)
-      isp.process(viewOf(flat({64, 64}, red, green, blue), {64, 64}), out);
+      isp.process(FrameBytes(flat({64, 64}, red, green, blue), {64, 64}), out);
   };
   show(150, 300, 200);
   EXPECT_NEAR(isp.gains().red, 2, .02);
@@ -539,7 +549,7 @@ TEST(Isp, WhiteBalanceMakesTheFrameGrey) {
 
 TEST(Isp, TakesNoMemoryAndGivesTheSameInAnyOrderOfJobs) {
   const Size size = {96, 80};
-  const std::vector<Vek16u> frame = noise(size, 5);
+  const FrameBytes frame(noise(size, 5), size);
   IspSettings settings = plain(size);
   settings.color.matrix = cameraMatrix;
   settings.bandRows = 8;
@@ -559,9 +569,9 @@ TEST(Isp, TakesNoMemoryAndGivesTheSameInAnyOrderOfJobs) {
   };
   for (int i = 0; i < 4; ++i) {  // the gains change, and the matrix with them
     const int before = allocations;
-    one.process(viewOf(frame, size), a);
+    one.process(frame, a);
     EXPECT_EQ(allocations, before);
-    four.process(viewOf(frame, size), b, threads);
+    four.process(frame, b, threads);
     for (int y = 0; y < size.height; ++y) {
       ASSERT_TRUE(std::equal(a.row(y), a.row(y) + 4 * size.width, b.row(y))) << "row " << y;
     }
@@ -603,7 +613,8 @@ TEST(Isp, SaysWhichArgumentIsWrongAndWhy) {
 
   Isp isp(plain({64, 48}));
   const std::vector<Vek16u> frame = flat({64, 48}, 900, 900, 900);
-  const View<const RawByte> good = viewOf(frame, {64, 48});
+  const FrameBytes goodBytes(frame, {64, 48});
+  const View<const RawByte> good = goodBytes;
   Image<Rgb24> out({64, 48}), small({64, 46});
   std::memset(out.data(), 7, 3 * 64);
   const auto fails = [&](const char* argument, const char* reason, const View<const RawByte>& in,
