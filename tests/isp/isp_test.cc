@@ -612,9 +612,8 @@ TEST(Isp, SaysWhichArgumentIsWrongAndWhy) {
   refuses("jobs", "0", [](auto& s) { s.jobs = 0; });
 
   Isp isp(plain({64, 48}));
-  const std::vector<Vek16u> frame = flat({64, 48}, 900, 900, 900);
-  const FrameBytes goodBytes(frame, {64, 48});
-  const View<const RawByte> good = goodBytes;
+  const FrameBytes frame(flat({64, 48}, 900, 900, 900), {64, 48});
+  const View<const RawByte> good = frame;
   Image<Rgb24> out({64, 48}), small({64, 46});
   std::memset(out.data(), 7, 3 * 64);
   const auto fails = [&](const char* argument, const char* reason, const View<const RawByte>& in,
