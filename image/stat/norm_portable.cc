@@ -29,7 +29,7 @@ struct Difference {
 /// A total of type `Narrow` takes `most` values.
 struct Largest {
   using Narrow = Vek8u;
-  static constexpr ptrdiff_t most = PTRDIFF_MAX;
+  [[maybe_unused]] static constexpr ptrdiff_t most = PTRDIFF_MAX;
   template <class Total>
   static void take(Total& total, Total v) {
     total = v > total ? v : total;
@@ -38,7 +38,7 @@ struct Largest {
 };
 struct Sum {
   using Narrow = Vek16u;
-  static constexpr ptrdiff_t most = 257;  // 257 * 255 < 2^16
+  [[maybe_unused]] static constexpr ptrdiff_t most = 257;  // 257 * 255 < 2^16
   template <class Total>
   static void take(Total& total, Total v) {
     total = static_cast<Total>(total + v);
@@ -47,7 +47,7 @@ struct Sum {
 };
 struct SumOfSquares : Sum {
   using Narrow = Vek32u;
-  static constexpr ptrdiff_t most = 65536;  // 65536 * 255 * 255 < 2^32
+  [[maybe_unused]] static constexpr ptrdiff_t most = 65536;  // 65536 * 255 * 255 < 2^32
   static Square of(Sample v) { return static_cast<Square>(v * v); }
 };
 
