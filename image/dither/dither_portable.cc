@@ -67,9 +67,9 @@ struct Pixels16 {
 
 /// k[i] = (samples[i] * steps + threshold[i]) / 255, whose numerator is at most 65278. For such numbers
 /// v / 255 is (v + 1 + (v >> 8)) >> 8.
-[[gnu::noinline]] void orderSamples(const Vek8u* __restrict samples,
-                                    const Vek8u* __restrict threshold, Vek16u steps, ptrdiff_t n,
-                                    Vek8u* __restrict k) {
+[[gnu::noinline, maybe_unused]] void orderSamples(const Vek8u* __restrict samples,
+                                                  const Vek8u* __restrict threshold, Vek16u steps,
+                                                  ptrdiff_t n, Vek8u* __restrict k) {
   for (ptrdiff_t i = 0; i < n; ++i) {
     const Vek16u v = static_cast<Vek16u>(samples[i] * steps + threshold[i]);
     k[i] = static_cast<Vek8u>((v + 1 + (v >> 8)) >> 8);

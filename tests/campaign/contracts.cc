@@ -4,6 +4,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <map>
+#include <tuple>
 
 #include "tests/campaign/trial.h"
 #include "tests/support/failing_allocator.h"
@@ -83,7 +84,9 @@ struct Refusal {
   int argument;
   std::string kind;
   VekStatus status;
-  auto operator<=>(const Refusal&) const = default;
+  bool operator<(const Refusal& other) const {
+    return std::tie(argument, kind, status) < std::tie(other.argument, other.kind, other.status);
+  }
 };
 
 struct Refusals {
