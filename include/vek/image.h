@@ -828,7 +828,7 @@ VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u*
  *  Square masks of 3 to 11 go through sorting networks. Other masks of up to 33 x 85 count how many
  *  samples are below each threshold that matters (in regions of at least one vector's width). All
  *  others go through histograms, with a time per pixel that does not depend on the mask up to a
- *  width of 129 and grows with its height beyond. A call takes up to 121 KB of stack.
+ *  width of 129 and grows with its height beyond. A call takes up to 48 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image is null; vekStsSizeErr if
  *  the region is empty; vekStsStepErr if a step is below 1; vekStsMaskSizeErr if a mask dimension
@@ -850,7 +850,7 @@ enum VekiMask {
  *  centred on it whose sum of distances to all pixels of the neighbourhood is least. The distance
  *  of two pixels is the sum of the absolute differences of their channels. Among equals the first
  *  one wins, counted row after row from the top left. `mask` is one of VekiMask. A call takes up to
- *  62 KB of stack.
+ *  48 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image is null; vekStsSizeErr if
  *  the region is empty; vekStsStepErr if a step is below 1; vekStsMaskSizeErr if `mask` is not one

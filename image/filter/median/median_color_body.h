@@ -23,12 +23,13 @@ namespace {
 /// beyond a shorter strip is never used.
 template <int side>
 constexpr int stripColumns = colorMedianColumns(side);
-constexpr int columnMargin = 32;  ///< so that vectors begin with cache lines
+constexpr int columnMargin = 16;  ///< half a cache line
 
-/// One number for each column of the strip, with room for neighbours on both sides.
+/// One number for each column of the strip, with room for neighbours on both sides. It fills whole
+/// cache lines.
 template <int side>
 struct Columns {
-  alignas(64) Vek16s padded[columnMargin + stripColumns<side> + columnMargin];
+  alignas(32) Vek16s padded[columnMargin + stripColumns<side> + columnMargin];
 
   Vek16s* at(int x) { return padded + columnMargin + x; }
   const Vek16s* at(int x) const { return padded + columnMargin + x; }
@@ -189,6 +190,8 @@ class Window {
   }
 
  private:
+  // After half a cache line and the margin, columns begin with one.
+  alignas(64) Vek16s unused_[columnMargin] = {};
   PixelRow<side> pixels_[side] = {};
   DistanceRow<side> distances_[side] = {};
 };

@@ -5,9 +5,9 @@
 // below 4 + 2 and below 4 + 2 + 1, and so the median is 7.
 //
 // This is done for a strip of windows at a time, and only thresholds that some window of the strip
-// asks for are counted: few, as neighbouring medians are close. For each threshold the counts of
-// the columns are kept, and moved down when they are needed again. The work for a threshold does
-// not depend on the mask's height and hardly on its width.
+// asks for are counted: few, as neighbouring medians are close. For the thresholds that were asked
+// for last the counts of the columns are kept, and moved down when they are needed again. The work
+// for such a threshold does not depend on the mask's height and hardly on its width.
 #pragma once
 
 #include "vek/vek.h"
@@ -28,6 +28,8 @@ namespace {
 /// The numbers of samples below a threshold in a vector of windows of up to 255 samples.
 class WindowCounts8 {
  public:
+  static constexpr bool fitsWideStrips = true;
+
   void add(V8u counts) { totals_ = hn::Add(totals_, counts); }
   hn::Mask<decltype(u8)> notAbove(ptrdiff_t rank) const {
     return hn::Eq(hn::Min(totals_, hn::Set(u8, static_cast<Vek8u>(rank))), totals_);
@@ -40,6 +42,9 @@ class WindowCounts8 {
 /// The same for windows of up to 2^15 - 1 samples.
 class WindowCounts16 {
  public:
+  /// Whether there are registers for the counts of 256 windows.
+  static constexpr bool fitsWideStrips = vectorBytes == 64;
+
   void add(V8u counts) {
     const V8u zero = hn::Zero(u8);
     low_ = hn::Add(low_, hn::BitCast(u16, hn::InterleaveLower(u8, counts, zero)));
@@ -67,10 +72,12 @@ class CountingStrip {
   /// The strip begins at column x.
   CountingStrip(const MedianRegion& r, ptrdiff_t x)
       : r_(r), corner_(r.corner + x), dst_(r.dst + x) {
-    for (ptrdiff_t& top : top_) top = never;
+    for (int& slot : slotOf_) slot = none;
   }
 
   void filterRow(ptrdiff_t y) {
+    firstRow_ = corner_ + y * r_.srcStep;
+    lastRow_ = firstRow_ + (r_.maskHeight - 1) * r_.srcStep;
     V8u medians[vectors];
     unrolled<vectors>([&](auto i) { medians[i] = hn::Zero(u8); });
     Vek8u known[2][256 + 1];  // the values that medians have before a bit and with it
@@ -97,11 +104,15 @@ class CountingStrip {
           nextCount += found.above;
         }
       }
+      asked_ += knownCount;
       knownCount = nextCount;
     }
     Vek8u* dst = dst_ + y * r_.dstStep;
     unrolled<vectors>([&](auto i) { hn::StoreU(medians[i], u8, dst + i * vectorBytes); });
   }
+
+  /// How many thresholds the rows have asked for.
+  ptrdiff_t asked() const { return asked_; }
 
  private:
   static constexpr ptrdiff_t never = -2;  // no row above one of the region
@@ -110,23 +121,53 @@ class CountingStrip {
   static constexpr ptrdiff_t room =
       (length + 3 * (countingWidth - 1) + 2 * vectorBytes - 1) / vectorBytes * vectorBytes;
 
+  /// Thresholds whose counts are kept: as many as fit 45 KB with those of a group and their sums of
+  /// three.
+  static constexpr ptrdiff_t fitting =
+      45 * 1024 / (room + ptrdiff_t{sizeof(ptrdiff_t)}) - 2 * group;
+  static constexpr int slots = static_cast<int>(fitting < 256 ? fitting : 256);
+  static constexpr int none = -1;
+
   struct Found {
     bool below, above;
   };
 
+  /// Gives a threshold a new slot, or the one that was not asked for longest. If all were asked for
+  /// in row y, it gets one of those behind them, whose counts are lost after the group.
+  [[gnu::noinline]] int takeSlot(Vek8u threshold, ptrdiff_t y) {
+    int slot = used_;
+    if (used_ < slots) {
+      ++used_;
+    } else {
+      slot = 0;
+      for (int i = 1; i < slots; ++i) slot = top_[i] < top_[slot] ? i : slot;
+      if (top_[slot] == y) {
+        slot = slots + static_cast<int>(unkept_++ % group);
+        top_[slot] = never;
+        return slot;
+      }
+      slotOf_[threshold_[slot]] = none;
+    }
+    slotOf_[threshold] = slot;
+    threshold_[slot] = threshold;
+    top_[slot] = never;
+    return slot;
+  }
+
   /// The counts of samples below the threshold in the columns of the rows from y on.
   const Vek8u* moveColumns(ptrdiff_t y, Vek8u threshold) {
-    Vek8u* columns = columns_[threshold];
-    const ptrdiff_t top = top_[threshold];
+    int slot = slotOf_[threshold];
+    if (slot < 0) slot = takeSlot(threshold, y);
+    Vek8u* columns = columns_[slot];
+    const ptrdiff_t top = top_[slot];
     if (top == y) return columns;
-    top_[threshold] = y;
+    top_[slot] = y;
     const V8u last = hn::Set(u8, static_cast<Vek8u>(threshold - 1));
-    const ptrdiff_t step = r_.srcStep, height = r_.maskHeight;
-    const Vek8u* src = corner_ + y * step;
     const auto load = [](const Vek8u* p) { return hn::LoadU(u8, p); };
+    const ptrdiff_t step = r_.srcStep, height = r_.maskHeight;
+    const Vek8u* const src = firstRow_;
     if (top == y - 1) {
-      const Vek8u* leaving = src - step;
-      const Vek8u* entering = leaving + height * step;
+      const Vek8u *leaving = src - step, *entering = lastRow_;
       forColumns(columns, [&](ptrdiff_t x) {
         return subtract(add(load(columns + x), load(entering + x), last), load(leaving + x), last);
       });
@@ -233,27 +274,48 @@ class CountingStrip {
   const MedianRegion& r_;
   const Vek8u* corner_;
   Vek8u* dst_;
-  ptrdiff_t top_[256];  ///< the row that the counts of a threshold are for
-  alignas(64) Vek8u columns_[256][room];
+  const Vek8u *firstRow_, *lastRow_;  ///< of the windows
+  int slotOf_[256];                   ///< of each threshold, or none
+  Vek8u threshold_[slots];            ///< of each slot
+  ptrdiff_t asked_ = 0;
+  int used_ = 0;                  ///< slots that keep counts
+  unsigned unkept_ = 0;           ///< how often counts were not kept
+  ptrdiff_t top_[slots + group];  ///< the row that the counts of a slot are for
+  alignas(64) Vek8u columns_[slots + group][room];
 };
 
-/// Filters the strips that fit from x on; returns where they end.
-template <class WindowCounts, int vectors>
-ptrdiff_t filterStrips(const MedianRegion& r, ptrdiff_t x) {
-  using Strip = CountingStrip<WindowCounts, vectors>;
-  for (; x + Strip::length <= r.columns; x += Strip::length) {
-    Strip strip(r, x);
-    for (ptrdiff_t y = 0; y < r.rows; ++y) strip.filterRow(y);
-  }
-  return x;
+/// Filters the strip that begins at x; returns how many thresholds its rows asked for.
+template <class WindowCounts, ptrdiff_t length>
+ptrdiff_t filterStrip(const MedianRegion& r, ptrdiff_t x) {
+  CountingStrip<WindowCounts, static_cast<int>(length / vectorBytes)> strip(r, x);
+  for (ptrdiff_t y = 0; y < r.rows; ++y) strip.filterRow(y);
+  return strip.asked();
 }
 
-/// Strips of 256 bytes, then of one vector, the last of which overlaps the one before.
+/// Strips of 256 bytes, or of 128 where fewer registers hold the counts or where rows ask for many
+/// thresholds. On noise a row of a wide strip asks for about fifty and of a narrow one for forty; where
+/// edges are strong these are 150 and 75. What is left are strips of 64 bytes and of one vector, the
+/// last of which overlaps the one before.
 template <class WindowCounts>
 void countMedians(const MedianRegion& r) {
-  constexpr int vectors = 256 / vectorBytes;
-  const ptrdiff_t end = filterStrips<WindowCounts, 1>(r, filterStrips<WindowCounts, vectors>(r, 0));
-  if (end < r.columns) filterStrips<WindowCounts, 1>(r, r.columns - vectorBytes);
+  bool wide = WindowCounts::fitsWideStrips;
+  ptrdiff_t x = 0;
+  while (x + 128 <= r.columns) {
+    if (wide && x + 256 <= r.columns) {
+      wide = filterStrip<WindowCounts, 256>(r, x) <= 80 * r.rows;
+      x += 256;
+    } else {
+      const bool few = filterStrip<WindowCounts, 128>(r, x) <= 40 * r.rows;
+      wide = few && WindowCounts::fitsWideStrips;
+      x += 128;
+    }
+  }
+  if constexpr (vectorBytes < 64) {
+    for (; x + 64 <= r.columns; x += 64) filterStrip<WindowCounts, 64>(r, x);
+  }
+  for (; x + vectorBytes <= r.columns; x += vectorBytes)
+    filterStrip<WindowCounts, vectorBytes>(r, x);
+  if (x < r.columns) filterStrip<WindowCounts, vectorBytes>(r, r.columns - vectorBytes);
 }
 
 void medianByCounting(const MedianRegion& r) {
