@@ -828,7 +828,8 @@ VEK_API VekStatus vekiFilterColumn_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u*
  *  Square masks of 3 to 11 go through sorting networks. Other masks of up to 33 x 85 count how many
  *  samples are below each threshold that matters (in regions of at least one vector's width). All
  *  others go through histograms, with a time per pixel that does not depend on the mask up to a
- *  width of 129 and grows with its height beyond. A call takes up to 48 KB of stack.
+ *  width of 129 and grows with its height beyond. The portable level has networks for masks of 3, 5
+ *  and, on 64-bit processors, 7, and histograms for the rest. A call takes up to 48 KB of stack.
  *
  *  Returns vekStsNoErr or, in this order: vekStsNullPtrErr if an image is null; vekStsSizeErr if
  *  the region is empty; vekStsStepErr if a step is below 1; vekStsMaskSizeErr if a mask dimension
