@@ -1,13 +1,14 @@
 # Every pair of docs/benchmarks.md as a point: gnuplot -e "points='FILE'; picture='FILE.png'" bench/plot.gp
-set terminal pngcairo size 900,460 font "sans-serif,11"
+set terminal pngcairo size 900,760 font "sans-serif,11"
 set output picture
 set logscale x 2
-set xrange [0.4:128]
-set xtics (0.5, 1, 2, 4, 8, 16, 32, 64)
+set xrange [0.25:128]
+set xtics (0.25, 0.5, 1, 2, 4, 8, 16, 32, 64)
 set xlabel "the peer's time / our time (above 1: we are faster)"
-set yrange [6.6:-0.6]
+set yrange [12.6:-0.6]
 set ytics ("raw pipeline" 0, "preview" 1, "exposure,\nwhite balance" 2, "colour" 3, \
-           "arithmetic" 4, "filters" 5, "norms" 6)
+           "arithmetic" 4, "filters" 5, "norms" 6, "channels" 7, "borders" 8, "transforms" 9, \
+           "moments" 10, "warps" 11, "dithering" 12)
 set grid xtics lc rgb "#dddddd"
 set arrow from 1, graph 0 to 1, graph 1 nohead lc rgb "#888888" lw 1.5
 set key outside top center horizontal

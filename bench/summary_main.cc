@@ -18,17 +18,21 @@ using nlohmann::json;
 const char* const beginMark = "<!-- written by ./dev bench -->\n";
 const char* const endMark = "<!-- end -->\n";
 
-/// Families in the order of the tables.
+/// Families in the order of the tables and, but for those without peers, of the rows of plot.gp.
 const std::pair<const char*, const char*> families[] = {
-    {"raw", "raw pipeline"},
-    {"preview", "preview"},
-    {"aaa", "exposure, white balance"},
-    {"color", "colour"},
-    {"arith", "arithmetic"},
-    {"filter", "filters"},
-    {"stat", "norms"},
-    {"", "all"},
+    {"raw", "raw pipeline"},     {"preview", "preview"},   {"aaa", "exposure, white balance"},
+    {"color", "colour"},         {"arith", "arithmetic"},  {"filter", "filters"},
+    {"stat", "norms"},           {"channels", "channels"}, {"pad", "borders"},
+    {"transform", "transforms"}, {"moments", "moments"},   {"warp", "warps"},
+    {"dither", "dithering"},     {"front", "sensor data"}, {"", "all"},
 };
+
+/// The place of a family in the list, or of "all" if it has none.
+size_t rowOf(const std::string& family) {
+  size_t row = 0;
+  while (*families[row].first != 0 && family != families[row].first) ++row;
+  return row;
+}
 
 std::string format(const char* pattern, double value) {
   char text[32];
@@ -75,21 +79,19 @@ std::string peerTable(const json& run) {
   }
   text += "\n" + rule + "\n";
   for (const auto& [family, title] : families) {
-    text += std::string("| ") + title + " |";
+    std::string cells;
     for (const std::string& size : sizes) {
       std::vector<double> ratios;
       for (const json& pair : pairsWithPeers(run)) {
         if (pair["size"] != size || (*family != 0 && pair["family"] != family)) continue;
         ratios.push_back(ratio(pair));
       }
-      if (ratios.empty()) {
-        text += " 0 | | | |";
-        continue;
-      }
-      text += " " + std::to_string(ratios.size()) + " | " + format("%.2f", geometricMean(ratios)) +
-              " | " + format("%.2f", ratios.front()) + " | " + format("%.1f", ratios.back()) + " |";
+      if (ratios.empty()) continue;
+      cells += " " + std::to_string(ratios.size()) + " | " + format("%.2f", geometricMean(ratios)) +
+               " | " + format("%.2f", ratios.front()) + " | " + format("%.1f", ratios.back()) +
+               " |";
     }
-    text += "\n";
+    if (!cells.empty()) text += std::string("| ") + title + " |" + cells + "\n";  // or no peers
   }
   return text;
 }
@@ -144,11 +146,10 @@ std::string points(const json& run) {
   const std::vector<std::string> sizes = sizesOf(run);
   std::string text;
   for (const json& pair : pairsWithPeers(run)) {
-    size_t row = 0, size = 0;
-    while (pair["family"] != families[row].first) ++row;
+    size_t size = 0;
     while (pair["size"] != sizes[size]) ++size;
-    text +=
-        std::to_string(row) + " " + std::to_string(size) + " " + format("%.3f", ratio(pair)) + "\n";
+    text += std::to_string(rowOf(pair["family"])) + " " + std::to_string(size) + " " +
+            format("%.3f", ratio(pair)) + "\n";
   }
   return text;
 }
