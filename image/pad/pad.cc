@@ -33,10 +33,13 @@ void fill(Vek8u* dst, ptrdiff_t pixels, const Vek8u* pixel) {
     memset(dst, *pixel, static_cast<size_t>(pixels));
   } else {
     if (pixels == 0) return;
-    // What is filled is doubled.
-    const ptrdiff_t n = pixels * channels;
-    copyBytes(dst, pixel, channels);
-    for (ptrdiff_t done = channels; done < n; done *= 2) {
+    // The first pixels one by one, as reading what was just written takes long; each but the last is
+    // stored with a byte of the next. Then what is filled is doubled.
+    const ptrdiff_t n = pixels * channels, few = pixels < 16 ? pixels : 16;
+    const Vek8u four[4] = {pixel[0], pixel[1], pixel[2]};
+    for (ptrdiff_t i = 0; i < few - 1; ++i) memcpy(dst + i * channels, four, 4);
+    memcpy(dst + (few - 1) * channels, four, channels);
+    for (ptrdiff_t done = few * channels; done < n; done *= 2) {
       copyBytes(dst + done, dst, done < n - done ? done : n - done);
     }
   }
