@@ -113,6 +113,11 @@ VekStatus filterBox(const Vek8u* pSrc, int srcStep, Vek8u* pDst, int dstStep, Ve
                          (area <= smallBoxArea || box.height <= columnBoxHeight);
   constexpr int64_t largest32 = 0xFFFFFFFF / 255;  // whose sums fit 32 bits
   const Vek8u* corner = pSrc - ptrdiff_t{anchor.y} * srcStep - ptrdiff_t{anchor.x} * pixelBytes;
+  if (box.width == 3 && box.height == 3 && kernels.averageNine != nullptr &&
+      rowBytes >= kernels.leastNine) {
+    kernels.averageNine({corner, srcStep}, dst, pixelBytes, rowBytes, roiSize.height, box.scale);
+    return vekStsNoErr;
+  }
   forEachStrip(rowBytes, byColumns ? columnStrip : windowStrip, [&](ptrdiff_t x, ptrdiff_t n) {
     const Plane<const Vek8u> from = {corner + x, srcStep};
     const Plane<Vek8u> to = {pDst + x, dstStep};

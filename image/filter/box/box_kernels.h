@@ -8,6 +8,7 @@
 #include <stdint.h>
 
 #include "core/level.h"
+#include "core/region.h"
 
 namespace vek {
 
@@ -51,6 +52,11 @@ struct BoxKernels {
   /// Means of `width` neighbouring columns each.
   void (*averageColumns)(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, ptrdiff_t n,
                          const BoxScale& scale, Vek8u* dst);
+  /// The means of `rows` rows of windows of 3 x 3, which begin at `src`, straight from the source; null
+  /// if the level has no such kernel. n >= leastNine.
+  void (*averageNine)(Plane<const Vek8u> src, Plane<Vek8u> dst, ptrdiff_t pixelBytes, ptrdiff_t n,
+                      ptrdiff_t rows, const BoxScale& scale);
+  ptrdiff_t leastNine;
   /// Largest mask for averageColumns; one of more than smallBoxArea samples is columnBoxHeight tall
   /// at most.
   ptrdiff_t mostWidth;

@@ -32,6 +32,8 @@ void averageWindows(const Sum* differences, const Sum* first, ptrdiff_t pixelByt
 constexpr BoxKernels boxKernels = {
     .slideColumns = slideColumns,
     .averageColumns = averageColumns<Vek16u>,
+    .averageNine = nullptr,
+    .leastNine = 0,
     .mostWidth = 16,
     .mostArea = smallBoxArea,
     .windows32 = {.slide = slideWindows<Vek32u>, .average = averageWindows<Vek32u>},

@@ -4,6 +4,7 @@
 #include "core/kernel/unroll.h"
 #include "image/filter/box/box_body.h"
 #include "image/filter/box/box_kernels.h"
+#include "image/filter/neighbours.h"
 #include "image/filter/quotients.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -49,10 +50,9 @@ class ProductMeans {
   }
 
   V8u of(const Sums& sums) const { return toBytes(mean(sums.low), mean(sums.high)); }
-
- private:
   V16s mean(V16u sums) const { return hn::MulFixedPoint15(hn::BitCast(s16, sums), factor_); }
 
+ private:
   V16s factor_;
 };
 
@@ -257,6 +257,88 @@ void averageAnyColumns(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBy
   filter(columns, width, pixelBytes, n, scale, dst);
 }
 
+/// The sums of a vector's worth of columns, which begin at even and at odd bytes of it.
+struct ColumnSums {
+  V16u even, odd;
+
+  explicit ColumnSums(V8u bytes)
+      : even(hn::And(hn::BitCast(u16, bytes), hn::Set(u16, 0xFF))),
+        odd(hn::ShiftRight<8>(hn::BitCast(u16, bytes))) {}
+  ColumnSums(V16u atEven, V16u atOdd) : even(atEven), odd(atOdd) {}
+
+  ColumnSums plus(const ColumnSums& b) const {
+    return {hn::Add(even, b.even), hn::Add(odd, b.odd)};
+  }
+};
+
+template <int lanes>
+V16u furtherLanes(V16u v, V16u next) {
+  if constexpr (lanes == 0) return v;
+  return hn::BitCast(u16, further<2 * lanes>(hn::BitCast(u8, v), hn::BitCast(u8, next)));
+}
+
+/// An odd number of bytes further, what was at odd places is at even ones.
+template <int distance>
+ColumnSums further(const ColumnSums& v, const ColumnSums& next) {
+  if constexpr (distance % 2 == 0) {
+    return {furtherLanes<distance / 2>(v.even, next.even),
+            furtherLanes<distance / 2>(v.odd, next.odd)};
+  }
+  return {furtherLanes<distance / 2>(v.odd, next.odd),
+          furtherLanes<distance / 2 + 1>(v.even, next.even)};
+}
+
+/// The columns of two windows of 3, one above the other.
+struct ColumnSumsPair {
+  ColumnSums upper, lower;
+};
+
+template <int distance>
+ColumnSumsPair further(const ColumnSumsPair& v, const ColumnSumsPair& next) {
+  return {further<distance>(v.upper, next.upper), further<distance>(v.lower, next.lower)};
+}
+
+/// The rows of two windows of 3, one above the other: the two rows that both have are added once.
+/// `lowerRow` and `lowerDst` are the upper ones where there is no lower window.
+struct BoxRowPair {
+  const Vek8u *upperRow, *first, *second, *lowerRow;
+  Vek8u *upperDst, *lowerDst;
+  ProductMeans means;
+
+  ColumnSumsPair columns(ptrdiff_t x) const {
+    const auto row = [&](const Vek8u* src) { return ColumnSums(hn::LoadU(u8, src + x)); };
+    const ColumnSums both = row(first).plus(row(second));
+    return {both.plus(row(upperRow)), both.plus(row(lowerRow))};
+  }
+  void store(const ColumnSumsPair& a, const ColumnSumsPair& b, const ColumnSumsPair& c,
+             ptrdiff_t x) const {
+    hn::StoreU(meansOf(a.upper, b.upper, c.upper), u8, upperDst + x);
+    hn::StoreU(meansOf(a.lower, b.lower, c.lower), u8, lowerDst + x);
+  }
+
+ private:
+  /// The middle and the last column at even places are, of one channel, the first and the middle one
+  /// at odd places, so that compilers add them once.
+  V8u meansOf(const ColumnSums& a, const ColumnSums& b, const ColumnSums& c) const {
+    const V16s even = means.mean(hn::Add(a.even, hn::Add(b.even, c.even)));
+    const V16s odd = means.mean(hn::Add(hn::Add(a.odd, b.odd), c.odd));
+    return hn::BitCast(u8, hn::Or(even, hn::ShiftLeft<8>(odd)));
+  }
+};
+
+void averageNine(Plane<const Vek8u> src, Plane<Vek8u> dst, ptrdiff_t pixelBytes, ptrdiff_t n,
+                 ptrdiff_t rows, const BoxScale& scale) {
+  VEK_ASSERT(n >= vectorBytes && scale.area == 9);
+  const auto filter = pixelBytes == 1 ? forWindowsOf3<1, BoxRowPair> : forWindowsOf3<3, BoxRowPair>;
+  const ProductMeans means(scale);
+  for (ptrdiff_t y = 0; y < rows; y += 2) {
+    const ptrdiff_t lower = y + 1 < rows ? 1 : 0;
+    filter({src.row(y), src.row(y + 1), src.row(y + 2), src.row(y + 3 * lower), dst.row(y),
+            dst.row(y + lower), means},
+           n);
+  }
+}
+
 /// Bytes whose sums are formed at a time: whole pixels.
 constexpr ptrdiff_t sumBlock = 768;
 
@@ -330,6 +412,8 @@ void averageWindows(const Sum* differences, const Sum* first, ptrdiff_t pixelByt
 constexpr BoxKernels boxKernels = {
     .slideColumns = slideColumns,
     .averageColumns = averageAnyColumns,
+    .averageNine = averageNine,
+    .leastNine = vectorBytes,
     .mostWidth = columnBoxWidth,
     .mostArea = Quotients::mostDivisor,
     .windows32 = {.slide = slideWindows<Vek32u>, .average = averageWindows<Vek32u>},
