@@ -10,7 +10,7 @@ namespace {
 
 /// Narrowest strip for which column histograms are set up: beyond this mask width the histograms
 /// of the columns that only the mask needs would be most of the work.
-constexpr ptrdiff_t leastStrip = 47;
+constexpr ptrdiff_t leastStrip = 46;
 
 VekStatus check(const Vek8u* pSrc, int srcStep, const Vek8u* pDst, int dstStep, VekiSize roiSize,
                 VekiSize mask, VekiPoint anchor) {

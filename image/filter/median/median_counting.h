@@ -121,10 +121,10 @@ class CountingStrip {
   static constexpr ptrdiff_t room =
       (length + 3 * (countingWidth - 1) + 2 * vectorBytes - 1) / vectorBytes * vectorBytes;
 
-  /// Thresholds whose counts are kept: as many as fit 45 KB with those of a group and their sums of
+  /// Thresholds whose counts are kept: as many as fit 44 KB with those of a group and their sums of
   /// three.
   static constexpr ptrdiff_t fitting =
-      45 * 1024 / (room + ptrdiff_t{sizeof(ptrdiff_t)}) - 2 * group;
+      44 * 1024 / (room + ptrdiff_t{sizeof(ptrdiff_t)}) - 2 * group;
   static constexpr int slots = static_cast<int>(fitting < 256 ? fitting : 256);
   static constexpr int none = -1;
 

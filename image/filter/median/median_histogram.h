@@ -141,7 +141,7 @@ class SlidingWindow {
   ptrdiff_t position_[16];
 };
 
-/// Counts of a window fit 16 bits: 175 columns of 255 samples.
+/// Counts of a window fit 16 bits: 174 columns of 255 samples.
 template <class Counting>
 void columnHistograms(const MedianRegion& r) {
   VEK_ASSERT(r.columns >= 1 && r.columns + r.maskWidth - 1 <= medianHistograms);

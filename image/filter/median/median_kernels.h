@@ -24,7 +24,7 @@ struct MedianRegion {
 
 /// Columns whose histograms are kept at a time: a strip of `columns` pixels has columns + maskWidth
 /// - 1 of them.
-inline constexpr ptrdiff_t medianHistograms = 175;
+inline constexpr ptrdiff_t medianHistograms = 174;
 
 /// Widest mask whose samples are counted threshold by threshold at any level.
 inline constexpr ptrdiff_t countingWidth = 33;
