@@ -10,7 +10,7 @@ namespace {
 
 /// Two doubles, which most processors have vectors for.
 struct PlainDoubles {
-  static constexpr int count = 2;
+  static constexpr int count = 2, vectors = 2;
   static constexpr bool clampsLow = false;
   using Vector [[gnu::vector_size(16)]] = Vek64f;
 

@@ -1,10 +1,11 @@
 // The real two-dimensional Fourier transform, compiled for every level over whatever `Lanes` calls a
-// vector: Lanes::count doubles, one for each of as many one-dimensional transforms.
+// vector: Lanes::count doubles, one for each of as many one-dimensional transforms. Lanes::vectors of
+// them lie side by side, so that what they have in a row fills a line of the cache.
 //
 // Rows are transformed in pairs, one as the real and one as the imaginary parts, and the spectra of both
-// are taken apart afterwards. The spectrum is kept in strips of Lanes::count columns, each row by row,
-// so that a strip's columns are transformed together. An array of complex numbers has Lanes::count real
-// parts and then as many imaginary parts at each index.
+// are taken apart afterwards. The spectrum is kept in strips of as many columns as are transformed
+// together, each row by row. An array of complex numbers has, at each index, Lanes::count real parts and
+// then as many imaginary parts for each vector.
 //
 // A transform of n values is put together from four transforms of every fourth value, down to transforms
 // of one or two values: each part's results are next to each other, so that what is worked on fits the
@@ -60,13 +61,26 @@ struct Complex {
   }
 };
 
-/// Where the complex numbers with an index are in an array.
+/// One-dimensional transforms that are calculated side by side.
 template <class Lanes>
-Vek64f* at(Vek64f* array, ptrdiff_t index) {
-  return array + 2 * Lanes::count * index;
+constexpr ptrdiff_t abreast = ptrdiff_t{Lanes::vectors} * Lanes::count;
+
+/// Where the complex numbers with an index are in an array, from a vector on.
+template <class Lanes, class Number>
+Number* at(Number* array, ptrdiff_t index, ptrdiff_t vector = 0) {
+  return array + 2 * (abreast<Lanes> * index + Lanes::count * vector);
+}
+
+/// Calls body(vector) for each vector of what is side by side.
+template <class Lanes, class Body>
+[[gnu::always_inline]] inline void forEachVector(const Body& body) {
+#pragma GCC unroll 1
+  for (ptrdiff_t vector = 0; vector < Lanes::vectors; ++vector) body(vector);
 }
 
 // ---- One dimension ------------------------------------------------------------------------------
+
+// `load` and `store` take an index and a vector.
 
 /// X[k], X[k + m], X[k + 2 m] and X[k + 3 m] of the value k of the four parts' transforms.
 template <class Lanes, class Store>
@@ -83,12 +97,23 @@ template <class Lanes, class Store>
 /// Joins the parts' transforms, which lie one after the other, m values each.
 template <class Lanes, class Store>
 [[gnu::always_inline]] inline void joinParts(Vek64f* parts, ptrdiff_t m, const Store& store) {
-  const auto part = [=](ptrdiff_t index) { return Complex<Lanes>::load(at<Lanes>(parts, index)); };
-  joinFour(part(0), part(m), part(2 * m), part(3 * m), 0, m, store);
+  const auto partOf = [=](ptrdiff_t vector) {
+    return [=](ptrdiff_t index) { return Complex<Lanes>::load(at<Lanes>(parts, index, vector)); };
+  };
+  const auto storeOf = [&](ptrdiff_t vector) {
+    return [&store, vector](ptrdiff_t k, const Complex<Lanes>& v) { store(k, vector, v); };
+  };
+  forEachVector<Lanes>([&](ptrdiff_t vector) {
+    const auto part = partOf(vector);
+    joinFour(part(0), part(m), part(2 * m), part(3 * m), 0, m, storeOf(vector));
+  });
   const ptrdiff_t unit = 256 / m;
   for (ptrdiff_t k = 1; k < m; ++k) {
-    joinFour(part(k), part(k + m).timesUnit(k * unit), part(k + 2 * m).timesUnit(2 * k * unit),
-             part(k + 3 * m).timesUnit(3 * k * unit), k, m, store);
+    forEachVector<Lanes>([&](ptrdiff_t vector) {
+      const auto part = partOf(vector);
+      joinFour(part(k), part(k + m).timesUnit(k * unit), part(k + 2 * m).timesUnit(2 * k * unit),
+               part(k + 3 * m).timesUnit(3 * k * unit), k, m, storeOf(vector));
+    });
   }
 }
 
@@ -96,25 +121,29 @@ template <class Lanes, class Store>
 template <class Lanes, class Load, class Store>
 [[gnu::always_inline]] inline void transformFew(int order, const Load& load, ptrdiff_t first,
                                                 ptrdiff_t step, const Store& store) {
-  const Complex<Lanes> a = load(first);
-  if (order == 0) {
-    store(0, a);
-    return;
-  }
-  const Complex<Lanes> b = load(first + step);
-  if (order == 1) {
-    store(0, a.plus(b));
-    store(1, a.minus(b));
-    return;
-  }
-  joinFour(a, b, load(first + 2 * step), load(first + 3 * step), 0, 1, store);
+  forEachVector<Lanes>([&](ptrdiff_t vector) {
+    const auto storeTo = [&](ptrdiff_t k, const Complex<Lanes>& v) { store(k, vector, v); };
+    const Complex<Lanes> a = load(first, vector);
+    if (order == 0) {
+      storeTo(0, a);
+      return;
+    }
+    const Complex<Lanes> b = load(first + step, vector);
+    if (order == 1) {
+      storeTo(0, a.plus(b));
+      storeTo(1, a.minus(b));
+      return;
+    }
+    joinFour(a, b, load(first + 2 * step, vector), load(first + 3 * step, vector), 0, 1, storeTo);
+  });
 }
 
 /// Joins parts in place.
 template <class Lanes>
 [[gnu::noinline]] void joinInPlace(Vek64f* parts, ptrdiff_t m) {
-  joinParts<Lanes>(parts, m,
-                   [=](ptrdiff_t k, const Complex<Lanes>& v) { v.store(at<Lanes>(parts, k)); });
+  joinParts<Lanes>(parts, m, [=](ptrdiff_t k, ptrdiff_t vector, const Complex<Lanes>& v) {
+    v.store(at<Lanes>(parts, k, vector));
+  });
 }
 
 /// Transforms of load(first), load(first + step) ... to `out`, 2^order values, order <= 4.
@@ -124,22 +153,23 @@ template <class Lanes, int order, class Load>
   constexpr bool few = order <= 2;
   constexpr ptrdiff_t m = few ? 1 << order : 1 << (order - 2);
   for (int part = 0; part < (few ? 1 : 4); ++part) {
-    const auto store = [=](ptrdiff_t k, const Complex<Lanes>& v) {
-      v.store(at<Lanes>(out, part * m + k));
+    const auto store = [=](ptrdiff_t k, ptrdiff_t vector, const Complex<Lanes>& v) {
+      v.store(at<Lanes>(out, part * m + k, vector));
     };
     transformFew<Lanes>(few ? order : order - 2, load, first + part * step, few ? step : 4 * step,
                         store);
   }
   if constexpr (!few) {
-    joinParts<Lanes>(out, m,
-                     [=](ptrdiff_t k, const Complex<Lanes>& v) { v.store(at<Lanes>(out, k)); });
+    joinParts<Lanes>(out, m, [=](ptrdiff_t k, ptrdiff_t vector, const Complex<Lanes>& v) {
+      v.store(at<Lanes>(out, k, vector));
+    });
   }
 }
 
 /// Four transforms, of load(0), load(4) ..., of load(1), load(5) ... and so on, 2^order values each, one
 /// after the other to `out`. Each is put together of leaves of 2^leafOrder values.
 template <class Lanes, int leafOrder, class Load>
-[[gnu::noinline]] void transformParts(int order, const Load& load, Vek64f* out) {
+[[gnu::noinline]] void transformParts(int order, Load load, Vek64f* out) {
   const ptrdiff_t leaves = ptrdiff_t{4} << (order - leafOrder), whole = ptrdiff_t{1} << order;
   for (ptrdiff_t leaf = 0; leaf < leaves; ++leaf) {
     // The leaf's digits to the base of 4, the highest of which tells the part, in reverse.
@@ -156,12 +186,20 @@ template <class Lanes, int leafOrder, class Load>
   }
 }
 
-/// Transforms of load(0), load(1) ..., whose value k goes to store(k, value). All values have been
-/// loaded before the first one is stored. `work` has room for them.
+/// Transforms of load(0), load(1) ..., whose values k go to store(k, ..., value). All values have been
+/// loaded before the first one is stored. `work` has room for them. (`load` and `store` are copies, which
+/// stores to images change as little as they do registers.)
 template <class Lanes, class Load, class Store>
-[[gnu::noinline]] void transform(int order, const Load& load, const Store& store, Vek64f* work) {
+[[gnu::noinline]] void transform(int order, Load load, Store store, Vek64f* work) {
   if (order <= 2) {
-    transformFew<Lanes>(order, load, 0, 1, store);
+    const auto placeOf = [=](ptrdiff_t k, ptrdiff_t vector) { return at<Lanes>(work, k, vector); };
+    for (ptrdiff_t k = 0; k < ptrdiff_t{1} << order; ++k) {
+      forEachVector<Lanes>([&](ptrdiff_t vector) { load(k, vector).store(placeOf(k, vector)); });
+    }
+    const auto loaded = [=](ptrdiff_t k, ptrdiff_t vector) {
+      return Complex<Lanes>::load(placeOf(k, vector));
+    };
+    transformFew<Lanes>(order, loaded, 0, 1, store);
     return;
   }
   const int parts = order - 2;
@@ -179,40 +217,48 @@ template <class Lanes, class Load, class Store>
 
 // ---- Strips, batches of rows --------------------------------------------------------------------
 
+/// The rows of a strip. `together` of them lie one after the other, then come those of the next strips.
+template <class Lanes>
+struct Strip {
+  Vek64f* first;
+  ptrdiff_t strips, together;
+
+  /// From a vector on.
+  Vek64f* row(ptrdiff_t y, ptrdiff_t vector) const {
+    const ptrdiff_t within = y & (together - 1);
+    return at<Lanes>(first, (y - within) * strips + within, vector);
+  }
+};
+
 /// A transform with its buffer divided: the spectrum in strips, and two arrays of as many complex
 /// numbers as the longer side has.
 template <class Lanes>
 struct Plan : RealFft {
-  static constexpr ptrdiff_t lanes = Lanes::count;
-  /// Rows that are transformed together.
-  static constexpr ptrdiff_t batch = 2 * lanes;
+  /// Columns of a strip, and pairs of rows, that are transformed together.
+  static constexpr ptrdiff_t side = abreast<Lanes>;
+  static constexpr ptrdiff_t batch = 2 * side;
 
   ptrdiff_t strips;
-  /// Rows of a strip that lie one after the other; then come those of the next strip. A batch of rows is
-  /// stored to memory that is contiguous, and the rows of a strip are not a power of two apart.
+  /// As many rows of a strip as a batch has lie together: it is stored to memory that is contiguous, and
+  /// the rows of a strip are not a power of two apart.
   ptrdiff_t together;
   Vek64f *work, *second;
 
   explicit Plan(const RealFft& fft)
       : RealFft(fft),
-        strips((columns() + lanes - 1) / lanes),
+        strips((columns() + side - 1) / side),
         together(height() < batch ? height() : ptrdiff_t{batch}),
         work(at<Lanes>(buffer, strips * height())) {
     VEK_ASSERT(orderX >= 0 && orderX <= 10 && orderY >= 0 && orderY <= 10);
-    VEK_ASSERT(reinterpret_cast<uintptr_t>(buffer) % 64 == 0 && lanes <= mostFftLanes);
+    VEK_ASSERT(reinterpret_cast<uintptr_t>(buffer) % 64 == 0 && side <= mostFftLanes);
     second = at<Lanes>(work, width() > height() ? width() : height());
   }
 
-  /// A row of a strip.
-  Vek64f* row(ptrdiff_t strip, ptrdiff_t y) const {
-    const ptrdiff_t within = y & (together - 1);
-    return at<Lanes>(buffer, (y - within) * strips + strip * together + within);
+  Strip<Lanes> strip(ptrdiff_t index) const {
+    return {at<Lanes>(buffer, index * together), strips, together};
   }
-  /// How many of a strip's columns the spectrum has.
-  ptrdiff_t columnsOf(ptrdiff_t strip) const {
-    const ptrdiff_t rest = columns() - strip * lanes;
-    return rest < lanes ? rest : lanes;
-  }
+  /// How many columns the spectrum has in a strip, and from it on.
+  ptrdiff_t columnsFrom(ptrdiff_t index) const { return columns() - index * side; }
 };
 
 /// Columns of a batch of rows, as tiles hold them: the samples of the even rows, then those of the odd
@@ -224,7 +270,7 @@ void loadTile(const Plan<Lanes>& plan, ptrdiff_t y, Sample* tile) {
   const bool whole = y + batch <= plan.height();
   if (whole && Lanes::loadTile(rows, plan.srcStep, plan.width(), tile)) return;
   for (ptrdiff_t r = 0; r < batch; ++r) {
-    Sample* to = tile + r % 2 * Lanes::count + r / 2;
+    Sample* to = tile + r % 2 * abreast<Lanes> + r / 2;
     const bool exists = y + r < plan.height();
     const Vek8u* const from = exists ? rows + r * plan.srcStep : nullptr;
     for (ptrdiff_t x = 0; x < plan.width(); ++x, to += batch) {
@@ -241,7 +287,7 @@ void storeTile(const Plan<Lanes>& plan, ptrdiff_t y, const Sample* tile) {
   const bool whole = y + batch <= plan.height();
   if (whole && Lanes::storeTile(tile, plan.width(), rows, plan.dstStep)) return;
   for (ptrdiff_t r = 0; r < batch && y + r < plan.height(); ++r) {
-    const Sample* from = tile + r % 2 * Lanes::count + r / 2;
+    const Sample* from = tile + r % 2 * abreast<Lanes> + r / 2;
     Vek8u* const to = rows + r * plan.dstStep;
     for (ptrdiff_t x = 0; x < plan.width(); ++x, from += batch) {
       memcpy(to + x * ptrdiff_t{sizeof(Sample)}, from, sizeof(Sample));
@@ -256,15 +302,16 @@ template <class Lanes>
 void separateRows(const Plan<Lanes>& plan, ptrdiff_t y) {
   using Vector = typename Lanes::Vector;
   constexpr ptrdiff_t lanes = Lanes::count;
-  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
+  const ptrdiff_t width = plan.width(), rows = plan.height() - y;
+  // The columns of a vector of a strip, for the pairs of rows of a vector of `work`.
+  const auto separate = [=, work = plan.work](ptrdiff_t firstColumn, ptrdiff_t pairs, Vek64f* to) {
     Vector evenRe[lanes], evenIm[lanes], oddRe[lanes], oddIm[lanes];
     for (ptrdiff_t i = 0; i < lanes; ++i) {
       // Columns beyond the spectrum's are copies of its last one.
-      const ptrdiff_t last = plan.columnsOf(strip) - 1;
-      const ptrdiff_t k = strip * lanes + (i < last ? i : last);
-      const ptrdiff_t mirrored = (plan.width() - k) % plan.width();
-      const auto z = Complex<Lanes>::load(at<Lanes>(plan.work, k));
-      const auto conjugate = Complex<Lanes>::load(at<Lanes>(plan.work, mirrored));
+      const ptrdiff_t column = firstColumn + i, last = width / 2;
+      const ptrdiff_t k = column < last ? column : last, mirrored = (width - k) & (width - 1);
+      const auto z = Complex<Lanes>::load(at<Lanes>(work, k, pairs));
+      const auto conjugate = Complex<Lanes>::load(at<Lanes>(work, mirrored, pairs));
       evenRe[i] = Lanes::add(z.re, conjugate.re);
       evenIm[i] = Lanes::subtract(z.im, conjugate.im);
       oddRe[i] = Lanes::add(z.im, conjugate.im);
@@ -275,12 +322,20 @@ void separateRows(const Plan<Lanes>& plan, ptrdiff_t y) {
     Lanes::transpose(oddRe);
     Lanes::transpose(oddIm);
     for (ptrdiff_t i = 0; i < lanes; ++i) {
-      const ptrdiff_t even = y + 2 * i;
-      if (even >= plan.height()) break;
-      Complex<Lanes>{evenRe[i], evenIm[i]}.store(plan.row(strip, even));
-      if (even + 1 == plan.height()) break;
-      Complex<Lanes>{oddRe[i], oddIm[i]}.store(plan.row(strip, even + 1));
+      const ptrdiff_t even = 2 * (pairs * lanes + i);
+      if (even >= rows) break;
+      Complex<Lanes>{evenRe[i], evenIm[i]}.store(at<Lanes>(to, even));
+      if (even + 1 == rows) break;
+      Complex<Lanes>{oddRe[i], oddIm[i]}.store(at<Lanes>(to, even + 1));
     }
+  };
+  Vek64f* to = plan.strip(0).row(y, 0);
+  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip, to = at<Lanes>(to, plan.together)) {
+    forEachVector<Lanes>([&](ptrdiff_t pairs) {
+      forEachVector<Lanes>([&](ptrdiff_t columns) {
+        separate(strip * plan.side + columns * lanes, pairs, at<Lanes>(to, 0, columns));
+      });
+    });
   }
 }
 
@@ -303,23 +358,26 @@ Range<Lanes> intRange(const Plan<Lanes>& plan) {
 
 template <class Lanes>
 void forwardColumns(const Plan<Lanes>& plan) {
+  constexpr ptrdiff_t lanes = Lanes::count;
   const Range<Lanes> range = intRange(plan);
-  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
-    const ptrdiff_t count = plan.columnsOf(strip);
-    const auto load = [&](ptrdiff_t y) {
-      const Vek64f* const from = plan.row(strip, y);
-      __builtin_prefetch(from + 2 * Lanes::count * plan.together);  // of the next strip
+  for (ptrdiff_t index = 0; index < plan.strips; ++index) {
+    const auto load = [strip = plan.strip(index)](ptrdiff_t y, ptrdiff_t vector) {
+      const Vek64f* const from = strip.row(y, vector);
+      __builtin_prefetch(at<Lanes>(from, strip.together));  // of the next strip
       return Complex<Lanes>::load(from);
     };
-    const auto store = [&](ptrdiff_t y, const Complex<Lanes>& v) {
-      Vek8u* const to = plan.dst + y * plan.dstStep + 8 * strip * Lanes::count;
-      if (count == Lanes::count) {
+    const auto store = [range, dst = plan.dst + 8 * index * plan.side, step = plan.dstStep,
+                        columns = plan.columnsFrom(index)](ptrdiff_t y, ptrdiff_t vector,
+                                                           const Complex<Lanes>& v) {
+      Vek8u* const to = dst + y * step + 8 * lanes * vector;
+      const ptrdiff_t count = columns - lanes * vector;
+      if (count >= lanes) {
         Lanes::storePairs(range.of(v.re), range.of(v.im), to);
-        return;
+      } else if (count > 0) {
+        Vek8u pairs[8 * lanes];
+        Lanes::storePairs(range.of(v.re), range.of(v.im), pairs);
+        memcpy(to, pairs, static_cast<size_t>(8 * count));
       }
-      Vek8u pairs[8 * Lanes::count];
-      Lanes::storePairs(range.of(v.re), range.of(v.im), pairs);
-      memcpy(to, pairs, static_cast<size_t>(8 * count));
     };
     transform<Lanes>(plan.orderY, load, store, plan.work);
   }
@@ -331,12 +389,12 @@ void forwardFft(const RealFft& fft) {
   auto* const tile = reinterpret_cast<Sample*>(plan.second);
   for (ptrdiff_t y = 0; y < plan.height(); y += plan.batch) {
     loadTile(plan, y, tile);
-    const auto load = [=](ptrdiff_t x) -> Complex<Lanes> {
-      const Sample* const even = tile + x * plan.batch;
-      return {Lanes::fromSamples(even), Lanes::fromSamples(even + Lanes::count)};
+    const auto load = [=](ptrdiff_t x, ptrdiff_t vector) -> Complex<Lanes> {
+      const Sample* const even = tile + x * Plan<Lanes>::batch + vector * Lanes::count;
+      return {Lanes::fromSamples(even), Lanes::fromSamples(even + Plan<Lanes>::side)};
     };
-    const auto store = [=](ptrdiff_t k, const Complex<Lanes>& v) {
-      v.store(at<Lanes>(plan.work, k));
+    const auto store = [work = plan.work](ptrdiff_t k, ptrdiff_t vector, const Complex<Lanes>& v) {
+      v.store(at<Lanes>(work, k, vector));
     };
     transform<Lanes>(plan.orderX, load, store, plan.work);
     separateRows(plan, y);
@@ -348,17 +406,20 @@ void forwardFft(const RealFft& fft) {
 
 template <class Lanes>
 void inverseColumns(const Plan<Lanes>& plan) {
-  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
-    const ptrdiff_t count = plan.columnsOf(strip);
-    const auto load = [&](ptrdiff_t y) {
-      const Vek8u* const from = plan.src + y * plan.srcStep + 8 * strip * Lanes::count;
-      if (count == Lanes::count) return Lanes::loadPairs(from).exchanged();
-      Vek8u pairs[8 * Lanes::count] = {};
-      memcpy(pairs, from, static_cast<size_t>(8 * count));
+  constexpr ptrdiff_t lanes = Lanes::count;
+  for (ptrdiff_t index = 0; index < plan.strips; ++index) {
+    const auto load = [src = plan.src + 8 * index * plan.side, step = plan.srcStep,
+                       columns = plan.columnsFrom(index)](ptrdiff_t y, ptrdiff_t vector) {
+      const Vek8u* const from = src + y * step + 8 * lanes * vector;
+      const ptrdiff_t count = columns - lanes * vector;
+      if (count >= lanes) return Lanes::loadPairs(from).exchanged();
+      Vek8u pairs[8 * lanes] = {};
+      if (count > 0) memcpy(pairs, from, static_cast<size_t>(8 * count));
       return Lanes::loadPairs(pairs).exchanged();
     };
-    const auto store = [&](ptrdiff_t y, const Complex<Lanes>& v) {
-      v.exchanged().store(plan.row(strip, y));
+    const auto store = [strip = plan.strip(index)](ptrdiff_t y, ptrdiff_t vector,
+                                                   const Complex<Lanes>& v) {
+      v.exchanged().store(strip.row(y, vector));
     };
     transform<Lanes>(plan.orderY, load, store, plan.work);
   }
@@ -369,15 +430,18 @@ template <class Lanes>
 void joinRows(const Plan<Lanes>& plan, ptrdiff_t y) {
   using Vector = typename Lanes::Vector;
   constexpr ptrdiff_t lanes = Lanes::count;
-  const ptrdiff_t middle = plan.width() / 2;
-  const auto rowOf = [&](ptrdiff_t strip, ptrdiff_t row) -> Complex<Lanes> {
-    if (row < plan.height()) return Complex<Lanes>::load(plan.row(strip, row));
-    return {Lanes::set(0), Lanes::set(0)};
-  };
-  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip) {
+  const ptrdiff_t middle = plan.width() / 2, rows = plan.height() - y;
+  // The columns of a vector of a strip, for the pairs of rows of a vector of `second`.
+  const auto join = [=, second = plan.second](const Vek64f* from, ptrdiff_t pairs,
+                                              ptrdiff_t firstColumn) {
+    const auto rowOf = [=](ptrdiff_t row) -> Complex<Lanes> {
+      if (row < rows) return Complex<Lanes>::load(at<Lanes>(from, row));
+      return {Lanes::set(0), Lanes::set(0)};
+    };
     Vector re[lanes], im[lanes], mirroredRe[lanes], mirroredIm[lanes];
     for (ptrdiff_t i = 0; i < lanes; ++i) {
-      const Complex<Lanes> a = rowOf(strip, y + 2 * i), b = rowOf(strip, y + 2 * i + 1);
+      const ptrdiff_t row = 2 * (pairs * lanes + i);
+      const Complex<Lanes> a = rowOf(row), b = rowOf(row + 1);
       re[i] = Lanes::subtract(a.re, b.im);
       im[i] = Lanes::add(a.im, b.re);
       mirroredRe[i] = Lanes::add(a.re, b.im);
@@ -388,18 +452,28 @@ void joinRows(const Plan<Lanes>& plan, ptrdiff_t y) {
     Lanes::transpose(mirroredRe);
     Lanes::transpose(mirroredIm);
     for (ptrdiff_t i = 0; i < lanes; ++i) {
-      const ptrdiff_t k = strip * lanes + i;
+      const ptrdiff_t k = firstColumn + i;
       if (k == 0 || k >= middle) continue;
-      Complex<Lanes>{re[i], im[i]}.store(at<Lanes>(plan.second, k));
-      Complex<Lanes>{mirroredRe[i], mirroredIm[i]}.store(at<Lanes>(plan.second, 2 * middle - k));
+      Complex<Lanes>{re[i], im[i]}.store(at<Lanes>(second, k, pairs));
+      Complex<Lanes>{mirroredRe[i], mirroredIm[i]}.store(at<Lanes>(second, 2 * middle - k, pairs));
     }
+  };
+  const Vek64f* from = plan.strip(0).row(y, 0);
+  for (ptrdiff_t strip = 0; strip < plan.strips; ++strip, from = at<Lanes>(from, plan.together)) {
+    forEachVector<Lanes>([&](ptrdiff_t pairs) {
+      forEachVector<Lanes>([&](ptrdiff_t columns) {
+        join(at<Lanes>(from, 0, columns), pairs, strip * plan.side + columns * lanes);
+      });
+    });
   }
   // The first and the middle column are real: what is imaginary there is left out.
   for (ptrdiff_t k = 0; k <= middle; k += middle > 0 ? middle : 1) {
-    Vek64f* const z = at<Lanes>(plan.second, k);
+    const Strip<Lanes> strip = plan.strip(k / plan.side);
+    const ptrdiff_t column = k % plan.side;
     for (ptrdiff_t r = 0; r < plan.batch; ++r) {
-      Vek64f& to = z[r % 2 * lanes + r / 2];
-      to = y + r < plan.height() ? plan.row(k / lanes, y + r)[k % lanes] : 0;
+      const ptrdiff_t pair = r / 2;
+      Vek64f& to = at<Lanes>(plan.second, k, pair / lanes)[r % 2 * lanes + pair % lanes];
+      to = r < rows ? strip.row(y + r, column / lanes)[column % lanes] : 0;
     }
   }
 }
@@ -413,12 +487,13 @@ void inverseFft(const RealFft& fft) {
   for (ptrdiff_t y = 0; y < plan.height(); y += plan.batch) {
     joinRows(plan, y);
     auto* const tile = reinterpret_cast<Sample*>(plan.second);
-    const auto load = [&](ptrdiff_t x) {
-      return Complex<Lanes>::load(at<Lanes>(plan.second, x)).exchanged();
+    const auto load = [from = plan.second](ptrdiff_t x, ptrdiff_t vector) {
+      return Complex<Lanes>::load(at<Lanes>(from, x, vector)).exchanged();
     };
-    const auto store = [&](ptrdiff_t x, const Complex<Lanes>& v) {
-      Lanes::storeSamples(range.of(v.im), tile + x * plan.batch);
-      Lanes::storeSamples(range.of(v.re), tile + x * plan.batch + Lanes::count);
+    const auto store = [=](ptrdiff_t x, ptrdiff_t vector, const Complex<Lanes>& v) {
+      Sample* const even = tile + x * Plan<Lanes>::batch + vector * Lanes::count;
+      Lanes::storeSamples(range.of(v.im), even);
+      Lanes::storeSamples(range.of(v.re), even + Plan<Lanes>::side);
     };
     transform<Lanes>(plan.orderX, load, store, plan.work);
     storeTile(plan, y, tile);

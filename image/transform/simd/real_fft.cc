@@ -60,7 +60,7 @@ constexpr int rowInTile(int i, int rows) {
 }
 
 struct VectorOfDoubles {
-  static constexpr int count = static_cast<int>(hn::MaxLanes(f64));
+  static constexpr int count = static_cast<int>(hn::MaxLanes(f64)), vectors = count == 2 ? 2 : 1;
   /// x86 converts everything that does not fit to the lowest integer.
   static constexpr bool clampsLow = HWY_ARCH_X86 != 0;
   using Vector = V64f;
@@ -108,7 +108,7 @@ struct VectorOfDoubles {
   template <class Sample>
   static bool loadTile(const Vek8u* rows, ptrdiff_t step, ptrdiff_t width, Sample* tile) {
     constexpr Part<Sample> d;
-    constexpr int batch = 2 * count, columns = static_cast<int>(hn::MaxLanes(d));
+    constexpr int batch = 2 * count * vectors, columns = static_cast<int>(hn::MaxLanes(d));
     if (width < columns) return false;
     for (ptrdiff_t x = 0; x < width; x += columns) {
       hn::Vec<Part<Sample>> v[batch];
@@ -124,7 +124,7 @@ struct VectorOfDoubles {
   template <class Sample>
   static bool storeTile(const Sample* tile, ptrdiff_t width, Vek8u* rows, ptrdiff_t step) {
     constexpr Part<Sample> d;
-    constexpr int batch = 2 * count, columns = static_cast<int>(hn::MaxLanes(d));
+    constexpr int batch = 2 * count * vectors, columns = static_cast<int>(hn::MaxLanes(d));
     if (width < columns) return false;
     for (ptrdiff_t x = 0; x < width; x += columns) {
       hn::Vec<Part<Sample>> v[batch];
