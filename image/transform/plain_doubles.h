@@ -16,10 +16,12 @@ struct PlainDoubles {
 
   static Vector load(const Vek64f* from) {
     Vector v;
-    memcpy(&v, from, sizeof v);
+    memcpy(&v, __builtin_assume_aligned(from, sizeof v), sizeof v);
     return v;
   }
-  static void store(Vector v, Vek64f* to) { memcpy(to, &v, sizeof v); }
+  static void store(Vector v, Vek64f* to) {
+    memcpy(__builtin_assume_aligned(to, sizeof v), &v, sizeof v);
+  }
   static Vector set(Vek64f value) { return Vector{value, value}; }
   static Vector add(Vector a, Vector b) { return a + b; }
   static Vector subtract(Vector a, Vector b) { return a - b; }
@@ -51,15 +53,7 @@ struct PlainDoubles {
     memcpy(to, pairs, sizeof pairs);
   }
 
-  /// There is no faster way here.
-  template <class Sample>
-  static bool loadTile(const Vek8u*, ptrdiff_t, ptrdiff_t, Sample*) {
-    return false;
-  }
-  template <class Sample>
-  static bool storeTile(const Sample*, ptrdiff_t, Vek8u*, ptrdiff_t) {
-    return false;
-  }
+  static constexpr bool shufflesTiles = false;
 
  private:
   /// The nearest integer, halves to even, of a number that fits 32 bits: 1.5 * 2^52 more than it has

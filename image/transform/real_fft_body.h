@@ -20,8 +20,10 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>
+#include <utility>
 
 #include "core/assert.h"
+#include "core/kernel/unroll.h"
 #include "image/transform/real_fft_kernels.h"
 #include "image/transform/real_fft_units.h"
 
@@ -59,6 +61,23 @@ struct Complex {
     return {Lanes::subtract(Lanes::multiply(re, cosine), Lanes::multiply(im, negativeSine)),
             Lanes::add(Lanes::multiply(re, negativeSine), Lanes::multiply(im, cosine))};
   }
+  /// The same for a constant, without what changes nothing but the sign of zeros, which no result shows.
+  template <int t>
+  Complex timesConstant() const {
+    if constexpr (t == 0) {
+      return *this;
+    } else if constexpr (t == 256) {  // (0, -1)
+      return {im, Lanes::subtract(Lanes::set(0), re)};
+    } else if constexpr (t == 128 || t == 384) {  // (c, -c) and (-c, -c)
+      const Vector reProduct = Lanes::multiply(re, Lanes::set(unitCosines.at[t]));
+      const Vector imProduct = Lanes::multiply(im, Lanes::set(unitCosines.at[128]));
+      const Vector sum = Lanes::add(reProduct, imProduct);
+      return {sum, t == 128 ? Lanes::subtract(imProduct, reProduct)
+                            : Lanes::subtract(reProduct, imProduct)};
+    } else {
+      return timesUnit(t);
+    }
+  }
 };
 
 /// One-dimensional transforms that are calculated side by side.
@@ -94,26 +113,32 @@ template <class Lanes, class Store>
   store(k + 3 * m, {Lanes::subtract(t1.re, t3.im), Lanes::add(t1.im, t3.re)});
 }
 
-/// Joins the parts' transforms, which lie one after the other, m values each.
+/// Joins the parts' transforms, which lie one after the other, m values each: value k of each, whose
+/// products are unit(part's index, value) for the second to the fourth.
+template <class Lanes, class Unit, class Store>
+[[gnu::always_inline]] inline void joinValues(Vek64f* parts, ptrdiff_t m, ptrdiff_t k,
+                                              const Unit& unit, const Store& store) {
+  forEachVector<Lanes>([&](ptrdiff_t vector) {
+    const auto part = [=](ptrdiff_t index) {
+      return Complex<Lanes>::load(at<Lanes>(parts, k + index * m, vector));
+    };
+    const auto storeTo = [&](ptrdiff_t to, const Complex<Lanes>& v) { store(to, vector, v); };
+    joinFour(part(0), unit(std::integral_constant<int, 1>(), part(1)),
+             unit(std::integral_constant<int, 2>(), part(2)),
+             unit(std::integral_constant<int, 3>(), part(3)), k, m, storeTo);
+  });
+}
+
 template <class Lanes, class Store>
 [[gnu::always_inline]] inline void joinParts(Vek64f* parts, ptrdiff_t m, const Store& store) {
-  const auto partOf = [=](ptrdiff_t vector) {
-    return [=](ptrdiff_t index) { return Complex<Lanes>::load(at<Lanes>(parts, index, vector)); };
-  };
-  const auto storeOf = [&](ptrdiff_t vector) {
-    return [&store, vector](ptrdiff_t k, const Complex<Lanes>& v) { store(k, vector, v); };
-  };
-  forEachVector<Lanes>([&](ptrdiff_t vector) {
-    const auto part = partOf(vector);
-    joinFour(part(0), part(m), part(2 * m), part(3 * m), 0, m, storeOf(vector));
-  });
-  const ptrdiff_t unit = 256 / m;
+  const auto none = [](ptrdiff_t, const Complex<Lanes>& v) { return v; };
+  joinValues<Lanes>(parts, m, 0, none, store);
+  const ptrdiff_t step = 256 / m;
   for (ptrdiff_t k = 1; k < m; ++k) {
-    forEachVector<Lanes>([&](ptrdiff_t vector) {
-      const auto part = partOf(vector);
-      joinFour(part(k), part(k + m).timesUnit(k * unit), part(k + 2 * m).timesUnit(2 * k * unit),
-               part(k + 3 * m).timesUnit(3 * k * unit), k, m, storeOf(vector));
-    });
+    const auto product = [=](ptrdiff_t index, const Complex<Lanes>& v) {
+      return v.timesUnit(index * k * step);
+    };
+    joinValues<Lanes>(parts, m, k, product, store);
   }
 }
 
@@ -151,7 +176,7 @@ template <class Lanes, int order, class Load>
 [[gnu::always_inline]] inline void transformLeaf(const Load& load, ptrdiff_t first, ptrdiff_t step,
                                                  Vek64f* out) {
   constexpr bool few = order <= 2;
-  constexpr ptrdiff_t m = few ? 1 << order : 1 << (order - 2);
+  constexpr ptrdiff_t m = 1 << (few ? order : order - 2);
   for (int part = 0; part < (few ? 1 : 4); ++part) {
     const auto store = [=](ptrdiff_t k, ptrdiff_t vector, const Complex<Lanes>& v) {
       v.store(at<Lanes>(out, part * m + k, vector));
@@ -160,8 +185,14 @@ template <class Lanes, int order, class Load>
                         store);
   }
   if constexpr (!few) {
-    joinParts<Lanes>(out, m, [=](ptrdiff_t k, ptrdiff_t vector, const Complex<Lanes>& v) {
+    const auto store = [=](ptrdiff_t k, ptrdiff_t vector, const Complex<Lanes>& v) {
       v.store(at<Lanes>(out, k, vector));
+    };
+    unrolled<m>([&](auto k) {
+      const auto product = [k](auto index, const Complex<Lanes>& v) {
+        return v.template timesConstant<index * k*(256 >> (order - 2))>();
+      };
+      joinValues<Lanes>(out, m, k, product, store);
     });
   }
 }
@@ -261,14 +292,79 @@ struct Plan : RealFft {
   ptrdiff_t columnsFrom(ptrdiff_t index) const { return columns() - index * side; }
 };
 
-/// Columns of a batch of rows, as tiles hold them: the samples of the even rows, then those of the odd
-/// ones. Rows beyond the image are zeros.
+// ---- Tiles: columns of a batch of rows, the samples of the even rows and then those of the odd ones --
+
+/// `rounds` perfect shuffles of the lanes of `count` vectors: lane i moves to where the bits of i rotated
+/// to the left by `rounds` say. Of 2^r rows of 2^c lanes r rounds make columns, and c rounds make rows again.
+template <class Part, int rounds, int count>
+[[gnu::always_inline]] inline void shuffle(typename Part::Vector (&v)[count]) {
+  if constexpr (rounds > 0) {
+    typename Part::Vector next[count];
+    for (int i = 0; i < count / 2; ++i) {
+      next[2 * i] = Part::interleaveLower(v[i], v[i + count / 2]);
+      next[2 * i + 1] = Part::interleaveUpper(v[i], v[i + count / 2]);
+    }
+    shuffle<Part, rounds - 1, count>(next);
+    for (int i = 0; i < count; ++i) v[i] = next[i];
+  }
+}
+
+constexpr int logarithm(int v) {
+  return v > 1 ? 1 + logarithm(v / 2) : 0;
+}
+
+/// The row that is in place i of a tile's columns: first the even ones.
+constexpr int rowInTile(int i, int rows) {
+  return i < rows / 2 ? 2 * i : 2 * i - rows + 1;
+}
+
+/// Tiles of whole batches of rows that are no shorter than a part's 16 bytes.
+template <class Lanes, class Sample>
+void loadWholeTile(const Vek8u* rows, ptrdiff_t step, ptrdiff_t width, Sample* tile) {
+  using Part = typename Lanes::template Part<Sample>;
+  constexpr int batch = Plan<Lanes>::batch, columns = 16 / sizeof(Sample);
+  for (ptrdiff_t x = 0; x < width; x += columns) {
+    typename Part::Vector v[batch];
+    for (int i = 0; i < batch; ++i) {
+      const Vek8u* const row = rows + rowInTile(i, batch) * step;
+      v[i] = Part::load(reinterpret_cast<const Sample*>(row) + x);
+    }
+    shuffle<Part, logarithm(batch), batch>(v);
+    for (int i = 0; i < batch; ++i) Part::store(v[i], tile + x * batch + i * columns);
+  }
+}
+
+template <class Lanes, class Sample>
+void storeWholeTile(const Sample* tile, ptrdiff_t width, Vek8u* rows, ptrdiff_t step) {
+  using Part = typename Lanes::template Part<Sample>;
+  constexpr int batch = Plan<Lanes>::batch, columns = 16 / sizeof(Sample);
+  for (ptrdiff_t x = 0; x < width; x += columns) {
+    typename Part::Vector v[batch];
+    for (int i = 0; i < batch; ++i) v[i] = Part::load(tile + x * batch + i * columns);
+    shuffle<Part, logarithm(columns), batch>(v);
+    for (int i = 0; i < batch; ++i) {
+      Vek8u* const row = rows + rowInTile(i, batch) * step;
+      Part::store(v[i], reinterpret_cast<Sample*>(row) + x);
+    }
+  }
+}
+
+/// Whether the tile of the rows from y on is one of those above.
+template <class Lanes, class Sample>
+bool isWholeTile(const Plan<Lanes>& plan, ptrdiff_t y) {
+  return y + plan.batch <= plan.height() && plan.width() >= ptrdiff_t{16 / sizeof(Sample)};
+}
+
+/// Rows beyond the image are zeros.
 template <class Lanes, class Sample>
 void loadTile(const Plan<Lanes>& plan, ptrdiff_t y, Sample* tile) {
   constexpr ptrdiff_t batch = Plan<Lanes>::batch;
   const Vek8u* const rows = plan.src + y * plan.srcStep;
-  const bool whole = y + batch <= plan.height();
-  if (whole && Lanes::loadTile(rows, plan.srcStep, plan.width(), tile)) return;
+  if constexpr (Lanes::shufflesTiles) {
+    if (isWholeTile<Lanes, Sample>(plan, y)) {
+      return loadWholeTile<Lanes>(rows, plan.srcStep, plan.width(), tile);
+    }
+  }
   for (ptrdiff_t r = 0; r < batch; ++r) {
     Sample* to = tile + r % 2 * abreast<Lanes> + r / 2;
     const bool exists = y + r < plan.height();
@@ -284,8 +380,11 @@ template <class Lanes, class Sample>
 void storeTile(const Plan<Lanes>& plan, ptrdiff_t y, const Sample* tile) {
   constexpr ptrdiff_t batch = Plan<Lanes>::batch;
   Vek8u* const rows = plan.dst + y * plan.dstStep;
-  const bool whole = y + batch <= plan.height();
-  if (whole && Lanes::storeTile(tile, plan.width(), rows, plan.dstStep)) return;
+  if constexpr (Lanes::shufflesTiles) {
+    if (isWholeTile<Lanes, Sample>(plan, y)) {
+      return storeWholeTile<Lanes>(tile, plan.width(), rows, plan.dstStep);
+    }
+  }
   for (ptrdiff_t r = 0; r < batch && y + r < plan.height(); ++r) {
     const Sample* from = tile + r % 2 * abreast<Lanes> + r / 2;
     Vek8u* const to = rows + r * plan.dstStep;
@@ -374,7 +473,7 @@ void forwardColumns(const Plan<Lanes>& plan) {
       if (count >= lanes) {
         Lanes::storePairs(range.of(v.re), range.of(v.im), to);
       } else if (count > 0) {
-        Vek8u pairs[8 * lanes];
+        Vek8u pairs[8 * Lanes::count];
         Lanes::storePairs(range.of(v.re), range.of(v.im), pairs);
         memcpy(to, pairs, static_cast<size_t>(8 * count));
       }
@@ -413,7 +512,7 @@ void inverseColumns(const Plan<Lanes>& plan) {
       const Vek8u* const from = src + y * step + 8 * lanes * vector;
       const ptrdiff_t count = columns - lanes * vector;
       if (count >= lanes) return Lanes::loadPairs(from).exchanged();
-      Vek8u pairs[8 * lanes] = {};
+      Vek8u pairs[8 * Lanes::count] = {};
       if (count > 0) memcpy(pairs, from, static_cast<size_t>(8 * count));
       return Lanes::loadPairs(pairs).exchanged();
     };

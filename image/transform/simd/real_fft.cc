@@ -1,12 +1,16 @@
 #include "core/kernel/lanes.h"
 #include "image/transform/plain_doubles.h"
 #include "image/transform/real_fft_body.h"
+#include "image/transform/sse_doubles.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-#if HWY_HAVE_FLOAT64
+#if HWY_ARCH_X86 && !defined(__AVX2__)
+using VectorOfDoubles = SseDoubles;
+
+#elif HWY_HAVE_FLOAT64
 
 /// As many 32-bit integers, and bytes, as a vector has doubles.
 constexpr hn::Rebind<Vek32s, decltype(f64)> intsOfDoubles;
@@ -19,44 +23,12 @@ IntsOfDoubles nearest(V64f v) {
   return IntsOfDoubles{_mm512_cvtpd_epi32(v.raw)};
 #elif defined(__AVX2__)
   return IntsOfDoubles{_mm256_cvtpd_epi32(v.raw)};
-#elif HWY_ARCH_X86
-  return IntsOfDoubles{_mm_cvtpd_epi32(v.raw)};
 #else
   // 1.5 * 2^52 more than a number has no bits for a fraction, and ends in the 32 bits of the integer.
   const V64f rounded = hn::Add(v, hn::Set(f64, 6755399441055744.0));
   constexpr hn::Rebind<Vek32u, decltype(f64)> unsignedInts;
   return hn::BitCast(intsOfDoubles, hn::TruncateTo(unsignedInts, hn::BitCast(u64, rounded)));
 #endif
-}
-
-// ---- Tiles --------------------------------------------------------------------------------------
-
-/// 16 bytes of a row.
-template <class Sample>
-using Part = hn::CappedTag<Sample, 16 / sizeof(Sample)>;
-
-/// `rounds` perfect shuffles of the lanes of `count` vectors: lane i moves to where the bits of i rotated
-/// to the left by `rounds` say. Of 2^r rows of 2^c lanes r rounds make columns, and c rounds make rows again.
-template <int rounds, int count, class D, class V>
-[[gnu::always_inline]] inline void shuffle(D d, V (&v)[count]) {
-  if constexpr (rounds > 0) {
-    V next[count];
-    for (int i = 0; i < count / 2; ++i) {
-      next[2 * i] = hn::InterleaveLower(d, v[i], v[i + count / 2]);
-      next[2 * i + 1] = hn::InterleaveUpper(d, v[i], v[i + count / 2]);
-    }
-    shuffle<rounds - 1, count>(d, next);
-    for (int i = 0; i < count; ++i) v[i] = next[i];
-  }
-}
-
-constexpr int logarithm(int v) {
-  return v > 1 ? 1 + logarithm(v / 2) : 0;
-}
-
-/// The row that is in place i of a tile's columns: first the even ones.
-constexpr int rowInTile(int i, int rows) {
-  return i < rows / 2 ? 2 * i : 2 * i - rows + 1;
 }
 
 struct VectorOfDoubles {
@@ -104,39 +76,16 @@ struct VectorOfDoubles {
     hn::StoreInterleaved2(nearest(re), nearest(im), intsOfDoubles, reinterpret_cast<Vek32s*>(to));
   }
 
-  /// Tiles of whole batches of rows; false if the rows are shorter than 16 bytes.
+  static constexpr bool shufflesTiles = true;
   template <class Sample>
-  static bool loadTile(const Vek8u* rows, ptrdiff_t step, ptrdiff_t width, Sample* tile) {
-    constexpr Part<Sample> d;
-    constexpr int batch = 2 * count * vectors, columns = static_cast<int>(hn::MaxLanes(d));
-    if (width < columns) return false;
-    for (ptrdiff_t x = 0; x < width; x += columns) {
-      hn::Vec<Part<Sample>> v[batch];
-      for (int i = 0; i < batch; ++i) {
-        const Vek8u* const row = rows + rowInTile(i, batch) * step;
-        v[i] = hn::LoadU(d, reinterpret_cast<const Sample*>(row) + x);
-      }
-      shuffle<logarithm(batch), batch>(d, v);
-      for (int i = 0; i < batch; ++i) hn::StoreU(v[i], d, tile + x * batch + i * columns);
-    }
-    return true;
-  }
-  template <class Sample>
-  static bool storeTile(const Sample* tile, ptrdiff_t width, Vek8u* rows, ptrdiff_t step) {
-    constexpr Part<Sample> d;
-    constexpr int batch = 2 * count * vectors, columns = static_cast<int>(hn::MaxLanes(d));
-    if (width < columns) return false;
-    for (ptrdiff_t x = 0; x < width; x += columns) {
-      hn::Vec<Part<Sample>> v[batch];
-      for (int i = 0; i < batch; ++i) v[i] = hn::LoadU(d, tile + x * batch + i * columns);
-      shuffle<logarithm(columns), batch>(d, v);
-      for (int i = 0; i < batch; ++i) {
-        Vek8u* const row = rows + rowInTile(i, batch) * step;
-        hn::StoreU(v[i], d, reinterpret_cast<Sample*>(row) + x);
-      }
-    }
-    return true;
-  }
+  struct Part {
+    static constexpr hn::CappedTag<Sample, 16 / sizeof(Sample)> d = {};
+    using Vector = hn::Vec<decltype(d)>;
+    static Vector load(const Sample* from) { return hn::LoadU(d, from); }
+    static void store(Vector v, Sample* to) { hn::StoreU(v, d, to); }
+    static Vector interleaveLower(Vector a, Vector b) { return hn::InterleaveLower(d, a, b); }
+    static Vector interleaveUpper(Vector a, Vector b) { return hn::InterleaveUpper(d, a, b); }
+  };
 
  private:
   /// Part i of parts[j] becomes part j of out[2 i].
