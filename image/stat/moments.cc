@@ -7,6 +7,7 @@
 #include "core/int128.h"
 #include "core/tagged.h"
 #include "image/stat/moments_kernels.h"
+#include "image/stat/moments_shifted.h"
 
 namespace vek {
 namespace {
@@ -50,27 +51,6 @@ Sums load(const Vek32u* state, int channel) {
 Sums operator+(const Sums& a, const Sums& b) {
   return {a.m00 + b.m00, a.m10 + b.m10, a.m01 + b.m01, a.m20 + b.m20, a.m11 + b.m11,
           a.m02 + b.m02, a.m30 + b.m30, a.m21 + b.m21, a.m12 + b.m12, a.m03 + b.m03};
-}
-
-/// The moments with (a, b) for the coordinates of what was (0, 0). With s for the sum over all pixels of
-/// what follows it, the third order is (x + a)^3 = x^3 + a ((x + a)^2 + x (x + a) + x^2), for example.
-Sums shifted(const Sums& m, Vek64s a, Vek64s b) {
-  Sums s;
-  s.m00 = m.m00;
-  s.m10 = m.m10 + m.m00 * a;
-  s.m01 = m.m01 + m.m00 * b;
-  const Int128 xx = m.m20 + m.m10 * a;  // x (x + a)
-  const Int128 xy = m.m11 + m.m01 * a;  // (x + a) y
-  const Int128 yx = m.m11 + m.m10 * b;  // x (y + b)
-  const Int128 yy = m.m02 + m.m01 * b;  // y (y + b)
-  s.m20 = xx + s.m10 * a;
-  s.m11 = xy + s.m10 * b;
-  s.m02 = yy + s.m01 * b;
-  s.m30 = m.m30 + (s.m20 + xx + m.m20) * a;
-  s.m21 = m.m21 + (xy + m.m11) * a + s.m20 * b;
-  s.m12 = m.m12 + (yx + m.m11) * b + s.m02 * a;
-  s.m03 = m.m03 + (s.m02 + yy + m.m02) * b;
-  return s;
 }
 
 template <int channels>
