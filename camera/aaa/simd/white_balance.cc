@@ -31,17 +31,19 @@ struct Columns {
   V16u first, second;
 };
 
+/// What has to move by a sample is loaded from there, which takes no more than a copy of a register.
 Columns loadColumns(const Vek8u* samples) {
-  const auto a = loadHalfQuads(samples);
-  const auto b = loadHalfQuads(samples + sizeof(Vek32u) * hn::MaxLanes(u32));
-  return {hn::OddEven(hn::BitCast(u16, hn::ShiftLeft<16>(b)), hn::BitCast(u16, a)),
-          hn::OddEven(hn::BitCast(u16, b), hn::BitCast(u16, hn::ShiftRight<16>(a)))};
+  const auto load = [=](ptrdiff_t sample) {
+    return hn::BitCast(u16, hn::LoadU(u8, samples + sample * ptrdiff_t{sizeof(Vek16u)}));
+  };
+  constexpr ptrdiff_t lanes = hn::MaxLanes(u16);
+  return {hn::OddEven(load(lanes - 1), load(0)), hn::OddEven(load(lanes), load(1))};
 }
 
-/// 0 in the lanes where the difference a - b, modulo 65536, is above -limit and below limit.
+/// 0 in the lanes where a and b, modulo 65536, are less than the limit apart.
 V16u outside(V16u a, V16u b, Vek16u limit) {
-  const V16u shifted = hn::Add(hn::Sub(a, b), hn::Set(u16, static_cast<Vek16u>(limit - 1)));
-  return hn::SaturatedSub(shifted, hn::Set(u16, static_cast<Vek16u>(2 * limit - 2)));
+  const V16s distance = hn::Abs(hn::BitCast(s16, hn::Sub(a, b)));
+  return hn::SaturatedSub(hn::BitCast(u16, distance), hn::Set(u16, static_cast<Vek16u>(limit - 1)));
 }
 
 /// 16-bit lanes are enough for samples of any value. A white point's four samples sum to less than 4092,
@@ -64,9 +66,9 @@ ColorSums sumWhitePoints(const Vek16u* pWin, int srcStep, int w, int h,
     const V16u average = hn::AverageRound(redGreen.second, greenBlue.first);
     const V16u redBlue = hn::SaturatedAdd(redGreen.first, greenBlue.second);
     const V16u all = hn::SaturatedAdd(greens, redBlue);
-    const V16u failed = hn::Or(hn::Or(outside(redGreen.first, average, limits.redLimit),
-                                      outside(greenBlue.second, average, limits.blueLimit)),
-                               hn::Or(outside(greens, redBlue, limits.greenLimit),
+    const V16u failed = hn::Or(hn::Or(outside(average, redGreen.first, limits.redLimit),
+                                      outside(average, greenBlue.second, limits.blueLimit)),
+                               hn::Or(outside(redBlue, greens, limits.greenLimit),
                                       hn::SaturatedSub(hn::Sub(all, lowest), range)));
     const V16s isWhite = hn::BitCast(s16, hn::VecFromMask(u16, hn::Eq(failed, hn::Zero(u16))));
     red = plusProducts(red, hn::BitCast(s16, redGreen.first), isWhite);
