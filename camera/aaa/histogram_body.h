@@ -1,5 +1,5 @@
-// The histogram of the greens as it is defined. The portable level measures whole frames with it, the
-// fast ones what is left of a frame in which too much has to be counted.
+// The histogram of the greens as it is defined, and how vectors do with a part of it: levels have their
+// own way to find the samples that must be counted.
 #pragma once
 
 #include <stddef.h>
@@ -41,6 +41,63 @@ GreenHistogram countAllGreens(const Vek16u* pSrc, int srcStep, int width, int he
       greens.lowest = greens.lowest < i ? greens.lowest : i;
     }
   }
+  return greens;
+}
+
+/// Whether the fullest bin of `counted` row pairs would reach the threshold with `most` of them.
+inline bool isPopulatedSoon(const Vek32u* hist, Vek32u countThresh, ptrdiff_t counted,
+                            ptrdiff_t most) {
+  Vek32u fullest = 0;
+  for (int i = 0; i < saturatedSample; ++i) fullest = fullest > hist[i] ? fullest : hist[i];
+  return uint64_t{fullest} * static_cast<uint64_t>(most) >=
+         uint64_t{countThresh} * static_cast<uint64_t>(counted);
+}
+
+/// Rows of groups of four columns.
+struct GreenRows {
+  const Vek16u* data;
+  ptrdiff_t step;            ///< in samples
+  ptrdiff_t columns, pairs;  ///< pairs of rows
+};
+
+/// Only the lowest and the highest populated bin are wanted. The first rows are counted in a plain
+/// histogram until a bin is populated; if the fullest one tells that none will be, so is everything.
+/// From then on a sample is counted only if it lies outside of the populated bins, in most frames next
+/// to none. One that is takes longer than in a plain histogram, which measures the rest of a frame in
+/// which they do not become few.
+///
+/// measureOutside(rows, y, most, countThresh, pHist, greens) measures rows from pair y on, until all are or
+/// more than `most` samples had to be counted, and returns the first pair that is left. Samples between
+/// bins that are already known to be populated need not be counted, nor saturated ones.
+template <class MeasureOutside>
+GreenHistogram measureGreensBy(MeasureOutside measureOutside, const Vek16u* pSrc, int srcStep,
+                               int width, int height, Vek32u countThresh, Vek32u* pHist) {
+  VEK_ASSERT(width >= 1 && height >= 1 && srcStep % 2 == 0);
+  const GreenRows rows = {.data = pSrc,
+                          .step = srcStep / 2,
+                          .columns = (ptrdiff_t{width} + 3) / 4 * 4,
+                          .pairs = (ptrdiff_t{height} + 1) / 2};
+  GreenHistogram greens = {0, 0, saturatedSample, 0};
+  ptrdiff_t y = 0;
+  const auto countPlainly = [&](ptrdiff_t pairs) {
+    const ptrdiff_t wanted = 2 * pairs, left = height - 2 * y;
+    const GreenHistogram part =
+        countAllGreens(pSrc + 2 * y * rows.step, srcStep, width,
+                       static_cast<int>(wanted < left ? wanted : left), countThresh, pHist);
+    greens.samples += part.samples;
+    greens.sum += part.sum;
+    greens.lowest = greens.lowest < part.lowest ? greens.lowest : part.lowest;
+    greens.highest = greens.highest > part.highest ? greens.highest : part.highest;
+    y += pairs;
+  };
+  const ptrdiff_t few = 8192 / rows.columns + rows.pairs / 128 + 1;  // then twice as many
+  for (ptrdiff_t pairs = few; y < rows.pairs && greens.lowest > greens.highest; pairs = y) {
+    const bool isFutile = y > 0 && !isPopulatedSoon(pHist, countThresh, y, rows.pairs);
+    countPlainly(isFutile ? rows.pairs - y : pairs);
+  }
+  const ptrdiff_t mostCounted = rows.columns * rows.pairs / 8 + 16384;
+  if (y < rows.pairs) y = measureOutside(rows, y, mostCounted, countThresh, pHist, greens);
+  if (y < rows.pairs) countPlainly(rows.pairs - y);
   return greens;
 }
 

@@ -25,33 +25,16 @@ V16u lastGreens(const Vek16u* top, const Vek16u* bottom, ptrdiff_t n) {
   return greensAt(rows[0], rows[1]);
 }
 
-/// Whether the fullest bin of `counted` row pairs would reach the threshold with `most` of them.
-bool isPopulatedSoon(const Vek32u* hist, Vek32u countThresh, ptrdiff_t counted, ptrdiff_t most) {
-  Vek32u fullest = 0;
-  for (int i = 0; i < saturatedSample; ++i) fullest = fullest > hist[i] ? fullest : hist[i];
-  return uint64_t{fullest} * static_cast<uint64_t>(most) >=
-         uint64_t{countThresh} * static_cast<uint64_t>(counted);
-}
-
-/// Rows of groups of four columns.
-struct GreenRows {
-  const Vek16u* data;
-  ptrdiff_t step;            ///< in samples
-  ptrdiff_t columns, pairs;  ///< pairs of rows
-};
-
-/// Measures rows from pair `y` on, until all are or more than `most` samples had to be counted; returns
-/// the first pair that is left. Samples between bins that are already known to be populated need not
-/// be counted, nor saturated ones.
+/// What measureGreensBy() wants.
 ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek32u countThresh,
                          Vek32u* pHist, GreenHistogram& greens) {
   constexpr ptrdiff_t block = 2 * blockSamples;
   const V16u one = hn::Set(u16, 1);
   V32s sum = hn::Zero(s32), samples = hn::Zero(s32);
-  V16u low, high;  // the latter plus 1
+  V16s low, high;  // of values minus 32768 and of values plus 1
   const auto setBounds = [&] {
-    low = hn::Set(u16, static_cast<Vek16u>(greens.lowest));
-    high = hn::Set(u16, static_cast<Vek16u>(greens.highest + 1));
+    low = hn::Set(s16, static_cast<Vek16s>(greens.lowest - 32768));
+    high = hn::Set(s16, static_cast<Vek16s>(greens.highest + 1));
   };
   setBounds();
   ptrdiff_t counted = 0;
@@ -76,15 +59,15 @@ ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek
   const auto plusLanes = [](V32s acc, V16u v) {
     return plusProducts(acc, hn::BitCast(s16, v), hn::Set(s16, 1));
   };
-  // Neither comparison finds a saturated sample: minus 1 it is 65535, not below `low`, and as it is 0,
-  // not above `high`.
+  // Neither comparison finds a saturated sample: plus 32767 it is the largest number, and as it is 0.
   const auto measure = [&](V16u a, V16u b) {
     sum = plusLanes(sum, hn::Add(a, b));
     samples = plusLanes(samples, hn::Add(hn::Min(a, one), hn::Min(b, one)));
-    const V16u below = hn::SaturatedSub(low, hn::Min(hn::Sub(a, one), hn::Sub(b, one)));
-    const V16u above = hn::SaturatedSub(hn::Max(a, b), high);
-    const V8u outside = hn::BitCast(u8, hn::Or(below, above));
-    if (HWY_LIKELY(hn::AllTrue(u8, hn::Eq(outside, hn::Zero(u8))))) return;
+    const V16s va = hn::BitCast(s16, a), vb = hn::BitCast(s16, b);
+    const V16s biased = hn::Set(s16, 0x7FFF);
+    const V16s least = hn::Min(hn::Add(va, biased), hn::Add(vb, biased));
+    const auto outside = hn::Or(hn::Lt(least, low), hn::Gt(hn::Max(va, vb), high));
+    if (HWY_LIKELY(hn::AllFalse(s16, outside))) return;
     count(a);
     count(b);
     setBounds();
@@ -111,40 +94,9 @@ ptrdiff_t measureOutside(const GreenRows& rows, ptrdiff_t y, ptrdiff_t most, Vek
   return y;
 }
 
-/// Only the lowest and the highest populated bin are wanted. The first rows are counted in a plain
-/// histogram until a bin is populated; if the fullest one tells that none will be, so is everything.
-/// From then on a sample is counted only if it lies outside of the populated bins, in most frames next
-/// to none. One that is takes longer than in a plain histogram, which measures the rest of a frame in
-/// which they do not become few.
 GreenHistogram measureGreens(const Vek16u* pSrc, int srcStep, int width, int height,
                              Vek32u countThresh, Vek32u* pHist) {
-  VEK_ASSERT(width >= 1 && height >= 1 && srcStep % 2 == 0);
-  const GreenRows rows = {.data = pSrc,
-                          .step = srcStep / 2,
-                          .columns = (ptrdiff_t{width} + 3) / 4 * 4,
-                          .pairs = (ptrdiff_t{height} + 1) / 2};
-  GreenHistogram greens = {0, 0, saturatedSample, 0};
-  ptrdiff_t y = 0;
-  const auto countPlainly = [&](ptrdiff_t pairs) {
-    const ptrdiff_t wanted = 2 * pairs, left = height - 2 * y;
-    const GreenHistogram part =
-        countAllGreens(pSrc + 2 * y * rows.step, srcStep, width,
-                       static_cast<int>(wanted < left ? wanted : left), countThresh, pHist);
-    greens.samples += part.samples;
-    greens.sum += part.sum;
-    greens.lowest = greens.lowest < part.lowest ? greens.lowest : part.lowest;
-    greens.highest = greens.highest > part.highest ? greens.highest : part.highest;
-    y += pairs;
-  };
-  const ptrdiff_t few = 8192 / rows.columns + rows.pairs / 128 + 1;  // then twice as many
-  for (ptrdiff_t pairs = few; y < rows.pairs && greens.lowest > greens.highest; pairs = y) {
-    const bool isFutile = y > 0 && !isPopulatedSoon(pHist, countThresh, y, rows.pairs);
-    countPlainly(isFutile ? rows.pairs - y : pairs);
-  }
-  const ptrdiff_t mostCounted = rows.columns * rows.pairs / 8 + 16384;
-  if (y < rows.pairs) y = measureOutside(rows, y, mostCounted, countThresh, pHist, greens);
-  if (y < rows.pairs) countPlainly(rows.pairs - y);
-  return greens;
+  return measureGreensBy(measureOutside, pSrc, srcStep, width, height, countThresh, pHist);
 }
 
 Vek32u sumGreens(const Vek16u* pWin, int srcStep, int w, int h) {
