@@ -52,8 +52,22 @@ void forEachBlock(ptrdiff_t n, Body body) {
 
 constexpr ptrdiff_t vectorPixels = 16;
 
-/// Sixteen pixels. A round puts the upper 24 of the 48 bytes between the lower ones, which moves byte
-/// p to 2 p modulo 47. After four rounds byte 3 i + c has come to 16 c + i.
+/// Rounds that put the upper 24 of the 48 bytes between the lower ones, which moves byte p to 2 p modulo
+/// 47. After four of them byte 3 i + c has come to 16 c + i.
+template <int rounds>
+inline void shufflePixels(__m128i& a, __m128i& b, __m128i& c) {
+  // A shuffle, other than a shift, leaves its operand as it is.
+  const auto upperHalf = [](__m128i v) { return _mm_shuffle_epi32(v, _MM_SHUFFLE(3, 2, 3, 2)); };
+  for (int round = 0; round < rounds; ++round) {
+    const __m128i lower = _mm_unpacklo_epi8(a, upperHalf(b));
+    const __m128i middle = _mm_unpacklo_epi8(upperHalf(a), c);
+    c = _mm_unpacklo_epi8(b, upperHalf(c));
+    a = lower;
+    b = middle;
+  }
+}
+
+/// Sixteen pixels.
 inline void separateVectors(const Vek8u* pixels, Vek8u* c0, Vek8u* c1, Vek8u* c2) {
   const auto load = [&](int i) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels + 16 * i));
@@ -61,15 +75,8 @@ inline void separateVectors(const Vek8u* pixels, Vek8u* c0, Vek8u* c1, Vek8u* c2
   const auto store = [](__m128i v, Vek8u* to) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v);
   };
-  const auto upperHalf = [](__m128i v) { return _mm_srli_si128(v, 8); };
   __m128i a = load(0), b = load(1), c = load(2);
-  for (int round = 0; round < 4; ++round) {
-    const __m128i lower = _mm_unpacklo_epi8(a, upperHalf(b));
-    const __m128i middle = _mm_unpacklo_epi8(upperHalf(a), c);
-    c = _mm_unpacklo_epi8(b, upperHalf(c));
-    a = lower;
-    b = middle;
-  }
+  shufflePixels<4>(a, b, c);
   store(a, c0);
   store(b, c1);
   store(c, c2);

@@ -115,18 +115,107 @@ void orderInBlocks(const Destination& destination, const Vek8u* src, int width,
   });
 }
 
+#if defined(__SSE2__)
+
+// Pixels of 16 bits, without arrays between the steps: a third of the time.
+
+/// A field of a pixel, in lanes that have a sample in their high halves. With b = 256 t / steps + 1 the
+/// index (v steps + t) / 255 is (256 v + b) a >> (16 + shift), where a is steps 2^(8 + shift) / 255 rounded
+/// up and the sum is limited to 16 bits: tried for every v and every t.
+template <int bits, int position>
+class FieldLanes {
+ public:
+  /// For rows that begin at a column of the matrix.
+  explicit FieldLanes(int column) {
+    for (int y = 0; y < matrixSize; ++y) {
+      for (int x = 0; x < vectorPixels; ++x) {
+        const int t = thresholds.at[y][(x + column) & 7];
+        offsets_[y][x & 1][x / 2] = static_cast<Vek16u>(256 * t / steps + 1);
+      }
+    }
+  }
+  /// The field of the even (0) or the odd (1) ones of sixteen pixels in a row of the matrix.
+  __m128i of(__m128i samples, int y, int odd) const {
+    const __m128i offset = _mm_load_si128(reinterpret_cast<const __m128i*>(offsets_[y][odd]));
+    __m128i v = _mm_mulhi_epu16(_mm_adds_epu16(samples, offset), _mm_set1_epi16(factor));
+    v = _mm_srli_epi16(v, shift - position);
+    return position == 0 ? v : _mm_and_si128(v, _mm_set1_epi16(mask));
+  }
+
+ private:
+  static constexpr int steps = (1 << bits) - 1, shift = position > 8 ? position : 8;
+  static constexpr auto factor = static_cast<Vek16s>(((steps << (8 + shift)) + 254) / 255);
+  static constexpr auto mask = static_cast<Vek16s>(steps << position);
+
+  alignas(16) Vek16u offsets_[matrixSize][2][vectorPixels / 2];
+};
+
+template <class Format>
+struct PixelLanes {
+  FieldLanes<Format::rBits, Format::rPos> first;
+  FieldLanes<Format::gBits, Format::gPos> second;
+  FieldLanes<Format::bBits, Format::bPos> third;
+
+  explicit PixelLanes(int column) : first(column), second(column), third(column) {}
+
+  /// Writes the first of n pixels, and returns how many.
+  int order(const Vek8u* src, int n, int y, Vek8u* dst) const {
+    const __m128i zero = _mm_setzero_si128();
+    int x = 0;
+    for (; x <= n - vectorPixels; x += vectorPixels) {
+      const auto load = [&](int i) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 3 * x + 16 * i));
+      };
+      __m128i a = load(0), b = load(1), c = load(2);
+      shufflePixels<3>(a, b, c);  // the last round would put even and odd pixels together
+      const __m128i even = _mm_or_si128(first.of(_mm_unpacklo_epi8(zero, a), y, 0),
+                                        _mm_or_si128(second.of(_mm_unpackhi_epi8(zero, a), y, 0),
+                                                     third.of(_mm_unpacklo_epi8(zero, b), y, 0)));
+      const __m128i odd = _mm_or_si128(first.of(_mm_unpackhi_epi8(zero, b), y, 1),
+                                       _mm_or_si128(second.of(_mm_unpacklo_epi8(zero, c), y, 1),
+                                                    third.of(_mm_unpackhi_epi8(zero, c), y, 1)));
+      const auto to = reinterpret_cast<__m128i*>(dst + 2 * x);
+      _mm_storeu_si128(to, _mm_unpacklo_epi16(even, odd));
+      _mm_storeu_si128(to + 1, _mm_unpackhi_epi16(even, odd));
+    }
+    return x;
+  }
+};
+
+#endif
+
+/// Pixels that vectors take without arrays: for most destinations none.
+template <class Destination>
+struct WholeVectors {
+  explicit WholeVectors(int) {}
+  static int order(const Vek8u*, int, int, Vek8u*) { return 0; }
+};
+#if defined(__SSE2__)
+template <class Format>
+struct WholeVectors<Pixels16<Format>> : PixelLanes<Format> {
+  using PixelLanes<Format>::PixelLanes;
+};
+#endif
+
 template <class Destination>
 void order(const Picture& picture, int levels, VekiPoint origin) {
   VEK_ASSERT(picture.width >= 1 && picture.height >= 1 && levels >= 2 && levels <= 256);
   constexpr int channels = Destination::channels;
   const Destination destination(levels);
   const int originX = origin.x & 7;
+  const WholeVectors<Destination> vectors(originX);
   for (int y = 0; y < picture.height; ++y) {
     const Vek8u* const src = picture.src + y * picture.srcStep;
     Vek8u* const dst = picture.dst + y * picture.dstStep;
-    const Vek8u* const row = thresholds.at[(y + (origin.y & 7)) & 7];
+    const int matrixRow = (y + (origin.y & 7)) & 7;
+    const Vek8u* const row = thresholds.at[matrixRow];
     if constexpr (hasWords) {
-      orderInBlocks(destination, src, picture.width, row, originX, dst);
+      // Vectors are whole periods of the matrix.
+      const int done = vectors.order(src, picture.width, matrixRow, dst);
+      if (done < picture.width) {
+        orderInBlocks(destination, src + ptrdiff_t{channels} * done, picture.width - done, row,
+                      originX, dst + ptrdiff_t{2} * done);
+      }
       continue;
     }
     for (int x = 0; x < picture.width; ++x) {
