@@ -9,7 +9,7 @@ int fftw_have_simd_avx();
 int fftwf_have_simd_avx();
 
 int fftw_have_simd_avx() {
-  return CPU_FEATURE_ACTIVE(AVX2) ? 1 : 0;
+  return CPU_FEATURE_ACTIVE(SSE4_2) && CPU_FEATURE_ACTIVE(AVX2) ? 1 : 0;
 }
 int fftwf_have_simd_avx() {
   return fftw_have_simd_avx();
