@@ -3,6 +3,7 @@
 #pragma once
 
 #include <stddef.h>
+#include <stdint.h>
 
 #include "camera/aaa/exposure_kernels.h"
 #include "core/assert.h"
