@@ -99,7 +99,7 @@ template <class Lanes, class Body>
 
 // ---- One dimension ------------------------------------------------------------------------------
 
-// `load` and `store` take an index and a vector.
+// Where more than one vector is meant, `load` and `store` take its index behind that of the value.
 
 /// X[k], X[k + m], X[k + 2 m] and X[k + 3 m] of the value k of the four parts' transforms.
 template <class Lanes, class Store>
@@ -113,22 +113,23 @@ template <class Lanes, class Store>
   store(k + 3 * m, {Lanes::subtract(t1.re, t3.im), Lanes::add(t1.im, t3.re)});
 }
 
-/// Joins the parts' transforms, which lie one after the other, m values each: value k of each, whose
-/// products are unit(part's index, value) for the second to the fourth.
-template <class Lanes, class Unit, class Store>
+/// Joins value k of the parts' transforms, which lie one after the other, m values each. product(i, v) is
+/// the product of part i's value v with its root of unity, i = 1 .. 3.
+template <class Lanes, class Product, class Store>
 [[gnu::always_inline]] inline void joinValues(Vek64f* parts, ptrdiff_t m, ptrdiff_t k,
-                                              const Unit& unit, const Store& store) {
+                                              const Product& product, const Store& store) {
   forEachVector<Lanes>([&](ptrdiff_t vector) {
     const auto part = [=](ptrdiff_t index) {
       return Complex<Lanes>::load(at<Lanes>(parts, k + index * m, vector));
     };
     const auto storeTo = [&](ptrdiff_t to, const Complex<Lanes>& v) { store(to, vector, v); };
-    joinFour(part(0), unit(std::integral_constant<int, 1>(), part(1)),
-             unit(std::integral_constant<int, 2>(), part(2)),
-             unit(std::integral_constant<int, 3>(), part(3)), k, m, storeTo);
+    joinFour(part(0), product(std::integral_constant<int, 1>(), part(1)),
+             product(std::integral_constant<int, 2>(), part(2)),
+             product(std::integral_constant<int, 3>(), part(3)), k, m, storeTo);
   });
 }
 
+/// Joins all of their values.
 template <class Lanes, class Store>
 [[gnu::always_inline]] inline void joinParts(Vek64f* parts, ptrdiff_t m, const Store& store) {
   const auto none = [](ptrdiff_t, const Complex<Lanes>& v) { return v; };
@@ -190,7 +191,7 @@ template <class Lanes, int order, class Load>
     };
     unrolled<m>([&](auto k) {
       const auto product = [k](auto index, const Complex<Lanes>& v) {
-        return v.template timesConstant<index * k*(256 >> (order - 2))>();
+        return v.template timesConstant<(256 >> (order - 2)) * k * index>();
       };
       joinValues<Lanes>(out, m, k, product, store);
     });
@@ -217,7 +218,7 @@ template <class Lanes, int leafOrder, class Load>
   }
 }
 
-/// Transforms of load(0), load(1) ..., whose values k go to store(k, ..., value). All values have been
+/// Transforms of load(0), load(1) ..., whose value k goes to store(k, value). All values have been
 /// loaded before the first one is stored. `work` has room for them. (`load` and `store` are copies, which
 /// stores to images change as little as they do registers.)
 template <class Lanes, class Load, class Store>

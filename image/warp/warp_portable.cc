@@ -93,14 +93,13 @@ struct Bounds {
 };
 
 /// Two positions floor(dividend / divisor), limited, to `to`. Both are integers below 2^53, and so is the
-/// product of the divisor and the rounded quotient. That is one too much, and leaves a rest of the other
-/// sign than the divisor's, or exact, as the quotient itself is less than 2^-21 off.
+/// product of the divisor with the rounded quotient, which is less than 2^-21 off before it is rounded: it
+/// is the position, or one more, and then leaves a rest without the divisor's sign.
 template <bool negative>
 inline void storePositions(__m128d dividend, __m128d divisor, __m128d reciprocal, Bounds& bounds,
                            Vek32s* to) {
   const __m128d least = _mm_set1_pd(noPosition), most = _mm_set1_pd(-noPosition);
-  const __m128d integerBits =
-      _mm_set1_pd(0x1.8p52);  // a sum with it ends in the bits of an integer
+  const __m128d integerBits = _mm_set1_pd(0x1.8p52);  // sums with it end in those of integers
   const __m128d q = _mm_max_pd(_mm_min_pd(_mm_mul_pd(dividend, reciprocal), most), least);
   const __m128d sum = _mm_add_pd(q, integerBits), rounded = _mm_sub_pd(sum, integerBits);
   bounds.include(rounded);
