@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string.h>
 
 #include "core/assert.h"
@@ -143,7 +144,7 @@ class FieldLanes {
   }
 
  private:
-  static constexpr int steps = (1 << bits) - 1, shift = position > 8 ? position : 8;
+  static constexpr int steps = (1 << bits) - 1, shift = std::max(position, 8);
   static constexpr auto factor = static_cast<Vek16s>(((steps << (8 + shift)) + 254) / 255);
   static constexpr auto mask = static_cast<Vek16s>(steps << position);
 

@@ -310,8 +310,11 @@ template <class Part, int rounds, int count>
   }
 }
 
+/// Of a power of two.
 constexpr int logarithm(int v) {
-  return v > 1 ? 1 + logarithm(v / 2) : 0;
+  int exponent = 0;
+  for (; v > 1; v /= 2) ++exponent;
+  return exponent;
 }
 
 /// The row that is in place i of a tile's columns: first the even ones.
