@@ -65,27 +65,35 @@ void transposeColumns(D d, const Vek8u* from, ptrdiff_t fromStep, ptrdiff_t cols
   });
 }
 
-/// Transposes the rows from y on, as many at a time as a vector has bytes, then as half of one has,
-/// and so on to 16; returns the first row that is left. Rows at such steps that they share the sets of
-/// the cache would push each other out between their blocks: of these, whole cache lines are copied
-/// into a stage first.
+/// Transposes the rows from y on, as many at a time as a vector has bytes; returns the first row that is
+/// left. Of these rows whole cache lines are copied into a stage first. Not inlined, so that the stage is
+/// on the stack only where it is needed.
 template <class D>
-ptrdiff_t transposeRows(D d, const Transposition& t, ptrdiff_t y) {
+[[gnu::noinline]] ptrdiff_t transposeStaged(D d, const Transposition& t, ptrdiff_t y) {
   constexpr ptrdiff_t cacheLine = 64, length = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
-  const bool staged = t.tileStep % 1024 == 0 && t.cols >= cacheLine && length > side;
   alignas(64) Vek8u stage[length * cacheLine];
   for (; y + length <= t.rows; y += length) {
     const Vek8u* const from = t.tile + y * t.tileStep;
-    if (!staged) {
-      transposeColumns(d, from, t.tileStep, t.cols, t.dst + y, t.dx);
-      continue;
-    }
     overlappingBlocks(t.cols, cacheLine, [&](ptrdiff_t x) {
       for (ptrdiff_t i = 0; i < length; ++i) {
         memcpy(stage + i * cacheLine, from + i * t.tileStep + x, cacheLine);
       }
       transposeColumns(d, stage, cacheLine, cacheLine, t.dst + x * t.dx + y, t.dx);
     });
+  }
+  return y;
+}
+
+/// The same, then by half as many rows at a time, and so on to 16. Rows at such steps that they share the
+/// sets of the cache would push each other out between their blocks: they are staged.
+template <class D>
+ptrdiff_t transposeRows(D d, const Transposition& t, ptrdiff_t y) {
+  constexpr ptrdiff_t length = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+  if constexpr (length > side) {
+    if (t.tileStep % 1024 == 0 && t.cols >= 64) y = transposeStaged(d, t, y);
+  }
+  for (; y + length <= t.rows; y += length) {
+    transposeColumns(d, t.tile + y * t.tileStep, t.tileStep, t.cols, t.dst + y, t.dx);
   }
   if constexpr (length > side) {
     return transposeRows(hn::Half<D>(), t, y);
