@@ -39,7 +39,7 @@ template <class SourceRow>
 void resizeNearest(const PreviewCall& call, const PreviewKernels& kernels, Plane<const Vek8u> src,
                    const OrientedPlane& dst, ptrdiff_t width, RowRange rows, SourceRow sourceRow) {
   if (isUnscaled(call)) return orientPlane(kernels.place, src, dst, width, rows);
-  Columns columns;
+  ColumnsOf<stripColumns> columns;
   walkSamples(dst, kernels.place, width, rows, [&](const Tile& tile, Vek8u* out, ptrdiff_t step) {
     nearestColumns(kernels.resample, call.columnStep(), tile.x, tile.columns, columns);
     for (ptrdiff_t i = 0; i < tile.rows; ++i, out += step) {
@@ -54,7 +54,7 @@ template <class RowPhase>
 void resizeBilinear(const PreviewCall& call, const PreviewKernels& kernels,
                     const OrientedPlane& dst, RowRange rows, RowPhase rowPhase) {
   const Plane<const Vek8u> src = call.srcPlane(0);
-  Columns columns;
+  ColumnsOf<stripColumns> columns;
   walkSamples(dst, kernels.place, call.dstWidth, rows,
               [&](const Tile& tile, Vek8u* out, ptrdiff_t step) {
                 blendedColumns(kernels.resample, call.columnStep(), tile.x, tile.columns,

@@ -5,17 +5,19 @@
 
 #include <stddef.h>
 
+#include "core/assert.h"
 #include "core/level.h"
 
 namespace vek {
 
 /// The columns at which the rows of a tile are sampled: sample i at phase + i * step, in 16.16. With
-/// phase 32768 and step 98304, for example, the samples 0, 1, 2 lie in the columns 0, 2, 3.
-struct Columns {
-  static constexpr ptrdiff_t maxCount = 1024;
+/// phase 32768 and step 98304, for example, the samples 0, 1, 2 lie in the columns 0, 2, 3. Every object
+/// is a ColumnsOf<>, which has room for its tables.
+struct alignas(64) Columns {
+  static constexpr ptrdiff_t maxCount = 1024;  ///< that any has room for
 
   Vek32u phase = 0, step = 0;
-  ptrdiff_t n = -1;      ///< 0 to maxCount; negative before they are prepared
+  ptrdiff_t n = -1;      ///< 0 to `room`; negative before they are prepared
   ptrdiff_t lastColumn;  ///< of the source; for bilinear() alone
 
   // What prepare() makes of these, each level as its kernels need it. A block is a number of samples
@@ -23,13 +25,40 @@ struct Columns {
   // it would reach beyond sample n - 1; its entries begin at k * blockSize in any case.
   ptrdiff_t blockSize;  ///< 0 if nothing can be looked up
   ptrdiff_t blocks;
-  ptrdiff_t lastTouched;     ///< the last column that is read
-  int passes;                ///< look-ups that a block takes
-  bool hasFractions;         ///< not all phases are whole columns
-  bool everyOther;           ///< the step is two columns
-  Vek32s windows[maxCount];  ///< the columns that the windows of the look-ups begin at
-  alignas(64) Vek8u offsets[8 * maxCount];  ///< of the samples, within their windows
-  alignas(64) Vek16u fractions[maxCount];   ///< of the phases
+  ptrdiff_t lastTouched;    ///< the last column that is read
+  int passes;               ///< look-ups that a block takes
+  bool hasFractions;        ///< not all phases are whole columns
+  bool everyOther;          ///< the step is two columns
+  const ptrdiff_t room;     ///< a multiple of 64
+  Vek8u* const offsets;     ///< [8 * room]: of the samples, within their windows
+  Vek16u* const fractions;  ///< [room + 32]: of the phases, and what the last vector reads besides
+
+  /// [room]: the columns that the windows of the look-ups begin at. Every row begins by asking for them;
+  /// they follow this object because a pointer to them would have to be loaded first.
+  Vek32s* windows() { return reinterpret_cast<Vek32s*>(this + 1); }
+  const Vek32s* windows() const { return reinterpret_cast<const Vek32s*>(this + 1); }
+
+  Columns(const Columns&) = delete;
+  Columns& operator=(const Columns&) = delete;
+
+ protected:
+  Columns(ptrdiff_t count, Vek8u* offsetTable, Vek16u* fractionTable)
+      : room(count), offsets(offsetTable), fractions(fractionTable) {}
+};
+
+/// With room for `count` columns.
+template <ptrdiff_t count>
+struct ColumnsOf : Columns {
+  static_assert(count % 64 == 0 && count <= maxCount);
+
+  ColumnsOf() : Columns(count, offsetTable_, fractionTable_) {
+    VEK_ASSERT(windows() == windowTable_);
+  }
+
+ private:
+  alignas(64) Vek32s windowTable_[count];
+  alignas(64) Vek8u offsetTable_[8 * count];
+  alignas(64) Vek16u fractionTable_[count + 32];
 };
 
 struct ResampleKernels {

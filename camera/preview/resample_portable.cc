@@ -19,10 +19,13 @@ bool isByTwo(const Columns& columns) {
 void prepare(Columns& columns, bool blended) {
   columns.blockSize = hasWords && blended && !isByTwo(columns) ? 1 : 0;
   if (columns.blockSize == 0) return;
+  const Vek32u first = columns.phase, step = columns.step;
+  Vek32s* __restrict const windows = columns.windows();
+  Vek16u* __restrict const fractions = columns.fractions;
   for (ptrdiff_t i = 0; i < columns.n; ++i) {
-    const Vek32u phase = columns.phase + static_cast<Vek32u>(i) * columns.step;
-    columns.windows[i] = static_cast<Vek32s>(phase >> 16);
-    columns.fractions[i] = static_cast<Vek16u>(phase & 0xFFFF);
+    const Vek32u phase = first + static_cast<Vek32u>(i) * step;
+    windows[i] = static_cast<Vek32s>(phase >> 16);
+    fractions[i] = static_cast<Vek16u>(phase & 0xFFFF);
   }
 }
 
@@ -31,7 +34,7 @@ void pickByTwo(const Vek8u* __restrict row, ptrdiff_t n, Vek8u* __restrict dst) 
 }
 
 void nearest(const Vek8u* __restrict row, const Columns& columns, Vek8u* __restrict dst) {
-  VEK_ASSERT(columns.n <= Columns::maxCount);
+  VEK_ASSERT(columns.n <= columns.room);
   Vek32u phase = columns.phase;
   if (isByTwo(columns)) return pickByTwo(row + (phase >> 16), columns.n, dst);
   const auto next = [&] {
@@ -112,11 +115,11 @@ ptrdiff_t bilinearPairs(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const 
   constexpr ptrdiff_t block = 256;
   alignas(16) Vek16u upper[block], lower[block];
   ptrdiff_t n = columns.n;
-  while (n > 0 && columns.windows[n - 1] >= columns.lastColumn) --n;
+  while (n > 0 && columns.windows()[n - 1] >= columns.lastColumn) --n;
   for (ptrdiff_t x = 0; x < n; x += block) {
     const ptrdiff_t count = n - x < block ? n - x : block;
-    loadPairs(top, columns.windows + x, count, upper);
-    loadPairs(bottom, columns.windows + x, count, lower);
+    loadPairs(top, columns.windows() + x, count, upper);
+    loadPairs(bottom, columns.windows() + x, count, lower);
     blendPairs(upper, lower, columns.fractions + x, fy, count, dst + x);
   }
   return n;
@@ -124,7 +127,7 @@ ptrdiff_t bilinearPairs(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const 
 
 void bilinear(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& columns,
               Vek8u* __restrict dst) {
-  VEK_ASSERT(columns.n <= Columns::maxCount && fy >= 0 && fy <= 0xFFFF);
+  VEK_ASSERT(columns.n <= columns.room && fy >= 0 && fy <= 0xFFFF);
   if (fy == 0) bottom = top;
   Vek32u phase = columns.phase;
   if (((phase | columns.step) & 0xFFFF) == 0 && fy == 0) return nearest(top, columns, dst);

@@ -29,7 +29,7 @@ inline Vek32u lastRowPhase(int srcHeight) {
 /// Sets what columns are prepared from. False if they are the same as before, as in tiles below each
 /// other: an object serves one kind of sampling of one source.
 inline bool setColumns(Vek32u phase, Vek32u step, ptrdiff_t n, Columns& columns) {
-  VEK_ASSERT(n <= Columns::maxCount);
+  VEK_ASSERT(n <= columns.room);
   if (columns.n == n && columns.phase == phase && columns.step == step) return false;
   columns.phase = phase;
   columns.step = step;

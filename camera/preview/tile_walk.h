@@ -15,8 +15,8 @@
 
 namespace vek {
 
-/// Tiles are strips, or, where rows become columns, blocks whose columns fill whole cache lines of
-/// the destination.
+/// Tiles are wide and low, or, where rows become columns, blocks whose columns fill whole cache lines
+/// of the destination.
 inline constexpr ptrdiff_t stripColumns = 1024;
 inline constexpr ptrdiff_t stripRows = 16;
 inline constexpr ptrdiff_t tileSamples = stripColumns * stripRows;
@@ -95,11 +95,32 @@ void walkSamples(const OrientedPlane& dst, const PlaceKernels& place, ptrdiff_t 
   });
 }
 
-/// Y, Cb and Cr of a tile; each chroma sample serves two columns.
-struct SampleTile {
-  alignas(64) Vek8u y[tileSamples];
-  alignas(64) Vek8u cb[tileSamples / 2];
-  alignas(64) Vek8u cr[tileSamples / 2];
+/// Which samples are made.
+enum class Samples { luma, cb, cr, all };
+
+inline bool includes(Samples what, Samples plane) {
+  return what == Samples::all || what == plane;
+}
+
+/// Where samples of Y, Cb and Cr are made; each chroma sample serves two columns.
+struct SampleRows {
+  Plane<Vek8u> y, cb, cr;
+
+  YccPlanes planes(int chromaShift) const {
+    return {{y.data, y.step}, {cb.data, cb.step}, {cr.data, cr.step}, chromaShift};
+  }
+};
+
+/// Room for the samples of `pixels` pixels, of which 2 << chromaShift share their chroma.
+template <ptrdiff_t pixels, int chromaShift>
+struct SampleBuffer {
+  alignas(64) Vek8u y[pixels];
+  alignas(64) Vek8u cb[pixels / 2 >> chromaShift];
+  alignas(64) Vek8u cr[pixels / 2 >> chromaShift];
+
+  SampleRows rows(ptrdiff_t lumaStep, ptrdiff_t chromaStep) {
+    return {{y, lumaStep}, {cb, chromaStep}, {cr, chromaStep}};
+  }
 };
 
 /// The conversions to one format of pixels.
@@ -108,103 +129,185 @@ struct PixelConversion {
   ptrdiff_t bytes;               ///< of a pixel
 };
 
-/// Converts tiles of samples to pixels of an oriented image. Not the pixels but the samples are
+/// An image that is converted to pixels, and what its walks need. Not the pixels but the samples are
 /// oriented, before the conversion: they are fewer bytes, and pixels are then written once and in
 /// order.
-class TileConverter {
+struct PixelWalk {
+  const OrientedPlane& dst;
+  const PixelConversion& convert;
+  const PlaceKernels& place;
+  ptrdiff_t width;
+  RowRange rows;
+  TileShape shape;  ///< of the tiles if it is transposed
+};
+
+// isMade(tile) says whether samples are made, and not taken where they are; makeSamples(strip, what, out)
+// returns those of a tile or a part of it, as the source is oriented, in the rows of `out` if they are made.
+
+/// Calls body(strip) for strips of a tile, top to bottom, of `most` rows at most. None has less than
+/// half of that if the tile has more: vectors transpose no fewer than 16 rows.
+template <class Body>
+void forEachStrip(const Tile& tile, ptrdiff_t most, Body body) {
+  for (ptrdiff_t y = 0, count; y < tile.rows; y += count) {
+    const ptrdiff_t rest = tile.rows - y;
+    count = rest <= most ? rest : rest < most + most / 2 ? most / 2 : most;
+    body(Tile{tile.x, tile.y + y, tile.columns, count});
+  }
+}
+
+/// Converts a strip from right to left, mirrored into the rows of `to`.
+inline void convertMirrored(const PixelWalk& walk, const Tile& strip, const YccPlanes& s,
+                            const SampleRows& to) {
+  const ptrdiff_t n = strip.columns, pairs = (n + 1) / 2, chromaRows = strip.rows >> s.chromaShift;
+  const auto mirror = [&](Plane<const Vek8u> from, ptrdiff_t columns, ptrdiff_t rows,
+                          Plane<Vek8u> out) {
+    walk.place.bytes1(from.data, from.step, columns, rows, out.data + columns - 1, -1, out.step);
+  };
+  mirror(s.y, n, strip.rows, to.y);
+  mirror(s.cb, pairs, chromaRows, to.cb);
+  mirror(s.cr, pairs, chromaRows, to.cr);
+  YccPlanes samples = to.planes(s.chromaShift);
+  Vek8u* const left = walk.dst.at(strip.x + n - 1, strip.y);
+  const ptrdiff_t odd = n % 2;  // the last column, now the first, has its chroma alone
+  if (odd != 0) {
+    walk.convert.single(samples, 1, strip.rows, left, walk.dst.dy);
+    ++samples.y.data, ++samples.cb.data, ++samples.cr.data;
+  }
+  walk.convert.paired(samples, n - odd, strip.rows, left + odd * walk.convert.bytes, walk.dst.dy);
+}
+
+/// Walks along destination rows, in strips whose samples stay in the cache.
+template <int chromaShift, class IsMade, class MakeSamples>
+void walkAlongRows(const PixelWalk& walk, IsMade isMade, MakeSamples makeSamples) {
+  constexpr ptrdiff_t mostSamples = 4 * stripColumns;
+  SampleBuffer<mostSamples, chromaShift> buffer, mirroredBuffer;
+  const bool mirrored = walk.dst.dx < 0;
+  forEachTile(walk.dst, walk.convert.bytes, walk.width, walk.rows, wideTile, [&](const Tile& tile) {
+    const ptrdiff_t step = (tile.columns + 63) / 64 * 64;
+    const ptrdiff_t most = mirrored || isMade(tile) ? mostSamples / step / 4 * 4 : tile.rows;
+    forEachStrip(tile, most, [&](const Tile& strip) {
+      const YccPlanes samples = makeSamples(strip, Samples::all, buffer.rows(step, step / 2));
+      if (mirrored) {
+        return convertMirrored(walk, strip, samples, mirroredBuffer.rows(step, step / 2));
+      }
+      walk.convert.paired(samples, strip.columns, strip.rows, walk.dst.at(strip.x, strip.y),
+                          walk.dst.dy);
+    });
+  });
+}
+
+/// The samples of a tile whose columns become rows. Planes that can be made separately are made and
+/// transposed one after the other, so that what is made lies where a later plane goes: luma in the place
+/// of both chroma planes, Cb in that of Cr. Only Cr needs room of its own, for strips of 64 rows, which
+/// become cache lines. Planes that are made together need it for strips of 32 rows.
+template <int chromaShift, bool separate>
+class TransposedTile {
  public:
-  TileConverter(const OrientedPlane& dst, const PixelConversion& convert, const PlaceKernels& place,
-                const TileShape& shape)
-      : dst_(dst),
-        convert_(convert),
-        place_(place),
-        step_(dst.transposed ? shape.columns : stripColumns),
-        transposedStep_(2 * shape.rows) {}
+  TransposedTile(const PixelWalk& walk)
+      : place_(walk.place), forwards_(walk.dst.dy > 0), step_(2 * walk.shape.rows) {}
 
-  /// The row step of a tile's luma; that of its chroma is half of it.
-  ptrdiff_t step() const { return step_; }
-
-  void convert(const Tile& tile, const YccPlanes& samples) {
-    const bool columnsBecomeRows = dst_.dy == convert_.bytes || dst_.dy == -convert_.bytes;
-    if (dst_.transposed && columnsBecomeRows) {
-      convertTransposed(tile, samples);
-    } else if (dst_.transposed) {
-      convertScattered(tile, samples);
-    } else if (dst_.dx > 0) {
-      convert_.paired(samples, tile.columns, tile.rows, dst_.at(tile.x, tile.y), dst_.dy);
+  template <class IsMade, class MakeSamples>
+  void set(const Tile& tile, IsMade isMade, MakeSamples makeSamples) {
+    const auto orient = [&](Samples what, const SampleRows& out, ptrdiff_t most) {
+      forEachStrip(tile, isMade(tile) ? most : tile.rows, [&](const Tile& strip) {
+        transpose(tile, strip, what, makeSamples(strip, what, out));
+      });
+    };
+    if constexpr (separate) {
+      const SampleRows out = {{cb_, lumaStep}, {cr_, chromaStep}, {made_, chromaStep}};
+      orient(Samples::luma, out, 2 * chromaSamples / lumaStep);
+      orient(Samples::cb, out, (chromaSamples / chromaStep) << chromaShift);
+      orient(Samples::cr, out, (madeSamples / chromaStep) << chromaShift);
     } else {
-      convertMirrored(tile, samples);
+      const SampleRows out = {{made_, lumaStep},
+                              {made_ + madeSamples / 2, chromaStep},
+                              {made_ + madeSamples / 4 * 3, chromaStep}};
+      orient(Samples::all, out, rowsTogether);
     }
   }
 
+  /// Two columns that shared chroma have become two rows that do.
+  YccPlanes planes() const {
+    return {{y_, step_}, {cb_, step_ >> chromaShift}, {cr_, step_ >> chromaShift}, 1};
+  }
+
  private:
-  /// From right to left.
-  void convertMirrored(const Tile& tile, const YccPlanes& s) {
-    const ptrdiff_t n = tile.columns, pairs = (n + 1) / 2, chromaRows = tile.rows >> s.chromaShift;
-    place_.bytes1(s.y.data, s.y.step, n, tile.rows, oriented_.y + n - 1, -1, step_);
-    place_.bytes1(s.cb.data, s.cb.step, pairs, chromaRows, oriented_.cb + pairs - 1, -1, step_ / 2);
-    place_.bytes1(s.cr.data, s.cr.step, pairs, chromaRows, oriented_.cr + pairs - 1, -1, step_ / 2);
-    const auto from = [&](ptrdiff_t x) -> YccPlanes {
-      return {{oriented_.y + x, step_},
-              {oriented_.cb + x, step_ / 2},
-              {oriented_.cr + x, step_ / 2},
-              s.chromaShift};
+  static constexpr ptrdiff_t lumaStep = wideTile.columns, chromaStep = lumaStep / 2;
+  static constexpr ptrdiff_t chromaSamples = tileSamples / 2 >> chromaShift, rowsTogether = 32;
+  static constexpr ptrdiff_t madeSamples = separate ? 64 * chromaStep : rowsTogether * 2 * lumaStep;
+
+  void transpose(const Tile& tile, const Tile& strip, Samples what, const YccPlanes& s) {
+    const auto place = [&](Plane<const Vek8u> from, ptrdiff_t columns, int shift, Vek8u* plane) {
+      const ptrdiff_t first = (strip.y - tile.y) >> shift;
+      const ptrdiff_t column = forwards_ ? first : (tile.rows >> shift) - 1 - first;
+      place_.bytes1(from.data, from.step, columns, strip.rows >> shift, plane + column,
+                    step_ >> shift, forwards_ ? 1 : -1);
     };
-    Vek8u* const left = dst_.at(tile.x + n - 1, tile.y);
-    const ptrdiff_t odd = n % 2;  // the last column, now the first, has its chroma alone
-    if (odd != 0) convert_.single(from(0), 1, tile.rows, left, dst_.dy);
-    convert_.paired(from(odd), n - odd, tile.rows, left + odd * convert_.bytes, dst_.dy);
+    const ptrdiff_t pairs = (strip.columns + 1) / 2;
+    if (includes(what, Samples::luma)) place(s.y, strip.columns, 0, y_);
+    if (includes(what, Samples::cb)) place(s.cb, pairs, chromaShift, cb_);
+    if (includes(what, Samples::cr)) place(s.cr, pairs, chromaShift, cr_);
   }
 
-  /// Columns become rows, whose pixels do not share chroma, unless the two rows of a pair did. Two
-  /// columns that shared chroma become two rows that do.
-  void convertTransposed(const Tile& tile, const YccPlanes& s) {
-    const ptrdiff_t pairs = (tile.columns + 1) / 2, chromaRows = tile.rows >> s.chromaShift;
-    const bool forwards = dst_.dy > 0;
-    const auto transpose = [&](Plane<const Vek8u> plane, ptrdiff_t columns, ptrdiff_t rows,
-                               Vek8u* out) {
-      place_.bytes1(plane.data, plane.step, columns, rows, forwards ? out : out + rows - 1,
-                    transposedStep_, forwards ? 1 : -1);
-    };
-    transpose(s.y, tile.columns, tile.rows, oriented_.y);
-    transpose(s.cb, pairs, chromaRows, oriented_.cb);
-    transpose(s.cr, pairs, chromaRows, oriented_.cr);
-    const YccPlanes samples = {{oriented_.y, transposedStep_},
-                               {oriented_.cb, transposedStep_},
-                               {oriented_.cr, transposedStep_},
-                               1};
-    const ConvertPlanes kernel = s.chromaShift == 1 ? convert_.paired : convert_.single;
-    const ptrdiff_t firstRow = forwards ? tile.y : tile.y + tile.rows - 1;
-    kernel(samples, tile.rows, tile.columns, dst_.at(tile.x, firstRow), dst_.dx);
-  }
-
-  /// Each pixel of a row goes where `dx` and `dy` say.
-  void convertScattered(const Tile& tile, const YccPlanes& s) {
-    VEK_ASSERT(tile.rows == 1);
-    Vek8u* const pixels = oriented_.y;
-    convert_.paired(s, tile.columns, 1, pixels, 0);
-    place_.of(static_cast<int>(convert_.bytes))(pixels, 0, tile.columns, 1, dst_.at(tile.x, tile.y),
-                                                dst_.dx, dst_.dy);
-  }
-
-  const OrientedPlane dst_;
-  const PixelConversion convert_;
   const PlaceKernels& place_;
-  const ptrdiff_t step_, transposedStep_;
-  SampleTile oriented_;
+  const bool forwards_;
+  const ptrdiff_t step_;
+  alignas(64) Vek8u samples_[tileSamples + 2 * chromaSamples + madeSamples];
+  Vek8u* const y_ = samples_;
+  Vek8u* const cb_ = y_ + tileSamples;
+  Vek8u* const cr_ = cb_ + chromaSamples;
+  Vek8u* const made_ = cr_ + chromaSamples;
 };
 
-/// Walks an image that is converted to pixels: makeSamples(tile, buffer, step) returns the samples of
-/// a tile as the source is oriented, in the buffer, with rows `step` and step / 2 bytes apart, or
-/// where they are.
-template <class MakeSamples>
-void walkPixels(const OrientedPlane& dst, const PixelConversion& convert, const PlaceKernels& place,
-                ptrdiff_t width, RowRange rows, const TileShape& shape, MakeSamples makeSamples) {
-  TileConverter converter(dst, convert, place, shape);
-  SampleTile buffer;
-  forEachTile(dst, convert.bytes, width, rows, shape, [&](const Tile& tile) {
-    converter.convert(tile, makeSamples(tile, buffer, converter.step()));
+/// Walks an image whose columns become rows. Their pixels do not share chroma, unless the two rows of a
+/// pair did.
+template <int chromaShift, bool separate, class IsMade, class MakeSamples>
+void walkTransposed(const PixelWalk& walk, IsMade isMade, MakeSamples makeSamples) {
+  const OrientedPlane& dst = walk.dst;
+  const PixelConversion& convert = walk.convert;
+  TransposedTile<chromaShift, separate> samples(walk);
+  const ConvertPlanes kernel = chromaShift == 1 ? convert.paired : convert.single;
+  forEachTile(dst, convert.bytes, walk.width, walk.rows, walk.shape, [&](const Tile& tile) {
+    samples.set(tile, isMade, makeSamples);
+    const ptrdiff_t firstRow = dst.dy > 0 ? tile.y : tile.y + tile.rows - 1;
+    kernel(samples.planes(), tile.rows, tile.columns, dst.at(tile.x, firstRow), dst.dx);
   });
 }
+
+/// Walks an image of which neither coordinate runs along destination rows: each pixel of a row goes where
+/// `dx` and `dy` say.
+template <class MakeSamples>
+void walkScattered(const PixelWalk& walk, MakeSamples makeSamples) {
+  const OrientedPlane& dst = walk.dst;
+  const PixelConversion& convert = walk.convert;
+  SampleBuffer<wideTile.columns, 0> buffer;
+  Vek8u pixels[3 * wideTile.columns];
+  forEachTile(dst, convert.bytes, walk.width, walk.rows, walk.shape, [&](const Tile& tile) {
+    VEK_ASSERT(tile.rows == 1);
+    convert.paired(makeSamples(tile, Samples::all, buffer.rows(0, 0)), tile.columns, 1, pixels, 0);
+    walk.place.of(static_cast<int>(convert.bytes))(pixels, 0, tile.columns, 1,
+                                                   dst.at(tile.x, tile.y), dst.dx, dst.dy);
+  });
+}
+
+/// The walk of an image that is transposed or not. Functions call one or the other in a function of its
+/// own that is not inlined, so that their buffers do not add up on the stack. `separate`: planes can be
+/// made one without the other.
+template <bool transposed, int chromaShift, bool separate, class IsMade, class MakeSamples>
+void walkPixels(const PixelWalk& walk, IsMade isMade, MakeSamples makeSamples) {
+  VEK_ASSERT(walk.dst.transposed == transposed);
+  if constexpr (transposed) {
+    if (walk.dst.dy != walk.convert.bytes && walk.dst.dy != -walk.convert.bytes) {
+      return walkScattered(walk, makeSamples);
+    }
+    walkTransposed<chromaShift, separate>(walk, isMade, makeSamples);
+  } else {
+    walkAlongRows<chromaShift>(walk, isMade, makeSamples);
+  }
+}
+
+/// The most columns of a strip.
+template <bool transposed>
+inline constexpr ptrdiff_t mostColumns = transposed ? wideTile.columns : stripColumns;
 
 }  // namespace vek

@@ -44,7 +44,73 @@ void repeatOddEdges(const PreviewCall& call, const OrientedPlane& dst, RowRange 
   }
 }
 
-/// Rows are made in pairs that share their chroma row.
+/// Rows are made in pairs that share their chroma row. Not inlined, as the two orientations have stacks
+/// of their own.
+template <bool transposed>
+[[gnu::noinline]] void resizeConvert(const PreviewCall& call, RowRange rows,
+                                     const PreviewKernels& kernels, const PixelConversion& convert,
+                                     const OrientedPlane& dst) {
+  const Plane<const Vek8u> y = call.srcPlane(0), cb = call.srcPlane(1), cr = call.srcPlane(2);
+  const ResampleKernels& resample = kernels.resample;
+  const Vek32u lastPhase = lastRowPhase(call.srcHeight);
+  const bool unscaled = isUnscaled(call);
+
+  ColumnsOf<mostColumns<transposed>> columns;
+  ColumnsOf<mostColumns<transposed> / 2> chromaColumns;
+  const auto makeLuma = [&](const Tile& strip, Plane<Vek8u> out) {
+    if (call.isBilinear()) {
+      blendedColumns(resample, call.columnStep(), strip.x, strip.columns, call.srcWidth - 1,
+                     columns);
+    } else {
+      nearestColumns(resample, call.columnStep(), strip.x, strip.columns, columns);
+    }
+    for (ptrdiff_t i = 0; i < strip.rows; ++i) {
+      const Vek32u phase = static_cast<Vek32u>(strip.y + i) * call.rowStep();
+      const Vek8u* made;
+      if (!call.isBilinear()) {
+        made = nearestRow(resample, y.row((phase + halfSample) >> 16), columns, out.row(i));
+      } else if (isOdd(static_cast<int>(i)) && phase >= lastPhase) {
+        // @quirk The lower row of a pair that would begin at or below the last source row repeats the
+        // upper one instead of being kept inside the image.
+        made = out.row(i - 1);
+      } else {
+        made = blendedRow(resample, y, phase, columns, out.row(i));
+      }
+      putRow(made, strip.columns, out.row(i));
+    }
+  };
+  const auto makeChroma = [&](const Tile& strip, const Plane<const Vek8u>& from, Plane<Vek8u> out) {
+    const ptrdiff_t pairs = strip.columns / 2;
+    nearestColumns(resample, call.columnStep(), strip.x / 2, pairs, chromaColumns);
+    for (ptrdiff_t i = 0; i < strip.rows / 2; ++i) {
+      const Vek32u phase = static_cast<Vek32u>(strip.y + 2 * i) * call.rowStep();
+      const auto row = static_cast<ptrdiff_t>((phase + oneSample) >> 17);
+      putRow(nearestRow(resample, from.row(row), chromaColumns, out.row(i)), pairs, out.row(i));
+    }
+  };
+  const auto makeSamples = [&](const Tile& strip, Samples what,
+                               const SampleRows& out) -> YccPlanes {
+    if (unscaled) {
+      return {{y.row(strip.y) + strip.x, y.step},
+              {cb.row(strip.y / 2) + strip.x / 2, cb.step},
+              {cr.row(strip.y / 2) + strip.x / 2, cr.step},
+              1};
+    }
+    if (includes(what, Samples::luma)) makeLuma(strip, out.y);
+    if (includes(what, Samples::cb)) makeChroma(strip, cb, out.cb);
+    if (includes(what, Samples::cr)) makeChroma(strip, cr, out.cr);
+    return out.planes(1);
+  };
+  walkPixels<transposed, 1, true>(
+      {.dst = dst,
+       .convert = convert,
+       .place = kernels.place,
+       .width = call.dstWidth & ~1,
+       .rows = {rows.first, rows.end & ~1},
+       .shape = unscaled ? tallTile : wideTile},
+      [=](const Tile&) { return !unscaled; }, makeSamples);
+}
+
 void resizeRotateConvert(const PreviewCall& call, RowRange rows, const PreviewKernels& kernels) {
   const int format = call.dstFormat - vekiCsc420RGB565;
   const PixelConversion convert = {.paired = kernels.csc.paired.of(format),
@@ -52,54 +118,8 @@ void resizeRotateConvert(const PreviewCall& call, RowRange rows, const PreviewKe
                                    .bytes = pixelBytes(call.dstFormat)};
   const OrientedPlane dst(call.dstPlane(0), orientationOf(call.rotation), call.dstWidth,
                           call.dstHeight, convert.bytes);
-  const Plane<const Vek8u> y = call.srcPlane(0), cb = call.srcPlane(1), cr = call.srcPlane(2);
-  const ResampleKernels& resample = kernels.resample;
-  const Vek32u lastPhase = lastRowPhase(call.srcHeight);
-  const bool unscaled = isUnscaled(call);
-
-  Columns columns, chromaColumns;
-  const auto makeLuma = [&](const Tile& tile, ptrdiff_t i, Vek8u* out, ptrdiff_t step) {
-    const Vek32u phase = static_cast<Vek32u>(tile.y + i) * call.rowStep();
-    const Vek8u* made;
-    if (!call.isBilinear()) {
-      made = nearestRow(resample, y.row((phase + halfSample) >> 16), columns, out);
-    } else if (isOdd(static_cast<int>(i)) && phase >= lastPhase) {
-      // @quirk The lower row of a pair that would begin at or below the last source row repeats the
-      // upper one instead of being kept inside the image.
-      made = out - step;
-    } else {
-      made = blendedRow(resample, y, phase, columns, out);
-    }
-    putRow(made, tile.columns, out);
-  };
-  const auto makeSamples = [&](const Tile& tile, SampleTile& buffer, ptrdiff_t step) -> YccPlanes {
-    const ptrdiff_t pairs = tile.columns / 2, chromaStep = step / 2;
-    if (unscaled) {
-      return {{y.row(tile.y) + tile.x, y.step},
-              {cb.row(tile.y / 2) + tile.x / 2, cb.step},
-              {cr.row(tile.y / 2) + tile.x / 2, cr.step},
-              1};
-    }
-    if (call.isBilinear()) {
-      blendedColumns(resample, call.columnStep(), tile.x, tile.columns, call.srcWidth - 1, columns);
-    } else {
-      nearestColumns(resample, call.columnStep(), tile.x, tile.columns, columns);
-    }
-    nearestColumns(resample, call.columnStep(), tile.x / 2, pairs, chromaColumns);
-    for (ptrdiff_t i = 0; i < tile.rows; i += 2) {
-      makeLuma(tile, i, buffer.y + i * step, step);
-      makeLuma(tile, i + 1, buffer.y + (i + 1) * step, step);
-      const Vek32u phase = static_cast<Vek32u>(tile.y + i) * call.rowStep();
-      const auto chromaRow = static_cast<ptrdiff_t>((phase + oneSample) >> 17);
-      Vek8u* const cbOut = buffer.cb + i / 2 * chromaStep;
-      Vek8u* const crOut = buffer.cr + i / 2 * chromaStep;
-      putRow(nearestRow(resample, cb.row(chromaRow), chromaColumns, cbOut), pairs, cbOut);
-      putRow(nearestRow(resample, cr.row(chromaRow), chromaColumns, crOut), pairs, crOut);
-    }
-    return {{buffer.y, step}, {buffer.cb, chromaStep}, {buffer.cr, chromaStep}, 1};
-  };
-  walkPixels(dst, convert, kernels.place, call.dstWidth & ~1, {rows.first, rows.end & ~1},
-             unscaled ? tallTile : wideTile, makeSamples);
+  const auto resize = dst.transposed ? resizeConvert<true> : resizeConvert<false>;
+  resize(call, rows, kernels, convert, dst);
   repeatOddEdges(call, dst, rows);
 }
 

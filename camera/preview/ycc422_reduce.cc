@@ -33,38 +33,52 @@ bool isRefused(const ReduceCall& c) {
          c.dstFormat > vekiCscC2RGB555 || c.rotation < vekiRotNone || c.rotation > vekiRot180;
 }
 
-void reduceConvertRotate(const ReduceCall& call, const PreviewKernels& kernels) {
-  const auto format = call.dstFormat == vekiCscC2RGB565 ? &CscFormats::rgb565Q10  //
-                                                        : &CscFormats::rgb555Q10;
-  const PixelConversion convert = {
-      .paired = kernels.csc.paired.*format, .single = kernels.csc.single.*format, .bytes = 2};
+/// Makes the `columns` x `rows` pixels of the reduced image. Not inlined, as the two orientations have
+/// stacks of their own.
+template <bool transposed>
+[[gnu::noinline]] void reduceConvert(const ReduceCall& call, const PreviewKernels& kernels,
+                                     const PixelConversion& convert, const OrientedPlane& dst,
+                                     ptrdiff_t columns, ptrdiff_t rows) {
   const auto averageBlocks = kernels.reduce.averageBlocks(call.factor);
   const auto pickLuma = kernels.reduce.pick(2 * call.factor);
   const auto pickChroma = kernels.reduce.pick(4 * call.factor);
 
   const Plane<const Vek8u> src = {call.src, call.srcStep};
   const ptrdiff_t factor = call.factor;
-  const ptrdiff_t columns = call.width / factor, rows = call.height / factor;
-  const auto makeSamples = [&](const Tile& tile, SampleTile& buffer, ptrdiff_t step) -> YccPlanes {
-    const ptrdiff_t n = tile.columns, pairs = (n + 1) / 2, chromaStep = step / 2;
-    for (ptrdiff_t i = 0; i < tile.rows; ++i) {
-      const Vek8u* const blocks = src.row(factor * (tile.y + i)) + 2 * factor * tile.x;
-      Vek8u* const y = buffer.y + i * step;
-      Vek8u* const cb = buffer.cb + i * chromaStep;
-      Vek8u* const cr = buffer.cr + i * chromaStep;
+  const auto makeSamples = [&](const Tile& strip, Samples, const SampleRows& out) -> YccPlanes {
+    const ptrdiff_t n = strip.columns, pairs = (n + 1) / 2;
+    for (ptrdiff_t i = 0; i < strip.rows; ++i) {
+      const Vek8u* const blocks = src.row(factor * (strip.y + i)) + 2 * factor * strip.x;
       if (call.interpolation == vekiReduceAverage) {
-        averageBlocks({blocks, src.step}, n, y, cb, cr);
+        averageBlocks({blocks, src.step}, n, out.y.row(i), out.cb.row(i), out.cr.row(i));
       } else {  // of groups Cb, Y0, Cr, Y1
-        pickChroma(blocks, pairs, cb);
-        pickLuma(blocks + 1, n, y);
-        pickChroma(blocks + 2, pairs, cr);
+        pickChroma(blocks, pairs, out.cb.row(i));
+        pickLuma(blocks + 1, n, out.y.row(i));
+        pickChroma(blocks + 2, pairs, out.cr.row(i));
       }
     }
-    return {{buffer.y, step}, {buffer.cb, chromaStep}, {buffer.cr, chromaStep}, 0};
+    return out.planes(0);
   };
+  walkPixels<transposed, 0, false>(
+      {.dst = dst,
+       .convert = convert,
+       .place = kernels.place,
+       .width = columns,
+       .rows = {0, rows},
+       .shape = wideTile},
+      [](const Tile&) { return true; }, makeSamples);
+}
+
+void reduceConvertRotate(const ReduceCall& call, const PreviewKernels& kernels) {
+  const auto format = call.dstFormat == vekiCscC2RGB565 ? &CscFormats::rgb565Q10  //
+                                                        : &CscFormats::rgb555Q10;
+  const PixelConversion convert = {
+      .paired = kernels.csc.paired.*format, .single = kernels.csc.single.*format, .bytes = 2};
+  const ptrdiff_t columns = call.width / call.factor, rows = call.height / call.factor;
   const OrientedPlane dst({reinterpret_cast<Vek8u*>(call.dst), call.dstStep},
                           orientationOf(call.rotation), columns, rows, convert.bytes);
-  walkPixels(dst, convert, kernels.place, columns, {0, rows}, wideTile, makeSamples);
+  const auto reduce = dst.transposed ? reduceConvert<true> : reduceConvert<false>;
+  reduce(call, kernels, convert, dst, columns, rows);
 }
 
 }  // namespace

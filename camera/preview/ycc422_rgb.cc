@@ -79,42 +79,42 @@ struct Sampler {
   }
 };
 
-/// The columns of a strip: the regular ones, which kernels can prepare, come first.
+/// The `n` columns of a strip from column x on. The regular ones, which kernels can prepare, come first.
 struct Strip {
-  const Phases* phases;
-  ptrdiff_t x, n, regular;
-  Columns columns;
+  const Phases& phases;
+  Columns& columns;
+  ptrdiff_t x = 0, n = -1, regular = 0;
 
-  /// The strip of the `count` samples from `from` on.
-  void set(const Phases& along, ptrdiff_t from, ptrdiff_t count) {
-    phases = &along;
+  /// Counts the regular ones, which takes a division, if the strip is not above the same columns.
+  void set(ptrdiff_t from, ptrdiff_t count) {
+    if (x == from && n == count) return;
     x = from;
     n = count;
-    regular = along.regular(from, count);
+    regular = phases.regular(from, count);
   }
 
-  Vek32u step() const { return static_cast<Vek32u>(phases->step); }
+  Vek32u step() const { return static_cast<Vek32u>(phases.step); }
 };
 
 /// The samples of a row at the nearest columns.
-void sampleNearest(const ResampleKernels& kernels, const Strip& strip, const Vek8u* row,
-                   Vek8u* out) {
+inline void sampleNearest(const ResampleKernels& kernels, const Strip& strip, const Vek8u* row,
+                          Vek8u* out) {
   putRow(nearestRow(kernels, row, strip.columns, out), strip.regular, out);
   for (ptrdiff_t i = strip.regular; i < strip.n; ++i) {
-    out[i] = row[strip.phases->at(strip.x + i) >> 16];
+    out[i] = row[strip.phases.at(strip.x + i) >> 16];
   }
 }
 
 /// Samples blended from the four around each phase.
-void sampleBilinear(const ResampleKernels& kernels, const Strip& strip,
-                    const Plane<const Vek8u>& src, Vek64s rowPhase, Vek8u* out) {
+inline void sampleBilinear(const ResampleKernels& kernels, const Strip& strip,
+                           const Plane<const Vek8u>& src, Vek64s rowPhase, Vek8u* out) {
   const Plane<const Vek8u> rows = {src.row(static_cast<ptrdiff_t>(rowPhase >> 16)), src.step};
   const Vek32s fy = static_cast<Vek32s>(rowPhase & 0xFFFF);
   putRow(blendedRow(kernels, rows, static_cast<Vek32u>(fy), strip.columns, out), strip.regular,
          out);
   const auto blend = [](Vek32s a, Vek32s b, Vek32s f) { return a + (((b - a) * f) >> 16); };
   for (ptrdiff_t i = strip.regular; i < strip.n; ++i) {
-    const Vek64s phase = strip.phases->at(strip.x + i);
+    const Vek64s phase = strip.phases.at(strip.x + i);
     const Vek8u* left = rows.data + (phase >> 16);
     const Vek32s fx = static_cast<Vek32s>(phase & 0xFFFF);
     const auto across = [&](const Vek8u* at) { return blend(at[0], at[fx != 0], fx); };
@@ -122,47 +122,66 @@ void sampleBilinear(const ResampleKernels& kernels, const Strip& strip,
   }
 }
 
-/// Makes the `width` x `height` pixels of the scaled image.
-void resizeConvert(const Sampler& src, const PreviewKernels& kernels,
-                   const PixelConversion& convert, const OrientedPlane& dst, int width,
-                   int height) {
+/// Makes the `width` x `height` pixels of the scaled image. Not inlined, as the two orientations have
+/// stacks of their own.
+template <bool transposed>
+[[gnu::noinline]] void resizeConvert(const Sampler& src, const PreviewKernels& kernels,
+                                     const PixelConversion& convert, const OrientedPlane& dst,
+                                     int width, int height) {
   const ResampleKernels& resample = kernels.resample;
   const bool unscaled =
       !src.bilinear && src.columns.step == oneSample && src.rows.step == oneSample;
-  Strip strip, chromaStrip;
-  const auto makeSamples = [&](const Tile& tile, SampleTile& buffer, ptrdiff_t step) -> YccPlanes {
-    const ptrdiff_t pairs = (tile.columns + 1) / 2, chromaStep = step / 2;
-    strip.set(src.columns, tile.x, tile.columns);
-    chromaStrip.set(src.chromaColumns, tile.x / 2, pairs);
-    const ptrdiff_t lastRow = tile.y + tile.rows - 1;
-    if (unscaled && strip.regular == tile.columns && chromaStrip.regular == pairs &&
-        src.rows.at(lastRow) >> 16 == lastRow) {
+  ColumnsOf<mostColumns<transposed>> columns;
+  ColumnsOf<mostColumns<transposed> / 2> chromaColumns;
+  Strip strip = {src.columns, columns}, chromaStrip = {src.chromaColumns, chromaColumns};
+  const auto isMade = [&](const Tile& tile) {
+    const ptrdiff_t pairs = (tile.columns + 1) / 2, lastRow = tile.y + tile.rows - 1;
+    strip.set(tile.x, tile.columns);
+    chromaStrip.set(tile.x / 2, pairs);
+    return !unscaled || strip.regular < tile.columns || chromaStrip.regular < pairs ||
+           src.rows.at(lastRow) >> 16 != lastRow;
+  };
+  const auto makeLuma = [&](const Tile& tile, Plane<Vek8u> out) {
+    if (src.bilinear) {
+      blendedColumns(resample, strip.step(), tile.x, strip.regular, src.width - 1, columns);
+    } else {
+      nearestColumns(resample, strip.step(), tile.x, strip.regular, columns);
+    }
+    for (ptrdiff_t i = 0; i < tile.rows; ++i) {
+      const Vek64s phase = src.rows.at(tile.y + i);
+      if (src.bilinear) {
+        sampleBilinear(resample, strip, src.y, phase, out.row(i));
+      } else {
+        sampleNearest(resample, strip, src.y.row(static_cast<ptrdiff_t>(phase >> 16)), out.row(i));
+      }
+    }
+  };
+  const auto makeChroma = [&](const Tile& tile, const Plane<const Vek8u>& from, Plane<Vek8u> out) {
+    nearestColumns(resample, chromaStrip.step(), tile.x / 2, chromaStrip.regular, chromaColumns);
+    for (ptrdiff_t i = 0; i < tile.rows; ++i) {
+      const ptrdiff_t row = static_cast<ptrdiff_t>(src.rows.at(tile.y + i) >> 16);
+      sampleNearest(resample, chromaStrip, from.row(row), out.row(i));
+    }
+  };
+  const auto makeSamples = [&](const Tile& tile, Samples what, const SampleRows& out) -> YccPlanes {
+    if (!isMade(tile)) {
       return {{src.y.row(tile.y) + tile.x, src.y.step},
               {src.cb.row(tile.y) + tile.x / 2, src.cb.step},
               {src.cr.row(tile.y) + tile.x / 2, src.cr.step},
               0};
     }
-    if (src.bilinear) {
-      blendedColumns(resample, strip.step(), tile.x, strip.regular, src.width - 1, strip.columns);
-    } else {
-      nearestColumns(resample, strip.step(), tile.x, strip.regular, strip.columns);
-    }
-    nearestColumns(resample, chromaStrip.step(), tile.x / 2, chromaStrip.regular,
-                   chromaStrip.columns);
-    for (ptrdiff_t i = 0; i < tile.rows; ++i) {
-      const Vek64s rowPhase = src.rows.at(tile.y + i);
-      const ptrdiff_t row = static_cast<ptrdiff_t>(rowPhase >> 16);
-      if (src.bilinear) {
-        sampleBilinear(resample, strip, src.y, rowPhase, buffer.y + i * step);
-      } else {
-        sampleNearest(resample, strip, src.y.row(row), buffer.y + i * step);
-      }
-      sampleNearest(resample, chromaStrip, src.cb.row(row), buffer.cb + i * chromaStep);
-      sampleNearest(resample, chromaStrip, src.cr.row(row), buffer.cr + i * chromaStep);
-    }
-    return {{buffer.y, step}, {buffer.cb, chromaStep}, {buffer.cr, chromaStep}, 0};
+    if (includes(what, Samples::luma)) makeLuma(tile, out.y);
+    if (includes(what, Samples::cb)) makeChroma(tile, src.cb, out.cb);
+    if (includes(what, Samples::cr)) makeChroma(tile, src.cr, out.cr);
+    return out.planes(0);
   };
-  walkPixels(dst, convert, kernels.place, width, {0, height}, wideTile, makeSamples);
+  walkPixels<transposed, 0, true>({.dst = dst,
+                                   .convert = convert,
+                                   .place = kernels.place,
+                                   .width = width,
+                                   .rows = {0, height},
+                                   .shape = wideTile},
+                                  isMade, makeSamples);
 }
 
 void resizeRotateConvert(const PreviewCall& call, const PreviewKernels& kernels) {
@@ -175,14 +194,15 @@ void resizeRotateConvert(const PreviewCall& call, const PreviewKernels& kernels)
   const int width = orientation.transposed ? call.dstHeight : call.dstWidth;
   const int height = orientation.transposed ? call.dstWidth : call.dstHeight;
   OrientedPlane dst(call.dstPlane(0), orientation, width, height, convert.bytes);
+  const auto resize = orientation.transposed ? resizeConvert<true> : resizeConvert<false>;
   if (!orientation.transposed || is24Bit) {
-    return resizeConvert(Sampler(call), kernels, convert, dst, width, height);
+    return resize(Sampler(call), kernels, convert, dst, width, height);
   }
   // @quirk In 16 bits there are always dstWidth columns and dstHeight rows. A transposed image begins
   // where one of the destination's size does, and after each row it goes back by dstHeight pixels, not
   // by the dstWidth that it made: callers know the result as correct for squares alone.
   dst.dy += (ptrdiff_t{call.dstWidth} - call.dstHeight) * dst.dx;
-  resizeConvert(Sampler(call), kernels, convert, dst, call.dstWidth, call.dstHeight);
+  resize(Sampler(call), kernels, convert, dst, call.dstWidth, call.dstHeight);
 }
 
 }  // namespace

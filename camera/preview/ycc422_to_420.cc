@@ -58,7 +58,7 @@ void fromGroups(Plane<const Vek8u, 2> src, const Planes420& dst, const HalveKern
   const OrientedPlane luma = dst.luma(), cb = dst.chroma(1), cr = dst.chroma(2);
   const bool direct = !luma.transposed && luma.dx == 1;
   const ptrdiff_t step = luma.transposed ? wideTile.columns : stripColumns;
-  SampleTile buffer;
+  SampleBuffer<tileSamples, 1> buffer;
   forEachTile(luma, 1, dst.width, {0, dst.height}, wideTile, [&](const Tile& tile) {
     const ptrdiff_t chromaX = tile.x / 2, chromaY = tile.y / 2;
     for (ptrdiff_t y = 0; y < tile.rows; y += 2) {

@@ -25,9 +25,12 @@ ptrdiff_t columnOf(const Columns& c, ptrdiff_t sample) {
   return (c.phase + static_cast<Vek32u>(sample) * c.step) >> 16;
 }
 
-/// The sample that block k begins with.
+/// The sample that block k of n samples begins with.
+ptrdiff_t startOf(ptrdiff_t n, ptrdiff_t blockSize, ptrdiff_t k) {
+  return k == 0 || (k + 1) * blockSize <= n ? k * blockSize : n - blockSize;
+}
 ptrdiff_t startOf(const Columns& c, ptrdiff_t k) {
-  return k == 0 || (k + 1) * c.blockSize <= c.n ? k * c.blockSize : c.n - c.blockSize;
+  return startOf(c.n, c.blockSize, k);
 }
 
 /// The furthest that the last of `n` samples, or its right neighbour, can lie from the first one.
@@ -115,9 +118,9 @@ void fillTables(Columns& c) {
   Entry* const offsets = reinterpret_cast<Entry*>(c.offsets);
   for (ptrdiff_t k = 0; k < c.blocks; ++k) {
     const ptrdiff_t sample = startOf(c, k);
-    c.windows[k] = static_cast<Vek32s>(columnOf(c, sample));
+    c.windows()[k] = static_cast<Vek32s>(columnOf(c, sample));
     if (k < everyOtherBlocks(c)) continue;
-    fillOffsets(c, sample, c.n < blockSize ? c.n : blockSize, c.windows[k],
+    fillOffsets(c, sample, c.n < blockSize ? c.n : blockSize, c.windows()[k],
                 offsets + k * blockSize);
   }
 }
@@ -139,7 +142,7 @@ struct LookUp {
   const bool twoVectors;
 
   explicit LookUp(const Columns& c)
-      : windows(c.windows),
+      : windows(c.windows()),
         offsets(reinterpret_cast<const Entry*>(c.offsets)),
         blockSize(c.blockSize),
         everyOther(everyOtherBlocks(c)),
@@ -185,8 +188,7 @@ void fillTables(Columns& c) {
   const ptrdiff_t windowsPerBlock = c.blockSize / share;
   Entry* const offsets = reinterpret_cast<Entry*>(c.offsets);
   if (c.passes > 1) {
-    const auto used = static_cast<size_t>(c.blocks * c.blockSize) * sizeof(Entry);
-    for (ptrdiff_t i = 0; i < c.passes; ++i) memset(offsets + i * Columns::maxCount, noByte, used);
+    memset(offsets, noByte, static_cast<size_t>(c.passes * c.blocks * c.blockSize) * sizeof(Entry));
   }
   for (ptrdiff_t k = 0; k < c.blocks; ++k) {
     for (ptrdiff_t w = 0; w < windowsPerBlock; ++w) {
@@ -195,9 +197,9 @@ void fillTables(Columns& c) {
       const ptrdiff_t left = columnOf(c, rest > 0 ? sample : c.n - 1);
       const ptrdiff_t end = c.lastTouched + 1;
       const ptrdiff_t window = left + windowBytes<Entry> <= end ? left : end - windowBytes<Entry>;
-      c.windows[k * windowsPerBlock + w] = static_cast<Vek32s>(window);
+      c.windows()[k * windowsPerBlock + w] = static_cast<Vek32s>(window);
       if (rest <= 0 || k < everyOtherBlocks(c)) continue;
-      Entry* const to = offsets + w % c.passes * Columns::maxCount + k * c.blockSize + w * share;
+      Entry* const to = offsets + (k * c.passes + w % c.passes) * c.blockSize + w * share;
 #if HWY_ARCH_ARM
       if constexpr (!isPair<Entry>) {
         if (share % 4 == 0) {
@@ -250,10 +252,11 @@ template <class Entry>
 struct LookUp {
   const Vek32s* const windows;
   const Entry* const offsets;
+  static constexpr ptrdiff_t blockSize = entriesPerVector<Entry>;
   const ptrdiff_t passes, everyOther;
 
   explicit LookUp(const Columns& c)
-      : windows(c.windows),
+      : windows(c.windows()),
         offsets(reinterpret_cast<const Entry*>(c.offsets)),
         passes(c.passes),
         everyOther(everyOtherBlocks(c)) {}
@@ -264,10 +267,11 @@ struct LookUp {
   const Vek8u* start(const Vek8u* row, ptrdiff_t k) const { return row + *windowsOf(k); }
 
   V8u block(const Vek8u* row, ptrdiff_t k) const {
+    const Vek32s* const first = windowsOf(k);
+    const Entry* const orders = offsets + k * passes * blockSize;
     const auto lookUp = [&](ptrdiff_t pass) {
-      const Entry* const order = offsets + pass * Columns::maxCount + k * entriesPerVector<Entry>;
-      return lookUpWindows<Entry>(row, windowsOf(k) + pass, passes,
-                                  hn::LoadU(u8, reinterpret_cast<const Vek8u*>(order)));
+      const auto* const order = reinterpret_cast<const Vek8u*>(orders + pass * blockSize);
+      return lookUpWindows<Entry>(row, first + pass, passes, hn::Load(u8, order));
     };
     V8u result = lookUp(0);
     for (ptrdiff_t pass = 1; pass < passes; ++pass) result = hn::Or(result, lookUp(pass));
@@ -301,7 +305,7 @@ void pickColumns(const Vek8u*, const Columns&, Vek8u*) {}
 #endif
 
 void prepare(Columns& c, bool blended) {
-  VEK_ASSERT(c.n >= 0 && c.n <= Columns::maxCount);
+  VEK_ASSERT(c.n >= 0 && c.n <= c.room);
   c.blockSize = 0;
   c.hasFractions = blended && ((c.phase | c.step) & 0xFFFF) != 0;
   if (c.n == 0 || (!c.hasFractions && picksColumns(c))) return;
@@ -335,13 +339,14 @@ void storeFirst(D d, hn::Vec<D> v, ptrdiff_t count, Vek8u* dst) {
 /// of its own because a block can be shorter than the vector that is stored: the next block overwrites
 /// what is too much. The last ones, which have none behind them, are stored in part.
 template <class D, class Block>
-void forEachBlock(D d, const Columns& c, ptrdiff_t first, Vek8u* dst, Block block) {
+void forEachBlock(D d, const Columns& c, ptrdiff_t blockSize, ptrdiff_t first, Vek8u* dst,
+                  Block block) {
   constexpr ptrdiff_t stored = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
-  const ptrdiff_t n = c.n, blockSize = c.blockSize, blocks = c.blocks;
+  const ptrdiff_t n = c.n, blocks = c.blocks;
   ptrdiff_t k = first;
   for (; k * blockSize + stored <= n; ++k) hn::StoreU(block(k), d, dst + k * blockSize);
   for (; k < blocks; ++k) {
-    const ptrdiff_t i = startOf(c, k);
+    const ptrdiff_t i = startOf(n, blockSize, k);
     if (i + stored <= n) {
       hn::StoreU(block(k), d, dst + i);
     } else {
@@ -351,11 +356,12 @@ void forEachBlock(D d, const Columns& c, ptrdiff_t first, Vek8u* dst, Block bloc
 }
 
 /// Stores the blocks that are every other sample of a stretch of the row, if they fill a vector; returns
-/// how many those are.
-ptrdiff_t pickEveryOther(const Vek8u* row, const Columns& c, Vek8u* dst) {
+/// how many those are. A call would cost narrow rows more than the rest of their work.
+[[gnu::always_inline]] inline ptrdiff_t pickEveryOther(const Vek8u* row, const Columns& c,
+                                                       Vek8u* dst) {
   const ptrdiff_t blocks = everyOtherBlocks(c), n = blocks * c.blockSize;
   if (n < vectorBytes) return 0;
-  const Vek8u* const from = row + c.windows[0];
+  const Vek8u* const from = row + c.windows()[0];
   overlappingBlocks(n, vectorBytes, [&](ptrdiff_t i) {
     const V8u lower = hn::LoadU(u8, from + 2 * i),
               upper = hn::LoadU(u8, from + 2 * i + vectorBytes);
@@ -366,7 +372,7 @@ ptrdiff_t pickEveryOther(const Vek8u* row, const Columns& c, Vek8u* dst) {
 
 [[gnu::noinline]] void lookUpNearest(const Vek8u* row, const Columns& c, Vek8u* dst) {
   const LookUp<Vek8u> samples(c);
-  forEachBlock(u8, c, pickEveryOther(row, c, dst), dst,
+  forEachBlock(u8, c, samples.blockSize, pickEveryOther(row, c, dst), dst,
                [&](ptrdiff_t k) { return samples.block(row, k); });
 }
 
@@ -389,16 +395,15 @@ template <bool across, bool down>
 void blendRows(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& c, Vek8u* dst) {
   const LookUp<Vek16u> samples(c);
   const Vek16u* const fractions = c.fractions;
-  const ptrdiff_t blockSize = c.blockSize;
   const V16s rowFraction = hn::Set(s16, static_cast<Vek16s>(fy));
   const ptrdiff_t picked = across || down ? 0 : pickEveryOther(top, c, dst);
-  forEachBlock(halfU8, c, picked, dst, [&](ptrdiff_t k) {
+  forEachBlock(halfU8, c, samples.blockSize, picked, dst, [&](ptrdiff_t k) {
     const auto sampled = [&](const Vek8u* row) {
       const V8u pairs =
           k < samples.everyOther ? hn::LoadU(u8, samples.start(row, k)) : samples.block(row, k);
       const V16s left = evenBytes(s16, pairs);
       if constexpr (!across) return left;
-      const V16s fraction = hn::BitCast(s16, hn::LoadU(u16, fractions + k * blockSize));
+      const V16s fraction = hn::BitCast(s16, hn::LoadU(u16, fractions + k * samples.blockSize));
       return blend(left, oddBytes(s16, pairs), fraction);
     };
     const V16s upper = sampled(top);
