@@ -277,7 +277,7 @@ void walkTransposed(const PixelWalk& walk, IsMade isMade, MakeSamples makeSample
 /// Walks an image of which neither coordinate runs along destination rows: each pixel of a row goes where
 /// `dx` and `dy` say.
 template <class MakeSamples>
-void walkScattered(const PixelWalk& walk, MakeSamples makeSamples) {
+[[gnu::noinline]] void walkScattered(const PixelWalk& walk, MakeSamples makeSamples) {
   const OrientedPlane& dst = walk.dst;
   const PixelConversion& convert = walk.convert;
   SampleBuffer<wideTile.columns, 0> buffer;
