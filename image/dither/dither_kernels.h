@@ -21,6 +21,14 @@ struct Picture {
 /// The widest rows whose errors are diffused.
 inline constexpr int mostDiffusedWidth = 16384;
 
+/// The widest rows of three channels whose errors have room on the stack together. The channels of wider
+/// ones are diffused one after the other, which takes three times as long.
+inline constexpr int mostWidthTogether = 6720;
+
+/// Room for the errors of a row.
+template <int channels>
+inline constexpr int mostErrors = channels == 1 ? mostDiffusedWidth : channels* mostWidthTogether;
+
 /// `levels` is 2 .. 256 where the destination has a byte for each sample, and of no account elsewhere.
 /// `origin` places the matrix of ordered dithering; diffusion does not look at it.
 using Dither = void (*)(const Picture& picture, int levels, VekiPoint origin);

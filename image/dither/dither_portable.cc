@@ -25,10 +25,11 @@ constexpr GreyLevels greyLevels(int count) {
   return levels;
 }
 
-// Destinations: levels(channel), and store(row, x, k) for the index k of each channel of pixel x.
+// Destinations: levels(channel), and store(row, x, k) for the index k of each channel of pixel x. Pixels
+// of the source have `samples` samples; those that are taken begin with `first`.
 
 struct Bytes {
-  static constexpr int channels = 1;
+  static constexpr int channels = 1, samples = 1, first = 0;
   GreyLevels grey;
 
   explicit Bytes(int levels) : grey(greyLevels(levels)) {}
@@ -38,7 +39,7 @@ struct Bytes {
 
 template <int bits>
 struct Bits {
-  static constexpr int channels = 1;
+  static constexpr int channels = 1, samples = 1, first = 0;
   static constexpr GreyLevels grey = greyLevels(1 << bits);
 
   explicit Bits(int) {}
@@ -54,7 +55,7 @@ struct Bits {
 
 template <class Format>
 struct Pixels16 {
-  static constexpr int channels = 3;
+  static constexpr int channels = 3, samples = 3, first = 0;
   static constexpr GreyLevels grey[] = {greyLevels(1 << Format::rBits),
                                         greyLevels(1 << Format::gBits),
                                         greyLevels(1 << Format::bBits)};
@@ -63,6 +64,21 @@ struct Pixels16 {
   static const GreyLevels& levels(int channel) { return grey[channel]; }
   static void store(Vek8u* row, int x, const int* k) {
     Format::store(row + ptrdiff_t{x} * Format::bytes, k[0], k[1], k[2]);
+  }
+};
+
+/// One field of 16-bit pixels, those of the first channel before the others.
+struct Field {
+  static constexpr int channels = 1, samples = 3;
+  const GreyLevels& grey;
+  int first, shift;
+
+  const GreyLevels& levels(int) const { return grey; }
+  void store(Vek8u* row, int x, const int* k) const {
+    Vek8u* const pixel = row + 2 * ptrdiff_t{x};
+    const int others = first == 0 ? 0 : pixel[0] | pixel[1] << 8, word = others | *k << shift;
+    pixel[0] = static_cast<Vek8u>(word & 0xFF);
+    pixel[1] = static_cast<Vek8u>(word >> 8);
   }
 };
 
@@ -77,16 +93,41 @@ struct Pixels16 {
   }
 }
 
-template <class Destination>
-void storeBlock(const Destination& destination, const PixelBlock& k, ptrdiff_t n,
+// storeBlock() stores the n indices k from column x on.
+
+/// In words, since single bytes are stored one at a time.
+void storeBlock(const Bytes& destination, const PixelBlock& k, ptrdiff_t n, Vek8u* __restrict row,
+                int x) {
+  const Vek8u* const index = k.channel[0];
+  const auto value = [&](ptrdiff_t i) { return destination.grey.values[index[i]]; };
+  ptrdiff_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    uint64_t eight = 0;
+    for (int j = 0; j < 8; ++j) eight |= uint64_t{value(i + j)} << 8 * j;
+    storeWord(eight, row + x + i);
+  }
+  for (; i < n; ++i) row[x + i] = value(i);
+}
+
+/// Whole bytes: blocks begin at the first bit of one.
+template <int bits>
+void storeBlock(const Bits<bits>& destination, const PixelBlock& k, ptrdiff_t n,
                 Vek8u* __restrict row, int x) {
-  for (int i = 0; i < n; ++i) {
-    int pixel[Destination::channels];
-    for (int c = 0; c < Destination::channels; ++c) pixel[c] = k.channel[c][i];
-    destination.store(row, x + i, pixel);
+  constexpr int perByte = 8 / bits;
+  static_assert(blockPixels % perByte == 0);
+  ptrdiff_t i = 0;
+  for (; i + perByte <= n; i += perByte) {
+    int byte = 0;
+    for (int j = 0; j < perByte; ++j) byte = byte << bits | k.channel[0][i + j];
+    row[(x + i) / perByte] = static_cast<Vek8u>(byte);
+  }
+  for (; i < n; ++i) {
+    const int index = k.channel[0][i];
+    destination.store(row, x + static_cast<int>(i), &index);
   }
 }
-/// The same in vectors, which store 16 bits at a time.
+
+/// In vectors, which store 16 bits at a time.
 template <class Format>
 void storeBlock(const Pixels16<Format>&, const PixelBlock& k, ptrdiff_t n, Vek8u* __restrict row,
                 int x) {
@@ -235,13 +276,12 @@ void order(const Picture& picture, int levels, VekiPoint origin) {
 /// levels away from one (16 * 127 at two levels, and 8 from rounding). What is beyond black or white
 /// is passed on as it is. A sum of 16 errors is thus at most 32640.
 template <class Destination>
-void diffuse(const Picture& picture, int levels, VekiPoint) {
-  VEK_ASSERT(picture.width >= 1 && picture.height >= 1 && levels >= 2 && levels <= 256);
-  VEK_ASSERT(picture.width <= mostDiffusedWidth);
-  constexpr int channels = Destination::channels;
-  const Destination destination(levels);
+[[gnu::noinline]] void diffuseTo(const Destination& destination, const Picture& picture) {
+  constexpr int channels = Destination::channels, samples = Destination::samples;
+  VEK_ASSERT(picture.width >= 1 && picture.height >= 1);
+  VEK_ASSERT(picture.width * channels <= mostErrors<channels>);
   // Those of the row above, which the row's own replace from left to right, and of nothing behind it.
-  Vek16s errors[(mostDiffusedWidth + 1) * channels];
+  Vek16s errors[mostErrors<channels> + channels];
   memset(errors, 0, sizeof(Vek16s) * static_cast<size_t>((picture.width + 1) * channels));
   for (int y = 0; y < picture.height; ++y) {
     const Vek8u* const src = picture.src + y * picture.srcStep;
@@ -253,7 +293,8 @@ void diffuse(const Picture& picture, int levels, VekiPoint) {
         const GreyLevels& grey = destination.levels(c);
         const int at = x * channels + c, above = errors[at], aboveRight = errors[at + channels];
         const int passed = 7 * left[c] + aboveLeft[c] + 5 * above + 3 * aboveRight;
-        const int wanted = 16 * src[at] + ((passed + 8) >> 4);
+        const int sample = src[ptrdiff_t{x} * samples + destination.first + c];
+        const int wanted = 16 * sample + ((passed + 8) >> 4);
         const int rounded = (wanted + 8) >> 4;
         const int clamped = rounded < 0 ? 0 : rounded > 255 ? 255 : rounded;
         k[c] = (clamped * (grey.count - 1) + 127) / 255;
@@ -264,6 +305,20 @@ void diffuse(const Picture& picture, int levels, VekiPoint) {
       destination.store(dst, x, k);
     }
   }
+}
+
+template <class Destination>
+void diffuse(const Picture& picture, int levels, VekiPoint) {
+  VEK_ASSERT(levels >= 2 && levels <= 256);
+  diffuseTo(Destination(levels), picture);
+}
+
+template <class Format>
+void diffusePixels(const Picture& picture, int levels, VekiPoint) {
+  using Pixels = Pixels16<Format>;
+  if (picture.width <= mostWidthTogether) return diffuseTo(Pixels(levels), picture);
+  constexpr int shifts[] = {Format::rPos, Format::gPos, Format::bPos};
+  for (int c = 0; c < 3; ++c) diffuseTo(Field{Pixels::grey[c], c, shifts[c]}, picture);
 }
 
 }  // namespace
@@ -280,8 +335,8 @@ constexpr DitherKernels diffuseKernels = {.bytes = diffuse<Bytes>,
                                           .oneBit = diffuse<Bits<1>>,
                                           .twoBits = diffuse<Bits<2>>,
                                           .fourBits = diffuse<Bits<4>>,
-                                          .rgb565 = diffuse<Pixels16<Rgb565>>,
-                                          .rgb555 = diffuse<Pixels16<Rgb555>>,
-                                          .rgb444 = diffuse<Pixels16<Rgb444>>};
+                                          .rgb565 = diffusePixels<Rgb565>,
+                                          .rgb555 = diffusePixels<Rgb555>,
+                                          .rgb444 = diffusePixels<Rgb444>};
 
 }  // namespace vek::portable

@@ -958,8 +958,9 @@ VEK_API VekStatus vekiGammaInv_8u_C3R(const Vek8u* pSrc, int srcStep, Vek8u* pDs
  *      k = (c (n - 1) + 127) / 255
  *      e(x, y) = u - 16 V
  *
- *  It does not look at `origin`. A call takes up to 2 bytes of stack for each sample of a row (98
- *  KB at the most) and less than 16 KB for all else; ordered dithering takes less than 1 KB.
+ *  It does not look at `origin`. A call takes up to 46 KB of stack, ordered dithering less than 1 KB. Rows
+ *  of colors wider than 6720 pixels are diffused one channel after the other, which takes three times as
+ *  long.
  *
  *  Images need no alignment, those of 16-bit pixels included.
  *  @{ */

@@ -75,7 +75,8 @@ struct Inside {
   bool any() const { return from < to; }
 };
 
-// ---- Destinations. put() gets the results of sixteen columns of row r of a band, from column x on.
+// ---- Destinations. put() gets the results of sixteen columns of row r of a band, from column x on. Pixels
+// of the source have `samples` samples; those that are taken begin with `first`.
 
 template <int size>
 void copyInside(const Inside& inside, const Vek8u (&from)[tileSteps * size], Vek8u* at) {
@@ -85,7 +86,7 @@ void copyInside(const Inside& inside, const Vek8u (&from)[tileSteps * size], Vek
 }
 
 struct GreyBytes {
-  static constexpr int channels = 1;
+  static constexpr int channels = 1, samples = 1, first = 0;
   static constexpr bool takesGrey = true;  ///< rather than indices
 
   void put(int, Vek8u* row, ptrdiff_t x, int width, const SixteenBytes (&v)[1]) {
@@ -99,7 +100,7 @@ struct GreyBytes {
 
 template <class Format>
 struct Pixels16 {
-  static constexpr int channels = 3;
+  static constexpr int channels = 3, samples = 3, first = 0;
   static constexpr bool takesGrey = false;
 
   void put(int, Vek8u* row, ptrdiff_t x, int width, const SixteenBytes (&v)[3]) {
@@ -120,11 +121,36 @@ struct Pixels16 {
   }
 };
 
+/// One field of 16-bit pixels, those of the first channel before the others.
+struct Field {
+  static constexpr int channels = 1, samples = 3;
+  static constexpr bool takesGrey = false;
+  int first, shift;
+
+  void put(int, Vek8u* row, ptrdiff_t x, int width, const SixteenBytes (&v)[1]) {
+    constexpr hn::CappedTag<Vek16u, tileSteps> words;
+    constexpr hn::Rebind<Vek8u, decltype(words)> bytes;
+    const Inside inside(static_cast<int>(x), width);
+    if (!inside.any()) return;
+    Vek8u k[tileSteps], copy[2 * tileSteps] = {};
+    hn::StoreU(v[0], sixteenBytes, k);
+    Vek8u* const at = row + 2 * x;
+    const auto size = static_cast<size_t>(2 * (inside.to - inside.from));
+    if (first != 0) memcpy(copy + 2 * inside.from, at + 2 * inside.from, size);
+    for (size_t i = 0; i < tileSteps; i += hn::MaxLanes(words)) {
+      Vek16u* const word = reinterpret_cast<Vek16u*>(copy + 2 * i);
+      const auto field = hn::ShiftLeftSame(hn::PromoteTo(words, hn::LoadU(bytes, k + i)), shift);
+      hn::StoreU(hn::Or(hn::LoadU(words, word), field), words, word);
+    }
+    memcpy(at + 2 * inside.from, copy + 2 * inside.from, size);
+  }
+};
+
 /// Bytes begin at multiples of eight columns, rows anywhere: sixteen columns before those of a tile are
 /// kept, and whole bytes of both are stored. Indices outside the picture are 0.
 template <int bits>
 struct Bits {
-  static constexpr int channels = 1;
+  static constexpr int channels = 1, samples = 1, first = 0;
   static constexpr bool takesGrey = false;
 
   Vek8u columns[bandRows][2 * tileSteps];
@@ -228,9 +254,10 @@ template <bool takesGrey, bool masked, class Levels>
   e.last = error;
 }
 
-template <int channels>
+template <int channels, int samples>
 struct Band {
   const Picture& picture;
+  int first;  ///< of a pixel's samples
   int y, rows;
   Vek16s* errors[channels];  ///< of the row above and, behind what is read of it, the last row
 
@@ -242,20 +269,24 @@ struct Band {
       for (int i = 0; i < lanesAtOnce; ++i) {
         const int r = bandRows - 1 - lane - i, x = column(r, t);
         const Inside inside(x, picture.width);
-        Vek8u copy[channels * tileSteps];
-        const Vek8u* from = picture.src + (y + r) * picture.srcStep + ptrdiff_t{x} * channels;
+        Vek8u copy[samples * tileSteps];
+        const Vek8u* from = picture.src + (y + r) * picture.srcStep + ptrdiff_t{x} * samples;
         if (r >= rows || !inside.all()) {
           memset(copy, 0, sizeof copy);
           if (r < rows && inside.any()) {
-            memcpy(copy + inside.from * channels, from + inside.from * channels,
-                   static_cast<size_t>(inside.to - inside.from) * channels);
+            memcpy(copy + inside.from * samples, from + inside.from * samples,
+                   static_cast<size_t>(inside.to - inside.from) * samples);
           }
           from = copy;
         }
-        if constexpr (channels == 1) {
+        if constexpr (samples == 1) {
           v[0][i] = hn::LoadU(sixteenBytes, from);
-        } else {
+        } else if constexpr (channels == samples) {
           hn::LoadInterleaved3(sixteenBytes, from, v[0][i], v[1][i], v[2][i]);
+        } else {
+          SixteenBytes all[samples];
+          hn::LoadInterleaved3(sixteenBytes, from, all[0], all[1], all[2]);
+          v[0][i] = all[first];
         }
       }
       for (int c = 0; c < channels; ++c) tiles[c].setRows(lane, v[c]);
@@ -305,19 +336,20 @@ struct Band {
   }
 };
 
-/// With the levels of each channel.
+/// With the levels of each channel. Not inlined, so that one array of errors is on the stack.
 template <class Destination, class... Levels>
-void diffuse(const Picture& picture, const Levels&... levels) {
-  VEK_ASSERT(picture.width >= 1 && picture.width <= mostDiffusedWidth && picture.height >= 1);
-  constexpr int channels = Destination::channels;
-  Vek16s errors[channels][columnsBefore + mostDiffusedWidth + columnsBehind];
-  const int used = columnsBefore + picture.width + columnsBehind;
-  for (auto& row : errors) memset(row, 0, static_cast<size_t>(used) * sizeof row[0]);
-  Destination destination = {};
+[[gnu::noinline]] void diffuse(const Picture& picture, Destination destination,
+                               const Levels&... levels) {
+  constexpr int channels = Destination::channels, around = columnsBefore + columnsBehind;
+  VEK_ASSERT(picture.width >= 1 && picture.height >= 1);
+  VEK_ASSERT(picture.width * channels <= mostErrors<channels>);
+  Vek16s errors[mostErrors<channels> + channels * around];
+  const int used = picture.width + around;
+  memset(errors, 0, static_cast<size_t>(channels * used) * sizeof errors[0]);
   for (int y = 0; y < picture.height; y += bandRows) {
     const int rows = picture.height - y < bandRows ? picture.height - y : bandRows;
-    Band<channels> band = {picture, y, rows, {}};
-    for (int c = 0; c < channels; ++c) band.errors[c] = errors[c] + columnsBefore;
+    Band<channels, Destination::samples> band = {picture, destination.first, y, rows, {}};
+    for (int c = 0; c < channels; ++c) band.errors[c] = errors + c * used + columnsBefore;
     Errors e[channels];
     // Until the last row has gone eight columns beyond the picture, so that all packed bytes are full.
     for (int t = 0; t < picture.width + 8 + mostBehind; t += tileSteps) {
@@ -335,19 +367,26 @@ void diffuse(const Picture& picture, const Levels&... levels) {
 
 void diffuseBytes(const Picture& picture, int levels, VekiPoint) {
   VEK_ASSERT(levels >= 2 && levels <= 256);
-  if (levels <= 16) return diffuse<GreyBytes>(picture, FewLevels(levels));
-  diffuse<GreyBytes>(picture, ManyLevels(levels));
+  if (levels <= 16) return diffuse(picture, GreyBytes(), FewLevels(levels));
+  diffuse(picture, GreyBytes(), ManyLevels(levels));
 }
 
 template <int bits>
 void diffuseBits(const Picture& picture, int, VekiPoint) {
-  diffuse<Bits<bits>>(picture, FewLevels(1 << bits));
+  diffuse(picture, Bits<bits>(), FewLevels(1 << bits));
 }
 
 template <class Format>
 void diffusePixels(const Picture& picture, int, VekiPoint) {
-  diffuse<Pixels16<Format>>(picture, FieldLevels<Format::rBits>(), FieldLevels<Format::gBits>(),
-                            FieldLevels<Format::bBits>());
+  const FieldLevels<Format::rBits> red;
+  const FieldLevels<Format::gBits> green;
+  const FieldLevels<Format::bBits> blue;
+  if (picture.width <= mostWidthTogether) {
+    return diffuse(picture, Pixels16<Format>(), red, green, blue);
+  }
+  diffuse(picture, Field{0, Format::rPos}, red);
+  diffuse(picture, Field{1, Format::gPos}, green);
+  diffuse(picture, Field{2, Format::bPos}, blue);
 }
 
 }  // namespace

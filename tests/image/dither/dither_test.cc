@@ -3,6 +3,7 @@
 #include "vek/image.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 #include <vector>
 
 #include "tests/support/digest.h"
@@ -140,6 +141,32 @@ TEST(Dither, WidthOfDiffusion) {
   EXPECT_EQ(status(16384, vekiDitherDiffusion), 0);
   EXPECT_EQ(status(16385, vekiDitherOrdered), 0);
   EXPECT_EQ(dst, src);
+}
+
+/// The channels of wide rows are diffused one after the other.
+TEST(Dither, WideColors) {
+  const std::pair<Pixels, Pixels> functions[] = {
+      {vekiDitherRGB565_8u16u_C3R, definition::ditheredPixels<5, 6, 5>},
+      {vekiDitherRGB444_8u16u_C3R, definition::ditheredPixels<4, 4, 4>}};
+  for (int width : {6720, 6721, 16384}) {
+    const VekiSize size = {width, 34};
+    const int srcStep = 3 * width, dstStep = 2 * width + 1;
+    const Bytes src = noise(static_cast<size_t>(srcStep * size.height));
+    const Bytes before = noise(static_cast<size_t>(dstStep * size.height));
+    for (const auto& [f, define] : functions) {
+      Bytes expected = before;
+      define(src.data(), srcStep, reinterpret_cast<Vek16u*>(expected.data()), dstStep, size,
+             vekiDitherDiffusion, corner);
+      for (Level level : levels()) {
+        const LevelScope scope(level);
+        Bytes dst = before;
+        EXPECT_EQ(f(src.data(), srcStep, reinterpret_cast<Vek16u*>(dst.data()), dstStep, size,
+                    vekiDitherDiffusion, corner),
+                  0);
+        EXPECT_EQ(dst, expected) << width << ' ' << name(level);
+      }
+    }
+  }
 }
 
 }  // namespace
