@@ -35,8 +35,10 @@ struct alignas(64) Columns {
 
   /// [room]: the columns that the windows of the look-ups begin at. Every row begins by asking for them;
   /// they follow this object because a pointer to them would have to be loaded first.
-  Vek32s* windows() { return reinterpret_cast<Vek32s*>(this + 1); }
-  const Vek32s* windows() const { return reinterpret_cast<const Vek32s*>(this + 1); }
+  [[gnu::always_inline]] Vek32s* windows() { return reinterpret_cast<Vek32s*>(this + 1); }
+  [[gnu::always_inline]] const Vek32s* windows() const {
+    return reinterpret_cast<const Vek32s*>(this + 1);
+  }
 
   Columns(const Columns&) = delete;
   Columns& operator=(const Columns&) = delete;

@@ -159,10 +159,10 @@ struct Bits {
     Vek8u* const known = columns[r];
     memcpy(known, known + tileSteps, tileSteps);
     hn::StoreU(v[0], sixteenBytes, known + tileSteps);
-    const ptrdiff_t first = x & ~ptrdiff_t{7}, at = first * bits / 8;
+    const ptrdiff_t start = x & ~ptrdiff_t{7}, at = start * bits / 8;
     Vek8u packed[2 * bits];
-    pack(known + tileSteps - (x - first), packed);
-    pack(known + tileSteps - (x - first) + 8, packed + bits);
+    pack(known + tileSteps - (x - start), packed);
+    pack(known + tileSteps - (x - start) + 8, packed + bits);
     const ptrdiff_t end = (ptrdiff_t{width} * bits + 7) / 8 - at;
     const ptrdiff_t from = at < 0 ? -at : 0, to = end < 2 * bits ? end : 2 * bits;
     if (from < to) memcpy(row + at + from, packed + from, static_cast<size_t>(to - from));
