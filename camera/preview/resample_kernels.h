@@ -17,20 +17,20 @@ struct alignas(64) Columns {
   static constexpr ptrdiff_t maxCount = 1024;  ///< that any has room for
 
   Vek32u phase = 0, step = 0;
-  ptrdiff_t n = -1;      ///< 0 to `room`; negative before they are prepared
-  ptrdiff_t lastColumn;  ///< of the source; for bilinear() alone
+  ptrdiff_t n = -1;          ///< 0 to `room`; negative before they are prepared
+  ptrdiff_t lastColumn = 0;  ///< of the source; for bilinear() alone
 
   // What prepare() makes of these, each level as its kernels need it. A block is a number of samples
   // that are looked up together. Block k begins with sample k * blockSize, the last one earlier where
   // it would reach beyond sample n - 1; its entries begin at k * blockSize in any case.
-  ptrdiff_t blockSize;  ///< 0 if nothing can be looked up
-  ptrdiff_t blocks;
-  ptrdiff_t lastTouched;    ///< the last column that is read
-  int passes;               ///< look-ups that a block takes
-  bool hasFractions;        ///< not all phases are whole columns
-  bool everyOther;          ///< the step is two columns
-  const ptrdiff_t room;     ///< a multiple of 64
-  Vek8u* const offsets;     ///< [8 * room]: of the samples, within their windows
+  ptrdiff_t blockSize = 0;  ///< 0 if nothing can be looked up
+  ptrdiff_t blocks = 0;
+  ptrdiff_t lastTouched = 0;  ///< the last column that is read
+  int passes = 0;             ///< look-ups that a block takes
+  bool hasFractions = false;  ///< not all phases are whole columns
+  bool everyOther = false;    ///< the step is two columns
+  const ptrdiff_t room;       ///< a multiple of 64
+  Vek8u* const offsets;       ///< [8 * room]: of the samples, within their windows
   Vek16u* const fractions;  ///< [room + 32]: of the phases, and what the last vector reads besides
 
   /// [room]: the columns that the windows of the look-ups begin at. Every row begins by asking for them;

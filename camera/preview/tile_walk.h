@@ -203,8 +203,8 @@ void walkAlongRows(const PixelWalk& walk, IsMade isMade, MakeSamples makeSamples
 template <int chromaShift, bool separate>
 class TransposedTile {
  public:
-  TransposedTile(const PixelWalk& walk)
-      : place_(walk.place), forwards_(walk.dst.dy > 0), step_(2 * walk.shape.rows) {}
+  explicit TransposedTile(const PixelWalk& walk)
+      : place_(walk.place), step_(2 * walk.shape.rows), forwards_(walk.dst.dy > 0) {}
 
   template <class IsMade, class MakeSamples>
   void set(const Tile& tile, IsMade isMade, MakeSamples makeSamples) {
@@ -249,14 +249,13 @@ class TransposedTile {
     if (includes(what, Samples::cr)) place(s.cr, pairs, chromaShift, cr_);
   }
 
-  const PlaceKernels& place_;
-  const bool forwards_;
-  const ptrdiff_t step_;
-  alignas(64) Vek8u samples_[tileSamples + 2 * chromaSamples + madeSamples];
-  Vek8u* const y_ = samples_;
+  alignas(64) Vek8u y_[tileSamples + 2 * chromaSamples + madeSamples];  ///< and what follows
   Vek8u* const cb_ = y_ + tileSamples;
   Vek8u* const cr_ = cb_ + chromaSamples;
   Vek8u* const made_ = cr_ + chromaSamples;
+  const PlaceKernels& place_;
+  const ptrdiff_t step_;
+  const bool forwards_;
 };
 
 /// Walks an image whose columns become rows. Their pixels do not share chroma, unless the two rows of a

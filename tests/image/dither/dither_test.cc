@@ -151,8 +151,9 @@ TEST(Dither, WideColors) {
   for (int width : {6720, 6721, 16384}) {
     const VekiSize size = {width, 34};
     const int srcStep = 3 * width, dstStep = 2 * width + 1;
-    const Bytes src = noise(static_cast<size_t>(srcStep * size.height));
-    const Bytes before = noise(static_cast<size_t>(dstStep * size.height));
+    const auto rows = static_cast<size_t>(size.height);
+    const Bytes src = noise(static_cast<size_t>(srcStep) * rows);
+    const Bytes before = noise(static_cast<size_t>(dstStep) * rows);
     for (const auto& [f, define] : functions) {
       Bytes expected = before;
       define(src.data(), srcStep, reinterpret_cast<Vek16u*>(expected.data()), dstStep, size,
