@@ -29,8 +29,9 @@ const char* const usage =
     "       campaign replay FUNCTION SEED          the one case that failed\n"
     "       campaign threads CASES                 the same calls in four threads at once\n"
     "       campaign digest [FILE]                 digests of the results, compared with FILE\n"
-    "       campaign stack LIMIT [CASES]           no function takes more than LIMIT bytes of "
-    "stack\n"
+    "       campaign stack LIMIT [CASES [FUNCTION LIMIT]]  no function takes more than LIMIT "
+    "bytes\n"
+    "                                              of stack; FUNCTION has a limit of its own\n"
     "       campaign contracts [CASES]             what the records say, as JSON\n"
     "       campaign complete                      no exported function is missing, and its "
     "typical\n"
@@ -210,7 +211,7 @@ size_t stackOf(const std::function<void()>& work) {
 }
 
 /// What a thread that does nothing takes is left out.
-int stack(size_t limit, uint64_t cases) {
+int stack(size_t limit, uint64_t cases, const std::string& function, size_t itsLimit) {
   bool fine = true;
   const size_t idle = stackOf([] {});
   for (const Record& record : recordsOf("all")) {
@@ -230,10 +231,11 @@ int stack(size_t limit, uint64_t cases) {
       Random random(seedOf(3, record.name, n));
       runCase(measured, random, onlyResults);
     }
+    const size_t most = record.name == function ? itsLimit : limit;
     printf("%-44s", record.name.c_str());
     for (const auto& [level, bytes] : deepest) {
-      printf(" %s %zu", name(level), bytes);
-      fine &= bytes <= limit;
+      printf(" %s %zu%s", name(level), bytes, bytes > most ? " (too much)" : "");
+      fine &= bytes <= most;
     }
     printf("\n");
   }
@@ -242,7 +244,7 @@ int stack(size_t limit, uint64_t cases) {
 
 #else
 
-int stack(size_t, uint64_t) {
+int stack(size_t, uint64_t, const std::string&, size_t) {
   fputs("no stack to measure here\n", stderr);
   return 2;
 }
@@ -307,7 +309,8 @@ int main(int count, char** arguments) {
   if (command == "threads") return threads(count > 2 ? number(argument(2)) : 10);
   if (command == "digest") return digest(argument(2));
   if (command == "stack" && count > 2) {
-    return stack(number(argument(2)), count > 3 ? number(argument(3)) : 10);
+    return stack(number(argument(2)), count > 3 ? number(argument(3)) : 10, argument(4),
+                 number(argument(5)));
   }
   if (command == "contracts") {
     printContracts(recordsOf("all"), count > 2 ? static_cast<int>(number(argument(2))) : 24);
