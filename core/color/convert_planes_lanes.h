@@ -12,27 +12,30 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// A row's part in a block.
+/// A row's part in a block. The pointers may be moved on.
 struct BlockRow {
-  const Vek8u* luma;
-  Vek8u* out;
+  const Vek8u*& luma;
+  Vek8u*& out;
 };
 
-/// Converts a block in rows that share their chroma.
+/// Converts a block in rows that share their chroma. The sums are copied into the lambdas on NEON: by
+/// reference they would be memory that a store might change.
 template <int pixels, const Matrix& m, class Format, class... Rows>
-void convertBlock(const Vek8u* cb, const Vek8u* cr, Rows... rows) {
+void convertBlock(const Vek8u*& cb, const Vek8u*& cr, Rows... rows) {
 #if HWY_ARCH_ARM
   if constexpr (pixels == 2) {
-    const NeonSums<m> sums(vld1_u8(cb), vld1_u8(cr));
-    const auto convertRow = [&](const BlockRow& row) {
-      sums.template storePairs<Format>(vld2_u8(row.luma), row.out);
+    const uint8x8_t b = loadEight(cb), r = loadEight(cr);
+    NeonSums<m> sums(b, r);
+    const auto convertRow = [sums](const BlockRow& row) {
+      sums.template storePairs<Format>(loadEightPairs(row.luma), row.out);
     };
     (convertRow(rows), ...);
   } else {
-    for (ptrdiff_t x = 0; x < vectorBytes; x += vectorBytes / 2) {
-      const NeonSums<m> sums(vld1_u8(cb + x), vld1_u8(cr + x));
-      const auto convertRow = [&](const BlockRow& row) {
-        sums.template store<Format>(vld1_u8(row.luma + x), row.out + x * Format::bytes);
+    for (int half = 0; half < 2; ++half) {
+      const uint8x8_t b = loadNextEight(cb), r = loadNextEight(cr);
+      NeonSums<m> sums(b, r);
+      const auto convertRow = [sums](const BlockRow& row) {
+        sums.template store<Format>(loadNextEight(row.luma), row.out);
       };
       (convertRow(rows), ...);
     }
@@ -80,20 +83,20 @@ void convertPlanes(const YccPlanes& planes, ptrdiff_t n, ptrdiff_t rows, Vek8u* 
   ptrdiff_t y = 0;
   const bool apart = dstStep >= n * Format::bytes || -dstStep >= n * Format::bytes;
   if (planes.chromaShift == 1 && apart) {
-    const auto body = [](Vek8u* upper, Vek8u* lower, const Vek8u* upperLuma, const Vek8u* lowerLuma,
-                         const Vek8u* cb, const Vek8u* cr) {
+    const Advancing body{[](Vek8u*& upper, Vek8u*& lower, const Vek8u*& upperLuma,
+                            const Vek8u*& lowerLuma, const Vek8u*& cb, const Vek8u*& cr) {
       convertBlock<pixels, m, Format>(cb, cr, BlockRow{upperLuma, upper},
                                       BlockRow{lowerLuma, lower});
-    };
+    }};
     for (; y + 2 <= rows; y += 2, dst += 2 * dstStep) {
       forEachPixelBlock(n, body, Pixel{dst}, Pixel{dst + dstStep}, In<1>{planes.y.row(y)},
                         In<1>{planes.y.row(y + 1)}, ChromaIn{planes.cb.row(y / 2)},
                         ChromaIn{planes.cr.row(y / 2)});
     }
   }
-  const auto body = [](Vek8u* out, const Vek8u* luma, const Vek8u* cb, const Vek8u* cr) {
+  const Advancing body{[](Vek8u*& out, const Vek8u*& luma, const Vek8u*& cb, const Vek8u*& cr) {
     convertBlock<pixels, m, Format>(cb, cr, BlockRow{luma, out});
-  };
+  }};
   for (; y < rows; ++y, dst += dstStep) {
     const ptrdiff_t chroma = y >> planes.chromaShift;
     forEachPixelBlock(n, body, Pixel{dst}, In<1>{planes.y.row(y)}, ChromaIn{planes.cb.row(chroma)},

@@ -4,6 +4,7 @@
 
 #include "core/color/chroma_products.h"
 #include "core/color/pixel_store.h"
+#include "core/kernel/neon_memory.h"
 
 #if HWY_ARCH_ARM
 
@@ -29,7 +30,7 @@ class NeonSums {
   NeonSums(uint8x8_t b, uint8x8_t r) {
     if constexpr (hasFraction) {
       red_ = product<W::red, start<0>>(r);
-      blueFirst_ = veorq_s16(vreinterpretq_s16_u16(vshll_n_u8(b, 8)), vdupq_n_s16(-32768));
+      blueFirst_ = vreinterpretq_s16_u16(vshll_n_u8(veor_u8(b, vdup_n_u8(128)), 8));
       blue_ = product<W::blue - (256 << W::drop), start<2>>(b);
       green_ = greenProducts<start<1>>(b, r);
     } else {
@@ -44,31 +45,35 @@ class NeonSums {
 
   /// Stores eight pixels.
   template <class Format>
-  void store(uint8x8_t y, Vek8u* dst) const {
-    const Components c = components(y);
-    if constexpr (Format::bytes == 2) {
-      hn::StoreU(hn::BitCast(u8, V16u{fields<Format>(c)}), u8, dst);
-    } else {
-      const uint8x8_t red = bytes(c.red), green = bytes(c.green), blue = bytes(c.blue);
-      const uint8x8x3_t rgb = {{red, green, blue}}, bgr = {{blue, green, red}};
-      vst3_u8(dst, Format::rPos == 0 ? rgb : bgr);
-    }
+  void store(uint8x8_t y, Vek8u*& dst) const {
+    if constexpr (Format::bytes == 2) return storeSixteen(packed<Format>(y), dst);
+    static_assert(Format::bytes == 2 || Format::gPos == 1);
+    Components c = components(y);
+    const uint8x8_t red = bytes(c.red), green = bytes(c.green), blue = bytes(c.blue);
+    if constexpr (Format::rPos == 0) return storePixels(red, green, blue, dst);
+    storePixels(blue, green, red, dst);
+  }
+
+  /// Eight pixels of 16 bits.
+  template <class Format>
+  uint8x16_t packed(uint8x8_t y) const {
+    return vreinterpretq_u8_u16(fields<Format>(components(y)));
   }
 
   /// Stores the pixels of eight pairs.
   template <class Format>
-  void storePairs(uint8x8x2_t y, Vek8u* dst) const {
-    const Components even = components(y.val[0]), odd = components(y.val[1]);
+  void storePairs(uint8x8x2_t y, Vek8u*& dst) const {
     if constexpr (Format::bytes == 2) {
-      const V16u evenPixels{fields<Format>(even)}, oddPixels{fields<Format>(odd)};
-      storeAlternately(hn::BitCast(s16, evenPixels), hn::BitCast(s16, oddPixels), dst);
+      const uint16x8_t even = fields<Format>(components(y.val[0]));
+      storeAlternately(even, fields<Format>(components(y.val[1])), dst);
     } else {
+      Components even = components(y.val[0]), odd = components(y.val[1]);
       static_assert(Format::gPos == 1);
-      const V8u red = alternateBytes(even.red, odd.red);
-      const V8u green = alternateBytes(even.green, odd.green);
-      const V8u blue = alternateBytes(even.blue, odd.blue);
-      storeChannels(Format::rPos == 0 ? Channels{red, green, blue} : Channels{blue, green, red},
-                    dst);
+      const uint8x16_t red = alternateBytes(even.red, odd.red);
+      const uint8x16_t green = alternateBytes(even.green, odd.green);
+      const uint8x16_t blue = alternateBytes(even.blue, odd.blue);
+      if constexpr (Format::rPos == 0) return storePixels(red, green, blue, dst);
+      storePixels(blue, green, red, dst);
     }
   }
 
@@ -165,8 +170,8 @@ class NeonSums {
     return hasFraction ? vqshluq_n_s16(sum, 1) : vqshluq_n_s16(sum, 8);
   }
 
-  static V8u alternateBytes(int16x8_t even, int16x8_t odd) {
-    return V8u{vreinterpretq_u8_u16(vsriq_n_u16(highBytes(odd), highBytes(even), 8))};
+  static uint8x16_t alternateBytes(int16x8_t even, int16x8_t odd) {
+    return vreinterpretq_u8_u16(vsriq_n_u16(highBytes(odd), highBytes(even), 8));
   }
 
   /// 16-bit pixels: a field's top bits are moved down, and the bits above them stay what they were.

@@ -67,6 +67,18 @@ struct LastBlock<block, Out<count, pixels>> {
   void finish() const { memcpy(dst, data, static_cast<size_t>(valid)); }
 };
 
+/// A body that moves the pointers on by a block, which ARMv7's loads and stores do for nothing. On other
+/// processors it may leave them where they are.
+template <class Body>
+struct Advancing : Body {};
+template <class Body>
+Advancing(Body) -> Advancing<Body>;
+
+template <class Body>
+constexpr bool advances = false;
+template <class Body>
+constexpr bool advances<Advancing<Body>> = true;
+
 template <int block, class Body, class... Streams>
 void copiedBlocks(ptrdiff_t n, Body body, Streams... streams);
 
@@ -92,14 +104,20 @@ template <int block, class Body, class... Streams>
 [[gnu::noinline, gnu::flatten]] void copiedBlocks(ptrdiff_t n, Body body, Streams... streams) {
 #if HWY_ARCH_ARM_V7
   // Loads and stores that move their pointers on take no instruction for an address.
-  for (; n >= block; n -= block) {
-    body(streams.at(0)...);
-    ((streams = Streams{streams.at(block)}), ...);
+  if constexpr (advances<Body>) {
+    for (n -= block; n >= 0; n -= block) body(streams.data...);
+    n += block;
+  } else {
+    for (; n >= block; n -= block) {
+      body(streams.at(0)...);
+      ((streams = Streams{streams.at(block)}), ...);
+    }
   }
   if (n != 0) lastCopiedBlock<block>(n, body, streams...);
 #else
   ptrdiff_t x = 0;
-  for (; x + block <= n; x += block) body(streams.at(x)...);
+  const auto run = [&](auto... pointers) { body(pointers...); };
+  for (; x + block <= n; x += block) run(streams.at(x)...);
   if (x != n) lastCopiedBlock<block>(n - x, body, Streams{streams.at(x)}...);
 #endif
 }

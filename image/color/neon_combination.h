@@ -13,6 +13,7 @@
 
 #include "core/kernel/interleave.h"
 #include "core/kernel/lanes.h"
+#include "core/kernel/neon_memory.h"
 #include "image/color/combination.h"
 
 #if HWY_ARCH_ARM
@@ -25,6 +26,13 @@ namespace {
 struct HalfChannels {
   uint8x8_t c0, c1, c2;
 };
+
+inline HalfChannels lowerHalf(const Channels& v) {
+  return {vget_low_u8(v.c0.raw), vget_low_u8(v.c1.raw), vget_low_u8(v.c2.raw)};
+}
+inline HalfChannels upperHalf(const Channels& v) {
+  return {vget_high_u8(v.c0.raw), vget_high_u8(v.c1.raw), vget_high_u8(v.c2.raw)};
+}
 
 // Bytes of whole and of half vectors.
 inline uint8x16_t averageDown(uint8x16_t a, uint8x16_t b) {
@@ -68,12 +76,9 @@ class NeonCombination {
   static_assert(c.offset % 4 == 0);
 
  public:
-  static V8u of(const Channels& v) {
+  static HalvesOfBytes of(const Channels& v) {
     const uint8x16_t q = quarters(v.c0.raw, v.c1.raw, v.c2.raw);
-    return V8u{vcombine_u8(
-        sum({vget_low_u8(v.c0.raw), vget_low_u8(v.c1.raw), vget_low_u8(v.c2.raw)}, vget_low_u8(q)),
-        sum({vget_high_u8(v.c0.raw), vget_high_u8(v.c1.raw), vget_high_u8(v.c2.raw)},
-            vget_high_u8(q)))};
+    return {sum(lowerHalf(v), vget_low_u8(q)), sum(upperHalf(v), vget_high_u8(q))};
   }
   static uint8x8_t of(const HalfChannels& v) { return sum(v, quarters(v.c0, v.c1, v.c2)); }
 

@@ -24,9 +24,10 @@ constexpr Combination roundedLuma = {
 
 void luma(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
   VEK_ASSERT(n >= 1);
-  const auto body = [](Vek8u* out, const Vek8u* in) {
-    hn::StoreU(NeonCombination<roundedLuma>::of(loadChannels(in)), u8, out);
-  };
+  const Advancing body{[](Vek8u*& out, const Vek8u*& in) {
+    HalvesOfBytes y = NeonCombination<roundedLuma>::of(loadPixels(in));
+    storeInOrder(y.lower, y.upper, out);
+  }};
   copiedBlocks<vectorBytes>(n, body, Out<1>{dst}, In<3>{src});
 }
 

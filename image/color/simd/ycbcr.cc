@@ -47,8 +47,9 @@ struct Interleaved422 {
   using Stream = In<4, 2>;
 
   template <const Matrix& m, class Format>
-  static void convert(const Vek8u* src, Vek8u* dst) {
+  static void convert(const Vek8u*& src, Vek8u*& dst) {
     const uint8x8x4_t v = vld4_u8(src);  // Y0, Cb, Y1, Cr
+    src += 32;
     NeonSums<m>(v.val[1], v.val[3]).template storePairs<Format>({{v.val[0], v.val[2]}}, dst);
   }
 };
@@ -124,9 +125,8 @@ void convertInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
     };
     copiedBlocks<vectorBytes>(n, body, Out<2>{dst}, In<3>{src});
   } else {
-    const auto body = [](Vek8u* out, const Vek8u* in) {
-      Source::template convert<m, Format>(in, out);
-    };
+    const Advancing body{
+        [](Vek8u*& out, const Vek8u*& in) { Source::template convert<m, Format>(in, out); }};
     copiedBlocks<vectorBytes>(n, body, Out<Format::bytes>{dst}, typename Source::Stream{src});
   }
 }
@@ -135,7 +135,8 @@ void convertInterleaved(ptrdiff_t n, const Vek8u* src, Vek8u* dst) {
 
 /// 630 R - 527 G - 102 B is 8 (79 R - 66 G - 13 B) - 2 R + G + 2 B. A clamp follows the sum, so it may
 /// saturate where 128 is added.
-inline uint8x8_t clampedV(uint8x8_t red, uint8x8_t green, uint8x8_t blue) {
+inline uint8x8_t clampedV(const HalfChannels& rgb) {
+  const uint8x8_t red = rgb.c0, green = rgb.c1, blue = rgb.c2;
   constexpr const auto& factor = rgbToYuv.factor[2];
   static_assert(factor[0] == 630 && factor[1] == -527 && factor[2] == -102);
   uint16x8_t sum = vmull_u8(red, vdup_n_u8(79));
@@ -145,24 +146,26 @@ inline uint8x8_t clampedV(uint8x8_t red, uint8x8_t green, uint8x8_t blue) {
   return vqshrun_n_s16(vqaddq_s16(all, vdupq_n_s16(128 << 7)), 7);
 }
 
+/// Stores the three outputs of a block.
 template <const Matrix& m>
-Channels outputs(const Vek8u* src) {
+void storeOutputs(const Vek8u*& src, Vek8u*& a, Vek8u*& b, Vek8u*& c) {
   static_assert(&m == &rgbToYuv);
-  const Channels v = loadChannels(src);
-  const auto clamped = [&](auto halfOf) {
-    return clampedV(halfOf(v.c0.raw), halfOf(v.c1.raw), halfOf(v.c2.raw));
-  };
-  return {NeonCombination<combination<m, 0>>::of(v), NeonCombination<combination<m, 1>>::of(v),
-          V8u{vcombine_u8(clamped([](uint8x16_t c) { return vget_low_u8(c); }),
-                          clamped([](uint8x16_t c) { return vget_high_u8(c); }))}};
+  Channels v = loadPixels(src);
+  HalvesOfBytes y = NeonCombination<combination<m, 0>>::of(v);
+  storeInOrder(y.lower, y.upper, a);
+  HalvesOfBytes second = NeonCombination<combination<m, 1>>::of(v);
+  storeInOrder(second.lower, second.upper, b);
+  storeInOrder(clampedV(lowerHalf(v)), clampedV(upperHalf(v)), c);
 }
 
 #else
 
 template <const Matrix& m>
-Channels outputs(const Vek8u* src) {
+void storeOutputs(const Vek8u* src, Vek8u* a, Vek8u* b, Vek8u* c) {
   const Channels v = packedOutputs<m>(loadPairs(src));
-  return {inOrder(v.c0), inOrder(v.c1), inOrder(v.c2)};
+  hn::StoreU(inOrder(v.c0), u8, a);
+  hn::StoreU(inOrder(v.c1), u8, b);
+  hn::StoreU(inOrder(v.c2), u8, c);
 }
 
 #endif
@@ -170,12 +173,8 @@ Channels outputs(const Vek8u* src) {
 template <const Matrix& m>
 void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
-  const auto body = [](const Vek8u* in, Vek8u* a, Vek8u* b, Vek8u* c) {
-    const Channels planes = outputs<m>(in);
-    hn::StoreU(planes.c0, u8, a);
-    hn::StoreU(planes.c1, u8, b);
-    hn::StoreU(planes.c2, u8, c);
-  };
+  const Advancing body{
+      [](const Vek8u*& in, Vek8u*& a, Vek8u*& b, Vek8u*& c) { storeOutputs<m>(in, a, b, c); }};
   copiedBlocks<vectorBytes>(n, body, In<3>{rgb}, Out<1>{y}, Out<1>{u}, Out<1>{v});
 }
 
@@ -186,12 +185,12 @@ void toPlanes444(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
 
 using RgbBlock = Channels;
 
-inline RgbBlock loadRgb(const Vek8u* src) {
-  return loadChannels(src);
+inline RgbBlock loadRgb(const Vek8u*& src) {
+  return loadPixels(src);
 }
 
 struct SharedYcbcr {
-  static V8u luma(const Channels& rgb) {
+  static HalvesOfBytes luma(const Channels& rgb) {
     return NeonCombination<combination<rgbToYcbcr, 0>>::of(rgb);
   }
   static uint8x8x2_t chroma(const HalfChannels& rgb) {
@@ -201,7 +200,7 @@ struct SharedYcbcr {
 };
 
 struct SharedYuv {
-  static V8u luma(const Channels& rgb) {
+  static HalvesOfBytes luma(const Channels& rgb) {
     return NeonCombination<combination<rgbToYuv, 0>>::of(rgb);
   }
   /// From B - Y and R - Y. U needs no clamp: it is 2 .. 253.
@@ -217,8 +216,9 @@ struct SharedYuv {
 };
 
 template <class Space>
-void storeLuma(const RgbBlock& p, Vek8u* dst) {
-  hn::StoreU(Space::luma(p), u8, dst);
+void storeLuma(const RgbBlock& p, Vek8u*& dst) {
+  HalvesOfBytes y = Space::luma(p);
+  storeInOrder(y.lower, y.upper, dst);
 }
 
 using Averages = HalfChannels;
@@ -237,18 +237,19 @@ Averages average(const RgbBlock& top, const RgbBlock& bottom) {
   return {mean(top.c0, bottom.c0), mean(top.c1, bottom.c1), mean(top.c2, bottom.c2)};
 }
 
-/// The chroma of a block, two bytes for each pair.
+/// Stores a block as groups Y0, Cb, Y1, Cr.
 template <class Space>
-V8u packedChroma(const Averages& p) {
-  const uint8x8x2_t chroma = Space::chroma(p), both = vzip_u8(chroma.val[0], chroma.val[1]);
-  return V8u{vcombine_u8(both.val[0], both.val[1])};
+void storeGroups(const RgbBlock& p, Vek8u*& dst) {
+  HalvesOfBytes y = Space::luma(p);
+  uint8x8x2_t chroma = Space::chroma(average(p)), both = vzip_u8(chroma.val[0], chroma.val[1]);
+  storeAlternately(y, HalvesOfBytes{both.val[0], both.val[1]}, dst);
 }
 
 template <class Space>
-void storeChroma(const Averages& p, Vek8u* second, Vek8u* third) {
-  const uint8x8x2_t chroma = Space::chroma(p);
-  vst1_u8(second, chroma.val[0]);
-  vst1_u8(third, chroma.val[1]);
+void storeChroma(const Averages& p, Vek8u*& second, Vek8u*& third) {
+  uint8x8x2_t chroma = Space::chroma(p);
+  storeEight(chroma.val[0], second);
+  storeEight(chroma.val[1], third);
 }
 
 #else
@@ -332,6 +333,12 @@ V8u packedChroma(const Averages& p) {
 }
 
 template <class Space>
+void storeGroups(const RgbBlock& p, Vek8u* dst) {
+  const V8u chroma = packedChroma<Space>(average(p));
+  hn::StoreInterleaved2(inOrder(Space::luma(p)), inOrder(chroma), u8, dst);
+}
+
+template <class Space>
 void storeChroma(const Averages& p, Vek8u* second, Vek8u* third) {
   const hn::Half<decltype(u8)> half;
   const V8u both = firstThenSecond(packedChroma<Space>(p));
@@ -363,22 +370,18 @@ struct LastBlock<block, PairedRgb> : PaddedBlock<3 * block> {
 template <class Space>
 void toInterleaved422(ptrdiff_t n, const Vek8u* rgb, Vek8u* dst) {
   VEK_ASSERT(n >= 1);
-  const auto body = [](const Vek8u* in, Vek8u* out) {
-    const RgbBlock p = loadRgb(in);
-    const V8u chroma = packedChroma<Space>(average(p));
-    hn::StoreInterleaved2(inOrder(Space::luma(p)), inOrder(chroma), u8, out);
-  };
+  const Advancing body{[](const Vek8u*& in, Vek8u*& out) { storeGroups<Space>(loadRgb(in), out); }};
   copiedBlocks<vectorBytes>(n, body, PairedRgb{rgb}, Out<4, 2>{dst});
 }
 
 template <class Space>
 void toPlanes422(ptrdiff_t n, const Vek8u* rgb, Vek8u* y, Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
-  const auto body = [](const Vek8u* in, Vek8u* luma, Vek8u* second, Vek8u* third) {
-    const RgbBlock p = loadRgb(in);
+  const Advancing body{[](const Vek8u*& in, Vek8u*& luma, Vek8u*& second, Vek8u*& third) {
+    RgbBlock p = loadRgb(in);
     storeLuma<Space>(p, luma);
     storeChroma<Space>(average(p), second, third);
-  };
+  }};
   copiedBlocks<vectorBytes>(n, body, PairedRgb{rgb}, Out<1>{y}, Out<1, 2>{u}, Out<1, 2>{v});
 }
 
@@ -386,13 +389,13 @@ template <class Space>
 void toPlanes420(ptrdiff_t n, const Vek8u* top, const Vek8u* bottom, Vek8u* yTop, Vek8u* yBottom,
                  Vek8u* u, Vek8u* v) {
   VEK_ASSERT(n >= 1);
-  const auto body = [](const Vek8u* upper, const Vek8u* lower, Vek8u* upperLuma, Vek8u* lowerLuma,
-                       Vek8u* second, Vek8u* third) {
-    const RgbBlock a = loadRgb(upper), b = loadRgb(lower);
+  const Advancing body{[](const Vek8u*& upper, const Vek8u*& lower, Vek8u*& upperLuma,
+                          Vek8u*& lowerLuma, Vek8u*& second, Vek8u*& third) {
+    RgbBlock a = loadRgb(upper), b = loadRgb(lower);
     storeLuma<Space>(a, upperLuma);
     storeLuma<Space>(b, lowerLuma);
     storeChroma<Space>(average(a, b), second, third);
-  };
+  }};
   copiedBlocks<vectorBytes>(n, body, PairedRgb{top}, PairedRgb{bottom}, Out<1>{yTop},
                             Out<1>{yBottom}, Out<1, 2>{u}, Out<1, 2>{v});
 }
