@@ -32,10 +32,10 @@ void convertBlock(const Vek8u*& cb, const Vek8u*& cr, Rows... rows) {
     (convertRow(rows), ...);
   } else {
     for (int half = 0; half < 2; ++half) {
-      const uint8x8_t b = loadNextEight(cb), r = loadNextEight(cr);
+      const uint8x8_t b = loadEight(cb), r = loadEight(cr);
       NeonSums<m> sums(b, r);
       const auto convertRow = [sums](const BlockRow& row) {
-        sums.template store<Format>(loadNextEight(row.luma), row.out);
+        sums.template store<Format>(loadEight(row.luma), row.out);
       };
       (convertRow(rows), ...);
     }

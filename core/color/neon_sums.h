@@ -37,8 +37,8 @@ class NeonSums {
       const int16x8_t b8 = centredTimes8(b), r8 = centredTimes8(r);
       red_ = product8<W::red, start<0>>(r8);
       blue_ = product8<W::blue, start<2>>(b8);
-      green_ = vcombine_s16(green8<start<1>>(vget_low_s16(b8), vget_low_s16(r8)),
-                            green8<start<1>>(vget_high_s16(b8), vget_high_s16(r8)));
+      green_ = highHalves<64 * start<1>>(greenProducts8(vget_low_s16(b8), vget_low_s16(r8)),
+                                         greenProducts8(vget_high_s16(b8), vget_high_s16(r8)));
       blueFirst_ = blue_;  // not used
     }
   }
@@ -60,14 +60,14 @@ class NeonSums {
     return vreinterpretq_u8_u16(fields<Format>(components(y)));
   }
 
-  /// Stores the pixels of eight pairs.
+  /// Stores the pixels of eight pairs, whose even ones have the lower half of the luma.
   template <class Format>
-  void storePairs(uint8x8x2_t y, Vek8u*& dst) const {
+  void storePairs(const HalvesOfBytes& y, Vek8u*& dst) const {
     if constexpr (Format::bytes == 2) {
-      const uint16x8_t even = fields<Format>(components(y.val[0]));
-      storeAlternately(even, fields<Format>(components(y.val[1])), dst);
+      const uint16x8_t even = fields<Format>(components(y.lower));
+      storeAlternately(even, fields<Format>(components(y.upper)), dst);
     } else {
-      Components even = components(y.val[0]), odd = components(y.val[1]);
+      Components even = components(y.lower), odd = components(y.upper);
       static_assert(Format::gPos == 1);
       const uint8x16_t red = alternateBytes(even.red, odd.red);
       const uint8x16_t green = alternateBytes(even.green, odd.green);
@@ -129,18 +129,40 @@ class NeonSums {
       return vqdmulhq_s16(c8, vdupq_n_s16(4 * factor));  // which doubles the product
     } else {
       const int16x4_t f = vdup_n_s16(8 * factor);
-      const int32x4_t start = vdupq_n_s32(64 * offset);
-      return vcombine_s16(vaddhn_s32(vmull_s16(vget_low_s16(c8), f), start),
-                          vaddhn_s32(vmull_s16(vget_high_s16(c8), f), start));
+      return highHalves<64 * offset>(vmull_s16(vget_low_s16(c8), f),
+                                     vmull_s16(vget_high_s16(c8), f));
     }
   }
 
-  template <Vek32s offset>
-  static int16x4_t green8(int16x4_t b8, int16x4_t r8) {
-    const int32x4_t sum = vmlal_s16(vmull_s16(b8, vdup_n_s16(8 * m.factor[1][1])), r8,
-                                    vdup_n_s16(8 * m.factor[1][2]));
-    if constexpr (offset == 0) return vshrn_n_s32(sum, 16);
-    return vaddhn_s32(sum, vdupq_n_s32(64 * offset));
+  static int32x4_t greenProducts8(int16x4_t b8, int16x4_t r8) {
+    return vmlal_s16(vmull_s16(b8, vdup_n_s16(8 * m.factor[1][1])), r8,
+                     vdup_n_s16(8 * m.factor[1][2]));
+  }
+
+  /// (sum + added) >> 16 of the lanes of both. GCC 12 would move the halves side by side.
+  template <Vek32s added>
+  static int16x8_t highHalves(int32x4_t lower, int32x4_t upper) {
+    if constexpr (added != 0) {
+      const int32x4_t term = vdupq_n_s32(added);
+#if VEK_NEON_BY_NAME
+      int16x8_t v;
+      asm("vaddhn.i32 %e[v], %q[lower], %q[term]\n\tvaddhn.i32 %f[v], %q[upper], %q[term]"
+          : [v] "=&w"(v)
+          : [lower] "w"(lower), [upper] "w"(upper), [term] "w"(term));
+      return v;
+#else
+      return vcombine_s16(vaddhn_s32(lower, term), vaddhn_s32(upper, term));
+#endif
+    }
+#if VEK_NEON_BY_NAME
+    int16x8_t v;
+    asm("vshrn.i32 %e[v], %q[lower], #16\n\tvshrn.i32 %f[v], %q[upper], #16"
+        : [v] "=&w"(v)
+        : [lower] "w"(lower), [upper] "w"(upper));
+    return v;
+#else
+    return vcombine_s16(vshrn_n_s32(lower, 16), vshrn_n_s32(upper, 16));
+#endif
   }
 
   // ---- Pixels.

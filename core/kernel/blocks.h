@@ -101,19 +101,29 @@ void lastCopiedBlock(ptrdiff_t n, Body body, Streams... streams) {
 /// The body is inlined into the loop however long it is, and once: the last block is a call of its
 /// own.
 template <int block, class Body, class... Streams>
-[[gnu::noinline, gnu::flatten]] void copiedBlocks(ptrdiff_t n, Body body, Streams... streams) {
+[[gnu::noinline, gnu::flatten]]
+#if HWY_ARCH_ARM_V7
+// Bodies that move pointers take their addresses. These are no buffers, and checking the frame for them
+// would cost each row as much as two short blocks; the frame of the last block, which has some, is checked.
+__attribute__((no_stack_protector))
+#endif
+void copiedBlocks(ptrdiff_t n, Body body, Streams... streams) {
 #if HWY_ARCH_ARM_V7
   // Loads and stores that move their pointers on take no instruction for an address.
   if constexpr (advances<Body>) {
-    for (n -= block; n >= 0; n -= block) body(streams.data...);
-    n += block;
+    const auto last = static_cast<ptrdiff_t>(static_cast<size_t>(n) % block);
+    const auto run = [n, &body](auto... pointers) {
+      for (ptrdiff_t rest = n - block; rest >= 0; rest -= block) body(pointers...);
+    };
+    run(streams.data...);
+    if (last != 0) lastCopiedBlock<block>(last, body, Streams{streams.at(n - last)}...);
   } else {
     for (; n >= block; n -= block) {
       body(streams.at(0)...);
       ((streams = Streams{streams.at(block)}), ...);
     }
+    if (n != 0) lastCopiedBlock<block>(n, body, streams...);
   }
-  if (n != 0) lastCopiedBlock<block>(n, body, streams...);
 #else
   ptrdiff_t x = 0;
   const auto run = [&](auto... pointers) { body(pointers...); };

@@ -8,7 +8,6 @@
 // Around them, local structures of vectors are not const: GCC 12 keeps const ones in memory.
 #pragma once
 
-#include "core/kernel/interleave.h"
 #include "core/kernel/lanes.h"
 
 #if HWY_ARCH_ARM
@@ -28,19 +27,14 @@ struct HalvesOfBytes {
   uint8x8_t lower, upper;
 };
 
-inline uint8x8_t loadEight(const Vek8u*& src) {
-  src += 8;
-  return vld1_u8(src - 8);
-}
+struct VectorsOfBytes {
+  uint8x16_t first, second;
+};
 
-inline uint8x16_t loadSixteen(const Vek8u*& src) {
-  src += 16;
-  return vld1q_u8(src - 16);
-}
-
-inline uint8x8x2_t loadEightPairs(const Vek8u*& src) {
-  src += 16;
-  return vld2_u8(src - 16);
+/// The bytes at each fourth place.
+inline uint8x16x4_t loadSixteenFours(const Vek8u*& src) {
+  src += 64;
+  return vld4q_u8(src - 64);
 }
 
 #if VEK_NEON_BY_NAME
@@ -52,22 +46,31 @@ inline uint8x8x2_t loadEightPairs(const Vek8u*& src) {
 #define VEK_NEON_READS(count) "m"(*reinterpret_cast<const Vek8u(*)[count]>(src))
 #define VEK_NEON_WRITES(count) "=m"(*reinterpret_cast<Vek8u(*)[count]>(dst))
 
-/// The same as loadEight(), where the compiler would make one index of several pointers.
-inline uint8x8_t loadNextEight(const Vek8u*& src) {
+inline uint8x8_t loadEight(const Vek8u*& src) {
   uint8x8_t v;
   asm("vld1.8 {%P[v]}, [%[src]]!" : [v] "=w"(v), [src] "+r"(src) : VEK_NEON_READS(8));
   return v;
 }
 
-/// A block of pixels of three channels.
-inline Channels loadPixels(const Vek8u*& src) {
+inline uint8x16_t loadSixteen(const Vek8u*& src) {
+  uint8x16_t v;
+  asm("vld1.8 {%e[v], %f[v]}, [%[src]]!" : [v] "=w"(v), [src] "+r"(src) : VEK_NEON_READS(16));
+  return v;
+}
+
+/// The bytes at even places, then those at odd ones.
+inline VectorsOfBytes loadSixteenPairs(const Vek8u*& src) {
   VEK_NEON_REGISTER(uint8x16_t, q8);
   VEK_NEON_REGISTER(uint8x16_t, q9);
-  VEK_NEON_REGISTER(uint8x16_t, q10);
-  asm("vld3.8 {d16, d18, d20}, [%[src]]!\n\tvld3.8 {d17, d19, d21}, [%[src]]!"
-      : [src] "+r"(src), "=w"(q8), "=w"(q9), "=w"(q10)
-      : VEK_NEON_READS(48));
-  return {V8u{q8}, V8u{q9}, V8u{q10}};
+  asm("vld2.8 {d16-d19}, [%[src]]!" : [src] "+r"(src), "=w"(q8), "=w"(q9) : VEK_NEON_READS(32));
+  return {q8, q9};
+}
+
+/// The same of half as many.
+inline HalvesOfBytes loadEightPairs(const Vek8u*& src) {
+  uint8x16_t v;
+  asm("vld2.8 {%e[v], %f[v]}, [%[src]]!" : [v] "=w"(v), [src] "+r"(src) : VEK_NEON_READS(16));
+  return {vget_low_u8(v), vget_high_u8(v)};
 }
 
 inline void storeEight(uint8x8_t v, Vek8u*& dst) {
@@ -92,7 +95,14 @@ inline void storeInOrder(uint8x16_t first, uint8x16_t second, Vek8u*& dst) {
   asm("vst1.8 {d4-d7}, [%[dst]]!" : [dst] "+r"(dst), VEK_NEON_WRITES(32) : "w"(q2), "w"(q3));
 }
 
-/// The bytes of both pairs of vectors alternately.
+/// The bytes of both vectors alternately.
+inline void storeAlternately(uint8x16_t even, uint8x16_t odd, Vek8u*& dst) {
+  VEK_NEON_REGISTER(uint8x16_t, q2) = even;
+  VEK_NEON_REGISTER(uint8x16_t, q3) = odd;
+  asm("vst2.8 {d4-d7}, [%[dst]]!" : [dst] "+r"(dst), VEK_NEON_WRITES(32) : "w"(q2), "w"(q3));
+}
+
+/// The same of two pairs of half vectors.
 inline void storeAlternately(const HalvesOfBytes& even, const HalvesOfBytes& odd, Vek8u*& dst) {
   VEK_NEON_REGISTER(uint8x8_t, d4) = even.lower;
   VEK_NEON_REGISTER(uint8x8_t, d5) = even.upper;
@@ -131,13 +141,26 @@ inline void storePixels(uint8x16_t c0, uint8x16_t c1, uint8x16_t c2, Vek8u*& dst
 
 #else
 
-inline uint8x8_t loadNextEight(const Vek8u*& src) {
-  return loadEight(src);
+inline uint8x8_t loadEight(const Vek8u*& src) {
+  src += 8;
+  return vld1_u8(src - 8);
 }
 
-inline Channels loadPixels(const Vek8u*& src) {
-  src += 48;
-  return loadChannels(src - 48);
+inline uint8x16_t loadSixteen(const Vek8u*& src) {
+  src += 16;
+  return vld1q_u8(src - 16);
+}
+
+inline VectorsOfBytes loadSixteenPairs(const Vek8u*& src) {
+  const uint8x16x2_t v = vld2q_u8(src);
+  src += 32;
+  return {v.val[0], v.val[1]};
+}
+
+inline HalvesOfBytes loadEightPairs(const Vek8u*& src) {
+  const uint8x8x2_t v = vld2_u8(src);
+  src += 16;
+  return {v.val[0], v.val[1]};
 }
 
 inline void storeEight(uint8x8_t v, Vek8u*& dst) {
@@ -160,11 +183,14 @@ inline void storeInOrder(uint8x8_t first, uint8x8_t second, Vek8u*& dst) {
   storeSixteen(vcombine_u8(first, second), dst);
 }
 
-inline void storeAlternately(const HalvesOfBytes& even, const HalvesOfBytes& odd, Vek8u*& dst) {
-  const uint8x16x2_t both = {
-      {vcombine_u8(even.lower, even.upper), vcombine_u8(odd.lower, odd.upper)}};
+inline void storeAlternately(uint8x16_t even, uint8x16_t odd, Vek8u*& dst) {
+  const uint8x16x2_t both = {{even, odd}};
   vst2q_u8(dst, both);
   dst += 32;
+}
+
+inline void storeAlternately(const HalvesOfBytes& even, const HalvesOfBytes& odd, Vek8u*& dst) {
+  storeAlternately(vcombine_u8(even.lower, even.upper), vcombine_u8(odd.lower, odd.upper), dst);
 }
 
 inline void storeAlternately(uint16x8_t even, uint16x8_t odd, Vek8u*& dst) {

@@ -13,7 +13,7 @@
 
 #include "core/kernel/interleave.h"
 #include "core/kernel/lanes.h"
-#include "core/kernel/neon_memory.h"
+#include "core/kernel/neon_pixels.h"
 #include "image/color/combination.h"
 
 #if HWY_ARCH_ARM

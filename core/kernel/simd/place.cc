@@ -5,6 +5,7 @@
 #include "core/assert.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
+#include "core/kernel/neon_reverse.h"
 #include "core/kernel/place_kernels.h"
 #include "core/kernel/unroll.h"
 
@@ -202,19 +203,6 @@ void reverseThrees(const Vek8u* src, Vek8u* dst) {
   hn::StoreInterleaved3(reversedBytes(c0), reversedBytes(c1), reversedBytes(c2), u8, dst);
 }
 
-#if HWY_ARCH_ARM_V7
-
-/// dst[k] = src[63 - k] for 64 bytes, with half of the loads and stores of single vectors.
-void reverseFourVectors(const Vek8u* src, Vek8u* dst) {
-  const uint8x16x4_t v = vld4q_u8(src);
-  const auto reversed = [](uint8x16_t bytes) { return reversedBytes(V8u{bytes}).raw; };
-  const uint8x16x4_t r = {
-      {reversed(v.val[3]), reversed(v.val[2]), reversed(v.val[1]), reversed(v.val[0])}};
-  vst4q_u8(dst, r);
-}
-
-#endif
-
 #elif !defined(__AVX512VBMI__)
 
 /// The byte of vector `from` of a block that each byte of vector `to` comes from when the block's 16
@@ -281,11 +269,8 @@ template <int size>
 void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
 #if HWY_ARCH_ARM
   if constexpr (size == 1) {
-#if HWY_ARCH_ARM_V7
-    if (n >= 4 * side) {
-      return overlappingBlocks(
-          n, 4 * side, [&](ptrdiff_t i) { reverseFourVectors(src + (n - 4 * side - i), dst + i); });
-    }
+#if VEK_NEON_BY_NAME
+    if (n >= 2 * side) return reverseBytes(src, n, dst);
 #endif
     if (n >= side) {
       return overlappingBlocks(n, side, [&](ptrdiff_t i) {
@@ -302,6 +287,9 @@ void reverseRow(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
         reverseThreesTwice(src + i * size, dst + (n - 2 * side - i) * size);
       });
     }
+#endif
+#if VEK_NEON_BY_NAME
+    if (n >= side) return reversePixels(src, n, dst);
 #endif
     if (n >= side) {
       return overlappingBlocks(n, side, [&](ptrdiff_t i) {

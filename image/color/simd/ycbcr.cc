@@ -48,9 +48,9 @@ struct Interleaved422 {
 
   template <const Matrix& m, class Format>
   static void convert(const Vek8u*& src, Vek8u*& dst) {
-    const uint8x8x4_t v = vld4_u8(src);  // Y0, Cb, Y1, Cr
+    uint8x8x4_t v = vld4_u8(src);  // Y0, Cb, Y1, Cr
     src += 32;
-    NeonSums<m>(v.val[1], v.val[3]).template storePairs<Format>({{v.val[0], v.val[2]}}, dst);
+    NeonSums<m>(v.val[1], v.val[3]).template storePairs<Format>({v.val[0], v.val[2]}, dst);
   }
 };
 
