@@ -1,33 +1,16 @@
 #include "camera/preview/halve_kernels.h"
+#include "camera/preview/simd/neon_halve.h"
 #include "core/kernel/blocks.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-void averageRows(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Vek8u* dst) {
-  VEK_ASSERT(n >= 1);
-  const auto body = [](const Vek8u* a, const Vek8u* b, Vek8u* to) {
-    hn::StoreU(hn::AverageRound(hn::LoadU(u8, a), hn::LoadU(u8, b)), u8, to);
-  };
-  copiedBlocks<vectorBytes>(n, body, In<1>{top}, In<1>{bottom}, Out<1>{dst});
+#if !HWY_ARCH_ARM
+
+void averageVectors(const Vek8u* a, const Vek8u* b, Vek8u* to) {
+  hn::StoreU(hn::AverageRound(hn::LoadU(u8, a), hn::LoadU(u8, b)), u8, to);
 }
-
-#if HWY_ARCH_ARM
-
-/// As many groups as a vector has bytes.
-void splitGroups(const Vek8u* top, const Vek8u* bottom, Vek8u* topLuma, Vek8u* bottomLuma,
-                 Vek8u* cb, Vek8u* cr) {
-  const uint8x16x4_t upper = vld4q_u8(top), lower = vld4q_u8(bottom);  // Cb, Y0, Cr, Y1
-  const uint8x16x2_t upperLuma = {{upper.val[1], upper.val[3]}};
-  const uint8x16x2_t lowerLuma = {{lower.val[1], lower.val[3]}};
-  vst2q_u8(topLuma, upperLuma);
-  vst2q_u8(bottomLuma, lowerLuma);
-  vst1q_u8(cb, vrhaddq_u8(upper.val[0], lower.val[0]));
-  vst1q_u8(cr, vrhaddq_u8(upper.val[2], lower.val[2]));
-}
-
-#else
 
 /// The bytes at even and at odd places of two vectors that follow each other.
 V8u evenBytesOf(V8u first, V8u second) {
@@ -59,10 +42,17 @@ void splitGroups(const Vek8u* top, const Vek8u* bottom, Vek8u* topLuma, Vek8u* b
 
 #endif
 
+void averageRows(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Vek8u* dst) {
+  VEK_ASSERT(n >= 1);
+  const Advancing body{
+      [](const Vek8u*& a, const Vek8u*& b, Vek8u*& to) { averageVectors(a, b, to); }};
+  copiedBlocks<vectorBytes>(n, body, In<1>{top}, In<1>{bottom}, Out<1>{dst});
+}
+
 void splitRows(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Vek8u* topLuma,
                Vek8u* bottomLuma, Vek8u* cb, Vek8u* cr) {
   VEK_ASSERT(n >= 2 && n % 2 == 0);
-  const auto body = [](auto... streams) { splitGroups(streams...); };
+  const Advancing body{[](auto&... streams) { splitGroups(streams...); }};
   copiedBlocks<2 * vectorBytes>(n, body, In<2>{top}, In<2>{bottom}, Out<1>{topLuma},
                                 Out<1>{bottomLuma}, Out<1, 2>{cb}, Out<1, 2>{cr});
 }

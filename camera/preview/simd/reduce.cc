@@ -1,7 +1,7 @@
 // The reductions in vectors.
 #include "camera/preview/reduce_body.h"
 #include "camera/preview/reduce_kernels.h"
-#include "camera/preview/simd/neon_pick.h"
+#include "camera/preview/simd/neon_reduce.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
 
@@ -9,113 +9,7 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-#if HWY_ARCH_ARM
-
-/// (sum + 4) >> 2 modulo 256.
-V8u quarters(uint16x8_t lower, uint16x8_t upper) {
-  const uint8x16_t floors = vcombine_u8(vshrn_n_u16(lower, 2), vshrn_n_u16(upper, 2));
-  return V8u{vaddq_u8(floors, vdupq_n_u8(1))};
-}
-
-/// The policy of overlapping blocks, by a loop whose loads move their pointers on.
-void sumNeighbours(const Vek8u* top, const Vek8u* bottom, ptrdiff_t n, Vek8u* dst) {
-  if (n < vectorBytes) return sumBlocks<2>(top, bottom, n, dst);
-  const auto sumVector = [&] {
-    const auto next = [](const Vek8u*& from) {
-      from += vectorBytes;
-      return vld1q_u8(from - vectorBytes);
-    };
-    uint16x8_t lower = vpaddlq_u8(next(top));
-    uint16x8_t upper = vpaddlq_u8(next(top));
-    lower = vpadalq_u8(lower, next(bottom));
-    upper = vpadalq_u8(upper, next(bottom));
-    hn::StoreU(quarters(lower, upper), u8, dst);
-    dst += vectorBytes;
-  };
-  for (; n > vectorBytes; n -= vectorBytes) sumVector();
-  const ptrdiff_t back = vectorBytes - n;
-  top -= 2 * back;
-  bottom -= 2 * back;
-  dst -= back;
-  sumVector();
-}
-
-/// The first two of four samples. As in neon_pick.h the last vectors end with the last sample that
-/// counts, which is the last of its four then.
-void sumMiddles(const Vek8u* __restrict top, const Vek8u* __restrict bottom, ptrdiff_t n,
-                Vek8u* __restrict dst) {
-  if (n <= vectorBytes) return sumBlocks<4>(top, bottom, n, dst);
-  const auto sums = [](uint8x16_t a, uint8x16_t b, uint8x16_t c, uint8x16_t d) {
-    const auto half = [](uint8x8_t a8, uint8x8_t b8, uint8x8_t c8, uint8x8_t d8) {
-      return vaddw_u8(vaddw_u8(vaddl_u8(a8, b8), c8), d8);
-    };
-    return quarters(half(vget_low_u8(a), vget_low_u8(b), vget_low_u8(c), vget_low_u8(d)),
-                    half(vget_high_u8(a), vget_high_u8(b), vget_high_u8(c), vget_high_u8(d)));
-  };
-  ptrdiff_t i = 0;
-  for (; i + vectorBytes < n; i += vectorBytes) {
-    const uint8x16x4_t a = vld4q_u8(top + 4 * i), b = vld4q_u8(bottom + 4 * i);
-    hn::StoreU(sums(a.val[0], a.val[1], b.val[0], b.val[1]), u8, dst + i);
-  }
-  i = n - vectorBytes;
-  const uint8x16x4_t a = vld4q_u8(top + 4 * i - 2), b = vld4q_u8(bottom + 4 * i - 2);
-  hn::StoreU(sums(a.val[2], a.val[3], b.val[2], b.val[3]), u8, dst + i);
-}
-
-/// A pixel in each lane, with the chroma of its own block alone.
-struct Pixels {
-  uint8x16_t y, cb, cr;
-};
-
-/// The averages of two vectors' neighbours, those of `lower` first.
-uint8x16_t averageNeighbours(uint8x16_t lower, uint8x16_t upper) {
-  const uint8x16x2_t pairs = vuzpq_u8(lower, upper);
-  return vrhaddq_u8(pairs.val[0], pairs.val[1]);
-}
-
-/// The groups of one row, reduced until `width` of them have become one.
-template <int width>
-Pixels averageGroups(const Vek8u* src) {
-  if constexpr (width == 1) {
-    const uint8x16x4_t v = vld4q_u8(src);  // Cb, Y0, Cr, Y1
-    return {vrhaddq_u8(v.val[1], v.val[3]), v.val[0], v.val[2]};
-  } else {
-    const Pixels lower = averageGroups<width / 2>(src);
-    const Pixels upper = averageGroups<width / 2>(src + width / 2 * 4 * vectorBytes);
-    return {averageNeighbours(lower.y, upper.y), averageNeighbours(lower.cb, upper.cb),
-            averageNeighbours(lower.cr, upper.cr)};
-  }
-}
-
-/// A pixel in each lane of y; the chroma of a pair in each lane, Cb before Cr.
-struct PairedPixels {
-  uint8x16_t y, chroma;
-};
-
-template <int factor, int rows>
-PairedPixels averageRows(const Vek8u* src, ptrdiff_t step) {
-  if constexpr (rows == 1) {
-    const Pixels p = averageGroups<factor / 2>(src);
-    return {p.y, averageNeighbours(p.cb, p.cr)};
-  } else {
-    const auto upper = averageRows<factor, rows / 2>(src, step);
-    const auto lower = averageRows<factor, rows / 2>(src + rows / 2 * step, step);
-    return {vrhaddq_u8(upper.y, lower.y), vrhaddq_u8(upper.chroma, lower.chroma)};
-  }
-}
-
-/// The pixels of as many groups as a vector has bytes.
-template <int factor>
-void averageVector(const Vek8u* src, ptrdiff_t step, Vek8u* y, Vek8u* cb, Vek8u* cr) {
-  const PairedPixels pixels = averageRows<factor, factor>(src, step);
-  vst1q_u8(y, pixels.y);
-  vst1_u8(cb, vget_low_u8(pixels.chroma));
-  vst1_u8(cr, vget_high_u8(pixels.chroma));
-}
-
-constexpr ptrdiff_t pixelsPerVector = vectorBytes;
-
-#else
+#if !HWY_ARCH_ARM
 
 /// The low bytes of the lanes, those of `lower` first.
 V8u lowBytes(V16u lower, V16u upper) {
@@ -254,19 +148,7 @@ void pickPairsOfGroups(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
 
 constexpr auto pickPairs = pick<2>;
 
-#elif HWY_ARCH_ARM
-
-template <int stride>
-void pickUpToFour(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
-  if (n <= vectorBytes) return pick<stride>(src, n, dst);
-  pickSeparated<stride>(src, n, dst);
-}
-
-constexpr auto pickPairs = pickUpToFour<2>;
-constexpr auto pickGroups = pickUpToFour<4>;
-constexpr auto pickPairsOfGroups = pick<8>;
-
-#else
+#elif !HWY_ARCH_ARM
 
 constexpr auto pickPairs = pick<2>;
 constexpr auto pickGroups = pick<4>;

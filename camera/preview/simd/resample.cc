@@ -7,6 +7,7 @@
 
 #include "camera/preview/resample_kernels.h"
 #include "camera/preview/simd/neon_pick.h"
+#include "camera/preview/simd/neon_resample.h"
 #include "core/assert.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
@@ -169,7 +170,7 @@ constexpr Vek8u noByte = 0x80;         // an offset that gives 0
 /// NEON looks single bytes up in two vectors. For pairs, of which a vector takes half as many, one is
 /// better.
 template <class Entry>
-constexpr ptrdiff_t windowBytes = HWY_ARCH_ARM && !isPair<Entry> ? 32 : 16;
+constexpr int windowBytes = HWY_ARCH_ARM && !isPair<Entry> ? 32 : 16;
 
 /// A block is a vector of samples. Those of 128 bits of it lie in as many windows as there are passes,
 /// each of which looks up its share of the samples.
@@ -213,6 +214,8 @@ void fillTables(Columns& c) {
   }
 }
 
+#if !HWY_ARCH_ARM
+
 /// One window for each 128 bits; their first columns are `distance` entries apart.
 template <class D>
 hn::Vec<D> loadWindows(D d, const Vek8u* row, const Vek32s* windows, ptrdiff_t distance) {
@@ -226,24 +229,17 @@ hn::Vec<D> loadWindows(D d, const Vek8u* row, const Vek32s* windows, ptrdiff_t d
   }
 }
 
+#endif
+
 /// The bytes of the windows that `order` names, 0 for noByte.
 template <class Entry>
 V8u lookUpWindows(const Vek8u* row, const Vek32s* windows, ptrdiff_t distance, V8u order) {
 #if HWY_ARCH_ARM
-  if constexpr (!isPair<Entry>) {
-    const Vek8u* const from = row + *windows;
-#if HWY_ARCH_ARM_A64
-    const uint8x16x2_t table = {{vld1q_u8(from), vld1q_u8(from + 16)}};
-    return V8u{vqtbl2q_u8(table, order.raw)};
+  static_cast<void>(distance);  // a vector is one window
+  return lookUpWindow<windowBytes<Entry>>(row + *windows, order);
 #else
-    const uint8x8x4_t table = {
-        {vld1_u8(from), vld1_u8(from + 8), vld1_u8(from + 16), vld1_u8(from + 24)}};
-    return V8u{vcombine_u8(vtbl4_u8(table, vget_low_u8(order.raw)),
-                           vtbl4_u8(table, vget_high_u8(order.raw)))};
-#endif
-  }
-#endif
   return hn::TableLookupBytesOr0(loadWindows(u8, row, windows, distance), order);
+#endif
 }
 
 /// The look-up of blocks. It has copies of what it needs of the columns: a destination of bytes might
@@ -385,11 +381,15 @@ void nearest(const Vek8u* row, const Columns& c, Vek8u* dst) {
 /// a + (((b - a) * fraction) >> 16) for fractions of 0..65535. The high product takes a fraction as
 /// signed; where that makes it 65536 too small, b - a is added. With a = 10, b = 20 and the fraction
 /// 49152 (3/4), for example, the product is 10 * (49152 - 65536) >> 16 = -3, and 10 + 10 - 3 = 17.
+#if !HWY_ARCH_ARM
+
 V16s blend(V16s a, V16s b, V16s fraction) {
   const V16s difference = hn::Sub(b, a);
   const V16s missing = hn::And(difference, hn::BroadcastSignBit(fraction));
   return hn::Add(hn::Add(a, missing), hn::MulHigh(difference, fraction));
 }
+
+#endif
 
 template <bool across, bool down>
 void blendRows(const Vek8u* top, const Vek8u* bottom, Vek32s fy, const Columns& c, Vek8u* dst) {

@@ -3,6 +3,7 @@
 #include "core/color/pixel_store.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/interleave.h"
+#include "core/kernel/neon_pixels.h"
 #include "image/dither/dither_kernels.h"
 #include "image/dither/level_lanes.h"
 #include "image/dither/thresholds.h"
@@ -162,7 +163,7 @@ void orderPixels(const Picture& picture, int, VekiPoint origin) {
   const FieldOffsets<Format::gBits> inner(origin.x & 7);
   forEachRow<3, 2, 1>(picture, origin, [&](int row) {
     const uint16x8_t outerOffset = outer.row(row), innerOffset = inner.row(row);
-    return [=](const Vek8u* src, Vek8u* dst) {
+    return Advancing{[=](const Vek8u*& src, Vek8u*& dst) {
       const auto pixels = [=](uint8x8_t red, uint8x8_t green, uint8x8_t blue) {
         constexpr int unused = 16 - 2 * Format::rBits - Format::gBits;
         const uint16x8_t high = topIndex<Format::rBits>(red, outerOffset);
@@ -172,14 +173,13 @@ void orderPixels(const Picture& picture, int, VekiPoint origin) {
         return vsriq_n_u16(word, topIndex<Format::bBits>(blue, outerOffset), 16 - Format::bBits);
       };
       static_assert(Format::bPos == 0);
-      const uint8x16x3_t v = vld3q_u8(src);
+      Channels v = loadPixels(src);
       const uint16x8_t lower =
-          pixels(vget_low_u8(v.val[0]), vget_low_u8(v.val[1]), vget_low_u8(v.val[2]));
+          pixels(vget_low_u8(v.c0.raw), vget_low_u8(v.c1.raw), vget_low_u8(v.c2.raw));
       const uint16x8_t upper =
-          pixels(vget_high_u8(v.val[0]), vget_high_u8(v.val[1]), vget_high_u8(v.val[2]));
-      hn::StoreU(hn::BitCast(u8, V16u{lower}), u8, dst);
-      hn::StoreU(hn::BitCast(u8, V16u{upper}), u8, dst + vectorBytes);
-    };
+          pixels(vget_high_u8(v.c0.raw), vget_high_u8(v.c1.raw), vget_high_u8(v.c2.raw));
+      storeInOrder(vreinterpretq_u8_u16(lower), vreinterpretq_u8_u16(upper), dst);
+    }};
   });
 }
 
