@@ -27,6 +27,7 @@ struct HalvesOfBytes {
   uint8x8_t lower, upper;
 };
 
+/// Two vectors that one load separates.
 struct VectorsOfBytes {
   uint8x16_t first, second;
 };

@@ -11,12 +11,12 @@ HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
-/// dst[k] = src[63 - k]; the source moves back. Byte 4 i + c is lane i of vector c, which is reversed and
-/// becomes vector 3 - c, and its halves are stored in the other order. It takes eight instructions, and
-/// twelve in plain vectors.
+/// Reverses 64 bytes of which `src` is at the last 32, and moves back. Byte 4 i + c is lane i of vector c,
+/// which is reversed and becomes vector 3 - c, and its halves are stored in the other order. It takes
+/// eight instructions, and twelve in plain vectors.
 inline void reverse64(const Vek8u*& src, Vek8u*& dst) {
-  asm("vld4.8 {d0, d2, d4, d6}, [%[src]]!\n\t"
-      "vld4.8 {d1, d3, d5, d7}, [%[src]], %[back]\n\t"
+  asm("vld4.8 {d1, d3, d5, d7}, [%[src]], %[back]\n\t"
+      "vld4.8 {d0, d2, d4, d6}, [%[src]], %[back]\n\t"
       "vrev64.8 q11, q0\n\t"
       "vrev64.8 q10, q1\n\t"
       "vrev64.8 q9, q2\n\t"
@@ -24,7 +24,7 @@ inline void reverse64(const Vek8u*& src, Vek8u*& dst) {
       "vst4.8 {d17, d19, d21, d23}, [%[dst]]!\n\t"
       "vst4.8 {d16, d18, d20, d22}, [%[dst]]!"
       : [src] "+r"(src), [dst] "+r"(dst), VEK_NEON_WRITES(64)
-      : [back] "r"(-64 - 32), VEK_NEON_READS(64)
+      : [back] "r"(-32), "m"(*reinterpret_cast<const Vek8u(*)[64]>(src - 32))
       : "q0", "q1", "q2", "q3", "q8", "q9", "q10", "q11");
 }
 
@@ -44,10 +44,10 @@ inline void reverse32(const Vek8u* src, Vek8u* dst) {
 inline void reverseBytes(const Vek8u* src, ptrdiff_t n, Vek8u* dst) {
   VEK_ASSERT(n >= 32);
   Vek8u* const last = dst + (n - 32);
-  const Vek8u* from = src + (n - 64);
+  const Vek8u* last32 = src + (n - 32);
   ptrdiff_t rest = n - 64;
-  for (; rest >= 0; rest -= 64) reverse64(from, dst);
-  if (rest >= -32) reverse32(from + 32, dst);
+  for (; rest >= 0; rest -= 64) reverse64(last32, dst);
+  if (rest >= -32) reverse32(last32, dst);
   if (n % 32 != 0) reverse32(src, last);
 }
 
