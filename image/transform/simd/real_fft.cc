@@ -3,7 +3,6 @@
 #include "image/transform/real_fft_body.h"
 #include "image/transform/sse_doubles.h"
 
-HWY_BEFORE_NAMESPACE();
 namespace vek::VEK_LEVEL {
 namespace {
 
@@ -12,6 +11,7 @@ using VectorOfDoubles = SseDoubles;
 
 #elif HWY_HAVE_FLOAT64
 
+HWY_BEFORE_NAMESPACE();
 /// As many 32-bit integers, and bytes, as a vector has doubles.
 constexpr hn::Rebind<Vek32s, decltype(f64)> intsOfDoubles;
 constexpr hn::Rebind<Vek8u, decltype(f64)> bytesOfDoubles;
@@ -110,6 +110,7 @@ struct VectorOfDoubles {
 #endif
   }
 };
+HWY_AFTER_NAMESPACE();
 
 #else
 using VectorOfDoubles = PlainDoubles;
@@ -120,4 +121,3 @@ using VectorOfDoubles = PlainDoubles;
 constexpr RealFftKernels realFftKernels = realFftKernelsOf<VectorOfDoubles>;
 
 }  // namespace vek::VEK_LEVEL
-HWY_AFTER_NAMESPACE();
