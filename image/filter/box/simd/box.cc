@@ -239,6 +239,7 @@ void averageSmall(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelBytes, 
                   const BoxScale& scale, Vek8u* dst) {
   constexpr ptrdiff_t leastForThrees = 7;
   const auto filter = width == 3               ? averageNarrow<Means, 3>
+                      : width == 5             ? averageNarrow<Means, 5>
                       : width < leastForThrees ? averageNarrow<Means, 0>
                                                : averageByThrees<Means>;
   filter(columns, width, pixelBytes, n, scale, dst);
