@@ -248,8 +248,7 @@ template <class Entry>
 struct LookUp {
   const Vek32s* const windows;
   const Entry* const offsets;
-  static constexpr ptrdiff_t blockSize = entriesPerVector<Entry>;
-  const ptrdiff_t passes, everyOther;
+  const ptrdiff_t blockSize = entriesPerVector<Entry>, passes, everyOther;
 
   explicit LookUp(const Columns& c)
       : windows(c.windows()),

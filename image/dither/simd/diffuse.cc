@@ -127,7 +127,7 @@ struct Field {
   static constexpr bool takesGrey = false;
   int first, shift;
 
-  void put(int, Vek8u* row, ptrdiff_t x, int width, const SixteenBytes (&v)[1]) {
+  void put(int, Vek8u* row, ptrdiff_t x, int width, const SixteenBytes (&v)[1]) const {
     constexpr hn::CappedTag<Vek16u, tileSteps> words;
     constexpr hn::Rebind<Vek8u, decltype(words)> bytes;
     const Inside inside(static_cast<int>(x), width);
@@ -135,7 +135,7 @@ struct Field {
     Vek8u k[tileSteps], copy[2 * tileSteps] = {};
     hn::StoreU(v[0], sixteenBytes, k);
     Vek8u* const at = row + 2 * x;
-    const auto size = static_cast<size_t>(2 * (inside.to - inside.from));
+    const size_t size = 2 * static_cast<size_t>(inside.to - inside.from);
     if (first != 0) memcpy(copy + 2 * inside.from, at + 2 * inside.from, size);
     for (size_t i = 0; i < tileSteps; i += hn::MaxLanes(words)) {
       Vek16u* const word = reinterpret_cast<Vek16u*>(copy + 2 * i);
