@@ -274,8 +274,11 @@ struct ColumnSums {
 
 template <int lanes>
 V16u furtherLanes(V16u v, V16u next) {
-  if constexpr (lanes == 0) return v;
-  return hn::BitCast(u16, further<2 * lanes>(hn::BitCast(u8, v), hn::BitCast(u8, next)));
+  if constexpr (lanes == 0) {
+    return v;
+  } else {
+    return hn::BitCast(u16, further<2 * lanes>(hn::BitCast(u8, v), hn::BitCast(u8, next)));
+  }
 }
 
 /// An odd number of bytes further, what was at odd places is at even ones.
@@ -284,9 +287,10 @@ ColumnSums further(const ColumnSums& v, const ColumnSums& next) {
   if constexpr (distance % 2 == 0) {
     return {furtherLanes<distance / 2>(v.even, next.even),
             furtherLanes<distance / 2>(v.odd, next.odd)};
+  } else {
+    return {furtherLanes<distance / 2>(v.odd, next.odd),
+            furtherLanes<distance / 2 + 1>(v.even, next.even)};
   }
-  return {furtherLanes<distance / 2>(v.odd, next.odd),
-          furtherLanes<distance / 2 + 1>(v.even, next.even)};
 }
 
 /// The columns of two windows of 3, one above the other.
