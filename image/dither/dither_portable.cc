@@ -96,8 +96,8 @@ struct Field {
 // storeBlock() stores the n indices k from column x on.
 
 /// In words, since single bytes are stored one at a time.
-void storeBlock(const Bytes& destination, const PixelBlock& k, ptrdiff_t n, Vek8u* __restrict row,
-                int x) {
+[[maybe_unused]] void storeBlock(const Bytes& destination, const PixelBlock& k, ptrdiff_t n,
+                                 Vek8u* __restrict row, int x) {
   const Vek8u* const index = k.channel[0];
   const auto value = [&](ptrdiff_t i) { return destination.grey.values[index[i]]; };
   ptrdiff_t i = 0;
