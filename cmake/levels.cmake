@@ -19,7 +19,7 @@ unset(CMAKE_REQUIRED_INCLUDES)
 #                   flags allow beyond the baseline (tests/invariants/objects.sh)
 #   VEK_MASK_       what makes glibc hide the level and those above it (GLIBC_TUNABLES)
 #   VEK_VECTORS_    what its vector registers look like in a disassembly
-#   VEK_PROCESSOR_  QEMU's processor whose highest level it is, VEK_MISREAD_ what that misreads
+#   VEK_QEMU_       QEMU's processor whose highest level it is, or VEK_BOCHS_ that of Bochs, which is slower
 set(VEK_LEVELS "")
 set(VEK_LEVELS_BECAUSE "")
 set(VEK_CPU_DETECTION static)
@@ -29,22 +29,21 @@ elseif(NOT VEK_HIGHWAY_FOUND)
   set(VEK_LEVELS_BECAUSE " (the headers of Highway are not installed: libhwy-dev)")
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$" AND CMAKE_SIZEOF_VOID_P EQUAL 8)
   set(VEK_LEVELS sse4 avx2 avx512)
-  set(VEK_PROCESSOR_portable qemu64)
+  set(VEK_QEMU_portable qemu64)
 
   # Highway's SSE4 target wants AES and PCLMUL, too, which the first processors with SSE4.2 lack.
   set(VEK_FLAGS_sse4 -march=x86-64-v2 -DHWY_DISABLE_PCLMUL_AES)
   set(VEK_FEATURES_sse4 SSE3 SSSE3 SSE4_1 SSE4_2 POPCNT CMPXCHG16B LAHF64_SAHF64)
   set(VEK_MASK_sse4 -SSE4_2)
   set(VEK_VECTORS_sse4 %xmm)
-  set(VEK_PROCESSOR_sse4 Nehalem)
+  set(VEK_QEMU_sse4 Nehalem)
 
   # Without AES and PCLMUL Highway's AVX2 target falls back to SSSE3.
   set(VEK_FLAGS_avx2 -march=x86-64-v3 -maes -mpclmul)
   set(VEK_FEATURES_avx2 ${VEK_FEATURES_sse4} AVX AVX2 BMI1 BMI2 F16C FMA LZCNT MOVBE AES PCLMULQDQ)
   set(VEK_MASK_avx2 -AVX2)
   set(VEK_VECTORS_avx2 %ymm)
-  set(VEK_PROCESSOR_avx2 Haswell-noTSX)
-  set(VEK_MISREAD_avx2 Luv)  # QEMU 7.2: gathers whose index is in vector register 4 or 12
+  set(VEK_BOCHS_avx2 corei7_haswell_4770)  # QEMU 7.2 misreads gathers whose index is in register 4 or 12
 
   set(VEK_FLAGS_avx512 -march=x86-64-v4 -maes -mpclmul -mavx512vbmi -mavx512vbmi2 -mavx512vnni
                        -mprefer-vector-width=512)
@@ -52,6 +51,7 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$" AND CMAKE_SIZEOF_VOID_P
                           AVX512_VBMI2 AVX512_VNNI)
   set(VEK_MASK_avx512 -AVX512BW)
   set(VEK_VECTORS_avx512 %[xyz]mm)
+  set(VEK_BOCHS_avx512 corei7_icelake_u)  # QEMU 7.2 has none
 
   # Who is asked for the features: glibc, which knows since 2.33, or the processor itself.
   check_include_file_cxx(sys/platform/x86.h VEK_HAVE_PLATFORM_X86)
@@ -79,10 +79,10 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
     endif()
     set(VEK_FEATURES_neon NEON)
     set(VEK_VECTORS_neon "\\bv[a-z0-9]+(\\.[a-z]?[0-9]+)+[^a-z]")
-    set(VEK_PROCESSOR_neon cortex-a8)
-    set(VEK_PROCESSOR_portable arm926)
+    set(VEK_QEMU_neon cortex-a8)
+    set(VEK_QEMU_portable arm926)
     if(VEK_HARD_FLOAT)
-      set(VEK_PROCESSOR_portable cortex-a9,neon=off)
+      set(VEK_QEMU_portable cortex-a9,neon=off)
     endif()
   else()
     set(VEK_LEVELS_BECAUSE " (no <sys/auxv.h> tells whether there is NEON)")
@@ -121,7 +121,7 @@ foreach(level IN ITEMS portable LISTS VEK_LEVELS)
   string(APPEND each_level " X(${level}, __VA_ARGS__)")
   string(APPEND level_features "#define VEK_FEATURES_${level}(X) ${features}\n")
   string(APPEND level_lines "${level}")
-  foreach(property IN ITEMS MASK VECTORS PROCESSOR MISREAD)
+  foreach(property IN ITEMS MASK VECTORS QEMU BOCHS)
     set(value "${VEK_${property}_${level}}")
     if(property STREQUAL "MASK" AND NOT VEK_CPU_DETECTION STREQUAL "glibc")
       set(value "")
@@ -135,7 +135,7 @@ foreach(level IN ITEMS portable LISTS VEK_LEVELS)
 endforeach()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/level_list.h.in generated/core/level_list.h @ONLY)
 file(WRITE ${PROJECT_BINARY_DIR}/levels.txt
-  "# level, mask, vectors, processor, what that misreads\n${level_lines}")
+  "# level mask vectors QEMU Bochs\n${level_lines}")
 
 # What all objects of the library share: no C++ runtime, nothing visible that is not marked.
 add_library(vek_compile INTERFACE)

@@ -18,7 +18,7 @@ class Contracts:
             for name in [record["name"], *record["also"]]:
                 self.records.setdefault(name, record)
         self.stacks = {}
-        text = subprocess.run([campaign, "stack", "10000000", "6"], check=True, capture_output=True, text=True).stdout
+        text = subprocess.run([campaign, "stack", "6"], check=True, capture_output=True, text=True).stdout
         for line in text.splitlines():
             words = line.split()
             self.stacks[words[0]] = list(zip(words[1::2], map(int, words[2::2])))

@@ -107,9 +107,9 @@ struct PlainSteps {
   }
 
   /// scores[i].at(0)[x] = the sum of distances from pixel x of row j to the window that begins i
-  /// columns to its left.
+  /// columns to its left. Where GCC inlines it, each row has its own `toColumn` on the stack.
   template <int side, int j>
-  static void score(const WindowRows<side>& rows, Columns<side>* scores) {
+  [[gnu::noinline]] static void score(const WindowRows<side>& rows, Columns<side>* scores) {
     Columns<side> toColumn[2 * side - 1];
     unrolled<2 * side - 1>([&](auto d) {
       constexpr int dx = d - (side - 1);
