@@ -14,6 +14,11 @@ struct Channels {
   V8u c0, c1, c2;
 };
 
+/// The three channels of a pixel in each 32-bit lane.
+struct PixelLanes {
+  V32s c0, c1, c2;
+};
+
 #if defined(__AVX512VBMI__)
 
 // Sample i of channel c is byte 3 i + c of the block: it sits in lane (3 i + c) % 64 of one of the
