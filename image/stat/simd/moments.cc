@@ -79,40 +79,41 @@ inline V32s plusUnsigned(V32s sum, V16u v) {
 /// Adds the block's rows, `step` bytes apart; load(row) has the block's vectorsPerBlock vectors.
 template <class Load>
 [[gnu::always_inline]] inline void addBlock(int rows, Load load, StripSums& sums) {
-  V32s block[4][4];
-  for (int q = 0; q < 4; ++q) {
-    for (int p = 0; p < 4 - q; ++p) block[p][q] = hn::Zero(s32);
-  }
+  // All columns first, then the products: of either, what is needed fits the registers.
+  V16u even[4][vectorsPerBlock], odd[4][vectorsPerBlock];
   unrolled<vectorsPerBlock>([&](auto v) {
-    V16u even[4], odd[4];
-    for (int q = 0; q < 4; ++q) even[q] = odd[q] = hn::Zero(u16);
+    V16u e[4], o[4];
+    for (int q = 0; q < 4; ++q) e[q] = o[q] = hn::Zero(u16);
     for (int y = 0; y < rows; ++y) {
       const V8u bytes = load(y, v.value);
-      even[0] = hn::Add(even[0], evenBytes(u16, bytes));
-      odd[0] = hn::Add(odd[0], oddBytes(u16, bytes));
+      e[0] = hn::Add(e[0], evenBytes(u16, bytes));
+      o[0] = hn::Add(o[0], oddBytes(u16, bytes));
       for (int q = 1; q < 4; ++q) {
-        even[q] = hn::Add(even[q], even[q - 1]);
-        odd[q] = hn::Add(odd[q], odd[q - 1]);
+        e[q] = hn::Add(e[q], e[q - 1]);
+        o[q] = hn::Add(o[q], o[q - 1]);
       }
     }
-    unrolled<3>([&](auto q) {
-      for (int p = 0; p < 4 - q; ++p) {
-        const auto& weights = columnWeights.at[p];
-        const V16s e = hn::BitCast(s16, even[q]), o = hn::BitCast(s16, odd[q]);
-        block[p][q] = plusDot(block[p][q], e, hn::Load(s16, weights[2 * v]));
-        block[p][q] = plusDot(block[p][q], o, hn::Load(s16, weights[2 * v + 1]));
-      }
-    });
-    block[0][3] = plusUnsigned(plusUnsigned(block[0][3], even[3]), odd[3]);
+    for (int q = 0; q < 4; ++q) even[q][v] = e[q], odd[q][v] = o[q];
   });
-  for (int q = 0; q < 4; ++q) {
-    for (int p = 0; p < 4 - q; ++p) {
-      V32s sum = block[p][q];
-      for (int k = 0; k < 4 - q - p; ++k) {
-        sum = sums.at[p][q][k] = hn::Add(sums.at[p][q][k], sum);
-      }
-    }
-  }
+  const auto addSum = [&](int p, int q, V32s sum) {
+    for (int k = 0; k < 4 - q - p; ++k) sum = sums.at[p][q][k] = hn::Add(sums.at[p][q][k], sum);
+  };
+  unrolled<3>([&](auto q) {
+    unrolled<4 - q.value>([&](auto p) {
+      const auto& weights = columnWeights.at[p];
+      V32s ofEven = hn::Zero(s32), ofOdd = hn::Zero(s32);
+      unrolled<vectorsPerBlock>([&](auto v) {
+        const V16s e = hn::BitCast(s16, even[q][v]), o = hn::BitCast(s16, odd[q][v]);
+        ofEven = plusDot(ofEven, e, hn::Load(s16, weights[2 * v]));
+        ofOdd = plusDot(ofOdd, o, hn::Load(s16, weights[2 * v + 1]));
+      });
+      addSum(p, q, hn::Add(ofEven, ofOdd));
+    });
+  });
+  V32s last = hn::Zero(s32);
+  unrolled<vectorsPerBlock>(
+      [&](auto v) { last = plusUnsigned(plusUnsigned(last, even[3][v]), odd[3][v]); });
+  addSum(0, 3, last);
 }
 
 /// The sum of the lanes, of more bits than one of them has.
