@@ -1,3 +1,5 @@
+#include <bit>
+
 #include "core/assert.h"
 #include "core/kernel/blocks.h"
 #include "core/kernel/lanes.h"
@@ -147,15 +149,18 @@ void averageByThrees(const Vek16u* columns, ptrdiff_t width, ptrdiff_t pixelByte
   });
 }
 
+/// Of each vector as many lanes are used as whole pixels fill: the same lanes of all vectors are of the
+/// same channel.
+template <int step>
+constexpr int pixelLanes = static_cast<int>(lanes32 - lanes32 % step);
+
 /// Where the lanes of a vector come from that move 1, 2, 4 ... pixels up, and where the last ones
-/// of each channel go to all places of the channel in the next vector.
+/// of each channel go to all places of the channel.
 template <int step>
 struct LaneMoves {
   static constexpr int lanes = static_cast<int>(lanes32);
-  static constexpr int levels = step * 4 < lanes   ? (step * 8 < lanes ? 4 : 3)
-                                : step * 2 < lanes ? 2
-                                                   : 1;
-  alignas(64) Vek32u up[levels][lanes] = {};
+  static constexpr int levels = std::bit_width(static_cast<unsigned>(pixelLanes<step> / step - 1));
+  alignas(64) Vek32u up[levels + 1][lanes] = {};  // the last one is of no use, where there are none
   alignas(64) Vek32u last[lanes] = {};
 
   constexpr LaneMoves() {
@@ -164,7 +169,7 @@ struct LaneMoves {
         const int from = i - (step << k);
         up[k][i] = static_cast<Vek32u>(from < 0 ? 0 : from);
       }
-      last[i] = static_cast<Vek32u>(lanes - step + i % step);
+      last[i] = static_cast<Vek32u>(pixelLanes<step> - step + i % step);
     }
   }
 };
@@ -198,14 +203,17 @@ class RunningTotals {
 
   V32u add(V32u v) {
     unrolled<levels>([&](auto k) { v = hn::Add(v, movedUp<step << k>(v, up_[k])); });
-    v = hn::Add(v, before_);
-    before_ = movedLanes(v, last_);
-    return v;
+    const V32u totals = hn::Add(v, before_);
+    // Moves across 128-bit blocks take several cycles, for which the next vector does not wait.
+    before_ = levels == 0         ? totals
+              : vectorBytes == 16 ? movedLanes(totals, last_)
+                                  : hn::Add(before_, movedLanes(v, last_));
+    return totals;
   }
 
  private:
   static constexpr int levels = LaneMoves<step>::levels;
-  V32u up_[levels], last_, before_;
+  V32u up_[levels + 1], last_, before_;
 };
 
 /// Sums beyond 16 bits: the sum of a window is the difference of two running totals, however wide
@@ -220,9 +228,9 @@ void averageTotals(const Vek16u* columns, ptrdiff_t width, ptrdiff_t n, const Bo
     // From the pixel before on: totals begin with any number, which the differences lose.
     const Vek16u* from = columns + begin - pixelBytes;
     RunningTotals<pixelBytes> running;
-    for (ptrdiff_t x = 0; x < count + gap; x += lanes32) {
+    for (ptrdiff_t x = 0; x < count + gap; x += pixelLanes<pixelBytes>) {
       const V32u next = hn::PromoteTo(u32, hn::LoadU(halfU16, from + x));
-      hn::Store(running.add(next), u32, totals + x);
+      hn::StoreU(running.add(next), u32, totals + x);
     }
     overlappingBlocks(count, vectorBytes, [&](ptrdiff_t x) {
       const auto sums = [&](ptrdiff_t i) {
