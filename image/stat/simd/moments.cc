@@ -80,10 +80,9 @@ inline V32s plusUnsigned(V32s sum, V16u v) {
 template <class Load>
 [[gnu::always_inline]] inline void addBlock(int rows, Load load, StripSums& sums) {
   // All columns first, then the products: of either, what is needed fits the registers.
-  V16u even[4][vectorsPerBlock], odd[4][vectorsPerBlock];
+  V16u even[vectorsPerBlock][4] = {}, odd[vectorsPerBlock][4] = {};
   unrolled<vectorsPerBlock>([&](auto v) {
-    V16u e[4], o[4];
-    for (int q = 0; q < 4; ++q) e[q] = o[q] = hn::Zero(u16);
+    V16u(&e)[4] = even[v], (&o)[4] = odd[v];
     for (int y = 0; y < rows; ++y) {
       const V8u bytes = load(y, v.value);
       e[0] = hn::Add(e[0], evenBytes(u16, bytes));
@@ -93,26 +92,25 @@ template <class Load>
         o[q] = hn::Add(o[q], o[q - 1]);
       }
     }
-    for (int q = 0; q < 4; ++q) even[q][v] = e[q], odd[q][v] = o[q];
   });
   const auto addSum = [&](int p, int q, V32s sum) {
     for (int k = 0; k < 4 - q - p; ++k) sum = sums.at[p][q][k] = hn::Add(sums.at[p][q][k], sum);
   };
   unrolled<3>([&](auto q) {
-    unrolled<4 - q.value>([&](auto p) {
-      const auto& weights = columnWeights.at[p];
+    for (int p = 0; p < 4 - q; ++p) {
       V32s ofEven = hn::Zero(s32), ofOdd = hn::Zero(s32);
-      unrolled<vectorsPerBlock>([&](auto v) {
-        const V16s e = hn::BitCast(s16, even[q][v]), o = hn::BitCast(s16, odd[q][v]);
-        ofEven = plusDot(ofEven, e, hn::Load(s16, weights[2 * v]));
-        ofOdd = plusDot(ofOdd, o, hn::Load(s16, weights[2 * v + 1]));
-      });
+      for (int v = 0; v < vectorsPerBlock; ++v) {
+        const auto* weights = columnWeights.at[p] + 2 * v;
+        ofEven = plusDot(ofEven, hn::BitCast(s16, even[v][q]), hn::Load(s16, weights[0]));
+        ofOdd = plusDot(ofOdd, hn::BitCast(s16, odd[v][q]), hn::Load(s16, weights[1]));
+      }
       addSum(p, q, hn::Add(ofEven, ofOdd));
-    });
+    }
   });
   V32s last = hn::Zero(s32);
-  unrolled<vectorsPerBlock>(
-      [&](auto v) { last = plusUnsigned(plusUnsigned(last, even[3][v]), odd[3][v]); });
+  for (int v = 0; v < vectorsPerBlock; ++v) {
+    last = plusUnsigned(plusUnsigned(last, even[v][3]), odd[v][3]);
+  }
   addSum(0, 3, last);
 }
 
