@@ -80,9 +80,10 @@ inline V32s plusUnsigned(V32s sum, V16u v) {
 template <class Load>
 [[gnu::always_inline]] inline void addBlock(int rows, Load load, StripSums& sums) {
   // All columns first, then the products: of either, what is needed fits the registers.
-  V16u even[vectorsPerBlock][4] = {}, odd[vectorsPerBlock][4] = {};
+  V16u even[vectorsPerBlock][4], odd[vectorsPerBlock][4];
   unrolled<vectorsPerBlock>([&](auto v) {
     V16u(&e)[4] = even[v], (&o)[4] = odd[v];
+    for (int q = 0; q < 4; ++q) e[q] = o[q] = hn::Zero(u16);
     for (int y = 0; y < rows; ++y) {
       const V8u bytes = load(y, v.value);
       e[0] = hn::Add(e[0], evenBytes(u16, bytes));
