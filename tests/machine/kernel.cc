@@ -16,13 +16,14 @@ constexpr uint64_t pageBytes = 4096;
 // Addresses above those of memory itself, which keeps its own.
 constexpr uint64_t programBase = 64ull << 30;
 constexpr uint64_t heapBase = 128ull << 30, heapEnd = 192ull << 30;
-constexpr uint64_t mappingBase = 256ull << 30;
+constexpr uint64_t mappingBase = 256ull << 30, mostMapped = 1ull << 40;
 constexpr uint64_t stackTop = 255ull << 30, stackBytes = 8 << 20;
 
 enum Error : int64_t {
   notThere = 2,      // ENOENT
   badFile = 9,       // EBADF
   notNow = 11,       // EAGAIN
+  noMemory = 12,     // ENOMEM
   noDevice = 19,     // ENODEV
   badArgument = 22,  // EINVAL
   noTerminal = 25,   // ENOTTY
@@ -277,7 +278,8 @@ extern "C" int64_t systemCall(const Call& call) {
     case 5:  // fstat
       return describeFile(call.a, at<uint8_t>(call.b));
     case 9:  // mmap
-      return call.d & anonymous ? static_cast<int64_t>(map(call.b, call.c)) : -noDevice;
+      if ((call.d & anonymous) == 0) return -noDevice;
+      return call.b > mostMapped ? -noMemory : static_cast<int64_t>(map(call.b, call.c));
     case 10:  // mprotect
       protect(call.a, end, call.c);
       return 0;
@@ -323,13 +325,10 @@ extern "C" int64_t systemCall(const Call& call) {
       halt(call.a);
     case 234:  // tgkill, of abort()
       fail("the program killed itself");
-    case 257:  // openat
-    case 262:  // newfstatat
-      if (call.number == 262 && *at<char>(call.b) == 0) {
-        return describeFile(call.a, at<uint8_t>(call.c));
-      }
-      return -notThere;
+    case 262:  // newfstatat: without a name, of an open file
+      return *at<char>(call.b) == 0 ? describeFile(call.a, at<uint8_t>(call.c)) : -notThere;
     case 89:   // readlink
+    case 257:  // openat
     case 267:  // readlinkat
       return -notThere;
     case 302:  // prlimit64

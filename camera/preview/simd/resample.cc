@@ -377,11 +377,11 @@ void nearest(const Vek8u* row, const Columns& c, Vek8u* dst) {
   lookUpNearest(row, c, dst);
 }
 
+#if !HWY_ARCH_ARM
+
 /// a + (((b - a) * fraction) >> 16) for fractions of 0..65535. The high product takes a fraction as
 /// signed; where that makes it 65536 too small, b - a is added. With a = 10, b = 20 and the fraction
 /// 49152 (3/4), for example, the product is 10 * (49152 - 65536) >> 16 = -3, and 10 + 10 - 3 = 17.
-#if !HWY_ARCH_ARM
-
 V16s blend(V16s a, V16s b, V16s fraction) {
   const V16s difference = hn::Sub(b, a);
   const V16s missing = hn::And(difference, hn::BroadcastSignBit(fraction));

@@ -8,12 +8,12 @@ namespace {
 
 #if HWY_ARCH_ARM
 
-inline void joinVectors(const Vek8u*& a, const Vek8u*& b, Vek8u*& to) {
+void joinVectors(const Vek8u*& a, const Vek8u*& b, Vek8u*& to) {
   const uint8x16_t first = loadSixteen(a);
   storeAlternately(first, loadSixteen(b), to);
 }
 
-inline void splitVectors(const Vek8u*& from, Vek8u*& a, Vek8u*& b) {
+void splitVectors(const Vek8u*& from, Vek8u*& a, Vek8u*& b) {
   VectorsOfBytes v = loadSixteenPairs(from);
   storeSixteen(v.first, a);
   storeSixteen(v.second, b);

@@ -160,7 +160,8 @@ template <int step>
 struct LaneMoves {
   static constexpr int lanes = static_cast<int>(lanes32);
   static constexpr int levels = std::bit_width(static_cast<unsigned>(pixelLanes<step> / step - 1));
-  alignas(64) Vek32u up[levels + 1][lanes] = {};  // the last one is of no use, where there are none
+  static constexpr int rows = levels > 0 ? levels : 1;  // arrays are never empty
+  alignas(64) Vek32u up[rows][lanes] = {};
   alignas(64) Vek32u last[lanes] = {};
 
   constexpr LaneMoves() {
@@ -213,7 +214,7 @@ class RunningTotals {
 
  private:
   static constexpr int levels = LaneMoves<step>::levels;
-  V32u up_[levels + 1], last_, before_;
+  V32u up_[LaneMoves<step>::rows], last_, before_;
 };
 
 /// Sums beyond 16 bits: the sum of a window is the difference of two running totals, however wide
